@@ -1,0 +1,102 @@
+#!/bin/bash
+# Installs the Debian packages that a job of this project needs and that are missing.
+#
+#   tools/install_packages.sh GROUP...        GROUP: build, check, demo, bench
+#   tools/install_packages.sh --list GROUP... prints the packages, one a line, and installs nothing
+#
+# Silent, fast and offline when every package is there. Exit status: 0 everything is there, 1 packages are
+# missing and could not be installed, 2 bad usage. KALMO_SKIP_PACKAGES=1 skips all of it, for a machine whose
+# tools came another way.
+set -euo pipefail
+
+# What a package is here for stands beside it. The lists name only what a Debian 12 does not always carry.
+COMPILE=(
+    g++ cmake ninja-build
+    zlib1g-dev                 # inflate and crc32 of the archive reader
+    libncurses-dev             # the wide-character curses of the screen
+    libgtest-dev libgmock-dev  # the test programs are part of the build
+    zip                        # the build packs the sample payloads
+)
+MACHINE=( # the throwaway machine of tests/machine/
+    systemd systemd-sysv systemd-container
+    init-system-helpers        # update-rc.d, invoke-rc.d and service for the machine without systemd
+    util-linux                 # unshare, nsenter, setpriv, mount
+    passwd                     # useradd, which an installation calls
+    procps
+)
+ARCHIVERS=(                    # independent tools that write and read the archives of the tests
+    unzip p7zip-full libarchive-tools python3
+)
+CHECKERS=(
+    clang libclang-rt-14-dev   # the second compiler, its sanitizers and libFuzzer
+    clang-format clang-tidy shellcheck
+    git                        # lists the files that the checks look at
+)
+MEASURE=( time )               # GNU time, for the peak memory of a run
+
+usage() {
+    echo "usage: ${0##*/} [--list] build|check|demo|bench ..." >&2
+    exit 2
+}
+
+packages_of_group() {
+    case "$1" in
+        build) printf '%s\n' "${COMPILE[@]}" ;;
+        demo) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" ;;
+        check) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${CHECKERS[@]}" ;;
+        bench) printf '%s\n' "${COMPILE[@]}" "${ARCHIVERS[@]}" "${MEASURE[@]}" ;;
+        *) usage ;;
+    esac
+}
+
+# Prints those of the named packages that are not installed.
+missing_of() {
+    comm -13 \
+        <(dpkg-query -W -f='${db:Status-Status} ${Package}\n' -- "$@" 2>/dev/null | sed -n 's/^installed //p' | sort -u) \
+        <(printf '%s\n' "$@")
+}
+
+list_only=no
+[[ ${1-} == --list ]] && { list_only=yes; shift; }
+(($# > 0)) || usage
+needed=$(for group in "$@"; do packages_of_group "$group"; done | sort -u)
+mapfile -t needed <<<"$needed"
+
+if [[ $list_only == yes ]]; then
+    printf '%s\n' "${needed[@]}"
+    exit 0
+fi
+[[ ${KALMO_SKIP_PACKAGES-} == 1 ]] && exit 0
+
+if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    echo "${0##*/}: this system has no apt-get. What is needed, under its Debian 12 package names:" >&2
+    echo "    ${needed[*]}" >&2
+    echo "Install the like by hand, then set KALMO_SKIP_PACKAGES=1." >&2
+    exit 1
+fi
+
+missing=$(missing_of "${needed[@]}")
+[[ -z $missing ]] && exit 0
+mapfile -t missing <<<"$missing"
+
+as_root=()
+if ((EUID != 0)); then
+    if ! command -v sudo >/dev/null; then
+        echo "${0##*/}: run this as root, then try again:" >&2
+        echo "    apt-get install ${missing[*]}" >&2
+        exit 1
+    fi
+    as_root=(sudo)
+fi
+
+echo "installing Debian packages: ${missing[*]}" >&2
+# RUNLEVEL=1 keeps a package's own service from being started on a machine that runs no init system.
+apt_get() {
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive RUNLEVEL=1 \
+        apt-get -qq -y -o DPkg::Lock::Timeout=300 -o Dpkg::Use-Pty=0 "$@" >&2
+}
+apt_get update || echo "${0##*/}: apt-get update failed; trying with the package lists at hand" >&2
+if ! apt_get install --no-install-recommends "${missing[@]}" || [[ -n $(missing_of "${missing[@]}") ]]; then
+    echo "${0##*/}: could not install: ${missing[*]}" >&2
+    exit 1
+fi

@@ -1,0 +1,265 @@
+#include "framework/disk_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <ctime>
+
+#include "framework/conversion.h"
+
+namespace kalmo {
+namespace {
+
+// The path for the system; empty, with errno set, when it is one that must not be used.
+CXYString<char> csSystemPath(std::wstring_view svPath) {
+    if (svPath.empty() || svPath.size() > nTailleMaxPath || svPath.find(L'\0') != std::wstring_view::npos) {
+        errno = svPath.size() > nTailleMaxPath ? ENAMETOOLONG : EINVAL;
+        return {};
+    }
+    return csToUTF8(svPath);
+}
+
+bool bStat(std::wstring_view svPath, struct stat* pst) {
+    const CXYString<char> csPath = csSystemPath(svPath);
+    return !csPath.bEmpty() && ::stat(csPath.pszGet(), pst) == 0;
+}
+
+// Opens a file for writing without following or sharing anything that stands in its place.
+int nCreate(const char* pszPath, mode_t unPermission) {
+    struct stat st {};
+    const bool bThere = ::lstat(pszPath, &st) == 0;
+    if (bThere && !S_ISDIR(st.st_mode) && (!S_ISREG(st.st_mode) || st.st_nlink > 1) &&
+        ::unlink(pszPath) != 0) {
+        return -1;
+    }
+    return ::open(pszPath, O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, unPermission);
+}
+
+std::wstring_view svWithoutTrailingSlashes(std::wstring_view sv) {
+    const std::size_t nLast = sv.find_last_not_of(L'/');
+    return nLast == std::wstring_view::npos ? sv.substr(0, 1) : sv.substr(0, nLast + 1);
+}
+
+// The name with backslashes turned, doubled separators and "." components dropped.
+CTString csPlainDirectory(std::wstring_view svName) {
+    CTString cs;
+    std::wstring csTurned(svName);
+    std::replace(csTurned.begin(), csTurned.end(), L'\\', L'/');
+    std::wstring_view sv = csTurned;
+    if (sv.starts_with(L'/')) {
+        cs += L'/';
+    }
+    while (!sv.empty()) {
+        const std::wstring_view svPart = sv.substr(0, sv.find(L'/'));
+        sv.remove_prefix(std::min(sv.size(), svPart.size() + 1));
+        if (!svPart.empty() && svPart != L".") {
+            cs += svPart;
+            cs += L'/';
+        }
+    }
+    return cs;
+}
+
+}  // namespace
+
+bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission) {
+    m_clFd.Reset();
+    m_i64Position = 0;
+    const CXYString<char> csPath = csSystemPath(svPath);
+    if (csPath.bEmpty()) {
+        return false;
+    }
+    if (eMode == eMODE::Create) {
+        m_clFd.Reset(nCreate(csPath.pszGet(), unPermission));
+    } else {
+        m_clFd.Reset(::open(csPath.pszGet(), (eMode == eMODE::Read ? O_RDONLY : O_RDWR) | O_CLOEXEC));
+    }
+    return bIsOpen();
+}
+
+bool CDiskFile::bClose() {
+    return !bIsOpen() || ::close(m_clFd.nRelease()) == 0;
+}
+
+bool CDiskFile::bRead(void* pBuffer, std::size_t nSize, std::size_t* pnRead) {
+    auto* const pbyBuffer = static_cast<unsigned char*>(pBuffer);
+    std::size_t nDone = 0;
+    while (nDone < nSize) {
+        const ssize_t nGot = ::pread(m_clFd.nGet(), pbyBuffer + nDone, nSize - nDone,
+                                     m_i64Position + static_cast<off_t>(nDone));
+        if (nGot < 0 && errno == EINTR) {
+            continue;
+        }
+        if (nGot < 0) {
+            return false;
+        }
+        if (nGot == 0) {
+            break;
+        }
+        nDone += static_cast<std::size_t>(nGot);
+    }
+    m_i64Position += static_cast<std::int64_t>(nDone);
+    *pnRead = nDone;
+    return true;
+}
+
+bool CDiskFile::bWrite(const void* pBuffer, std::size_t nSize) {
+    const auto* const pbyBuffer = static_cast<const unsigned char*>(pBuffer);
+    std::size_t nDone = 0;
+    while (nDone < nSize) {
+        const ssize_t nPut = ::pwrite(m_clFd.nGet(), pbyBuffer + nDone, nSize - nDone,
+                                      m_i64Position + static_cast<off_t>(nDone));
+        if (nPut < 0 && errno == EINTR) {
+            continue;
+        }
+        if (nPut <= 0) {
+            return false;
+        }
+        nDone += static_cast<std::size_t>(nPut);
+    }
+    m_i64Position += static_cast<std::int64_t>(nDone);
+    return true;
+}
+
+bool CDiskFile::bSeek(std::int64_t i64Position) {
+    if (i64Position < 0) {
+        errno = EINVAL;
+        return false;
+    }
+    m_i64Position = i64Position;
+    return true;
+}
+
+std::int64_t CDiskFile::i64GetLength() {
+    struct stat st {};
+    return ::fstat(m_clFd.nGet(), &st) == 0 ? st.st_size : -1;
+}
+
+bool CDiskFile::bTruncate(std::int64_t i64Length) {
+    return ::ftruncate(m_clFd.nGet(), i64Length) == 0;
+}
+
+bool CDiskFile::bSetTime(const STFileTime& rstTime) {
+    std::tm st{};
+    st.tm_year = rstTime.nAnnee - 1900;
+    st.tm_mon = rstTime.nMois - 1;
+    st.tm_mday = rstTime.nJour;
+    st.tm_hour = rstTime.nHeure;
+    st.tm_min = rstTime.nMinute;
+    st.tm_sec = rstTime.nSeconde;
+    st.tm_isdst = -1;
+    const std::time_t nTime = std::mktime(&st);
+    const timespec tabTime[2] = {{nTime, 0}, {nTime, 0}};
+    return ::futimens(m_clFd.nGet(), tabTime) == 0;
+}
+
+bool CDiskFile::bSetPermission(mode_t unPermission) {
+    return ::fchmod(m_clFd.nGet(), unPermission) == 0;
+}
+
+bool CDiskFile::bFileExists(std::wstring_view svPath) {
+    struct stat st {};
+    return bStat(svPath, &st) && !S_ISDIR(st.st_mode);
+}
+
+bool CDiskFile::bDirectoryExists(std::wstring_view svPath) {
+    struct stat st {};
+    return bStat(svPath, &st) && S_ISDIR(st.st_mode);
+}
+
+bool CDiskFile::bDelete(std::wstring_view svPath) {
+    const CXYString<char> csPath = csSystemPath(svPath);
+    return !csPath.bEmpty() && ::unlink(csPath.pszGet()) == 0;
+}
+
+bool CDiskFile::bCreateDirectory(std::wstring_view svPath) {
+    const std::wstring_view svName = svWithoutTrailingSlashes(svPath);
+    const CXYString<char> csPath = csSystemPath(svName);
+    if (csPath.bEmpty()) {
+        return false;
+    }
+    if (::mkdir(csPath.pszGet(), 0755) == 0) {
+        return true;
+    }
+    if (errno == EEXIST) {
+        const bool bDirectory = bDirectoryExists(svName);
+        errno = bDirectory ? 0 : ENOTDIR;
+        return bDirectory;
+    }
+    const std::wstring_view svAbove = svWithoutTrailingSlashes(CFSPath::stSplit(svName).svDirectory);
+    return errno == ENOENT && !svAbove.empty() && svAbove.size() < svName.size() &&
+           bCreateDirectory(svAbove) && ::mkdir(csPath.pszGet(), 0755) == 0;
+}
+
+bool CDiskFile::bSameDirectoryName(std::wstring_view svLeft, std::wstring_view svRight) {
+    if (csPlainDirectory(svLeft) == csPlainDirectory(svRight)) {
+        return true;
+    }
+    struct stat stLeft {};
+    struct stat stRight {};
+    return bStat(svLeft, &stLeft) && bStat(svRight, &stRight) && stLeft.st_dev == stRight.st_dev &&
+           stLeft.st_ino == stRight.st_ino;
+}
+
+bool CDiskFile::bSetFileOwnerUnix(std::wstring_view svPath, uid_t unUser, gid_t unGroup) {
+    const CXYString<char> csPath = csSystemPath(svPath);
+    return !csPath.bEmpty() && ::chown(csPath.pszGet(), unUser, unGroup) == 0;
+}
+
+int CDiskFile::Unix_chmod(std::wstring_view svPath, mode_t unPermission) {
+    const CXYString<char> csPath = csSystemPath(svPath);
+    return csPath.bEmpty() ? -1 : ::chmod(csPath.pszGet(), unPermission);
+}
+
+bool CDiskFile::MakePath(CPathBuffer& rszOut, std::wstring_view svDirectory, std::wstring_view svBaseName,
+                         std::wstring_view svExtension) {
+    CFSPath clPath;
+    const bool bMade = clPath.bSet(svDirectory) && clPath.bAppend(svBaseName, svExtension);
+    if (!bMade) {
+        rszOut[0] = L'\0';
+        return false;
+    }
+    clPath.CopyTo(rszOut);
+    return true;
+}
+
+bool CDiskFile::bLoad(std::wstring_view svPath, std::size_t nMax, std::string* pcsContent) {
+    CDiskFile clFile;
+    if (!clFile.bOpen(svPath, eMODE::Read)) {
+        return false;
+    }
+    // Read rather than asked for: files of /proc and /sys tell no length.
+    std::string csContent;
+    char szPiece[4096];
+    std::size_t nRead = 0;
+    do {
+        if (!clFile.bRead(szPiece, sizeof szPiece, &nRead)) {
+            return false;
+        }
+        csContent.append(szPiece, nRead);
+        if (csContent.size() > nMax) {
+            errno = EFBIG;
+            return false;
+        }
+    } while (nRead == sizeof szPiece);
+    *pcsContent = std::move(csContent);
+    return true;
+}
+
+bool CDiskFile::bFindFirst(std::wstring_view svPattern, unsigned dwMask, CFileSearch* pclSearch) {
+    return pclSearch->bFirst(svPattern, dwMask);
+}
+
+bool CDiskFile::bFindNext(CFileSearch* pclSearch) {
+    return pclSearch->bNext();
+}
+
+void CDiskFile::bFindClose(CFileSearch* pclSearch) {
+    pclSearch->Close();
+}
+
+}  // namespace kalmo

@@ -1,0 +1,88 @@
+#ifndef KALMO_FRAMEWORK_DISK_FILE_H
+#define KALMO_FRAMEWORK_DISK_FILE_H
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "framework/file_search.h"
+#include "framework/fs_path.h"
+#include "framework/unique_fd.h"
+#include "framework/x_stream.h"
+
+namespace kalmo {
+
+/// A file on disk as a stream, and the operations on files and directories by name.
+///
+/// Paths are wide, at most 260 characters; a longer one fails with errno ENAMETOOLONG. Operations that fail
+/// return false (or -1 where stated) and leave the reason in errno. Files are opened close-on-exec.
+class CDiskFile final : public IXStream {
+  public:
+    enum class eMODE {
+        Read,       ///< An existing file, for reading.
+        ReadWrite,  ///< An existing file, for reading and writing.
+        Create,     ///< Created, or emptied, for reading and writing; never through a link (see bOpen).
+    };
+
+    /// A moment as calendar fields in local time: month and day count from 1.
+    struct STFileTime {
+        int nAnnee = 0;
+        int nMois = 0;
+        int nJour = 0;
+        int nHeure = 0;
+        int nMinute = 0;
+        int nSeconde = 0;
+    };
+
+    /// Opens a file; one that was open is closed first.
+    ///
+    /// Create empties a regular file in place. Anything else that stands there (a symbolic link, a device,
+    /// a file with several names) is unlinked first, so that the bytes never land outside the named place.
+    /// A new file gets the permission bits unPermission, less the umask.
+    bool bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission = 0644);
+    /// Closes the file. False when the system reports a late write error.
+    bool bClose();
+    [[nodiscard]] bool bIsOpen() const noexcept { return m_clFd.bValid(); }
+
+    bool bRead(void* pBuffer, std::size_t nSize, std::size_t* pnRead) override;
+    bool bWrite(const void* pBuffer, std::size_t nSize) override;
+    bool bSeek(std::int64_t i64Position) override;
+    [[nodiscard]] std::int64_t i64GetPosition() const override { return m_i64Position; }
+    std::int64_t i64GetLength() override;
+    bool bTruncate(std::int64_t i64Length);
+    /// Sets access and modification time; a moment that does not exist is moved to one that does.
+    bool bSetTime(const STFileTime& rstTime);
+    /// Sets the permission bits.
+    bool bSetPermission(mode_t unPermission);
+
+    /// True when the path names an existing file of any kind but a directory (links are followed).
+    static bool bFileExists(std::wstring_view svPath);
+    static bool bDirectoryExists(std::wstring_view svPath);
+    static bool bDelete(std::wstring_view svPath);
+    /// Creates a directory with those above it, mode 0755 less the umask. An existing one is a success.
+    static bool bCreateDirectory(std::wstring_view svPath);
+    /// True when both names mean the same directory: the same name once doubled and trailing separators are
+    /// dropped, or two names of one existing directory.
+    static bool bSameDirectoryName(std::wstring_view svLeft, std::wstring_view svRight);
+    static bool bSetFileOwnerUnix(std::wstring_view svPath, uid_t unUser, gid_t unGroup);
+    /// chmod(2): 0, or -1 on failure.
+    static int Unix_chmod(std::wstring_view svPath, mode_t unPermission);
+    /// Joins directory, base name and extension. False, with an empty result, when it would be too long.
+    static bool MakePath(CPathBuffer& rszOut, std::wstring_view svDirectory, std::wstring_view svBaseName,
+                         std::wstring_view svExtension);
+    /// Reads a whole file of at most nMax bytes. False too when it is longer (errno EFBIG).
+    static bool bLoad(std::wstring_view svPath, std::size_t nMax, std::string* pcsContent);
+
+    /// Starts a search: the first entry that matches the pattern. See CFileSearch.
+    static bool bFindFirst(std::wstring_view svPattern, unsigned dwMask, CFileSearch* pclSearch);
+    static bool bFindNext(CFileSearch* pclSearch);
+    static void bFindClose(CFileSearch* pclSearch);
+
+  private:
+    CUniqueFd m_clFd;
+    std::int64_t m_i64Position = 0;
+};
+
+}  // namespace kalmo
+
+#endif

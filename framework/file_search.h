@@ -1,0 +1,49 @@
+#ifndef KALMO_FRAMEWORK_FILE_SEARCH_H
+#define KALMO_FRAMEWORK_FILE_SEARCH_H
+
+#include <dirent.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "framework/xy_string.h"
+
+namespace kalmo {
+
+/// Kinds of directory entries, as bits of a search's attribute mask: the file-type bits of st_mode.
+inline constexpr unsigned dwAttributRepertoire = 0x4000;
+inline constexpr unsigned dwAttributFichier = 0x8000;
+
+/// One walk through the entries of a directory that match a pattern.
+///
+/// Owned by whoever searches. The pattern is a directory and, behind the last "/", a name with "*" and "?".
+/// The entries "." and ".." are never found; the order is the directory's own. A directory that cannot be
+/// read has no entries.
+class CFileSearch {
+  public:
+    /// Begins and moves to the first entry of a kind in dwMask (dwAttribut... bits; 0 means all kinds).
+    /// A symbolic link counts as what it points to. False when there is none.
+    bool bFirst(std::wstring_view svPattern, unsigned dwMask);
+    bool bNext();
+    void Close();
+
+    /// The entry's name without its directory. Valid until the next move.
+    [[nodiscard]] const CTString& csGetName() const noexcept { return m_csName; }
+    [[nodiscard]] unsigned dwGetAttributes() const noexcept { return m_dwAttributes; }
+
+  private:
+    struct CCloseDir {
+        void operator()(DIR* pclDir) const noexcept { ::closedir(pclDir); }
+    };
+
+    std::unique_ptr<DIR, CCloseDir> m_pclDir;
+    std::string m_csPattern;
+    unsigned m_dwMask = 0;
+    CTString m_csName;
+    unsigned m_dwAttributes = 0;
+};
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,59 @@
+#include "framework/fs_path.h"
+
+#include "framework/conversion.h"
+
+namespace kalmo {
+
+bool CFSPath::bSet(std::wstring_view svPath) {
+    if (svPath.size() > nTailleMaxPath) {
+        return false;
+    }
+    m_csPath = CTString(svPath);
+    m_csPath.Replace(L'\\', L'/');
+    return true;
+}
+
+bool CFSPath::bAppend(std::wstring_view svName) {
+    CTString csJoined = m_csPath;
+    if (!csJoined.bEmpty() && csJoined.svGet().back() != L'/') {
+        csJoined += L'/';
+    }
+    csJoined += svName;
+    return bSet(csJoined);
+}
+
+bool CFSPath::bAppend(std::wstring_view svBaseName, std::wstring_view svExtension) {
+    CTString csName(svBaseName);
+    csName += L'.';
+    csName += svExtension;
+    return bAppend(csName);
+}
+
+bool CFSPath::bAddTrailingSlash() {
+    return bEmpty() || bAppend(L"");
+}
+
+void CFSPath::KeepDirectory() {
+    m_csPath.Truncate(m_csPath.svGet().rfind(L'/') + 1);
+}
+
+CXYString<char> CFSPath::csGetUTF8() const {
+    return csToUTF8(m_csPath);
+}
+
+void CFSPath::CopyTo(CPathBuffer& rszOut) const noexcept {
+    rszOut[m_csPath.svGet().copy(rszOut, nTailleMaxPath)] = L'\0';
+}
+
+STPathParts CFSPath::stSplit(std::wstring_view svPath) noexcept {
+    STPathParts st;
+    const std::size_t nName = svPath.find_last_of(L"/\\") + 1;
+    st.svDirectory = svPath.substr(0, nName);
+    st.svFileName = svPath.substr(nName);
+    const std::size_t nDot = st.svFileName.rfind(L'.');
+    st.svBaseName = st.svFileName.substr(0, nDot);
+    st.svExtension = nDot == std::wstring_view::npos ? std::wstring_view() : st.svFileName.substr(nDot + 1);
+    return st;
+}
+
+}  // namespace kalmo

@@ -1,0 +1,73 @@
+#include "framework/conversion.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace kalmo {
+namespace {
+
+TEST(Conversion, Utf8IsReadStrictlyAndNothingIsLost) {
+    struct STCase {
+        std::string csBytes;
+        std::wstring csWide;
+    };
+    const STCase tabCase[] = {
+        {"", L""},
+        {"abc", L"abc"},
+        {"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", L"\u00E9\u20AC\U0001F600"},
+        {std::string("a\0b", 3), std::wstring(L"a\0b", 3)},
+        {"a\xFFz", L"a\xDCFFz"},                            // no lead byte
+        {"\xC3", L"\xDCC3"},                                // cut short
+        {"\xC0\xAF", L"\xDCC0\xDCAF"},                      // overlong "/"
+        {"\xE0\x80\xAF", L"\xDCE0\xDC80\xDCAF"},            // overlong "/"
+        {"\xED\xA0\x80", L"\xDCED\xDCA0\xDC80"},            // a surrogate
+        {"\xF4\x90\x80\x80", L"\xDCF4\xDC90\xDC80\xDC80"},  // above U+10FFFF
+        {"\xF8\x88\x80\x80\x80", L"\xDCF8\xDC88\xDC80\xDC80\xDC80"},
+    };
+    for (const STCase& rst : tabCase) {
+        EXPECT_EQ(csFromUTF8(rst.csBytes).svGet(), rst.csWide);
+        EXPECT_EQ(csToUTF8(rst.csWide).svGet(), rst.csBytes);
+    }
+    EXPECT_EQ(csToUTF8(L"\xD800x\x7FFFFFFF").svGet(), "\xEF\xBF\xBDx\xEF\xBF\xBD");
+}
+
+TEST(Conversion, Utf16JoinsAndSplitsSurrogates) {
+    EXPECT_EQ(csFromUTF16(u"a\u20AC\U0001F600").svGet(), L"a\u20AC\U0001F600");
+    EXPECT_EQ(csToUTF16(L"a\u20AC\U0001F600"), u"a\u20AC\U0001F600");
+    const char16_t tabBroken[] = {0xDC00, 0xD800, u'x', 0xD800};
+    EXPECT_EQ(csFromUTF16({tabBroken, 4}).svGet(), L"\uFFFD\uFFFDx\uFFFD");
+}
+
+TEST(Conversion, CodePages) {
+    EXPECT_EQ(csFromCodePage(eCODEPAGE::OEM, "A\x82\xE1\xFF").svGet(), L"A\u00E9\u00DF\u00A0");
+    EXPECT_EQ(csFromCodePage(eCODEPAGE::Ansi1252, "A\x80\x81\xE9").svGet(), L"A\u20AC\x81\u00E9");
+}
+
+TEST(XYString, CopiesShareUntilOneChanges) {
+    CTString csFirst(L"abc");
+    CTString csSecond = csFirst;
+    EXPECT_EQ(csFirst.pszGet(), csSecond.pszGet());
+    csSecond += L'd';
+    csSecond.Replace(L'a', L"xyz");
+    EXPECT_EQ(csFirst.svGet(), L"abc");
+    EXPECT_EQ(csSecond.svGet(), L"xyzbcd");
+    csSecond.Replace(L'b', L"bb");
+    EXPECT_EQ(csSecond.svGet(), L"xyzbbcd");
+    csSecond = csFirst;
+    csSecond.Truncate(0);
+    EXPECT_TRUE(csSecond.bEmpty());
+    EXPECT_EQ(csFirst.svGet(), L"abc");
+}
+
+TEST(XYString, AllocatorCountsWhatIsStillOut) {
+    CStringAllocator::sInit();
+    CTString csKept(L"outlives the allocator's term");
+    { const CTString csGone(L"freed before"); }
+    EXPECT_GT(CStringAllocator::sTerm(), 0U);
+    csKept.Empty();
+    EXPECT_EQ(CStringAllocator::sTerm(), 0U);
+}
+
+}  // namespace
+}  // namespace kalmo

@@ -1,0 +1,54 @@
+#include "app/config/server_config.h"
+
+#include "framework/disk_file.h"
+#include "framework/profile.h"
+#include "services/service.h"
+
+namespace kalmo {
+namespace {
+
+constexpr const wchar_t* PSZ_SECTION_TELEMETRY = L"TELEMETRY";
+constexpr const wchar_t* PSZ_KEY_ACTIVE = L"ACTIVE";
+
+}  // namespace
+
+void WriteDBRootPath(const wchar_t* pszConfPath, const wchar_t* pszValue) {
+    WritePrivateProfileString(PSZ_SECTION_INIT, L"DBRootPath", pszValue, pszConfPath);
+}
+
+void WriteServerPort(const wchar_t* pszConfPath, const wchar_t* pszValue) {
+    WritePrivateProfileString(PSZ_SECTION_INIT, L"AccessPort", pszValue, pszConfPath);
+}
+
+void WriteServerName(const wchar_t* pszConfPath, const wchar_t* pszValue) {
+    WritePrivateProfileString(PSZ_SECTION_INIT, L"Name", pszValue, pszConfPath);
+}
+
+void WriteTelemetryOn(const wchar_t* pszConfPath, int nOn) {
+    WritePrivateProfileString(PSZ_SECTION_TELEMETRY, PSZ_KEY_ACTIVE, nOn != 0 ? L"1" : L"0", pszConfPath);
+}
+
+ETelemetryState eReadTelemetry(const wchar_t* pszConfPath) {
+    switch (GetPrivateProfileInt(PSZ_SECTION_TELEMETRY, PSZ_KEY_ACTIVE, -1, pszConfPath)) {
+        case 0: return ETelemetryState::Off;
+        case 1: return ETelemetryState::On;
+        default: return ETelemetryState::Unknown;
+    }
+}
+
+CTString csGetProgramWithoutArg(CService* pclService) {
+    CTString csProgram(pclService->pszBinaryPathName());
+    csProgram.Truncate(csProgram.svGet().find(L" --"));
+    csProgram.TrimRight(L' ');
+    return csProgram;
+}
+
+CTString csGetProgramDirectory(CService* pclService) {
+    return CTString(CFSPath::stSplit(csGetProgramWithoutArg(pclService)).svDirectory);
+}
+
+void GetZDConfPath(CService* pclService, CPathBuffer& rszOut) {
+    CDiskFile::MakePath(rszOut, csGetProgramDirectory(pclService), PSZ_CONF_BASE, PSZ_CONF_EXTENSION);
+}
+
+}  // namespace kalmo

@@ -1,0 +1,52 @@
+#ifndef KALMO_APP_CONFIG_SERVER_CONFIG_H
+#define KALMO_APP_CONFIG_SERVER_CONFIG_H
+
+#include "framework/fs_path.h"
+#include "framework/xy_string.h"
+
+namespace kalmo {
+
+class CService;
+
+/// An instance's configuration file "ZDConf.ini": where it lies, and the few keys the installer touches.
+///
+/// The file belongs to the instance's server; the installer writes section "INIT" when it installs and
+/// "ACTIVE" of section "TELEMETRY" with the operator's choice. No call here reports a failure: a key that
+/// cannot be written is missing, and the server falls back to its default.
+/// Called by the install engine, the upgrade and the dialogs. Paths: at most 260 characters.
+
+inline constexpr const wchar_t* PSZ_CONF_BASE = L"ZDConf";
+inline constexpr const wchar_t* PSZ_CONF_EXTENSION = L"ini";
+inline constexpr const wchar_t* PSZ_SECTION_INIT = L"INIT";
+inline constexpr const wchar_t* PSZ_KEY_DAEMON_USER = L"DaemonUser";
+inline constexpr int nPortDefaut = 4900;
+
+/// What an instance's configuration says about telemetry.
+enum class ETelemetryState : int {
+    Unknown = -1,  ///< The key is missing or holds anything but 0 or 1.
+    Off = 0,
+    On = 1,
+};
+
+void WriteDBRootPath(const wchar_t* pszConfPath, const wchar_t* pszValue);
+/// The port as the decimal digits that were entered.
+void WriteServerPort(const wchar_t* pszConfPath, const wchar_t* pszValue);
+void WriteServerName(const wchar_t* pszConfPath, const wchar_t* pszValue);
+/// Writes "1" for any non-zero nOn, else "0".
+void WriteTelemetryOn(const wchar_t* pszConfPath, int nOn);
+ETelemetryState eReadTelemetry(const wchar_t* pszConfPath);
+
+/// The program of a service: its command line cut before the first " --", without spaces at the end.
+/// Empty when the service tells none.
+CTString csGetProgramWithoutArg(CService* pclService);
+
+/// The directory of a service's program, with its trailing "/". Empty when the program is unknown.
+CTString csGetProgramDirectory(CService* pclService);
+
+/// The configuration file of an installed instance: beside its program. Empty when that path would be
+/// longer than 260 characters.
+void GetZDConfPath(CService* pclService, CPathBuffer& rszOut);
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,59 @@
+#ifndef KALMO_APP_PILOT_H
+#define KALMO_APP_PILOT_H
+
+#include "app/trace.h"
+#include "framework/fs_path.h"
+#include "framework/xy_string.h"
+#include "services/service_manager.h"
+
+namespace kalmo {
+
+class CDataExtractor;
+
+/// The unattended run: installs, upgrades or removes one instance as a parameter file says.
+///
+/// Owned by the program's run. bCheckPilot first; when it is true, Pilot once. Nothing is drawn and no
+/// question is asked; a success leaves the marker "Install.log" holding "OK" in the instance's directory,
+/// and the trace, when one is asked for, tells every step.
+///
+/// The parameter file (a profile file):
+///   [PILOTAGE]  MAJ         1 upgrade, 2 install, 3 uninstall; anything else (default 4) does nothing
+///   [SERVEUR]   Serveur     the instance's name, at most 100 characters; "kalmomanager" for the manager
+///               Repertoire  the install directory, absolute, at most 260 characters (install only)
+///               Port        the TCP port, default 4900 (install only)
+class CPilot {
+  public:
+    /// Looks for "/PILOT=path" and "/DEBUG=path" among the arguments 1 to nArgc - 1, in any letter case;
+    /// the last of each counts. Opens the trace. True when "/PILOT=" was there.
+    bool bCheckPilot(int nArgc, char** ppszArgv);
+    /// Does the work. Non-zero on success; an unknown "MAJ" is returned as it is.
+    int Pilot();
+
+  private:
+    /// The service of an instance or, for "kalmomanager" in any letter case, of the shared manager.
+    CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
+    bool __bInstall();
+    bool __bUpgrade();
+    bool __bUpgrade(CDataExtractor& rclExtractor, const CTString& csName);
+    bool __bUnInstall();
+    /// Deletes the files of an instance, or the manager's program alone.
+    bool __bRemoveFiles(const CTString& csProgram);
+    bool __bDelete(const CTString& csPath);
+    /// A marker speaks of this run: one that an earlier run left is removed before work begins.
+    void __ForgetSuccess(const CTString& csDir);
+    void __LogSuccess(const CTString& csDir);
+    /// Runs one of the server's programs in its installer mode. False only when no shell could run it.
+    bool __bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svProgram);
+    /// A text of section "SERVEUR". False, and told, when it is empty or longer than nMax characters.
+    bool __bReadText(const wchar_t* pszKey, std::size_t nMax, CTString* pcsValue);
+    bool __bFail(std::wstring_view svWhat, std::wstring_view svWhy);
+
+    CTString m_csPilotPath;
+    CTString m_csDebugPath;
+    CServiceManager m_clServiceManager;
+    CTrace m_clTrace;
+};
+
+}  // namespace kalmo
+
+#endif

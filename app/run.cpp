@@ -1,0 +1,57 @@
+#include "app/run.h"
+
+#include <cstdio>
+#include <string_view>
+
+#include "app/pilot.h"
+#include "app/version.h"
+
+namespace kalmo {
+namespace {
+
+constexpr const char* PSZ_HELP =
+    "Usage: kalmoinstall /PILOT=FILE [/DEBUG=FILE]\n"
+    "\n"
+    "Installs, upgrades or uninstalls an instance of the ZDSQL database server from the payload\n"
+    "\"kalmoinstall.zip\" beside this program. Run it as root.\n"
+    "\n"
+    "  /PILOT=FILE   work unattended, as the parameter file says\n"
+    "  /DEBUG=FILE   append a trace of every step to a file\n"
+    "  --help        show this text\n"
+    "  --version     show the version\n"
+    "\n"
+    "A successful unattended run leaves the file \"Install.log\" holding \"OK\" in the instance's "
+    "directory.\n";
+
+// Answers an option that asks about the program itself; true when there was one.
+bool bAnswerAboutProgram(int nArgc, char** ppszArgv) {
+    for (int n = 1; n < nArgc; ++n) {
+        const std::string_view svArgument = ppszArgv[n];
+        if (svArgument == "--help") {
+            std::fputs(PSZ_HELP, stdout);
+            return true;
+        }
+        if (svArgument == "--version") {
+            std::puts("kalmoinstall " KALMO_VERSION);
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+void Run(int nArgc, char** ppszArgv) {
+    if (bAnswerAboutProgram(nArgc, ppszArgv)) {
+        return;
+    }
+    CPilot clPilot;
+    if (clPilot.bCheckPilot(nArgc, ppszArgv)) {
+        clPilot.Pilot();
+        return;
+    }
+    std::fputs("kalmoinstall: only the unattended mode exists so far: give /PILOT=FILE (see --help).\n",
+               stderr);
+}
+
+}  // namespace kalmo

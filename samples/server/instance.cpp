@@ -1,0 +1,68 @@
+#include "samples/server/instance.h"
+
+#include <array>
+
+#include "framework/conversion.h"
+#include "framework/file_version.h"
+#include "framework/process_info.h"
+#include "framework/profile.h"
+
+namespace kalmo::sample {
+namespace {
+
+constexpr std::wstring_view svExePrefix = L"%%EXE%%";
+
+CTString csReadInit(const wchar_t* pszKey, const CFSPath& clConf) {
+    std::array<wchar_t, nTailleMaxPath + 1> szValue{};
+    GetPrivateProfileString(L"INIT", pszKey, L"", szValue.data(), static_cast<unsigned>(szValue.size()),
+                            clConf.pszGet());
+    return CTString(szValue.data());
+}
+
+}  // namespace
+
+bool bReadInstance(STInstance* pstOut) {
+    CPathBuffer szProgram;
+    if (!GetModuleFileNameW(szProgram) || !pstOut->clDirectory.bSet(szProgram)) {
+        return false;
+    }
+    pstOut->clDirectory.KeepDirectory();
+    CFSPath clConf = pstOut->clDirectory;
+    if (!clConf.bAppend(L"ZDConf", L"ini")) {
+        return false;
+    }
+    pstOut->csName = csReadInit(L"Name", clConf);
+    pstOut->nPort = GetPrivateProfileInt(L"INIT", L"AccessPort", 4900, clConf.pszGet());
+    pstOut->csDaemonUser = csReadInit(L"DaemonUser", clConf);
+
+    const CTString csRoot = csReadInit(L"DBRootPath", clConf);
+    std::wstring_view svRoot = csRoot;
+    if (!svRoot.starts_with(svExePrefix)) {
+        return pstOut->clDatabaseRoot.bSet(svRoot);
+    }
+    svRoot.remove_prefix(svExePrefix.size());
+    while (svRoot.starts_with(L'/')) {
+        svRoot.remove_prefix(1);
+    }
+    pstOut->clDatabaseRoot = pstOut->clDirectory;
+    return pstOut->clDatabaseRoot.bAppend(svRoot);
+}
+
+bool bNameAllowed(std::wstring_view svName) {
+    static constexpr std::wstring_view svAllowed =
+        L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-";
+    return !svName.empty() && svName.size() <= 100 && svName.find_first_not_of(svAllowed) == svName.npos;
+}
+
+CXYString<char> csOwnVersion() {
+    CPathBuffer szProgram;
+    CFileVersion clVersion;
+    CTString csVersion;
+    if (!GetModuleFileNameW(szProgram) || !clVersion.bInit(szProgram) ||
+        !clVersion.bGetString(L"\\StringFileInfo\\000004E4\\VersionVI", &csVersion)) {
+        return "?";
+    }
+    return csToUTF8(csVersion);
+}
+
+}  // namespace kalmo::sample

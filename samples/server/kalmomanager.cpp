@@ -1,0 +1,99 @@
+// "kalmomanager": the supervisor shared by all instances of a machine, service "KalmoManager".
+//
+//   kalmomanager --INSTALLER   registers and starts the service unless it is installed; 255 when it fails
+//   kalmomanager --service     answers on its socket with one line an instance, until SIGTERM
+//   kalmomanager --version     prints the version
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+#include "app/config/server_config.h"
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
+#include "framework/process_info.h"
+#include "samples/server/install_log.h"
+#include "samples/server/instance.h"
+#include "samples/server/registration.h"
+#include "samples/server/service_loop.h"
+#include "services/lance_processus.h"
+#include "services/service.h"
+#include "services/service_manager.h"
+
+namespace kalmo::sample {
+namespace {
+
+constexpr int nInstallerFailed = 255;
+constexpr const wchar_t* PSZ_SERVICE = L"KalmoManager";
+
+// True when another directory's manager serves the machine: it is shared and stays.
+bool bServedFromElsewhere(CServiceManager& rclManager, const STInstance& rst) {
+    const CXPtr_deleteRCV<CService> pclOther(rclManager.pclGetService(PSZ_SERVICE, 0));
+    return pclOther != nullptr && CDiskFile::bFileExists(csGetProgramWithoutArg(pclOther.get())) &&
+           !CDiskFile::bSameDirectoryName(csGetProgramDirectory(pclOther.get()), rst.clDirectory.svGet());
+}
+
+int nInstall(const STInstance& rst) {
+    CInstallLog clLog(rst.clDirectory);
+    CServiceManager clManager;
+    clManager.bInit(nullptr, 0);
+    if (bServedFromElsewhere(clManager, rst)) {
+        clLog.Line(L"KalmoManager is installed already");
+        return 0;
+    }
+    STRegistration stService{PSZ_SERVICE, L"ZDSQL server manager", rst.clDirectory, L""};
+    return stService.clProgram.bAppend(L"kalmomanager") && bRegister(stService, clLog) ? 0 : nInstallerFailed;
+}
+
+// One line an instance: its description and its status number.
+std::string csInstances() {
+    CServiceManager clManager;
+    clManager.bInit(nullptr, 0);
+    std::string cs;
+    decltype(CServiceManager::nDebutEnum) nCursor{};
+    while (const CXPtr_deleteRCV<CService> pcl{clManager.pclEnumService(&nCursor, L"ZDCS-", 0)}) {
+        cs += csToUTF8(pcl->pszGetName()).pszGet();
+        cs += " " + std::to_string(pcl->eGetStatus()) + "\n";
+    }
+    return cs;
+}
+
+int nMain(std::string_view svMode) {
+    STInstance st;
+    if (!bReadInstance(&st)) {
+        return nInstallerFailed;
+    }
+    // The file is set-user-id root: whoever is not root may ask for the version and nothing else.
+    if (svMode == "--version") {
+        std::printf("kalmomanager %s\n", csOwnVersion().pszGet());
+        return 0;
+    }
+    if (::getuid() != 0) {
+        std::fputs("kalmomanager: only root may do this\n", stderr);
+        return nInstallerFailed;
+    }
+    if (svMode == "--INSTALLER") {
+        return nInstall(st);
+    }
+    if (svMode == "--service") {
+        const CUniqueFd clListener = clListenUnix("/run/kalmomanager.sock");
+        ServeUntilTerminated(clListener, csInstances, [] {});
+        return clListener.bValid() ? 0 : 1;
+    }
+    std::fputs("Usage: kalmomanager --INSTALLER | --service | --version\n", stderr);
+    return 2;
+}
+
+}  // namespace
+}  // namespace kalmo::sample
+
+int main(int nArgc, char** ppszArgv) {
+    kalmo::SetLocaleUTF8();
+    kalmo::CLanceProcessus::sInit();
+    const int nCode = kalmo::sample::nMain(nArgc > 1 ? ppszArgv[1] : "");
+    kalmo::CLanceProcessus::sTerm();
+    return nCode;
+}

@@ -1,0 +1,69 @@
+#include "samples/server/service_loop.h"
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <csignal>
+#include <cstring>
+
+namespace kalmo::sample {
+
+CUniqueFd clListenTcp(int nPort) {
+    CUniqueFd clSocket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const int nOn = 1;
+    sockaddr_in st{};
+    st.sin_family = AF_INET;
+    st.sin_port = htons(static_cast<std::uint16_t>(nPort));
+    if (nPort <= 0 || nPort > 65535 ||
+        ::setsockopt(clSocket.nGet(), SOL_SOCKET, SO_REUSEADDR, &nOn, sizeof nOn) != 0 ||
+        ::bind(clSocket.nGet(), reinterpret_cast<const sockaddr*>(&st), sizeof st) != 0 ||
+        ::listen(clSocket.nGet(), SOMAXCONN) != 0) {
+        return {};
+    }
+    return clSocket;
+}
+
+CUniqueFd clListenUnix(const char* pszPath) {
+    CUniqueFd clSocket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un st{};
+    st.sun_family = AF_UNIX;
+    std::strncpy(st.sun_path, pszPath, sizeof st.sun_path - 1);
+    ::unlink(pszPath);
+    if (::bind(clSocket.nGet(), reinterpret_cast<const sockaddr*>(&st), sizeof st) != 0 ||
+        ::listen(clSocket.nGet(), SOMAXCONN) != 0) {
+        return {};
+    }
+    return clSocket;
+}
+
+void ServeUntilTerminated(const CUniqueFd& clListener, const std::function<std::string()>& fnAnswer,
+                          const std::function<void()>& fnReload) {
+    sigset_t stSignals;
+    sigemptyset(&stSignals);
+    for (const int nSignal : {SIGTERM, SIGINT, SIGHUP}) {
+        sigaddset(&stSignals, nSignal);
+    }
+    ::sigprocmask(SIG_BLOCK, &stSignals, nullptr);
+    const CUniqueFd clSignals(::signalfd(-1, &stSignals, SFD_CLOEXEC));
+
+    pollfd tabPoll[2] = {{clListener.nGet(), POLLIN, 0}, {clSignals.nGet(), POLLIN, 0}};
+    while (::poll(tabPoll, 2, -1) >= 0) {
+        signalfd_siginfo stSignal{};
+        if (tabPoll[1].revents != 0 && ::read(clSignals.nGet(), &stSignal, sizeof stSignal) > 0) {
+            if (stSignal.ssi_signo != SIGHUP) {
+                return;
+            }
+            fnReload();
+        }
+        if (tabPoll[0].revents != 0) {
+            const CUniqueFd clClient(::accept4(clListener.nGet(), nullptr, nullptr, SOCK_CLOEXEC));
+            const std::string csAnswer = fnAnswer();
+            static_cast<void>(::send(clClient.nGet(), csAnswer.data(), csAnswer.size(), MSG_NOSIGNAL));
+        }
+    }
+}
+
+}  // namespace kalmo::sample

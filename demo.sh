@@ -1,0 +1,27 @@
+#!/bin/sh
+# Shows the main job on a real machine that is thrown away afterwards: installs what the build needs, builds
+# the installer and a sample server, and runs the unattended installation story with systemd and without.
+#
+#   ./demo.sh [--unattended]
+set -eu
+cd "$(dirname "$0")"
+
+case ${1-} in
+    '' | --unattended) ;;
+    *)
+        echo "Usage: $0 [--unattended]" >&2
+        exit 2
+        ;;
+esac
+
+tools/install_packages.sh build demo
+cmake --preset release -DKALMO_TESTS=OFF >/dev/null
+cmake --build --preset release -- -v >build/release/build.log 2>&1 || {
+    tail -40 build/release/build.log >&2
+    exit 1
+}
+
+for kind in systemd sysv; do
+    tests/machine/machine "$kind" -- \
+        "$PWD/samples/story/unattended.sh" "$PWD/build/release/payload/current" "$PWD/build/release/payload/next"
+done

@@ -1,0 +1,188 @@
+#!/bin/bash
+# The main job, unattended, on the machine it runs on, which must be a throwaway one: two instances are
+# installed, one is upgraded, all is removed again, and every step is looked at.
+#
+#   unattended.sh CURRENT NEXT     folders with "kalmoinstall" and "kalmoinstall.zip" of two versions
+#
+# Prints one line a check; exits with 1 at the end when one failed.
+set -u
+
+current=$1
+next=$2
+first=/srv/zd/first
+second="/srv/zd/second one" # a directory with a blank is a directory too
+work=$(mktemp -d)
+failures=0
+
+[ -e /run/systemd/system ] && init=systemd || init=sysv
+
+say() { printf '\n\033[1m%s\033[0m\n' "$*"; }
+
+# check WHAT COMMAND...: the command must succeed.
+check() {
+    local what=$1
+    shift
+    if "$@" >"$work/out" 2>&1; then
+        printf '  ok      %s\n' "$what"
+    else
+        printf '  FAILED  %s\n' "$what"
+        sed 's/^/          /' "$work/out"
+        failures=$((failures + 1))
+    fi
+}
+
+# equal EXPECTED ACTUAL
+equal() { [ "$1" = "$2" ] || { printf 'expected: %s\nis:       %s\n' "$1" "$2"; false; }; }
+absent() { [ ! -e "$1" ] && [ ! -L "$1" ]; }
+
+# pilot FOLDER OPERATION NAME [DIRECTORY PORT]: one unattended run of the installer in FOLDER.
+pilot() {
+    {
+        printf '[PILOTAGE]\nMAJ=%s\n[SERVEUR]\nServeur=%s\n' "$2" "$3"
+        [ $# -lt 5 ] || printf 'Repertoire=%s\nPort=%s\n' "$4" "$5"
+    } >"$work/pilot.ini"
+    : >"$work/trace"
+    printf '  $ kalmoinstall /PILOT=pilot.ini    (MAJ=%s Serveur=%s%s)\n' "$2" "$3" "${4:+ Repertoire=$4 Port=$5}"
+    "$1/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace"
+    check "said nothing and returned 0" equal 0 $?
+}
+
+active() {
+    case $init in
+        systemd) systemctl is-active --quiet "$1" ;;
+        *) "/etc/init.d/$1" status ;;
+    esac || { cat "$work/trace"; false; }
+}
+
+# The process of a service.
+pid() {
+    case $init in
+        systemd) systemctl show --value --property=MainPID "$1" ;;
+        *) cat "/run/$1.pid" ;;
+    esac
+}
+
+# The line that a port answers; a service that was just started gets a moment.
+greeting() {
+    local tries line
+    for tries in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do
+        if exec 3<>"/dev/tcp/127.0.0.1/$1"; then
+            read -r line <&3
+            exec 3>&-
+            printf '%s\n' "$line"
+            return 0
+        fi 2>/dev/null
+        sleep 0.1
+    done
+    return 1
+}
+greets() { equal "$2" "$(greeting "$1")"; }
+
+registered() {
+    case $init in
+        systemd) [ -e "/etc/systemd/system/$1.service" ] && systemctl is-enabled --quiet "$1" ;;
+        *) [ -x "/etc/init.d/$1" ] && ls /etc/rc?.d/S??"$1" ;;
+    esac
+}
+unregistered() {
+    case $init in
+        systemd) absent "/etc/systemd/system/$1.service" && ! systemctl cat "$1" ;;
+        *) absent "/etc/init.d/$1" && ! ls /etc/rc?.d/???"$1" ;;
+    esac
+}
+
+version_of() { "$1/kalmoinstall" --version | sed 's/.* //'; }
+server_version() { "$1/tree/kalmo" --version | sed 's/.* //'; }
+
+# Every entry but the licence is in the directory, byte for byte, with its mode.
+files_installed() {
+    local entry mode
+    (cd "$2/tree" && find . -type f) | while read -r entry; do
+        if [ "$entry" = ./license.txt ]; then
+            absent "$1/$entry" || return 1
+            continue
+        fi
+        cmp "$2/tree/$entry" "$1/$entry" || return 1
+        mode=755
+        [ "$entry" != ./kalmomanager ] || mode=4755
+        equal "$mode root root" "$(stat -c '%a %U %G' "$1/$entry")" || return 1
+    done
+}
+
+config_is() { equal "$(printf '[INIT]\nDBRootPath = %s/BDD/\nAccessPort = %s\nName = %s' "$1" "$2" "$3")" "$(cat "$1/ZDConf.ini")"; }
+marked() { equal OK "$(cat "$1/Install.log")"; }
+
+installed() { # DIRECTORY PORT NAME FOLDER
+    check "the marker holds OK" marked "$1"
+    check "every entry is in place with its mode, the licence is not" files_installed "$1" "$4"
+    check "the configuration holds its keys in their order" config_is "$1" "$2" "$3"
+    check "service ZDCS-$3 is registered" registered "ZDCS-$3"
+    check "service ZDCS-$3 is active" active "ZDCS-$3"
+    check "port $2 answers" greets "$2" "ZDSQL $3 $(server_version "$4") ready"
+}
+
+say "Init system: $init. Install the first instance"
+pilot "$current" 2 first "$first" 4900
+installed "$first" 4900 first "$current"
+check "service KalmoManager is active" active KalmoManager
+
+say "Install a second instance beside it"
+pilot "$current" 2 second "$second" 4901
+installed "$second" 4901 second "$current"
+check "the manager still runs from the first directory" grep -q "$first/kalmomanager" "/proc/$(pid KalmoManager)/cmdline"
+
+say "Upgrade the first instance to $(server_version "$next")"
+printf 'Comment=kept\r\n; and this line too\n' >>"$first/ZDConf.ini"
+cp "$first/ZDConf.ini" "$work/before.ini"
+second_pid=$(pid ZDCS-second)
+pilot "$next" 1 first
+check "the marker holds OK" marked "$first"
+check "every entry is the new one" files_installed "$first" "$next"
+check "the running server is the new one" greets 4900 "ZDSQL first $(server_version "$next") ready"
+check "the configuration is as before, byte for byte" cmp "$work/before.ini" "$first/ZDConf.ini"
+check "the second instance never stopped" equal "$second_pid" "$(pid ZDCS-second)"
+check "the second instance is still the old one" greets 4901 "ZDSQL second $(server_version "$current") ready"
+check "service KalmoManager is active again" active KalmoManager
+
+say "Installing under the name of an instance upgrades it"
+pilot "$next" 2 second "$second" 4999
+check "the running server is the new one" greets 4901 "ZDSQL second $(server_version "$next") ready"
+check "its configuration kept its port" config_is "$second" 4901 second
+
+say "What cannot work leaves no marker"
+rm "$first/Install.log"
+pilot "$next" 1 nobody
+check "the trace says why" grep -q "no such instance" "$work/trace"
+pilot "$next" 4 first
+check "an unknown operation does nothing" absent "$first/Install.log"
+check "the first instance goes on" greets 4900 "ZDSQL first $(server_version "$next") ready"
+
+say "Uninstall both instances, then the manager"
+for name in first second kalmomanager; do
+    directory=$first
+    service=ZDCS-$name
+    [ $name != second ] || directory=$second
+    [ $name != kalmomanager ] || service=KalmoManager
+    # An unattended uninstall does not stop a service first; under systemd its removal does.
+    [ $init = systemd ] || "/etc/init.d/$service" stop
+    pilot "$current" 3 "$name"
+    check "the marker holds OK" marked "$directory"
+    check "service $service is gone" unregistered "$service"
+    if [ $name = kalmomanager ]; then
+        check "its program is gone" absent "$first/kalmomanager"
+    else
+        check "its programs are gone" absent "$directory/kalmo"
+        check "its logger is gone" absent "$directory/zdlogger"
+        check "its libraries are gone" equal "" "$(find "$directory" -name 'tv*.so')"
+        check "its configuration is left" test -s "$directory/ZDConf.ini"
+        check "its databases are left" test -d "$directory/BDD/__system"
+    fi
+done
+check "nothing answers any more" equal "" "$(greeting 4900 || greeting 4901)"
+
+rm -rf "$work"
+if [ "$failures" -gt 0 ]; then
+    say "$failures checks failed"
+    exit 1
+fi
+say "All of it works on a machine with $init."

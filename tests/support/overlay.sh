@@ -7,6 +7,9 @@
 
 readonly STAGE=/run/kalmo # on a tmpfs that only the private mount namespace has
 readonly TREE=$STAGE/root # the copy of /
+readonly RUNNING=$STAGE/running # exists as soon as the command is about to run
+# Starts the command: everything of ours that stands before it ignores the signals of the keyboard.
+readonly START_COMMAND=(env --default-signal=INT,QUIT)
 
 declare -A FOLDERS=() # the folders to lay over the copy, by path: copy, ro or rw
 FOLDER_PATHS=()       # the same once they are staged: element N waits at STAGE/folder.N, outer before inner
@@ -65,6 +68,7 @@ mount_copy() { # SOURCE TARGET
 build_tree() {
     local mount_point i
 
+    trap '' INT QUIT # only the command shall get them, and what started us
     mount -t tmpfs -o mode=0755 kalmo /run
     mkdir -p "$TREE"
     while IFS= read -r mount_point; do
@@ -85,18 +89,26 @@ build_tree() {
 }
 
 # Waits until the first process of a namespace is gone, or all but its exit status. It outlives all the others.
-wait_for_end() { # PID, or nothing
+wait_for_end() { # PID, or nothing when there was none
     local state tries
+    [[ -n $1 ]] || return 0
     for ((tries = 0; tries < 500; ++tries)); do
-        state=$(ps -o stat= -p "${1:-0}") || return 0
+        state=$(ps -o stat= -p "$1") || return 0
         [[ $state != Z* ]] || return 0
         sleep 0.01
     done
 }
 
+# Whether a Ctrl-C is ours to act on: nobody but us gets it, or the command does not run yet.
+ends_by_interrupt() { # PID of unshare
+    local first
+    [[ -t 0 ]] || return 0
+    first=$(pgrep -P "$1") && [[ ! -e /proc/$first/root$RUNNING ]]
+}
+
 # Runs COMMAND as the first process of new mount and process namespaces and returns its status. The namespaces
-# end with COMMAND, with a signal to this shell, and also when this shell is killed.
-# Ctrl-C is left to COMMAND when it shares our terminal, and ends everything when it does not.
+# end with COMMAND, with a signal to this shell, and also when this shell is killed. Ctrl-C is left to COMMAND
+# when it shares our terminal, and ends everything when it does not.
 run_unshared() { # COMMAND [ARGUMENT...]
     local child first status
 
@@ -104,12 +116,12 @@ run_unshared() { # COMMAND [ARGUMENT...]
     trap 'END_STATUS=131' QUIT
     trap 'END_STATUS=143' TERM
     trap 'END_STATUS=124' ALRM
-    trap 'INTERRUPTED=yes; [[ -t 0 ]] || END_STATUS=130' INT
+    trap 'INTERRUPTED=yes; ! ends_by_interrupt "$child" || END_STATUS=130' INT
 
     # A shell's background child ignores SIGINT and SIGQUIT, which the command must not inherit. The comparison
     # closes the moment between the fork and the parent-death signal.
     # shellcheck disable=SC2016
-    setpriv --pdeathsig KILL env --default-signal=INT,QUIT \
+    setpriv --pdeathsig KILL env --default-signal=INT,QUIT -- \
         bash -c '[[ $PPID == "$1" ]] && shift && exec unshare --mount --propagation private --pid --fork --kill-child --mount-proc -- "$@"' \
         - "$$" "$@" <&0 &
     child=$!

@@ -1,0 +1,156 @@
+#include "tools/text_compiler/catalogue.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+#include "framework/conversion.h"
+
+namespace kalmo {
+namespace {
+
+constexpr unsigned unHEADER_NUMBER = 257;  // The blocks' own header.
+constexpr unsigned unMAX_NUMBER = 0xFFFF;
+constexpr unsigned unMAX_ROOM = 999;
+
+bool bDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// Takes a number of 1 to unMax off the front of a text.
+bool bTakeNumber(std::string_view* psv, int nBase, unsigned unMax, unsigned* punOut) {
+    const auto [pszEnd, eError] = std::from_chars(psv->data(), psv->data() + psv->size(), *punOut, nBase);
+    psv->remove_prefix(static_cast<std::size_t>(pszEnd - psv->data()));
+    return eError == std::errc() && *punOut >= 1 && *punOut <= unMax;
+}
+
+bool bTake(std::string_view* psv, std::string_view svPrefix) {
+    if (!psv->starts_with(svPrefix)) {
+        return false;
+    }
+    psv->remove_prefix(svPrefix.size());
+    return true;
+}
+
+/// Reads "[number COLUMNSxLINES] note"; the caller has seen "[" and a digit.
+std::optional<STText> stReadHeader(std::string_view sv, int nLine) {
+    STText stText;
+    stText.nLine = nLine;
+    sv.remove_prefix(1);
+    const int nBase = bTake(&sv, "0x") ? 16 : 10;
+    if (bTakeNumber(&sv, nBase, unMAX_NUMBER, &stText.unNumber) && bTake(&sv, " ") &&
+        bTakeNumber(&sv, 10, unMAX_ROOM, &stText.unColumns) && bTake(&sv, "x") &&
+        bTakeNumber(&sv, 10, unMAX_ROOM, &stText.unLines) && bTake(&sv, "]") &&
+        stText.unNumber != unHEADER_NUMBER) {
+        return stText;
+    }
+    return std::nullopt;
+}
+
+/// What makes a line unfit for the screen; empty when nothing does.
+std::string_view svFault(std::string_view svUtf8, std::wstring_view sv) {
+    // An invalid byte comes out of the conversion as a lone low surrogate.
+    if (std::any_of(sv.begin(), sv.end(), [](wchar_t c) { return c >= 0xDC00 && c <= 0xDFFF; })) {
+        return "not valid UTF-8";
+    }
+    if (std::any_of(sv.begin(), sv.end(), [](wchar_t c) { return c < L' ' || (c >= 0x7F && c < 0xA0); })) {
+        return "control character";
+    }
+    return svUtf8.ends_with(' ') ? "blank at the end of the line" : std::string_view();
+}
+
+/// Builds a catalogue from its lines.
+class CCatalogueReader {
+  public:
+    CCatalogueReader(std::string_view svFile, CComplaints* pclComplaints) : m_pclComplaints(pclComplaints) {
+        m_stCatalogue.csFile = svFile;
+    }
+
+    void Line(std::string_view svUtf8) {
+        ++m_nLine;
+        const CTString csLine = csFromUTF8(svUtf8);
+        if (const std::string_view sv = svFault(svUtf8, csLine); !sv.empty()) {
+            m_pclComplaints->Add(m_stCatalogue, m_nLine, sv);
+        } else if (svUtf8.size() > 1 && svUtf8[0] == '[' && bDigit(svUtf8[1])) {
+            __Header(svUtf8);
+        } else if (!svUtf8.starts_with('#')) {
+            __TextLine(csLine);
+        }
+    }
+
+    STCatalogue stFinish() {
+        __FinishText();
+        return std::move(m_stCatalogue);
+    }
+
+  private:
+    void __Header(std::string_view sv) {
+        __FinishText();
+        const std::optional<STText> stText = stReadHeader(sv, m_nLine);
+        m_bInText = stText.has_value();
+        if (!stText) {
+            m_pclComplaints->Add(m_stCatalogue, m_nLine,
+                                 "a header reads [number COLUMNSxLINES], number 1 to 65535 but 257");
+            m_bSkipping = true;
+            return;
+        }
+        m_bSkipping = false;
+        m_stCatalogue.tabText.push_back(*stText);
+    }
+
+    void __TextLine(const CTString& rcsLine) {
+        if (m_bSkipping || (!m_bInText && rcsLine.bEmpty())) {
+            return;
+        }
+        if (!m_bInText) {
+            m_pclComplaints->Add(m_stCatalogue, m_nLine, "text before the first header");
+            return;
+        }
+        std::wstring& rcsText = m_stCatalogue.tabText.back().csText;
+        rcsText += rcsLine.svGet();
+        rcsText += L'\n';
+    }
+
+    /// Drops the line ends behind the text that has just ended.
+    void __FinishText() {
+        if (!m_bInText) {
+            return;
+        }
+        STText& rstText = m_stCatalogue.tabText.back();
+        rstText.csText.erase(rstText.csText.find_last_not_of(L'\n') + 1);
+        if (rstText.csText.empty() || rstText.csText.front() == L'\n') {
+            m_pclComplaints->Add(m_stCatalogue, rstText.nLine,
+                                 "the text is empty or begins with an empty line");
+        }
+    }
+
+    CComplaints* m_pclComplaints;
+    STCatalogue m_stCatalogue;
+    int m_nLine = 0;
+    bool m_bInText = false;    ///< A header was read: lines belong to the last text.
+    bool m_bSkipping = false;  ///< A bad header was read: lines belong to nothing.
+};
+
+}  // namespace
+
+const STText* STCatalogue::pstFind(unsigned unNumber) const noexcept {
+    const auto it = std::find_if(tabText.begin(), tabText.end(),
+                                 [unNumber](const STText& rst) { return rst.unNumber == unNumber; });
+    return it == tabText.end() ? nullptr : &*it;
+}
+
+void CComplaints::Add(const STCatalogue& rstCatalogue, int nLine, std::string_view svMessage) {
+    m_tabLine.push_back(rstCatalogue.csFile + ":" + std::to_string(nLine) + ": " + std::string(svMessage));
+}
+
+STCatalogue stReadCatalogue(std::string_view svFile, std::string_view svContent, CComplaints* pclComplaints) {
+    CCatalogueReader clReader(svFile, pclComplaints);
+    while (!svContent.empty()) {
+        const std::string_view svLine = svContent.substr(0, svContent.find('\n'));
+        clReader.Line(svLine);
+        svContent.remove_prefix(std::min(svContent.size(), svLine.size() + 1));
+    }
+    return clReader.stFinish();
+}
+
+}  // namespace kalmo

@@ -21,7 +21,7 @@ int nChoisitLangue(const char* pszLcAll, const char* pszLcMessages, const char* 
     return LANGUE_ANGLAIS;
 }
 
-void InitLangue() {
+void SetLangueFramework() {
     *CInformationModule::ms_pnLangueFramework =
         nChoisitLangue(std::getenv("LC_ALL"), std::getenv("LC_MESSAGES"), std::getenv("LANG"));
 }

@@ -22,7 +22,7 @@ class CInformationModule {
 int nChoisitLangue(const char* pszLcAll, const char* pszLcMessages, const char* pszLang);
 
 /// Sets the current language from LC_ALL, LC_MESSAGES and LANG. The program's start calls it once.
-void InitLangue();
+void SetLangueFramework();
 
 }  // namespace kalmo
 

@@ -1,0 +1,263 @@
+#include "services/lance_processus.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <utility>
+
+#include "framework/conversion.h"
+#include "framework/x_error.h"
+#include "services/child_setup.h"
+#include "services/process_manager.h"
+#include "services/signal_block.h"
+
+namespace kalmo {
+namespace {
+
+struct STPipe {
+    CUniqueFd clRead;
+    CUniqueFd clWrite;
+};
+
+bool bMakePipe(STPipe* pst) {
+    int tabFd[2];
+    if (::pipe2(tabFd, O_CLOEXEC) != 0) {
+        return false;
+    }
+    pst->clRead.Reset(tabFd[0]);
+    pst->clWrite.Reset(tabFd[1]);
+    return true;
+}
+
+CXYString<char> csNarrow(const wchar_t* psz) {
+    return psz == nullptr ? CXYString<char>() : csToUTF8(psz);
+}
+
+// Takes back the SIGPIPE that a write of this thread has just caused. Precondition: SIGPIPE is blocked.
+void ForgetSigpipe() {
+    sigset_t st;
+    ::sigemptyset(&st);
+    ::sigaddset(&st, SIGPIPE);
+    const timespec stNow{};
+    ::sigtimedwait(&st, nullptr, &stNow);
+}
+
+bool bSigpipePending() {
+    sigset_t st;
+    return ::sigpending(&st) == 0 && ::sigismember(&st, SIGPIPE) == 1;
+}
+
+}  // namespace
+
+void CLanceProcessus::sInit() {
+    // Blocked while the one instance and its handler come up together.
+    const CSignalBlock clBlock{SIGCHLD};
+    if (CProcessManager::m_gpclManager == nullptr) {
+        CProcessManager::m_gpclManager = new CProcessManager(SIGCHLD);
+    }
+}
+
+void CLanceProcessus::sTerm() {
+    const CSignalBlock clBlock{SIGCHLD};
+    delete std::exchange(CProcessManager::m_gpclManager, nullptr);
+}
+
+bool CLanceProcessus::bLanceProcessus(const wchar_t* pszProgram, const wchar_t* pszArguments,
+                                      CXError* pclError) {
+    return __bLance(tabSplitArguments(csNarrow(pszProgram), csNarrow(pszArguments)), pclError);
+}
+
+bool CLanceProcessus::bLanceProcessus(const wchar_t* pszProgram, int nCount, const wchar_t** ppszArgument,
+                                      CXError* pclError) {
+    CArgumentVector tabArgument{std::string(csNarrow(pszProgram).svGet())};
+    for (int n = 0; n < nCount; ++n) {
+        tabArgument.emplace_back(csNarrow(ppszArgument[n]).svGet());
+    }
+    return __bLance(std::move(tabArgument), pclError);
+}
+
+bool CLanceProcessus::__bLance(CArgumentVector tabArgument, CXError* pclError) {
+    if (m_eEtat != eETAT::Libre || CProcessManager::m_gpclManager == nullptr) {
+        errno = EBUSY;
+    } else if (::access(tabArgument.front().c_str(), X_OK) == 0 && __bFork(tabArgument)) {
+        return true;
+    }
+    const int nErrno = errno;
+    if (pclError != nullptr) {
+        pclError->SetSystemErrorParam(static_cast<unsigned>(nErrno),
+                                      csFromUTF8(tabArgument.front()).pszGet());
+        pclError->SetErrorLevel(eERRORLEVEL::Error);
+        pclError->SetFunctionName(L"CLanceProcessus::bLanceProcessus");
+    }
+    errno = nErrno;
+    return false;
+}
+
+bool CLanceProcessus::__bFork(CArgumentVector& rtabArgument) {
+    STPipe stOutput;
+    STPipe stInput;
+    if (!bMakePipe(&stOutput) || !bMakePipe(&stInput)) {
+        return false;
+    }
+    const std::vector<char*> tabPointer = tabExecVector(rtabArgument);
+    {
+        const CSignalBlock clBlock;
+        m_nPid = CProcessManager::m_gpclManager->Fork();
+        if (m_nPid == 0) {
+            if (!bChildRedirect(stInput.clRead.nGet(), stOutput.clWrite.nGet())) {
+                ::_exit(nCodeExecFailed);
+            }
+            ChildExec(tabPointer.front(), tabPointer.data());
+        }
+    }
+    if (m_nPid < 0) {
+        return false;
+    }
+    m_eEtat = eETAT::EnCours;
+    m_clSortie = std::move(stOutput.clRead);
+    m_clEntree = std::move(stInput.clWrite);
+    return true;
+}
+
+bool CLanceProcessus::bEcritEntree(const void* pBuffer, unsigned dwSize) {
+    const auto* pbyNext = static_cast<const unsigned char*>(pBuffer);
+    const CSignalBlock clBlock{SIGPIPE};
+    const bool bPendingBefore = bSigpipePending();
+    while (dwSize > 0) {
+        const ssize_t nPut = ::write(m_clEntree.nGet(), pbyNext, dwSize);
+        if (nPut < 0 && errno == EINTR) {
+            continue;
+        }
+        if (nPut <= 0) {
+            const int nErrno = errno;
+            if (nErrno == EPIPE && !bPendingBefore) {
+                ForgetSigpipe();
+            }
+            errno = nErrno;
+            return false;
+        }
+        pbyNext += nPut;
+        dwSize -= static_cast<unsigned>(nPut);
+    }
+    return true;
+}
+
+// Reads once, appending when pcsOutput is given. The number of bytes, 0 at the end, negative on failure.
+ssize_t CLanceProcessus::__nLit(CXYString<char>* pcsOutput) {
+    if (!m_clSortie.bValid()) {
+        return 0;
+    }
+    std::array<char, 65536> tabPiece;
+    ssize_t nGot = -1;
+    do {
+        nGot = ::read(m_clSortie.nGet(), tabPiece.data(), tabPiece.size());
+    } while (nGot < 0 && errno == EINTR);
+    if (nGot > 0 && pcsOutput != nullptr) {
+        *pcsOutput += std::string_view(tabPiece.data(), static_cast<std::size_t>(nGot));
+    }
+    return nGot;
+}
+
+bool CLanceProcessus::bLitSortieA(CXYString<char>* pcsOutput) {
+    return __nLit(pcsOutput) > 0;
+}
+
+bool CLanceProcessus::bLitSortie_NonBloquant(CXYString<char>* pcsOutput) {
+    pollfd st{m_clSortie.nGet(), POLLIN, 0};
+    const int nReady = ::poll(&st, 1, 0);
+    return m_clSortie.bValid() && (nReady == 0 || (nReady > 0 && __nLit(pcsOutput) > 0));
+}
+
+bool CLanceProcessus::bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
+    m_clEntree.Reset();
+    ssize_t nGot = 0;
+    do {
+        nGot = __nLit(pcsOutput);
+    } while (nGot > 0);
+    m_clSortie.Reset();
+    return bAttendFinExecution(pdwExitCode) && nGot == 0;
+}
+
+bool CLanceProcessus::bAttendFinExecution(unsigned* pdwExitCode) {
+    m_clEntree.Reset();
+    __JetteSortie();
+    __Attend(0);
+    if (m_eEtat != eETAT::Termine) {
+        return false;
+    }
+    if (pdwExitCode != nullptr) {
+        *pdwExitCode = static_cast<unsigned>(m_nCode);
+    }
+    return true;
+}
+
+// Drops what the child writes, until it ends or closes its output.
+void CLanceProcessus::__JetteSortie() {
+    // SIGCHLD comes only while ppoll sleeps, so the child's end is not missed between look and sleep. The
+    // tick is for programs with other threads, which may be given the signal instead.
+    const CSignalBlock clBlock{SIGCHLD};
+    sigset_t stAsleep = clBlock.rstGetBefore();
+    ::sigdelset(&stAsleep, SIGCHLD);
+    const timespec stTick{0, 100'000'000};
+    while (m_clSortie.bValid() && !bProcessusTermine()) {
+        pollfd st{m_clSortie.nGet(), POLLIN, 0};
+        if (::ppoll(&st, 1, &stTick, &stAsleep) > 0 && __nLit(nullptr) <= 0) {
+            m_clSortie.Reset();
+        }
+    }
+}
+
+// Asks for the child's end with the given options of waitpid(2).
+void CLanceProcessus::__Attend(int nOptions) {
+    if (m_eEtat != eETAT::EnCours) {
+        return;
+    }
+    int nStatus = 0;
+    pid_t nEnded = -1;
+    do {
+        nEnded = ::waitpid(m_nPid, &nStatus, nOptions);
+    } while (nEnded < 0 && errno == EINTR);
+    if (nEnded > 0) {
+        m_nCode = CProcessManager::nCodeOfStatus(nStatus);
+        m_eEtat = eETAT::Termine;
+    } else if (nEnded < 0) {
+        // The handler was faster and has the code.
+        const bool bKnown = CProcessManager::m_gpclManager != nullptr &&
+                            CProcessManager::m_gpclManager->bGetCode(m_nPid, &m_nCode);
+        m_eEtat = bKnown ? eETAT::Termine : eETAT::Perdu;
+    }
+}
+
+bool CLanceProcessus::bProcessusTermine() {
+    __Attend(WNOHANG);
+    return m_eEtat != eETAT::EnCours;
+}
+
+void CLanceProcessus::Kill() {
+    // Without the handler a child that ends keeps its process id until it is asked for here, so the signal
+    // cannot hit another process that got the id meanwhile.
+    const CSignalBlock clBlock{SIGCHLD};
+    if (!bProcessusTermine()) {
+        ::kill(m_nPid, SIGKILL);
+    }
+}
+
+bool CLanceProcessus::bLibere() {
+    m_clSortie.Reset();
+    m_clEntree.Reset();
+    if (m_eEtat != eETAT::Libre && CProcessManager::m_gpclManager != nullptr) {
+        CProcessManager::m_gpclManager->FreePid(m_nPid);
+    }
+    m_eEtat = eETAT::Libre;
+    m_nPid = -1;
+    return true;
+}
+
+}  // namespace kalmo

@@ -1,0 +1,42 @@
+#ifndef KALMO_SERVICES_SIGNAL_BLOCK_H
+#define KALMO_SERVICES_SIGNAL_BLOCK_H
+
+#include <csignal>
+#include <initializer_list>
+
+namespace kalmo {
+
+/// Blocks signals for the calling thread while it lives, then puts back the mask that it found.
+///
+/// Async-signal-safe; leaves errno alone.
+class CSignalBlock {
+  public:
+    /// Blocks every signal that can be blocked.
+    CSignalBlock() noexcept {
+        sigset_t st;
+        ::sigfillset(&st);
+        ::pthread_sigmask(SIG_BLOCK, &st, &m_stBefore);
+    }
+    /// Blocks the given signals.
+    CSignalBlock(std::initializer_list<int> tabSignal) noexcept {
+        sigset_t st;
+        ::sigemptyset(&st);
+        for (const int nSignal : tabSignal) {
+            ::sigaddset(&st, nSignal);
+        }
+        ::pthread_sigmask(SIG_BLOCK, &st, &m_stBefore);
+    }
+    CSignalBlock(const CSignalBlock&) = delete;
+    CSignalBlock& operator=(const CSignalBlock&) = delete;
+    ~CSignalBlock() { ::pthread_sigmask(SIG_SETMASK, &m_stBefore, nullptr); }
+
+    /// The mask that was in force before: what to sleep under so that a blocked signal ends the sleep.
+    [[nodiscard]] const sigset_t& rstGetBefore() const noexcept { return m_stBefore; }
+
+  private:
+    sigset_t m_stBefore;
+};
+
+}  // namespace kalmo
+
+#endif

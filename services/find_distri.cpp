@@ -1,0 +1,91 @@
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "framework/disk_file.h"
+#include "services/service_manager.h"
+#include "services/systemctl.h"
+
+namespace kalmo {
+namespace {
+
+// Release files are a few lines; anything longer is none and counts as unreadable.
+constexpr std::size_t nMaxReleaseFile = 65536;
+
+struct STReleaseFile {
+    const wchar_t* pszPath;
+    eDISTRI eDistri;
+};
+
+// Files whose existence decides, in this order: several may exist on one machine.
+constexpr STReleaseFile tabReleaseFile[] = {
+    {L"/etc/debian_version", eDebian},
+    {L"/etc/mandrake-release", eMandriva},
+    {L"/etc/mandriva-release", eMandriva},
+    {L"/etc/SuSE-release", eSuSE},
+    {L"/sbin/SuSEconfig", eSuSE},
+    {L"/etc/gentoo-release", eGentoo},
+    {L"/etc/fedora-release", eFedora},
+    {L"/etc/slackware-release", eSlackware},
+    {L"/etc/slackware-version", eSlackware},
+};
+
+struct STReleaseWord {
+    std::string_view svWord;
+    eDISTRI eDistri;
+};
+
+// Words that decide in the text of a release file, in this order.
+constexpr STReleaseWord tabRedHatRelease[] = {
+    {"mandrake", eMandriva}, {"mandriva", eMandriva}, {"fedora", eFedora}, {"", eRedHat}};
+constexpr STReleaseWord tabVersion[] = {{"mandrake", eMandriva},
+                                        {"mandriva", eMandriva},
+                                        {"fedora", eFedora},
+                                        {"redhat", eRedHat},
+                                        {"debian", eDebian}};
+
+bool bSystemctlWorks() {
+    unsigned dwExitCode = 0;
+    return CDiskFile::bFileExists(pszSystemctl) &&
+           bRunSystemctl(L"--no-pager --no-legend", nullptr, &dwExitCode) && dwExitCode == 0;
+}
+
+template <std::size_t N>
+std::optional<eDISTRI> eReadReleaseFile(const wchar_t* pszPath, const STReleaseWord (&rtabWord)[N]) {
+    std::string csText;
+    if (!CDiskFile::bFileExists(pszPath) || !CDiskFile::bLoad(pszPath, nMaxReleaseFile, &csText)) {
+        return std::nullopt;
+    }
+    std::transform(csText.begin(), csText.end(), csText.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
+    for (const STReleaseWord& rst : rtabWord) {
+        if (csText.find(rst.svWord) != std::string::npos) {
+            return rst.eDistri;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+eDISTRI CServiceManager::__eFindDistri() {
+    if (bSystemctlWorks()) {
+        return eSystemd;
+    }
+    for (const STReleaseFile& rst : tabReleaseFile) {
+        if (CDiskFile::bFileExists(rst.pszPath)) {
+            return rst.eDistri;
+        }
+    }
+    if (const auto eDistri = eReadReleaseFile(L"/etc/redhat-release", tabRedHatRelease)) {
+        return *eDistri;
+    }
+    if (const auto eDistri = eReadReleaseFile(L"/etc/version", tabVersion)) {
+        return *eDistri;
+    }
+    // "function", although such machines have a file "functions": the name is part of the rule.
+    return CDiskFile::bFileExists(L"/etc/init.d/function") ? eRedHat : eDebian;
+}
+
+}  // namespace kalmo

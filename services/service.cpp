@@ -1,0 +1,127 @@
+#include "services/service.h"
+
+#include <algorithm>
+
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
+#include "services/init_script.h"
+#include "services/lance_processus.h"
+#include "services/service_manager.h"
+#include "services/shell_command.h"
+#include "services/systemctl.h"
+#include "services/systemctl_output.h"
+
+namespace kalmo {
+namespace {
+
+std::unique_ptr<wchar_t[]> pszCopy(const wchar_t* psz) {
+    if (psz == nullptr) {
+        return nullptr;
+    }
+    const std::wstring_view sv(psz);
+    auto pszText = std::make_unique<wchar_t[]>(sv.size() + 1);
+    std::copy(sv.begin(), sv.end(), pszText.get());
+    return pszText;
+}
+
+bool bSystemd() {
+    return CServiceManager::ms_eDistri == eSystemd;
+}
+
+}  // namespace
+
+CService::CService(CServiceManager* pclManager, const wchar_t* pszName)
+    : CService(pclManager, pszName, nullptr, nullptr) {}
+
+CService::CService(CServiceManager* pclManager, const wchar_t* pszName, const wchar_t* pszDisplayName,
+                   const wchar_t* pszBinaryPath)
+    : m_pclManager(pclManager),
+      m_pszName(pszCopy(pszName)),
+      m_pszBinaryPath(pszCopy(pszBinaryPath)),
+      m_pszDisplayName(pszCopy(pszDisplayName)) {}
+
+std::wstring_view CService::__svName() const noexcept {
+    return m_pszName == nullptr ? std::wstring_view() : m_pszName.get();
+}
+
+bool CService::__bReadScript(std::string_view svMarker, std::size_t nMaxLine, CText* pText) const {
+    CDiskFile clScript;
+    CTString csText;
+    if (!clScript.bOpen(csScriptPath(__svName()), CDiskFile::eMODE::Read) ||
+        !bReadMarkedText(clScript, svMarker, nMaxLine, &csText)) {
+        return false;
+    }
+    *pText = pszCopy(csText.pszGet());
+    return true;
+}
+
+const wchar_t* CService::pszGetDisplayName() {
+    const bool bFromScript = m_pszDisplayName == nullptr && !bSystemd();
+    if (bFromScript && !__bReadScript(svDisplayNameMarker, nMaxDisplayNameLine, &m_pszDisplayName)) {
+        return pszGetName();
+    }
+    return m_pszDisplayName.get();
+}
+
+const wchar_t* CService::pszBinaryPathName() {
+    if (m_pszBinaryPath == nullptr && !bSystemd()) {
+        SetBinaryPathFromSysVScript();
+    }
+    return m_pszBinaryPath.get();
+}
+
+void CService::SetBinaryPathFromSysVScript() {
+    static_cast<void>(__bReadScript(svProgramMarker, nMaxProgramLine, &m_pszBinaryPath));
+}
+
+bool CService::__bSysVCommand(std::wstring_view svAction) const {
+    return bShellSuccess(nShellCommand(csScriptPath(__svName()) + L" " + svAction));
+}
+
+bool CService::bStart(const wchar_t* pszArgs) {
+    if (bSystemd()) {
+        return bCommandSystemctl(CTString(L"start ") + __svName());
+    }
+    const CTString csArgs(pszArgs);
+    // The one command whose error messages are shown.
+    return __bSysVCommand(L"start " + (csArgs.bEmpty() ? CTString() : csArgs + L" ") + L">/dev/null");
+}
+
+bool CService::bStop() {
+    return bSystemd() ? bCommandSystemctl(CTString(L"stop ") + __svName())
+                      : __bSysVCommand(L"stop >/dev/null 2>/dev/null");
+}
+
+bool CService::bRestart() {
+    return bSystemd() ? bCommandSystemctl(CTString(L"restart ") + __svName())
+                      : __bSysVCommand(L"restart >/dev/null 2>/dev/null");
+}
+
+bool CService::bSendControlCommand(unsigned dwCode) {
+    switch (dwCode) {
+        case dwControlStop: return bStop();
+        case dwControlReload:
+            return bSystemd() ? bCommandSystemctl(CTString(L"reload ") + __svName())
+                              : __bSysVCommand(L"reload >/dev/null 2>/dev/null");
+        default: return false;
+    }
+}
+
+eSERVICESTATUS CService::eGetStatus() {
+    if (bSystemd()) {
+        return eReadActiveState(CServiceManager::csGetSystemdProp("ActiveState", pszGetName()));
+    }
+    CLanceProcessus clScript;
+    unsigned dwExitCode = 0;
+    if (!clScript.bLanceProcessus(csScriptPath(__svName()).pszGet(), L"status", nullptr) ||
+        !clScript.bAttendFinExecution(&dwExitCode)) {
+        return eServiceUnknown;
+    }
+    switch (dwExitCode) {
+        case 0: return eServiceRunning;
+        case 1: return eServiceFailed;
+        default: return eServiceStopped;
+    }
+}
+
+}  // namespace kalmo

@@ -1,0 +1,183 @@
+#include "services/service_manager.h"
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
+#include "services/init_script.h"
+#include "services/systemctl.h"
+#include "services/systemctl_output.h"
+
+namespace kalmo {
+namespace {
+
+constexpr std::size_t nTableRoom = 20;
+constexpr std::size_t nTableStep = 30;
+
+constexpr std::wstring_view svListUnits = L"list-units --all --type=service --full --no-pager --no-legend";
+
+const wchar_t* pszOrNull(const std::optional<CTString>& rcs) {
+    return rcs ? rcs->pszGet() : nullptr;
+}
+
+// Lists the units, asking again without the status column when only that hid the names.
+bool bReadUnitList(std::wstring_view svPrefix, std::vector<CTString>* ptabName) {
+    CXYString<char> csOutput;
+    if (!bRunSystemctl(svListUnits, &csOutput, nullptr)) {
+        return false;
+    }
+    *ptabName = tabReadUnitNames(csOutput, svPrefix);
+    if (ptabName->empty() && bHasMarkedNames(csOutput, svPrefix)) {
+        csOutput.Empty();
+        if (!bRunSystemctl(CTString(svListUnits) + L" --plain", &csOutput, nullptr)) {
+            return false;
+        }
+        *ptabName = tabReadUnitNames(csOutput, svPrefix);
+    }
+    return true;
+}
+
+}  // namespace
+
+int CServiceManager::ms_eDistri = eNotDetected;
+
+CServiceManager::CServiceManager() : CTableauDeBuffer(nTableRoom, nTableStep) {}
+
+CServiceManager::~CServiceManager() {
+    __EndListing();
+}
+
+bool CServiceManager::bInit(const wchar_t* /*pszMachine*/, unsigned /*dwAccess*/) {
+    if (ms_eDistri == eNotDetected) {
+        ms_eDistri = __eFindDistri();
+    }
+    return true;
+}
+
+// Turns a service's name into the name that its script has.
+void CServiceManager::__GetScriptName(CTString* pcsName) {
+    pcsName->Replace(L' ', L'_');
+    pcsName->Replace(L'\t', L"__");
+    pcsName->Replace(L'/', L'-');
+    pcsName->Replace(L'.', L'-');
+}
+
+CXPtr_deleteRCV<CService> CServiceManager::pclGetService(const wchar_t* pszName, unsigned /*dwAccess*/) {
+    if (pszName == nullptr) {
+        return nullptr;
+    }
+    return ms_eDistri == eSystemd ? __pclGetServiceSystemd(pszName) : __pclGetServiceSysV(pszName);
+}
+
+CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSysV(const wchar_t* pszName) {
+    CTString csScript(pszName);
+    __GetScriptName(&csScript);
+    for (const wchar_t* const psz : {csScript.pszGet(), pszName}) {
+        if (CDiskFile::bFileExists(csScriptPath(psz))) {
+            return CXPtr_deleteRCV<CService>(new CService(this, psz));
+        }
+    }
+    return nullptr;
+}
+
+CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSystemd(const wchar_t* pszName) {
+    CTString csArguments = CTString(L"--property=Description,ExecStart,Type show ") + pszName;
+    csArguments.Replace(L';', L' ');
+    csArguments.Replace(L'|', L' ');
+    CXYString<char> csOutput;
+    if (!bRunSystemctl(csArguments, &csOutput, nullptr)) {
+        return nullptr;
+    }
+    const STUnitProperties st = stReadUnitProperties(csOutput);
+    if (!st.bExists) {
+        return nullptr;
+    }
+    const wchar_t* const pszProgram = st.bInitScript ? nullptr : pszOrNull(st.csProgram);
+    CXPtr_deleteRCV<CService> pclService(
+        new CService(this, pszName, pszOrNull(st.csDescription), pszProgram));
+    if (st.bInitScript) {
+        pclService->SetBinaryPathFromSysVScript();
+    }
+    return pclService;
+}
+
+CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName) {
+    CXYString<char> csOutput;
+    const CTString csArguments = L"--property=" + csFromUTF8(pszProperty) + L" show " + CTString(pszName);
+    return bRunSystemctl(csArguments, &csOutput, nullptr) ? csReadProperty(csOutput) : CTString();
+}
+
+CXPtr_deleteRCV<CService> CServiceManager::pclEnumService(unsigned* pdwCursor, const wchar_t* pszPrefix,
+                                                          unsigned /*dwAccess*/) {
+    CTString csPrefix(pszPrefix);
+    __GetScriptName(&csPrefix);
+    if (*pdwCursor == 0) {
+        __EndListing();
+    }
+    return ms_eDistri == eSystemd ? __pclNextSystemd(pdwCursor, csPrefix)
+                                  : __pclNextSysV(pdwCursor, csPrefix);
+}
+
+// Fills the table with the records of all units whose name begins with the prefix.
+bool CServiceManager::__bListSystemd(std::wstring_view svPrefix) {
+    std::vector<CTString> tabName;
+    if (!bReadUnitList(svPrefix, &tabName)) {
+        return false;
+    }
+    for (const CTString& rcsName : tabName) {
+        if (CXPtr_deleteRCV<CService> pclService = __pclGetServiceSystemd(rcsName.pszGet())) {
+            _Add(pclService.release());
+        }
+    }
+    return true;
+}
+
+CXPtr_deleteRCV<CService> CServiceManager::__pclNextSystemd(unsigned* pdwCursor, std::wstring_view svPrefix) {
+    if (*pdwCursor == 0 && !__bListSystemd(svPrefix)) {
+        return nullptr;
+    }
+    if (*pdwCursor < _nGetCount()) {
+        void* const pService = std::exchange(_pElement(*pdwCursor), nullptr);
+        ++*pdwCursor;
+        return CXPtr_deleteRCV<CService>(static_cast<CService*>(pService));
+    }
+    __EndListing();
+    return nullptr;
+}
+
+CXPtr_deleteRCV<CService> CServiceManager::__pclNextSysV(unsigned* pdwCursor, std::wstring_view svPrefix) {
+    if (*pdwCursor == 0) {
+        m_pclScripts.reset(::opendir("/etc/init.d/"));
+        *pdwCursor = m_pclScripts == nullptr ? 0 : 1;
+    }
+    while (m_pclScripts != nullptr) {
+        const dirent* const pstEntry = ::readdir(m_pclScripts.get());
+        if (pstEntry == nullptr) {
+            m_pclScripts.reset();
+            break;
+        }
+        const CTString csName = csFromUTF8(pstEntry->d_name);
+        if (csName != L"." && csName != L".." && csName.svGet().starts_with(svPrefix)) {
+            return CXPtr_deleteRCV<CService>(new CService(this, csName.pszGet()));
+        }
+    }
+    return nullptr;
+}
+
+void CServiceManager::AbortEnumService(unsigned* pdwCursor) {
+    __EndListing();
+    *pdwCursor = 0;
+}
+
+// Gives up what is left of a listing.
+void CServiceManager::__EndListing() {
+    for (std::size_t n = 0; n < _nGetCount(); ++n) {
+        delete static_cast<CService*>(_pElement(n));
+    }
+    _Empty();
+    m_pclScripts.reset();
+}
+
+}  // namespace kalmo

@@ -1,0 +1,91 @@
+#ifndef KALMO_SERVICES_SERVICE_MANAGER_H
+#define KALMO_SERVICES_SERVICE_MANAGER_H
+
+#include <dirent.h>
+
+#include <memory>
+#include <mutex>
+#include <string_view>
+
+#include "framework/array.h"
+#include "framework/xy_string.h"
+#include "services/service.h"
+
+namespace kalmo {
+
+/// The init systems and distributions that are told apart. All but systemd work with SysV init scripts.
+enum eDISTRI : int {
+    eDebian = 0,
+    eRedHat = 1,
+    eMandriva = 2,
+    eFedora = 3,
+    eSuSE = 4,
+    eGentoo = 5,
+    eSlackware = 6,
+    eSystemd = 7,
+    eNotDetected = 8,
+};
+
+/// Finds out how the machine runs its services, and finds services.
+///
+/// Owned by whoever works with services; several may live at the same time. bInit comes first, after
+/// CLanceProcessus::sInit. The records that it hands out belong to the caller and may outlive it. It makes
+/// one listing at a time.
+class CServiceManager : public CTableauDeBuffer {
+  public:
+    /// What the machine runs, an eDISTRI; the same for all managers and read by every operation of CService.
+    /// Written by the first bInit, on the main thread before any other work with services. Until then
+    /// operations behave as SysV ones of an unknown distribution.
+    static int ms_eDistri;
+
+    CServiceManager();
+    CServiceManager(const CServiceManager&) = delete;
+    CServiceManager& operator=(const CServiceManager&) = delete;
+    ~CServiceManager();
+
+    /// Detects the init system unless that has been done. Both arguments are ignored. Always true.
+    bool bInit(const wchar_t* pszMachine, unsigned dwAccess);
+
+    /// The service of that name, null when there is none. dwAccess is ignored.
+    ///
+    /// Under SysV the script may have the name written as a script's name (" ", tab, "/" and "." replaced)
+    /// or, failing that, as it stands.
+    [[nodiscard]] CXPtr_deleteRCV<CService> pclGetService(const wchar_t* pszName, unsigned dwAccess);
+
+    /// The next service whose name begins with pszPrefix as a script's name would be written; null at the
+    /// end or when the listing fails. A null or empty prefix finds every service. dwAccess is ignored.
+    ///
+    /// *pdwCursor is 0 to begin a listing, which ends one that was going on, and is then only passed back.
+    /// At the end it keeps its last value: whoever lists again sets it to 0. Under systemd it is an index; a
+    /// directory being read does not fit into it and stays in the manager, so that a stale cursor is
+    /// harmless: the listing is over.
+    [[nodiscard]] CXPtr_deleteRCV<CService> pclEnumService(unsigned* pdwCursor, const wchar_t* pszPrefix,
+                                                           unsigned dwAccess);
+    /// Ends a listing before its end and sets the cursor to 0.
+    void AbortEnumService(unsigned* pdwCursor);
+
+    /// The value of one property of a systemd unit; empty when it is unknown or cannot be asked for.
+    static CTString csGetSystemdProp(const char* pszProperty, const wchar_t* pszName);
+
+  private:
+    struct CCloseDir {
+        void operator()(DIR* pclDir) const noexcept { ::closedir(pclDir); }
+    };
+
+    static eDISTRI __eFindDistri();
+    static void __GetScriptName(CTString* pcsName);
+
+    CXPtr_deleteRCV<CService> __pclGetServiceSystemd(const wchar_t* pszName);
+    CXPtr_deleteRCV<CService> __pclGetServiceSysV(const wchar_t* pszName);
+    bool __bListSystemd(std::wstring_view svPrefix);
+    CXPtr_deleteRCV<CService> __pclNextSystemd(unsigned* pdwCursor, std::wstring_view svPrefix);
+    CXPtr_deleteRCV<CService> __pclNextSysV(unsigned* pdwCursor, std::wstring_view svPrefix);
+    void __EndListing();
+
+    std::unique_ptr<DIR, CCloseDir> m_pclScripts;  ///< The directory of a SysV listing that is going on.
+    std::recursive_mutex m_clMutex;  ///< For code that shares a manager; no operation here locks it.
+};
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,72 @@
+#include <cerrno>
+
+#include "framework/disk_file.h"
+#include "services/init_script.h"
+#include "services/service.h"
+#include "services/service_manager.h"
+#include "services/shell_command.h"
+#include "services/systemctl.h"
+
+namespace kalmo {
+namespace {
+
+// Deletes the file that a unit property names. A few characters are no path but a stray answer.
+void DeleteUnitFile(const CTString& csPath) {
+    if (csPath.nGetLength() > 3) {
+        CDiskFile::bDelete(csPath);
+    }
+}
+
+// The result of the last step of a removal: a file that is already gone is as good as one deleted.
+bool bLastStep(int nResult) {
+    return nResult != -1 || errno == ENOENT;
+}
+
+bool bDeleteLast(const CTString& csPath) {
+    return bLastStep(CDiskFile::bDelete(csPath) ? 0 : -1);
+}
+
+}  // namespace
+
+bool CService::bRemove() {
+    return CServiceManager::ms_eDistri == eSystemd ? __bRemoveSystemd() : __bRemoveSysV();
+}
+
+bool CService::__bRemoveSystemd() {
+    // Asked for first: a disabled unit that is not in use may be forgotten, and its files with it.
+    const CTString csFragmentPath = CServiceManager::csGetSystemdProp("FragmentPath", pszGetName());
+    const CTString csSourcePath = CServiceManager::csGetSystemdProp("SourcePath", pszGetName());
+    if (!bCommandSystemctl(CTString(L"disable ") + __svName())) {
+        return false;
+    }
+    bCommandSystemctl(CTString(L"stop ") + __svName());
+    DeleteUnitFile(csFragmentPath);
+    DeleteUnitFile(csSourcePath);
+    bCommandSystemctl(L"daemon-reload");
+    return true;
+}
+
+bool CService::__bRemoveSysV() {
+    const CTString csName(__svName());
+    const CTString csScript = csScriptPath(csName);
+    switch (CServiceManager::ms_eDistri) {
+        case eDebian:
+            CDiskFile::bDelete(csScript);
+            // Forced, because the script is gone by now.
+            return bLastStep(nShellCommand(L"update-rc.d -f " + csName + L" remove >/dev/null"));
+        case eRedHat:
+        case eMandriva:
+        case eFedora:
+            nShellCommand(L"chkconfig --del " + csName + L" >/dev/null");
+            return bDeleteLast(csScript);
+        case eSuSE: nShellCommand(L"insserv -r " + csName + L" >/dev/null"); return bDeleteLast(csScript);
+        case eGentoo:
+            nShellCommand(L"rc-update del " + csName + L" >/dev/null");
+            return bDeleteLast(csScript);
+        case eSlackware: return bDeleteLast(L"/etc/rc.d/rc." + csName);
+        // No step is taken, so what counts is the error that the caller's last call left.
+        default: return errno == ENOENT;
+    }
+}
+
+}  // namespace kalmo

@@ -1,0 +1,22 @@
+#ifndef KALMO_SERVICES_SYSTEMCTL_H
+#define KALMO_SERVICES_SYSTEMCTL_H
+
+#include <string_view>
+
+#include "framework/xy_string.h"
+
+namespace kalmo {
+
+/// The one program through which everything under systemd goes; see systemctl(1).
+inline constexpr const wchar_t* pszSystemctl = L"/bin/systemctl";
+
+/// Runs systemctl to its end and appends what it prints to *pcsOutput, which may be null. False when it
+/// could not be launched, read or waited for; its exit code does not matter then. pdwExitCode may be null.
+bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode);
+
+/// Gives systemctl a command. True only when it ran and ended with 0.
+bool bCommandSystemctl(std::wstring_view svArguments);
+
+}  // namespace kalmo
+
+#endif

@@ -49,7 +49,7 @@ class CDiskFile final : public IXStream {
     bool bSeek(std::int64_t i64Position) override;
     [[nodiscard]] std::int64_t i64GetPosition() const override { return m_i64Position; }
     std::int64_t i64GetLength() override;
-    bool bTruncate(std::int64_t i64Length);
+    bool bTruncate(std::int64_t i64Length) override;
     /// Sets access and modification time; a moment that does not exist is moved to one that does.
     bool bSetTime(const STFileTime& rstTime);
     /// Sets the permission bits.

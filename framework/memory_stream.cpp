@@ -38,4 +38,12 @@ bool CMemoryStream::bSeek(std::int64_t i64Position) {
     return true;
 }
 
+bool CMemoryStream::bTruncate(std::int64_t i64Length) {
+    if (i64Length < 0) {
+        return false;
+    }
+    m_tabByte.resize(static_cast<std::size_t>(i64Length));
+    return true;
+}
+
 }  // namespace kalmo

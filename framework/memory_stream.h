@@ -21,6 +21,7 @@ class CMemoryStream final : public IXStream {
     bool bSeek(std::int64_t i64Position) override;
     [[nodiscard]] std::int64_t i64GetPosition() const override { return m_i64Position; }
     std::int64_t i64GetLength() override { return static_cast<std::int64_t>(m_tabByte.size()); }
+    bool bTruncate(std::int64_t i64Length) override;
 
     /// The bytes. Valid until the next write.
     [[nodiscard]] const CTLBIN& rtabGetBytes() const noexcept { return m_tabByte; }

@@ -27,6 +27,9 @@ class IXStream {
     [[nodiscard]] virtual std::int64_t i64GetPosition() const = 0;
     /// The length; -1 when it cannot be told.
     virtual std::int64_t i64GetLength() = 0;
+    /// Makes the stream end at the given length, cutting it or lengthening it with zeros. The position stays.
+    /// False where that cannot be done: a stream for reading, a negative length.
+    virtual bool bTruncate(std::int64_t /*i64Length*/) { return false; }
 
     /// Reads exactly nSize bytes; false too when the stream ends before.
     bool bReadAll(void* pBuffer, std::size_t nSize) {

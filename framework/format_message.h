@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "framework/xy_string.h"
@@ -24,9 +25,11 @@ class CFormatArg {
     CFormatArg(const wchar_t* psz) noexcept
         : CFormatArg(std::wstring_view(psz == nullptr ? L"(null)" : psz)) {}
     CFormatArg(std::wstring_view sv) noexcept : m_eKind(eKIND::WideText), m_sv(sv) {}
+    CFormatArg(const std::wstring& rcs) noexcept : CFormatArg(std::wstring_view(rcs)) {}
     CFormatArg(const CTString& rcs) noexcept : CFormatArg(rcs.svGet()) {}
     CFormatArg(const char* psz) noexcept : CFormatArg(std::string_view(psz == nullptr ? "(null)" : psz)) {}
     CFormatArg(std::string_view sv) noexcept : m_eKind(eKIND::Utf8Text), m_svUtf8(sv) {}
+    CFormatArg(const std::string& rcs) noexcept : CFormatArg(std::string_view(rcs)) {}
     CFormatArg(const CXYString<char>& rcs) noexcept : CFormatArg(rcs.svGet()) {}
     template <std::integral T>
     CFormatArg(T value) noexcept

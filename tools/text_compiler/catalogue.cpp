@@ -71,7 +71,8 @@ class CCatalogueReader {
         const CTString csLine = csFromUTF8(svUtf8);
         if (const std::string_view sv = svFault(svUtf8, csLine); !sv.empty()) {
             m_pclComplaints->Add(m_stCatalogue, m_nLine, sv);
-        } else if (svUtf8.size() > 1 && svUtf8[0] == '[' && bDigit(svUtf8[1])) {
+        }
+        if (svUtf8.size() > 1 && svUtf8[0] == '[' && bDigit(svUtf8[1])) {
             __Header(svUtf8);
         } else if (!svUtf8.starts_with('#')) {
             __TextLine(csLine);

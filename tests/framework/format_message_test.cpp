@@ -1,0 +1,166 @@
+#include "framework/format_message.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "framework/conversion.h"
+
+namespace kalmo {
+namespace {
+
+struct STCase {
+    std::wstring csTemplate;
+    std::vector<CFormatArg> tabArg;
+    std::wstring csExpected = L"";
+};
+
+TEST(FormatMessage, BuildsTheMessage) {
+    const void* const pAddress = reinterpret_cast<const void*>(std::uintptr_t{0xBEEF});
+    const CTString csEuro(L"\u20AC");
+    const STCase tabCase[] = {
+        {L"", {}, L""},
+        {L"no insert\nat all", {L"spare"}, L"no insert\nat all"},
+        {L"%2 before %1, %1 again", {L"one", L"two"}, L"two before one, one again"},
+        {L"%1%2", {csEuro, std::string_view("\xF0\x9F\x98\x80")}, L"\u20AC\U0001F600"},
+        {L"%%1 %. %! % |%n%r%t|", {}, L"%1 . !  |\r\n\r\t|"},
+        {L"kept%0lost %1", {}, L"kept"},
+        {L"%1!s!|%1!S!|%1!hs!|%1!ls!|%1!ws!", {"a"}, L"a|a|a|a|a"},
+        // Two digits at most belong to the number of an insert.
+        {L"%100", std::vector<CFormatArg>(10, L"x"), L"x0"},
+        {L"%99", std::vector<CFormatArg>(99, L"x"), L"x"},
+        {L"%1", {static_cast<const wchar_t*>(nullptr)}, L"(null)"},
+        // Padding and precision count characters.
+        {L"[%1!5s!] [%1!-5s!] [%1!.2s!] [%1!5.1s!] [%1!.s!]",
+         {L"\U0001F600bc"},
+         L"[  \U0001F600bc] [\U0001F600bc  ] [\U0001F600b] [    \U0001F600] []"},
+        {L"[%1!d!] [%1!+d!] [%1! d!] [%1!6d!] [%1!-6d!] [%1!06d!] [%1!.4d!] [%1!+06d!] [%1!-06d!]",
+         {42},
+         L"[42] [+42] [ 42] [    42] [42    ] [000042] [0042] [+00042] [42    ]"},
+        {L"[%1!d!] [%1!06i!] [%1!6.3d!] [%1!u!] [%1!x!]",
+         {-42},
+         L"[-42] [-00042] [  -042] [4294967254] [ffffffd6]"},
+        {L"%1!d! %2!lld! %3!I64u! %4!hu! %5!hhd!",
+         {INT_MIN, INT64_MIN, UINT64_MAX, 65537, 255},
+         L"-2147483648 -9223372036854775808 18446744073709551615 1 -1"},
+        {L"%1!x! %1!X! %1!#x! %1!#X! %1!#o! %1!#010x! %2!#x!",
+         {0xabc, 0},
+         L"abc ABC 0xabc 0XABC 05274 0x00000abc 0"},
+        {L"[%1!.0d!] [%1!#.0o!] [%1!5.0u!]", {0}, L"[] [0] [     ]"},
+        {L"%1!c!%2!C! [%1!3c!]", {0x20AC, 'A'}, L"\u20ACA [  \u20AC]"},
+        {L"%1!p! [%1!8p!]", {pAddress}, L"0xbeef [  0xbeef]"},
+        // A star takes its number from the list, and the inserts go on behind it.
+        {L"[%1!*d!] [%1!-*.*d!] [%3!*s!]", {5, 3, -4, L"ab"}, L"[    3] [-004 ] [ab  ]"},
+        {L"[%1!*.*s!]", {4, -1, L"abc"}, L"[ abc]"},
+    };
+    for (const STCase& rst : tabCase) {
+        CTString cs(L"before");
+        EXPECT_TRUE(bFormatMessage(rst.csTemplate, rst.tabArg, &cs)) << csToUTF8(rst.csTemplate).svGet();
+        EXPECT_EQ(cs.svGet(), rst.csExpected);
+    }
+}
+
+TEST(FormatMessage, FailsRatherThanGuess) {
+    const STCase tabCase[] = {
+        // Behind the end of the list.
+        {L"%1", {}},
+        {L"%1 %3", {L"a", L"b"}},
+        {L"%99", std::vector<CFormatArg>(98, L"x")},
+        {L"%1!*d!", {1}},
+        {L"%1!*.*d!", {1, 2}},
+        {L"%2!*s!", {1, 2}},
+        // Malformed.
+        {L"%", {L"a"}},
+        {L"100 %", {L"a"}},
+        {L"%s", {L"a"}},
+        {L"%1!", {L"a"}},
+        {L"%1!s", {L"a"}},
+        {L"%1!!", {L"a"}},
+        {L"%1!ss!", {L"a"}},
+        {L"%1!5!", {L"a"}},
+        {L"%1!%s!", {L"a"}},
+        {L"%1!n!", {L"a"}},
+        {L"%1!f!", {1}},
+        {L"%1!lllld!", {1}},
+        {L"%1!1.2.3d!", {1}},
+        {L"%1!.-1d!", {1}},
+        {L"%1!+s!", {L"a"}},
+        {L"%1!#d!", {1}},
+        {L"%1!+u!", {1}},
+        {L"%1!05s!", {L"a"}},
+        {L"%1!.2c!", {65}},
+        // Another kind of argument.
+        {L"%1", {1}},
+        {L"%1!s!", {1}},
+        {L"%1!d!", {L"1"}},
+        {L"%1!x!", {"1"}},
+        {L"%1!p!", {1}},
+        {L"%1!c!", {L"a"}},
+        {L"%1!d!", {static_cast<const void*>(nullptr)}},
+        {L"%1!*d!", {L"5", 1}},
+        // Characters that are none, or would end the text.
+        {L"%1!c!", {0}},
+        {L"%1!c!", {0xD800}},
+        {L"%1!c!", {0x110000}},
+        {L"%1!c!", {-1}},
+        // More than anybody needs.
+        {L"%1!1025d!", {1}},
+        {L"%1!99999999999999999999d!", {1}},
+        {L"%1!.1025s!", {L"a"}},
+        {L"%1!*d!", {1025, 1}},
+        {L"%1!*d!", {INT64_MIN, 1}},
+        {L"%1!.*s!", {UINT64_MAX - 1024, L"a"}},
+    };
+    for (const STCase& rst : tabCase) {
+        CTString cs(L"before");
+        EXPECT_FALSE(bFormatMessage(rst.csTemplate, rst.tabArg, &cs)) << csToUTF8(rst.csTemplate).svGet();
+        EXPECT_EQ(cs.svGet(), L"before");
+    }
+}
+
+TEST(FormatMessage, LengthIsBounded) {
+    const std::wstring csHalf(32768, L'x');
+    const CFormatArg tabArg[] = {csHalf, std::wstring_view(csHalf).substr(1)};
+    CTString cs;
+    EXPECT_TRUE(bFormatMessage(L"%1%2", tabArg, &cs));
+    EXPECT_EQ(cs.nGetLength(), 65535U);
+    EXPECT_FALSE(bFormatMessage(L"%1%1", tabArg, &cs));
+    EXPECT_FALSE(bFormatMessage(csHalf + csHalf, {}, &cs));
+}
+
+TEST(FormatMessage, WindowsShape) {
+    const unsigned unAllocate = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_STRING;
+    const CFormatArg tabArg[] = {L"name", L""};
+    struct STShape {
+        unsigned unFlags;
+        const wchar_t* pszSource;
+        const wchar_t* pszExpected;  ///< null: it fails
+    };
+    const STShape tabShape[] = {
+        {unAllocate, L"<%1>", L"<name>"},
+        {unAllocate, L"%2", L""},
+        {unAllocate, L"%3", nullptr},
+        {unAllocate, nullptr, nullptr},
+        {FORMAT_MESSAGE_FROM_STRING, L"<%1>", nullptr},
+        {unAllocate | 0x200, L"<%1>", nullptr},
+    };
+    for (const STShape& rst : tabShape) {
+        wchar_t* psz = nullptr;
+        const unsigned unLength = FormatMessage(rst.unFlags, rst.pszSource, 0, 0, &psz, 100, tabArg);
+        ASSERT_EQ(psz == nullptr, rst.pszExpected == nullptr);
+        if (psz == nullptr) {
+            EXPECT_EQ(unLength, 0U);
+            continue;
+        }
+        EXPECT_EQ(std::wstring(psz), rst.pszExpected);
+        EXPECT_EQ(unLength, std::wstring(rst.pszExpected).size());
+        psz[99] = L'.';  // The room asked for is there.
+        LocalFree(psz);
+    }
+}
+
+}  // namespace
+}  // namespace kalmo

@@ -1,0 +1,273 @@
+#include "framework/x_error.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <new>
+#include <string>
+
+#include "framework/conversion.h"
+#include "framework/language.h"
+#include "framework/memory_stream.h"
+
+namespace kalmo {
+namespace {
+
+using eINFO = CXError::eXERROR_INFO;
+
+// Texts of a module whose texts are in a bad way: 1 is empty, 2 costs too much memory, 3 names two arguments,
+// 4 is fine; there are no others.
+bool bGetBadTexts(STRessourceModule* pstRequest) {
+    static constexpr unsigned char tabTwo[] = "%1 and %2";
+    static constexpr unsigned char tabFine[] = "fine";
+    switch (pstRequest->unNumber) {
+        case 1: pstRequest->pbyText = tabTwo; break;
+        case 2: throw std::bad_alloc();
+        case 3:
+            pstRequest->pbyText = tabTwo;
+            pstRequest->unLength = sizeof tabTwo;
+            break;
+        case 4:
+            pstRequest->pbyText = tabFine;
+            pstRequest->unLength = sizeof tabFine;
+            break;
+        default: return false;
+    }
+    pstRequest->nUnit = 1;
+    return true;
+}
+
+constexpr STErrorDef tabBadDef[] = {
+    {10, 1, 0, eERRORLEVEL::Warning}, {20, 2, 0, eERRORLEVEL::Error},    {30, 3, 0, eERRORLEVEL::Error},
+    {40, 4, 0, eERRORLEVEL::Error},   {99, 777, 0, eERRORLEVEL::Severe},
+};
+const _stMyModuleInfo stBadTexts{&bGetBadTexts};
+const STErrorModule stBadModule{7, L"bad", L"1.0", tabBadDef, &stBadTexts};
+
+std::wstring csUser(const CXError& rcl) {
+    return rcl.pszGetUserMessage();
+}
+
+TEST(XError, CodesOfTheInstaller) {
+    struct STCase {
+        unsigned unCode;
+        unsigned unResource;
+        eERRORLEVEL eLevel;
+        const wchar_t* pszSpanish;  ///< a piece of the message
+    };
+    const STCase tabCase[] = {
+        {1, 4666, eERRORLEVEL::Error, L"\"NAME\"\nno est\u00E1 en el paquete"},
+        {2, 4668, eERRORLEVEL::Error, L"\"NAME\"\nno se pudo crear"},
+        {3, 4667, eERRORLEVEL::Error, L"\nNAME\nest\u00E1 da\u00F1ado"},
+        {4, 4664, eERRORLEVEL::Error, L"\"NAME\"\nno se pudo leer"},
+        {9, 818, eERRORLEVEL::Error, L"no se pudo procesar"},
+        {105, 809, eERRORLEVEL::Severe, L"error interno"},
+        {1000, 810, eERRORLEVEL::Severe, L"no est\u00E1 abierto"},
+        {1001, 4665, eERRORLEVEL::Severe, L"\"NAME\"\nno se pudo instalar"},
+    };
+    CInformationModule::ms_nLangueFramework = LANGUE_ESPAGNOL;
+    for (const STCase& rst : tabCase) {
+        _CXErrorModule604 clError;
+        clError.SetUserError(rst.unCode, CTString(L"NAME"));
+        EXPECT_EQ(clError.unGetUserErrorCode(), rst.unCode);
+        EXPECT_EQ(clError.unGetUserResource(), rst.unResource);
+        EXPECT_EQ(clError.eGetErrorLevel(), rst.eLevel);
+        EXPECT_NE(csUser(clError).find(rst.pszSpanish), std::wstring::npos) << rst.unCode;
+    }
+    CInformationModule::ms_nLangueFramework = LANGUE_ANGLAIS;
+}
+
+TEST(XError, WhatIsMissingDegrades) {
+    struct STCase {
+        const STErrorModule* pstModule;
+        unsigned unCode;
+        unsigned unResource;
+        const wchar_t* pszMessage;
+        const wchar_t* pszDebug;
+    };
+    const wchar_t* const pszNo5 =
+        L"##(CXError)-Pas de definition d'erreur dans gstErrorDef pour l'identifiant <5>##\r\n";
+    const STCase tabCase[] = {
+        {&gstErrorModule604, 5, 0, L"", pszNo5},
+        {nullptr, 5, 0, L"", pszNo5},
+        {&stBadModule, 99, 777, L"##(CXError)-Ressource <777> non charg\u00E9e##", L""},
+        {&stBadModule, 10, 1, L"##(CXError)-Ressource <1> vide. LastError = <28>##", L""},
+        {&stBadModule, 20, 2, L"<No Memory>", L""},
+        {&stBadModule, 30, 3, L"%1 and %2", L""},
+        {&stBadModule, 40, 4, L"fine", L""},
+    };
+    for (const STCase& rst : tabCase) {
+        CXError clError;
+        errno = ENOSPC;
+        clError.SetUserError(rst.pstModule, rst.unCode, L"one");
+        EXPECT_EQ(clError.unGetUserResource(), rst.unResource);
+        EXPECT_EQ(csUser(clError), rst.pszMessage);
+        EXPECT_EQ(clError.StringDump(eINFO::DebugMessages).svGet(), rst.pszDebug);
+    }
+}
+
+TEST(XError, MessagesAddUp) {
+    CXError clError;
+    clError.AddUserMessageFirst(L"first");
+    EXPECT_EQ(csUser(clError), L"first");
+    clError.AddUserMessage(L"last");
+    EXPECT_EQ(csUser(clError), L"first\r\nlast");
+    clError.SetUserErrorMessage(L"middle");
+    clError.AddUserMessageFirst(L"very first");
+    clError.AddUserMessage(L"");
+    clError.AddUserMessage(nullptr);
+    EXPECT_EQ(csUser(clError), L"very first\r\nfirst\r\nmiddle\r\nlast");
+    clError.SetUserError(&stBadModule, 30, std::string("a"), "b");
+    EXPECT_EQ(csUser(clError), L"a and b");
+    clError.AddUserMessage(clError.pszGetUserMessage());
+    EXPECT_EQ(csUser(clError), L"a and b\r\na and b");
+    clError.ChangeUserError(&stBadModule, 40);
+    EXPECT_EQ(csUser(clError), L"fine\r\na and b");
+    clError.ChangeUserError(&stBadModule, 20);
+    EXPECT_EQ(csUser(clError), L"<No Memory>");
+    clError.ChangeUserError(&stBadModule, 30);
+    EXPECT_EQ(csUser(clError), L"a and b\r\na and b");
+    clError.SetUserErrorCode(1234);
+    clError.SetUserErrorMessage(nullptr);
+    EXPECT_EQ(clError.unGetUserErrorCode(), 1234U);
+    EXPECT_EQ(csUser(clError), L"a and b");
+    clError.AddDebugMessage(L"two");
+    clError.AddDebugMessageFirst(L"one");
+    EXPECT_EQ(clError.StringDump(eINFO::DebugMessages).svGet(), L"one\r\ntwo\r\n");
+}
+
+// The argument is kept: what the caller passed may be gone when the error is shown.
+TEST(XError, ArgumentsOutliveTheCall) {
+    CXError clError;
+    {
+        std::wstring csName(300, L'n');
+        clError.SetUserError(&stBadModule, 40, csName, 1);
+        csName.assign(300, L'#');
+    }
+    clError.ChangeUserError(&gstErrorModule604, 1);
+    EXPECT_NE(csUser(clError).find(std::wstring(300, L'n')), std::wstring::npos);
+}
+
+TEST(XError, ItemsAreTypedAndDumpedInTheirFormat) {
+    CXError clError;
+    clError.AddInfo(EIT_THREAD, L"main");
+    clError.AddInfo(EIT_HELPFILE, L"/h");
+    clError.AddInfo(EIT_RECNUM, INT64_MIN);
+    clError.AddInfo(EIT_BASECODE, -3);
+    clError.AddInfo(EIT_DATAACCESS, reinterpret_cast<const void*>(std::uintptr_t{0xAB}));
+    clError.AddInfo(EIT_PILETL, L"a\r\nb");
+    clError.AddInfo(EIT_DATEHEURE, L"now");
+    clError.AddInfo(EIT_EXCEPTIONJAVA);
+    clError.AddInfo(EIT_CODEHTTP, 404U);
+    clError.AddInfo(EIT_USERNAME, 5);         // not a text
+    clError.AddInfo(EIT_XINFO, L"5");         // not a number
+    clError.AddInfo(EIT_EXCEPTIONDOTNET, 1);  // no value at all
+    clError.AddInfo(static_cast<eERRORINFOTYPE>(EIT_THREAD + 1), L"x");
+    clError.AddInfo(EIT_HELPFILE, L"/%s/help");
+    EXPECT_EQ(clError.nNumInfo(), 9);
+    CTString cs(L"-");
+    clError.DumpInfo(&cs);
+    EXPECT_EQ(cs.svGet(),
+              L"-EIT_THREAD : <main>\r\nEIT_HELPFILE : </%s/help>\r\nEIT_RECNUM : <-9223372036854775808>\r\n"
+              L"EIT_BASECODE : <-3>\r\nEIT_DATAACCESS : <0xab>\r\nEIT_PILETL :\r\na\r\nb\r\n"
+              L"EIT_DATEHEURE : now\r\nEIT_EXCEPTIONJAVA\r\nEIT_CODEHTTP : <404>\r\n");
+
+    std::int64_t i64 = 7;
+    EXPECT_TRUE(clError.bGetInfo(EIT_BASECODE, &i64));
+    EXPECT_EQ(i64, -3);
+    EXPECT_FALSE(clError.bGetInfo(EIT_HELPFILE, &i64));
+    EXPECT_FALSE(clError.bGetInfo(EIT_ADOCODE, &i64));
+    EXPECT_EQ(i64, -3);
+    EXPECT_TRUE(clError.bHasInfo(EIT_RECNUM));
+    clError.DeleteInfo(EIT_RECNUM);
+    EXPECT_FALSE(clError.bHasInfo(EIT_RECNUM));
+    EXPECT_EQ(clError.GetInfo(EIT_RECNUM), nullptr);
+    EXPECT_TRUE(clError.bHasInfo(EIT_THREAD));
+}
+
+TEST(XError, SystemErrors) {
+    CXError clError;
+    clError.SetSystemErrorParam(EACCES, L"/dir/\u00E9");
+    EXPECT_EQ(clError.dwGetSystemErrorCode(), static_cast<unsigned>(EACCES));
+    EXPECT_EQ(std::wstring(clError.pszGetSystemErrorMessage()), L"/dir/\u00E9: Permission denied");
+    clError.SetSystemError(ENOENT);
+    EXPECT_EQ(clError.StringDump(eINFO::All).svGet(), L"System error 2: No such file or directory\r\n");
+    clError.SetSystemErrorMessage(nullptr);
+    EXPECT_EQ(clError.StringDump(eINFO::SystemError).svGet(), L"System error 2: \r\n");
+}
+
+/// An error with something of everything.
+void Fill(CXError* pclError, const wchar_t* pszName) {
+    pclError->SetUserError(&stBadModule, 30, pszName, L"x");
+    pclError->SetSystemErrorMessage(L"%1 full");
+    pclError->SetFunctionName(L"bDo");
+    pclError->SetDetailId(12);
+    pclError->SetErrorLevel(eERRORLEVEL::Warning);
+    pclError->AddInfo(EIT_DSTFILE, pszName);
+    pclError->AddDebugMessage(L"debug");
+}
+
+std::wstring csExpectedDump(const std::wstring& rcsRank, const std::wstring& rcsName,
+                            bool bUserMessage = true) {
+    return (bUserMessage ? rcsName + L" and x\r\n" : L"") + L"System error 0: %1 full\r\nIE" + rcsRank +
+           L"=7.30\r\nModule=<bad>\r\nVersion=<1.0>\r\nLevel=1\r\nFunction=<bDo>\r\nDetail=12\r\nEIT_DSTFILE "
+           L": <" +
+           rcsName + L">\r\ndebug\r\n";
+}
+
+TEST(XError, SubErrorsAreOwnedCopies) {
+    CXError clTop;
+    Fill(&clTop, L"top");
+    {
+        CXError clMiddle;
+        CXError clLeaf;
+        Fill(&clLeaf, L"leaf");
+        Fill(&clMiddle, L"middle");
+        clMiddle.AddSubError(clLeaf);
+        clTop.AddSubError(clMiddle);
+        clTop.AddSubErrorLight(clMiddle);
+        clTop.AddSubErrorNoUserMessage(clMiddle);
+        clTop.AddSubErrorLightNoUserMessage(clMiddle);
+        clMiddle.SetUserErrorMessage(L"changed");
+    }
+    EXPECT_EQ(clTop.nGetNbSubError(), 4);
+    EXPECT_EQ(clTop.pclGetSubError(-1), nullptr);
+    EXPECT_EQ(clTop.pclGetSubError(4), nullptr);
+    const std::wstring csWhole = csExpectedDump(L"", L"top") + csExpectedDump(L"1", L"middle") +
+                                 csExpectedDump(L"1.1", L"leaf") + csExpectedDump(L"2", L"middle") +
+                                 csExpectedDump(L"3", L"middle", false) + csExpectedDump(L"3.1", L"leaf") +
+                                 csExpectedDump(L"4", L"middle", false);
+    EXPECT_EQ(clTop.StringDump(eINFO::All).svGet(), csWhole);
+    EXPECT_EQ(clTop.StringDump(eINFO::UserMessage | eINFO::Items).svGet(),
+              L"top and x\r\nEIT_DSTFILE : <top>\r\n");
+
+    CMemoryStream clTrace;
+    EXPECT_TRUE(clTop.TraceDump(&clTrace));
+    std::string csTrace(static_cast<std::size_t>(clTrace.i64GetLength()), '\0');
+    EXPECT_TRUE(clTrace.bSeek(0) && clTrace.bReadAll(csTrace.data(), csTrace.size()));
+    EXPECT_EQ(csTrace, csToUTF8(csWhole).svGet());
+
+    CXError clCopy;
+    clCopy.Copy(clTop);
+    clCopy.Copy(clCopy);
+    clTop.DeleteAllSubError();
+    EXPECT_EQ(clTop.StringDump(eINFO::All).svGet(), csExpectedDump(L"", L"top"));
+    EXPECT_EQ(clCopy.StringDump(eINFO::All).svGet(), csWhole);
+    clCopy.AddSubError(clCopy);
+    EXPECT_EQ(clCopy.pclGetSubError(4)->StringDump(eINFO::All).svGet(), csWhole);
+    clCopy.LightCopy(clTop);
+    EXPECT_EQ(clCopy.StringDump(eINFO::All).svGet(), csExpectedDump(L"", L"top"));
+}
+
+TEST(XError, LivesByReferencesToo) {
+    auto* pclError = new _CXErrorModule604;
+    pclError->SetUserError(3, L"/archive");
+    EXPECT_EQ(pclError->dwAddRef(), 2U);
+    EXPECT_EQ(pclError->dwRelease(), 1U);
+    EXPECT_EQ(pclError->StringDump(eINFO::Context).svGet(),
+              L"IE=604.3\r\nModule=<kalmoinstall>\r\nVersion=<25.0.98.0>\r\nLevel=2\r\n");
+    EXPECT_EQ(pclError->dwRelease(), 0U);
+}
+
+}  // namespace
+}  // namespace kalmo

@@ -1,6 +1,7 @@
 #ifndef KALMO_FRAMEWORK_MEMORY_STREAM_H
 #define KALMO_FRAMEWORK_MEMORY_STREAM_H
 
+#include <utility>
 #include <vector>
 
 #include "framework/x_stream.h"
@@ -25,6 +26,11 @@ class CMemoryStream final : public IXStream {
 
     /// The bytes. Valid until the next write.
     [[nodiscard]] const CTLBIN& rtabGetBytes() const noexcept { return m_tabByte; }
+    /// Gives the bytes to the caller; the stream is empty afterwards.
+    [[nodiscard]] CTLBIN tabDetach() noexcept {
+        m_i64Position = 0;
+        return std::exchange(m_tabByte, {});
+    }
 
   private:
     CTLBIN m_tabByte;

@@ -1,0 +1,20 @@
+#include "archive/crc32.h"
+
+#include <zlib.h>
+
+#include <type_traits>
+
+namespace kalmo {
+
+static_assert(std::is_same_v<z_crc_t, std::uint32_t>);
+
+std::uint32_t dwCrc32(std::uint32_t dwCrc, std::span<const unsigned char> tabByte) noexcept {
+    return tabByte.empty() ? dwCrc
+                           : static_cast<std::uint32_t>(::crc32_z(dwCrc, tabByte.data(), tabByte.size()));
+}
+
+const std::uint32_t* pdwCrc32Table() noexcept {
+    return ::get_crc_table();
+}
+
+}  // namespace kalmo

@@ -1,0 +1,103 @@
+#include "archive/entry_path.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <span>
+#include <vector>
+
+#include "framework/conversion.h"
+#include "framework/unique_fd.h"
+
+namespace kalmo {
+namespace {
+
+constexpr mode_t unModeRepertoire = 0755;
+
+bool bSeparator(wchar_t c) {
+    return c == L'/' || c == L'\\';
+}
+
+bool bDriveLetter(std::wstring_view sv) {
+    const auto bLetter = [](wchar_t c) { return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z'); };
+    return sv.size() >= 2 && sv[1] == L':' && bLetter(sv[0]);
+}
+
+// The components of a name that may be joined to a directory; none when it may not.
+std::vector<std::wstring_view> tabComponents(std::wstring_view svName) {
+    if (svName.empty() || bSeparator(svName.front()) || bSeparator(svName.back()) || bDriveLetter(svName) ||
+        svName.find(L'\0') != std::wstring_view::npos) {
+        return {};
+    }
+    std::vector<std::wstring_view> tab;
+    for (std::wstring_view svRest = svName; !svRest.empty();) {
+        const std::wstring_view svPart = svRest.substr(0, svRest.find_first_of(L"/\\"));
+        svRest.remove_prefix(std::min(svRest.size(), svPart.size() + 1));
+        const bool bDot = svPart == L".";
+        if (svPart == L".." || (bDot && svRest.empty())) {
+            return {};
+        }
+        if (!svPart.empty() && !bDot) {
+            tab.push_back(svPart);
+        }
+    }
+    return tab;
+}
+
+// Opens a directory right below another one, which it creates when there is none. Follows no link.
+CUniqueFd clEnterDirectory(const CUniqueFd& rclAbove, const char* pszName) {
+    constexpr int nFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    CUniqueFd clFd(::openat(rclAbove.nGet(), pszName, nFlags));
+    if (clFd.bValid() || errno != ENOENT) {
+        return clFd;
+    }
+    const bool bCreated = ::mkdirat(rclAbove.nGet(), pszName, unModeRepertoire) == 0;
+    if (!bCreated && errno != EEXIST) {
+        return {};
+    }
+    clFd.Reset(::openat(rclAbove.nGet(), pszName, nFlags));
+    if (bCreated && clFd.bValid() && ::fchmod(clFd.nGet(), unModeRepertoire) != 0) {
+        return {};
+    }
+    return clFd;
+}
+
+bool bMakeDirectories(std::wstring_view svRoot, std::span<const std::wstring_view> tabName) {
+    if (tabName.empty()) {
+        return true;
+    }
+    const CXYString<char> csRoot = csToUTF8(svRoot);
+    CUniqueFd clFd(::open(csRoot.pszGet(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (const std::wstring_view svName : tabName) {
+        if (!clFd.bValid()) {
+            break;
+        }
+        clFd = clEnterDirectory(clFd, csToUTF8(svName).pszGet());
+    }
+    return clFd.bValid();
+}
+
+}  // namespace
+
+eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut) {
+    *pclOut = CFSPath();
+    const std::vector<std::wstring_view> tabName = tabComponents(svEntryName);
+    CFSPath clPath;
+    bool bFits = !tabName.empty() && !svRoot.empty() && clPath.bSet(svRoot);
+    for (const std::wstring_view svName : tabName) {
+        bFits = bFits && clPath.bAppend(svName);
+    }
+    if (!bFits) {
+        return ARCHIVE_BAD;
+    }
+    if (!bMakeDirectories(clPath.svGet().substr(0, svRoot.size()),
+                          std::span(tabName).first(tabName.size() - 1))) {
+        return ARCHIVE_CREATE;
+    }
+    *pclOut = clPath;
+    return ARCHIVE_OK;
+}
+
+}  // namespace kalmo

@@ -1,0 +1,32 @@
+#ifndef KALMO_ARCHIVE_ENTRY_PATH_H
+#define KALMO_ARCHIVE_ENTRY_PATH_H
+
+#include <string_view>
+
+#include "archive/result.h"
+#include "framework/fs_path.h"
+
+/// From the name that an archive gives an entry to a place below a directory.
+///
+/// The names of an archive are not to be trusted: whoever wrote it chose them, and the installer writes as
+/// root. Every caller that turns an entry's name into a path does it here.
+namespace kalmo {
+
+/// Joins an entry's name to a directory and makes the directories that the name needs below it.
+///
+/// Slashes and backslashes separate; empty and "." components fall away. The name must stay below the
+/// directory: one that is empty, absolute, begins with a drive letter, holds a ".." component or a null
+/// character, names no file at its end, or makes a path of more than 260 characters is refused with
+/// ARCHIVE_BAD before anything is touched.
+///
+/// The directory itself must exist; it may be reached through symbolic links, for that is the
+/// administrator's choice. Directories below it are created with mode 0755 whatever the umask. A symbolic
+/// link, or anything else that is no directory, where one is needed gives ARCHIVE_CREATE with the reason in
+/// errno, as does a directory that cannot be created.
+///
+/// *pclOut is the path to extract to; empty unless the result is ARCHIVE_OK.
+eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut);
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,31 @@
+#include "archive/rep_entree.h"
+
+#include <sys/stat.h>
+
+namespace kalmo {
+
+void CRepEntree::SetCrypte(bool bCrypte, const CTString& csPassword) {
+    m_bCrypte = bCrypte;
+    m_csPassword = csPassword;
+}
+
+bool CRepEntree::bMdpOK(std::wstring_view svPassword) const noexcept {
+    return !m_bCrypte || m_csPassword.svGet() == svPassword;
+}
+
+bool CRepEntree::bEstUnFichierFactice() const noexcept {
+    return m_u64TailleOriginale == 0 && (m_csNom.bEmpty() || m_csNom.svGet().back() == L'/');
+}
+
+bool CRepEntree::bRepertoire() const noexcept {
+    constexpr std::uint32_t dwATTRIBUT_REPERTOIRE = 0x4000;
+    return (m_dwAttribut & dwATTRIBUT_REPERTOIRE) != 0 || S_ISDIR(m_dwAttribut >> 16);
+}
+
+mode_t CRepEntree::unPermission() const noexcept {
+    constexpr std::uint32_t dwNineBits = 0777;
+    const std::uint32_t dwUnix = m_dwAttribut >> 16 & dwNineBits;
+    return dwUnix != 0 ? dwUnix : m_dwAttribut & dwNineBits;
+}
+
+}  // namespace kalmo

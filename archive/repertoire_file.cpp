@@ -1,0 +1,143 @@
+#include <array>
+#include <cerrno>
+#include <string>
+
+#include "archive/le_cursor.h"
+#include "archive/repertoire.h"
+#include "framework/conversion.h"
+
+// A directory on disk, little-endian:
+//
+//   4  "KREP"
+//   4  version, 1
+//   4  number of entries
+//   and for each entry
+//   4  length of the name in bytes, at most 65536
+//   8  uncompressed size, 8 compressed size
+//   4  attributes
+//   1  flags: bit 0 enciphered
+//   7  creation time, 7 last-access time, 7 modification time, each: 2 year, then month, day, hour, minute,
+//      second in a byte each
+//   n  the name in UTF-8
+
+namespace kalmo {
+namespace {
+
+constexpr std::uint32_t dwSIGNATURE = 0x5045524B;
+constexpr std::uint32_t dwVERSION = 1;
+constexpr std::size_t nTailleEntete = 12;
+constexpr std::size_t nTailleEntree = 4 + 8 + 8 + 4 + 1 + 3 * 7;
+constexpr std::uint32_t dwTailleMaxNom = 65536;
+constexpr unsigned char byCRYPTE = 1;
+
+class CLeWriter {
+  public:
+    void Put(std::uint64_t u64, int nBytes) {
+        for (; nBytes > 0; --nBytes, u64 >>= 8) {
+            m_csByte += static_cast<char>(u64 & 0xFF);
+        }
+    }
+    void PutTime(const CDiskFile::STFileTime& rst) {
+        Put(static_cast<std::uint64_t>(rst.nAnnee), 2);
+        for (const int n : {rst.nMois, rst.nJour, rst.nHeure, rst.nMinute, rst.nSeconde}) {
+            Put(static_cast<std::uint64_t>(n), 1);
+        }
+    }
+    void PutText(std::string_view sv) { m_csByte += sv; }
+    [[nodiscard]] const std::string& csGet() const noexcept { return m_csByte; }
+
+  private:
+    std::string m_csByte;
+};
+
+CDiskFile::STFileTime stNextTime(CLeCursor& rcl) {
+    CDiskFile::STFileTime st;
+    st.nAnnee = rcl.wNext();
+    for (int* const pn : {&st.nMois, &st.nJour, &st.nHeure, &st.nMinute, &st.nSeconde}) {
+        *pn = rcl.byNext();
+    }
+    return st;
+}
+
+bool bReadEntry(IXStream& rclStream, CRepEntree* pclEntree) {
+    std::array<unsigned char, nTailleEntree> tabFixed{};
+    if (!rclStream.bReadAll(tabFixed.data(), tabFixed.size())) {
+        return false;
+    }
+    CLeCursor cl(tabFixed);
+    const std::uint32_t dwName = cl.dwNext();
+    const std::uint64_t u64Original = cl.u64Next();
+    const std::uint64_t u64Compressed = cl.u64Next();
+    const std::uint32_t dwAttribut = cl.dwNext();
+    const unsigned char byFlags = cl.byNext();
+    CRepEntree::STTimes stTimes;
+    stTimes.stCreation = stNextTime(cl);
+    stTimes.stAcces = stNextTime(cl);
+    stTimes.stModif = stNextTime(cl);
+    if (dwName > dwTailleMaxNom) {
+        return false;
+    }
+    std::string csName(dwName, '\0');
+    if (!rclStream.bReadAll(csName.data(), csName.size())) {
+        return false;
+    }
+    *pclEntree = CRepEntree(csFromUTF8(csName), u64Original, u64Compressed, stTimes, dwAttribut);
+    pclEntree->SetCrypte((byFlags & byCRYPTE) != 0, CTString());
+    return true;
+}
+
+bool bWrite(CDiskFile& rclFile, const CLeWriter& rcl) {
+    return rclFile.bWrite(rcl.csGet().data(), rcl.csGet().size());
+}
+
+}  // namespace
+
+bool CRepertoire::bLit(IXStream& rclStream) {
+    Vide();
+    std::array<unsigned char, nTailleEntete> tabHeader{};
+    if (!rclStream.bReadAll(tabHeader.data(), tabHeader.size())) {
+        return false;
+    }
+    CLeCursor cl(tabHeader);
+    if (cl.dwNext() != dwSIGNATURE || cl.dwNext() != dwVERSION) {
+        return false;
+    }
+    // The count is a claim: entries are made as they are read, and the first missing one ends it.
+    for (std::uint32_t dwLeft = cl.dwNext(); dwLeft > 0; --dwLeft) {
+        CRepEntree clEntree;
+        if (!bReadEntry(rclStream, &clEntree) || !bAjouteEntree(std::move(clEntree))) {
+            Vide();
+            return false;
+        }
+    }
+    return true;
+}
+
+eARCHIVE CRepertoire::eEcrit(CDiskFile& rclFile) const {
+    CLeWriter clHeader;
+    clHeader.Put(dwSIGNATURE, 4);
+    clHeader.Put(dwVERSION, 4);
+    clHeader.Put(m_nCount, 4);
+    bool bWritten = bWrite(rclFile, clHeader);
+    for (std::size_t n = 0; bWritten && n < m_nCount; ++n) {
+        const CRepEntree& rclEntree = __rclEntree(n);
+        const CXYString<char> csName = csToUTF8(rclEntree.csGetNom());
+        CLeWriter cl;
+        cl.Put(csName.nGetLength(), 4);
+        cl.Put(rclEntree.u64GetTailleOriginale(), 8);
+        cl.Put(rclEntree.u64GetTailleCompresse(), 8);
+        cl.Put(rclEntree.dwGetAttribut(), 4);
+        cl.Put(rclEntree.bCrypte() ? byCRYPTE : 0, 1);
+        cl.PutTime(rclEntree.rstGetTimes().stCreation);
+        cl.PutTime(rclEntree.rstGetTimes().stAcces);
+        cl.PutTime(rclEntree.rstGetTimes().stModif);
+        cl.PutText(csName);
+        bWritten = bWrite(rclFile, cl);
+    }
+    if (bWritten) {
+        return ARCHIVE_OK;
+    }
+    return errno == ENOSPC ? ARCHIVE_DISK_FULL : ARCHIVE_WRITE;
+}
+
+}  // namespace kalmo

@@ -1,0 +1,280 @@
+#include "archive/tv_win_zip.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include "framework/fs_path.h"
+
+namespace kalmo {
+namespace {
+
+constexpr std::size_t nTaillePiece = 32768;
+
+// Leaves errno as it was, for clean-up that comes between a failure and its report.
+class CErrnoKept {
+  public:
+    CErrnoKept() noexcept : m_nErrno(errno) {}
+    CErrnoKept(const CErrnoKept&) = delete;
+    CErrnoKept& operator=(const CErrnoKept&) = delete;
+    ~CErrnoKept() { errno = m_nErrno; }
+
+  private:
+    int m_nErrno;
+};
+
+}  // namespace
+
+/// Has the archive file open for as long as it lives: one that a Lock closed is reopened and closed again.
+class CTVWinZip::CFichierRouvert {
+  public:
+    explicit CFichierRouvert(CTVWinZip& rcl)
+        : m_rcl(rcl), m_bWasOpen(rcl._bFichierOuvert()), m_bOpen(rcl._bRouvre()) {}
+    CFichierRouvert(const CFichierRouvert&) = delete;
+    CFichierRouvert& operator=(const CFichierRouvert&) = delete;
+    ~CFichierRouvert() {
+        if (!m_bWasOpen) {
+            const CErrnoKept clKept;
+            m_rcl._Ferme();
+        }
+    }
+    [[nodiscard]] bool bOpen() const noexcept { return m_bOpen; }
+
+  private:
+    CTVWinZip& m_rcl;
+    bool m_bWasOpen;
+    bool m_bOpen;
+};
+
+eARCHIVE CTVWinZip::eOuvreArchive(std::wstring_view svPath, unsigned dwFlags, std::int64_t i64Base) {
+    const CTString csPath(svPath);  // the caller's view may be of the path that is kept here
+    m_pclStream = &m_clFichier;
+    m_csChemin = csPath;
+    m_bOuvert = false;
+    m_clRepertoire.Vide();
+    m_nAcces = static_cast<int>(dwFlags & dwOUVRE_ECRITURE);
+    if (!m_clFichier.bOpen(m_csChemin, CDiskFile::eMODE::Read)) {
+        return _eErreur(ARCHIVE_NOT_FOUND);
+    }
+    return __eOuvre(dwFlags, i64Base);
+}
+
+eARCHIVE CTVWinZip::eOuvreArchiveStream(IXStream* pclStream, unsigned dwFlags, std::int64_t i64Base) {
+    _Ferme();
+    m_csChemin.Empty();
+    m_bOuvert = false;
+    m_clRepertoire.Vide();
+    m_nAcces = static_cast<int>(dwFlags & dwOUVRE_ECRITURE);
+    if (pclStream == nullptr) {
+        m_pclStream = &m_clFichier;
+        errno = EINVAL;
+        return _eErreur(ARCHIVE_NOT_FOUND);
+    }
+    m_pclStream = pclStream;
+    return __eOuvre(dwFlags, i64Base);
+}
+
+eARCHIVE CTVWinZip::__eOuvre(unsigned dwFlags, std::int64_t i64Base) {
+    m_i64Base = i64Base;
+    m_clZip.SetStream(m_pclStream, m_i64Base);
+    if (m_clZip.OuvreZip(m_csChemin, static_cast<int>(dwFlags)) != ARCHIVE_OK) {
+        _Ferme();
+        return _eErreur(ARCHIVE_BAD);
+    }
+    m_bOuvert = true;
+    return eLitRepertoireMono();
+}
+
+eARCHIVE CTVWinZip::eLitRepertoireMono() {
+    if (!m_bOuvert) {
+        return _eErreur(ARCHIVE_NOT_OPEN);
+    }
+    m_clRepertoire.Vide();
+    const CFichierRouvert clRouvert(*this);
+    if (!clRouvert.bOpen()) {
+        return _eErreur(ARCHIVE_CREATE);
+    }
+    for (eARCHIVE e = m_clZip.FirstFile(); e == ARCHIVE_OK; e = m_clZip.NextFile(0)) {
+        const STCentralHeader& rstHeader = *m_clZip.pstGetCurrent();
+        const STPathParts stName = CFSPath::stSplit(rstHeader.csNom);
+        if (stName.svBaseName.empty() && stName.svExtension.empty()) {
+            continue;  // a directory
+        }
+        const STFileTime stDate = rstHeader.stDate();
+        CRepEntree clEntree(csWithSlashes(rstHeader.csNom), rstHeader.u64TailleOriginale,
+                            rstHeader.u64TailleDonnees(), {stDate, stDate, stDate}, rstHeader.dwAttribut);
+        clEntree.SetCrypte(rstHeader.bCrypte(), m_clZip.csGetPassword());
+        if (!m_clRepertoire.bAjouteEntree(std::move(clEntree))) {
+            return _eErreur(ARCHIVE_BAD);
+        }
+    }
+    return _eErreur(ARCHIVE_OK);
+}
+
+eARCHIVE CTVWinZip::__eTrouve(std::wstring_view svNom, bool bCasse, const CRepEntree** ppclEntree) {
+    int nRang = m_clRepertoire.lRang(svNom);
+    if (nRang < 0) {
+        return ARCHIVE_NOT_FOUND;
+    }
+    if (bCasse) {
+        nRang = m_clRepertoire.lRangCasse(svNom);
+    }
+    *ppclEntree = m_clRepertoire.pclGetEntree(nRang);
+    return *ppclEntree != nullptr ? m_clZip.LocateFile(svNom, bCasse) : ARCHIVE_NOT_LOCATED;
+}
+
+eARCHIVE CTVWinZip::__eVerifieVide() {
+    return m_clZip.pstGetCurrent()->dwCrc == 0 ? ARCHIVE_OK : ARCHIVE_DATA;
+}
+
+eARCHIVE CTVWinZip::__eOuvreEntree() {
+    switch (m_clZip.OpenCurrentFileInZip()) {
+        case ARCHIVE_OK: return ARCHIVE_OK;
+        case ARCHIVE_CIPHER: return ARCHIVE_PASSWORD;
+        default: return ARCHIVE_BAD;
+    }
+}
+
+eARCHIVE CTVWinZip::__eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDestination) {
+    std::array<unsigned char, nTaillePiece> tabPiece;  // filled before it is read
+    std::uint64_t u64Written = 0;
+    eARCHIVE eResult = ARCHIVE_OK;
+    std::size_t nRead = 0;
+    do {
+        if (!m_clZip.bReadCurrentFileInZip(tabPiece.data(), tabPiece.size(), &nRead)) {
+            eResult = ARCHIVE_DATA;
+        } else if (nRead > 0 && !rclDestination.bWrite(tabPiece.data(), nRead)) {
+            eResult = errno == ENOSPC ? ARCHIVE_DISK_FULL : ARCHIVE_WRITE;
+        } else {
+            u64Written += nRead;
+        }
+    } while (eResult == ARCHIVE_OK && nRead > 0);
+
+    const CErrnoKept clKept;
+    const bool bCrcOk = m_clZip.CloseCurrentFileInZip(1, 0) == ARCHIVE_OK;
+    if (eResult == ARCHIVE_OK && !bCrcOk) {
+        eResult = ARCHIVE_DATA;
+    }
+    if (eResult == ARCHIVE_OK && u64Written != rclEntree.u64GetTailleOriginale()) {
+        eResult = ARCHIVE_BAD;
+    }
+    return eResult;
+}
+
+eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination) {
+    if (svDestination.empty()) {
+        return ARCHIVE_OK;
+    }
+    CDiskFile clDirectory;  // opened like a file, for its times and attributes
+    const bool bMade = CDiskFile::bCreateDirectory(svDestination) &&
+                       clDirectory.bOpen(svDestination, CDiskFile::eMODE::Read) &&
+                       clDirectory.bSetTime(rclEntree.rstGetTimes().stModif) &&
+                       clDirectory.bSetPermission(rclEntree.unPermission());
+    return bMade ? ARCHIVE_OK : ARCHIVE_CREATE;
+}
+
+eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination) {
+    const bool bVide = rclEntree.u64GetTailleOriginale() == 0;
+    const eARCHIVE eOpened = bVide ? __eVerifieVide() : __eOuvreEntree();
+    if (eOpened != ARCHIVE_OK) {
+        return eOpened;
+    }
+    if (bVide && rclEntree.bRepertoire()) {
+        return __eCreeRepertoire(rclEntree, svDestination);
+    }
+    constexpr mode_t unWhileWriting = 0600;  // nobody else reads a file that is not complete
+    CDiskFile clFile;
+    if (!clFile.bOpen(svDestination, CDiskFile::eMODE::Create, unWhileWriting)) {
+        const CErrnoKept clKept;
+        (void)m_clZip.CloseCurrentFileInZip(0, 0);
+        return ARCHIVE_CREATE;
+    }
+    eARCHIVE eResult = bVide ? ARCHIVE_OK : __eCopieEntree(rclEntree, clFile);
+    if (eResult == ARCHIVE_OK) {
+        // Not every file system keeps times and permissions; the bytes are what counts.
+        clFile.bSetTime(rclEntree.rstGetTimes().stModif);
+        clFile.bSetPermission(rclEntree.unPermission());
+        if (!clFile.bClose()) {
+            eResult = errno == ENOSPC ? ARCHIVE_DISK_FULL : ARCHIVE_WRITE;
+        }
+    }
+    if (eResult != ARCHIVE_OK) {
+        const CErrnoKept clKept;
+        clFile.bClose();
+        CDiskFile::bDelete(svDestination);
+    }
+    return eResult;
+}
+
+eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view svDestination,
+                                    unsigned /*dwReserve*/, HWND hFenetre, int /*nReserve*/, unsigned dwFlags,
+                                    STInfoAvancement* pstAvancement) {
+    CFSPath clDestination;
+    if (!clDestination.bSet(svDestination)) {
+        errno = ENAMETOOLONG;
+        return _eErreur(ARCHIVE_CREATE);
+    }
+    if ((dwFlags & dwEXTRAIT_SUPPRIME) != 0 && CDiskFile::bFileExists(clDestination.svGet())) {
+        CDiskFile::bDelete(clDestination.svGet());
+    }
+    if (!m_bOuvert) {
+        return _eErreur(ARCHIVE_NOT_OPEN);
+    }
+    const CFichierRouvert clRouvert(*this);
+    if (!clRouvert.bOpen()) {
+        return _eErreur(ARCHIVE_CREATE);
+    }
+    m_hFenetre = hFenetre;
+    m_pstAvancement = pstAvancement;
+    const CRepEntree* pclEntree = nullptr;
+    eARCHIVE eResult = __eTrouve(svNom, (dwFlags & dwEXTRAIT_CASSE) != 0, &pclEntree);
+    if (eResult == ARCHIVE_OK) {
+        eResult = __eExtraitVersFichier(*pclEntree, clDestination.svGet());
+    }
+    m_hFenetre = nullptr;
+    m_pstAvancement = nullptr;
+    return _eErreur(eResult);
+}
+
+eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, CTLBIN* ptabOut, unsigned /*dwReserve*/,
+                                    HWND hFenetre, int /*nReserve*/, STInfoAvancement* pstAvancement) {
+    ptabOut->clear();
+    if (!m_bOuvert) {
+        return _eErreur(ARCHIVE_NOT_OPEN);
+    }
+    const CFichierRouvert clRouvert(*this);
+    if (!clRouvert.bOpen()) {
+        return _eErreur(ARCHIVE_CREATE);
+    }
+    m_hFenetre = hFenetre;
+    m_pstAvancement = pstAvancement;
+    const CRepEntree* pclEntree = nullptr;
+    eARCHIVE eResult = __eTrouve(svNom, false, &pclEntree);
+    if (eResult == ARCHIVE_OK && pclEntree->u64GetTailleOriginale() == 0) {
+        eResult = __eVerifieVide();
+    } else if (eResult == ARCHIVE_OK) {
+        eResult = __eOuvreEntree();
+        CMemoryStream clMemory;
+        if (eResult == ARCHIVE_OK) {
+            eResult = __eCopieEntree(*pclEntree, clMemory);
+        }
+        if (eResult == ARCHIVE_OK) {
+            *ptabOut = clMemory.tabDetach();
+        }
+    }
+    m_hFenetre = nullptr;
+    m_pstAvancement = nullptr;
+    return _eErreur(eResult);
+}
+
+eARCHIVE CTVWinZip::eMotDePasse(const wchar_t* pszMotDePasse) {
+    const std::wstring_view svPassword = pszMotDePasse != nullptr ? pszMotDePasse : L"";
+    return _eErreur(m_clZip.bSetPassword(svPassword) ? ARCHIVE_OK : ARCHIVE_PASSWORD);
+}
+
+eARCHIVE CTVWinZip::eGetMotDePasse(CTString& rcsMotDePasse) {
+    rcsMotDePasse = m_clZip.csGetPassword();
+    return _eErreur(ARCHIVE_OK);
+}
+
+}  // namespace kalmo

@@ -1,0 +1,60 @@
+#ifndef KALMO_ARCHIVE_TV_WIN_ZIP_H
+#define KALMO_ARCHIVE_TV_WIN_ZIP_H
+
+#include <cstdint>
+#include <string_view>
+
+#include "archive/tv_zip_base.h"
+#include "archive/win_zip.h"
+
+namespace kalmo {
+
+/// A ZIP archive: the record reader CWinZip below, files on disk and the installer's codes above.
+///
+/// The installation engine derives from it; tools and tests use it as it is.
+class CTVWinZip : public CTVZipBase {
+  public:
+    CTVWinZip() = default;
+
+    eARCHIVE eOuvreArchive(std::wstring_view svPath, unsigned dwFlags, std::int64_t i64Base) override;
+    eARCHIVE eOuvreArchiveStream(IXStream* pclStream, unsigned dwFlags, std::int64_t i64Base) override;
+    eARCHIVE eExtraitFichier(std::wstring_view svNom, std::wstring_view svDestination, unsigned dwReserve,
+                             HWND hFenetre, int nReserve, unsigned dwFlags,
+                             STInfoAvancement* pstAvancement) override;
+    eARCHIVE eExtraitFichier(std::wstring_view svNom, CTLBIN* ptabOut, unsigned dwReserve, HWND hFenetre,
+                             int nReserve, STInfoAvancement* pstAvancement) override;
+    eARCHIVE eMotDePasse(const wchar_t* pszMotDePasse) override;
+    eARCHIVE eGetMotDePasse(CTString& rcsMotDePasse) override;
+
+    /// Reads the central headers into the directory. Opening does so; after that it brings the directory back
+    /// to what the archive says. ARCHIVE_NOT_OPEN, or ARCHIVE_CREATE when the file cannot be reopened.
+    eARCHIVE eLitRepertoireMono();
+
+    /// The archive's comment.
+    [[nodiscard]] const CTString& csGetCommentaire() const noexcept { return m_clZip.csGetCommentaire(); }
+    /// What was wrong with the last thing that the record reader refused, for a trace or a test; empty when
+    /// nothing was.
+    [[nodiscard]] CTString csGetDefaut() const { return m_clZip.csGetDefaut(); }
+
+  private:
+    class CFichierRouvert;
+
+    /// Opens the archive that the stream holds and reads its directory.
+    eARCHIVE __eOuvre(unsigned dwFlags, std::int64_t i64Base);
+    /// Finds an entry and makes it the record reader's current one.
+    eARCHIVE __eTrouve(std::wstring_view svNom, bool bCasse, const CRepEntree** ppclEntree);
+    eARCHIVE __eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination);
+    static eARCHIVE __eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination);
+    /// Opens the current entry's data.
+    eARCHIVE __eOuvreEntree();
+    /// Copies the current entry's data, and closes it.
+    eARCHIVE __eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDestination);
+    /// An entry of size zero is not read at all; its CRC must be that of nothing.
+    eARCHIVE __eVerifieVide();
+
+    CWinZip m_clZip;
+};
+
+}  // namespace kalmo
+
+#endif

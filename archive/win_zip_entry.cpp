@@ -1,0 +1,148 @@
+#include <algorithm>
+#include <cstring>
+
+#include "archive/crc32.h"
+#include "archive/local_header.h"
+#include "archive/win_zip.h"
+
+// The data of the current entry: local header, deciphering, inflating, CRC.
+
+namespace kalmo {
+
+eARCHIVE CWinZip::OpenCurrentFileInZip() {
+    const STCentralHeader* const pst = pstGetCurrent();
+    if (pst == nullptr) {
+        return ARCHIVE_NO_CURRENT;
+    }
+    (void)CloseCurrentFileInZip(0, 0);
+    const STZipFault st = __stOpenEntry(*pst);
+    if (st.eCode != ARCHIVE_OK) {
+        m_clVolumes.Release();
+    }
+    m_stLecture.bOuvert = st.eCode == ARCHIVE_OK;
+    return __eFaute(st);
+}
+
+STZipFault CWinZip::__stOpenEntry(const STCentralHeader& rst) {
+    if (rst.u64LocalOffset > UINT64_MAX - m_u64Prefixe) {
+        return {ARCHIVE_BAD, "local header: out of range", rst.u64LocalOffset};
+    }
+    const std::uint64_t u64Position = m_u64Prefixe + rst.u64LocalOffset;
+    IXStream* const pclSource = m_clVolumes.pclFrom(rst.wDiskStart);
+    STLocalHeader stLocal;
+    STZipFault st = stReadLocalHeader(*pclSource, m_clRecord, u64Position, &stLocal);
+    if (st.eCode == ARCHIVE_OK) {
+        st = stCompareHeaders(stLocal, rst, u64Position);
+    }
+    if (st.eCode != ARCHIVE_OK) {
+        return st;
+    }
+    m_stLecture = {};
+    m_stLecture.pclSource = pclSource;
+    m_stLecture.i64Position = static_cast<std::int64_t>(stLocal.u64DataPosition);
+    m_stLecture.u64ResteCompresse = rst.u64TailleDonnees();
+    m_stLecture.u64ResteOriginal = rst.u64TailleOriginale;
+    m_stLecture.dwCrcAttendu = rst.dwCrc;
+    m_stLecture.wMethode = rst.wMethode;
+    m_stLecture.bCrypte = rst.bCrypte();
+    if (m_stLecture.bCrypte) {
+        st = __stOpenCipher(rst);
+    }
+    if (st.eCode == ARCHIVE_OK && rst.wMethode == wMETHODE_DEFLATE && !m_clInflater.bStart()) {
+        st = {ARCHIVE_BAD, "entry: inflating cannot start", u64Position};
+    }
+    return st;
+}
+
+STZipFault CWinZip::__stOpenCipher(const STCentralHeader& rst) {
+    CCryptHeader tabHeader;
+    const auto u64Position = static_cast<std::uint64_t>(m_stLecture.i64Position);
+    if (rst.u64TailleCompresse < tabHeader.size() || !m_stLecture.pclSource->bSeek(m_stLecture.i64Position) ||
+        !m_stLecture.pclSource->bReadAll(tabHeader.data(), tabHeader.size())) {
+        return {ARCHIVE_BAD, "encipherment header: cut short", u64Position};
+    }
+    m_stLecture.i64Position += static_cast<std::int64_t>(tabHeader.size());
+    // A streamed entry is enciphered before its CRC is known; its time stands in for it.
+    const bool bStreamed = (rst.wFlags & wFLAG_DESCRIPTEUR) != 0;
+    const std::uint32_t dwCheck = bStreamed ? rst.dwDosDate << 16 : rst.dwCrc;
+    m_clCipher.CryptInitKeys(m_csPassword);
+    if (!m_clCipher.bCryptCheck(tabHeader, static_cast<unsigned char>(dwCheck >> 24))) {
+        return {ARCHIVE_CIPHER, "encipherment header: not this password", u64Position};
+    }
+    return {};
+}
+
+bool CWinZip::__bFillInput() {
+    const auto nSize =
+        static_cast<std::size_t>(std::min<std::uint64_t>(m_tabInput.size(), m_stLecture.u64ResteCompresse));
+    if (!m_stLecture.pclSource->bSeek(m_stLecture.i64Position) ||
+        !m_stLecture.pclSource->bReadAll(m_tabInput.data(), nSize)) {
+        return false;
+    }
+    m_stLecture.i64Position += static_cast<std::int64_t>(nSize);
+    m_stLecture.u64ResteCompresse -= nSize;
+    const auto tabFilled = std::span(m_tabInput).first(nSize);
+    if (m_stLecture.bCrypte) {
+        m_clCipher.CryptDecodeBuffer(tabFilled);
+    }
+    m_stLecture.tabEntree = tabFilled;
+    return true;
+}
+
+bool CWinZip::__bProduce(std::span<unsigned char>& rtabRoom, bool* pbEnd) {
+    if (m_stLecture.wMethode == wMETHODE_DEFLATE) {
+        const CInflater::eETAT eState = m_clInflater.eInflate(m_stLecture.tabEntree, rtabRoom);
+        *pbEnd = eState == CInflater::eETAT::Ended;
+        return eState != CInflater::eETAT::Failed;
+    }
+    const std::size_t nCount = std::min(m_stLecture.tabEntree.size(), rtabRoom.size());
+    if (nCount > 0) {
+        std::memcpy(rtabRoom.data(), m_stLecture.tabEntree.data(), nCount);
+    }
+    m_stLecture.tabEntree = m_stLecture.tabEntree.subspan(nCount);
+    rtabRoom = rtabRoom.subspan(nCount);
+    *pbEnd = m_stLecture.tabEntree.empty() && m_stLecture.u64ResteCompresse == 0;
+    return true;
+}
+
+bool CWinZip::bReadCurrentFileInZip(void* pBuffer, std::size_t nSize, std::size_t* pnRead) {
+    *pnRead = 0;
+    if (!m_stLecture.bOuvert) {
+        return false;
+    }
+    const auto nWanted =
+        static_cast<std::size_t>(std::min<std::uint64_t>(nSize, m_stLecture.u64ResteOriginal));
+    const std::span tabOut(static_cast<unsigned char*>(pBuffer), nWanted);
+    std::span<unsigned char> tabRoom = tabOut;
+    for (bool bEnd = false; !bEnd && !tabRoom.empty();) {
+        if (m_stLecture.tabEntree.empty() && m_stLecture.u64ResteCompresse > 0 && !__bFillInput()) {
+            return __eFaute({ARCHIVE_DATA, "entry: its data cannot be read",
+                             static_cast<std::uint64_t>(m_stLecture.i64Position)}) == ARCHIVE_OK;
+        }
+        if (!__bProduce(tabRoom, &bEnd)) {
+            return __eFaute({ARCHIVE_DATA, "entry: its data does not inflate",
+                             static_cast<std::uint64_t>(m_stLecture.i64Position)}) == ARCHIVE_OK;
+        }
+    }
+    const auto tabDone = tabOut.first(nWanted - tabRoom.size());
+    m_stLecture.dwCrc = dwCrc32(m_stLecture.dwCrc, tabDone);
+    m_stLecture.u64ResteOriginal -= tabDone.size();
+    *pnRead = tabDone.size();
+    return true;
+}
+
+eARCHIVE CWinZip::CloseCurrentFileInZip(int nVerifie, int /*nReserve*/) {
+    if (!m_stLecture.bOuvert) {
+        return ARCHIVE_OK;
+    }
+    m_stLecture.bOuvert = false;
+    m_clInflater.End();
+    m_clVolumes.Release();
+    if (nVerifie != 0 && m_stLecture.u64ResteOriginal == 0 && m_stLecture.dwCrc != m_stLecture.dwCrcAttendu) {
+        return __eFaute({ARCHIVE_CRC, "entry: not the CRC of the directory",
+                         static_cast<std::uint64_t>(m_stLecture.i64Position)});
+    }
+    return ARCHIVE_OK;
+}
+
+}  // namespace kalmo

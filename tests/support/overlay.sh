@@ -25,15 +25,22 @@ require_root() {
     ((EUID == 0)) || fail "must run as root"
 }
 
+# Whether the copy has its own at PATH, or cannot have any there.
+is_reserved() { # PATH
+    case "$1" in
+        /dev/shm/?* | /tmp/?*) return 1 ;;
+        / | /dev | /dev/* | /proc | /proc/* | /run | /run/* | /sys | /sys/* | /tmp) return 0 ;;
+        *) return 1 ;;
+    esac
+}
+
 # need_folder MODE DIRECTORY: lays DIRECTORY over the copy.
 #   copy: writable, what is written vanishes    ro: read-only    rw: the real one, changes stay
 need_folder() {
     local path
     path=$(realpath -e -- "$2" 2>/dev/null)
     [[ -d $path ]] || fail "not a directory: $2"
-    case "$path" in
-        / | /dev | /dev/* | /proc | /proc/* | /run | /run/* | /sys | /sys/* | /tmp) fail "cannot lay $path over the copy" ;;
-    esac
+    ! is_reserved "$path" || fail "$path cannot be laid over the copy"
     FOLDERS[$path]=$1
 }
 
@@ -42,15 +49,16 @@ disk_mounts() {
     findmnt --real --list --noheadings --output TARGET
 }
 
-# Adds DIRECTORY as a copy unless the copy of / has it anyway or it was asked for.
+# Adds DIRECTORY as a copy unless one that was asked for or the copy of / has it anyway.
 need_folder_from_elsewhere() {
-    [[ ! -v FOLDERS[$1] ]] || return 0
-    case "$1" in
-        / | /dev | /dev/* | /proc | /proc/* | /run | /run/* | /sys | /sys/* | /tmp) return ;;
-        /tmp/*) ;;
-        *) ! grep -qxF -- "$(stat -c %m -- "$1")" <(disk_mounts) || return 0 ;;
-    esac
-    need_folder copy "$1"
+    local folder
+    ! is_reserved "$1" || return 0
+    for folder in "${!FOLDERS[@]}"; do
+        [[ $1/ != "$folder"/* ]] || return 0
+    done
+    if [[ $1 == /tmp/* ]] || ! grep -qxF -- "$(stat -c %m -- "$1")" <(disk_mounts); then
+        need_folder copy "$1"
+    fi
 }
 
 # Mounts at TARGET a copy of the directory SOURCE: reads come from SOURCE, writes stay in memory.

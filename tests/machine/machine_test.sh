@@ -1,0 +1,246 @@
+#!/bin/bash
+# shellcheck disable=SC2016 # the commands in single quotes are for the shells inside
+# Checks of tests/machine/machine and tests/support/in_private_root: what they run is real, and nothing stays.
+# Must run as root. Exit status 0 when every check held.
+set -uo pipefail
+
+here=$(dirname -- "$(realpath -e -- "${BASH_SOURCE[0]}")")
+machine=$here/machine
+private_root=$here/../support/in_private_root
+work=$(mktemp -d)
+trap 'rm -rf -- "$work"' EXIT
+failures=0
+
+# Every process that the tools start inherits this, except those that the machine's own process 1 starts.
+export KALMO_MACHINE_TEST=$work
+
+check() { # DESCRIPTION WANTED GOT
+    [[ $2 == "$3" ]] && return
+    printf 'FAILED: %s\n  wanted: %q\n  got:    %q\n' "$1" "$2" "$3" >&2
+    failures=$((failures + 1))
+}
+
+status_of() {
+    "$@" </dev/null >/dev/null 2>&1
+    echo $?
+}
+
+# What may not differ before and after, as far as other programs of the host leave it alone.
+outside() {
+    cat /proc/self/mountinfo
+    find /etc -newer "$work/started" ! -type d
+    ls -d /tmp/nspawn-* /run/kalmo* /run/systemd/nspawn* 2>/dev/null
+    ls -l /etc/systemd/system /etc/init.d /etc/rc?.d
+}
+
+# The processes of this test that are neither this shell nor this function.
+processes_left() {
+    local process found
+    mapfile -t found < <(grep -slzxF "KALMO_MACHINE_TEST=$work" /proc/[0-9]*/environ)
+    for process in "${found[@]}"; do
+        [[ $process =~ ^/proc/($$|$BASHPID)/ || ! -e $process ]] || tr '\0' ' ' <"${process%environ}cmdline"
+    done
+}
+
+# check_gone DESCRIPTION TOOL_PID: soon after the tool's end no process and no control group of it is left.
+check_gone() {
+    local tries left
+    for ((tries = 0; tries < 100; ++tries)); do
+        left=$(find /sys/fs/cgroup -maxdepth 3 -name "kalmo-machine.$2" 2>/dev/null; pgrep -f "__(keep|inside) $2 ")
+        [[ -n $left ]] || break
+        sleep 0.05
+    done
+    check "$1: nothing is left" '' "$left"
+}
+
+test_status_and_streams() {
+    local kind
+    for kind in systemd sysv; do
+        check "$kind: success" 0 "$(status_of "$machine" "$kind" true)"
+        check "$kind: a status" 7 "$(status_of "$machine" "$kind" -- sh -c 'exit 7')"
+        check "$kind: a signal" 139 "$(status_of "$machine" "$kind" -- sh -c 'kill -SEGV $$')"
+        check "$kind: streams" $'in out\nerr' "$(echo in | "$machine" "$kind" -- sh -c 'echo "$(cat) out"; echo err >&2' 2>&1)"
+        check "$kind: directory and marker" "$PWD $kind" "$("$machine" "$kind" -- sh -c 'echo "$PWD $KALMO_MACHINE"')"
+    done
+    check "usage: no kind" 125 "$(status_of "$machine" neither true)"
+    check "usage: no such folder" 125 "$(status_of "$machine" sysv --bind "$work/none" true)"
+}
+
+test_systemd_is_real() {
+    local got
+    got=$("$machine" systemd -- bash -s <<'END' 2>&1
+cat /proc/1/comm
+systemctl --failed --no-legend --no-pager
+printf '[Service]\nExecStart=/bin/sleep 1000\nUser=daemon\n[Install]\nWantedBy=multi-user.target\n' >/etc/systemd/system/kalmo-check.service
+systemctl --quiet enable --now kalmo-check
+systemctl is-enabled kalmo-check
+systemctl is-active kalmo-check
+ps -o user= -p "$(systemctl show --value -p MainPID kalmo-check)"
+systemctl --quiet disable --now kalmo-check
+systemctl is-active kalmo-check
+END
+    )
+    check "systemd: a service" $'systemd\nenabled\nactive\ndaemon\ninactive' "$got"
+}
+
+test_sysv_is_real() {
+    local got
+    got=$("$machine" sysv -- bash -s <<'END' 2>&1
+/bin/systemctl --no-pager --no-legend >/dev/null 2>&1 || echo no systemd
+cat >/etc/init.d/kalmo-check <<'SCRIPT'
+#!/bin/sh
+### BEGIN INIT INFO
+# Provides:          kalmo-check
+# Required-Start:    $remote_fs
+# Required-Stop:     $remote_fs
+# Default-Start:     2 3 4 5
+# Default-Stop:      0 1 6
+# Short-Description: check
+### END INIT INFO
+case $1 in
+    start) start-stop-daemon --start --background --make-pidfile --pidfile /run/kalmo-check.pid --exec /bin/sleep -- 1000 ;;
+    stop) start-stop-daemon --stop --quiet --retry 5 --remove-pidfile --pidfile /run/kalmo-check.pid ;;
+esac
+SCRIPT
+chmod 755 /etc/init.d/kalmo-check
+update-rc.d kalmo-check defaults
+(cd /etc && echo rc?.d/*kalmo-check)
+/etc/init.d/kalmo-check start
+sleep 0.2
+pgrep -cF /run/kalmo-check.pid
+/etc/init.d/kalmo-check stop
+pgrep -cf 'sleep 1000'
+update-rc.d -f kalmo-check remove
+(cd /etc && ls rc?.d | grep -c kalmo-check)
+END
+    )
+    check "sysv: a script" "no systemd
+rc0.d/K01kalmo-check rc1.d/K01kalmo-check rc2.d/S01kalmo-check rc3.d/S01kalmo-check rc4.d/S01kalmo-check rc5.d/S01kalmo-check rc6.d/K01kalmo-check
+1
+0
+0" "$got"
+}
+
+test_folders() { # TOOL...
+    local folder
+    for folder in real readonly copied hidden; do
+        mkdir -p "$work/$folder"
+        echo before >"$work/$folder/file"
+    done
+    check "$*: folders" $'readonly:before\nhidden absent' "$(
+        "$@" --bind "$work/real" --bind-ro "$work/readonly" --copy "$work/copied" -- sh -c '
+            cd "$1"
+            for folder in real readonly copied; do { echo after >$folder/file; } 2>/dev/null; done
+            grep -H before */file | sed "s|/file||"
+            [ -e hidden ] || echo hidden absent' - "$work"
+    )"
+    check "$*: only --bind lets changes out" $'copied/file:before\nhidden/file:before\nreadonly/file:before\nreal/file:after' \
+        "$(cd "$work" && grep . ./*/file | cut -c3-)"
+}
+
+# Runs a command line at a terminal, presses Ctrl-C when it says it is ready, prints what follows and the status.
+press_ctrl_c() { # COMMAND_LINE
+    local from to terminal_pid
+    coproc terminal { exec script --quiet --return --command "$1" /dev/null; }
+    terminal_pid=$!
+    exec {from}<&"${terminal[0]}" {to}>&"${terminal[1]}"
+    read -r _ <&"$from"
+    printf '\003' >&"$to"
+    sed 's/^^C//' <&"$from"
+    wait "$terminal_pid"
+    echo "status $?"
+}
+
+test_terminal() {
+    local kind terminal
+    for kind in systemd sysv; do
+        check "$kind: --tty needs no terminal" $'/dev/pts/0\r' "$("$machine" "$kind" --tty -- tty </dev/null)"
+    done
+    terminal=$(script --quiet --return --command "stty rows 33 cols 99; $machine systemd -- stty size" /dev/null </dev/null)
+    check "the caller's terminal" $'33 99\r' "$terminal"
+    # A program that handles Ctrl-C is left alone, one that does not ends the machine.
+    check "Ctrl-C is the command's" $'caught\r\nstill here\r\nstatus 3' "$(press_ctrl_c "$machine sysv --timeout 20 -- python3 -c '
+import signal, sys, time
+def caught(*_):
+    print(\"caught\")
+    print(\"still here\")
+    sys.exit(3)
+signal.signal(signal.SIGINT, caught)
+print(\"ready\", flush=True)
+time.sleep(1000)'")"
+    check "Ctrl-C ends a plain command" 'status 130' \
+        "$(press_ctrl_c "$machine systemd --timeout 20 -- sh -c 'echo ready; exec sleep 1000'")"
+}
+
+# end_by SIGNAL SECONDS COMMAND [ARGUMENT...]: the signal ends the tool that COMMAND is, and all it has begun.
+end_by() {
+    local signal=$1 seconds=$2 tool status
+    shift 2
+    env --default-signal=INT "$@" </dev/null 2>/dev/null & # a background job of this shell would ignore SIGINT
+    tool=$!
+    sleep "$seconds"
+    kill -s "$signal" "$tool"
+    wait "$tool" 2>/dev/null
+    status=$?
+    check "$signal after $seconds s: ${*:1:2}" $((128 + $(kill -l "$signal"))) "$status"
+    check_gone "$signal after $seconds s: ${*:1:2}" "$tool"
+}
+
+test_ends() {
+    local signal stubborn=(-- sh -c 'trap "" INT TERM; sleep 1000; :')
+    for signal in INT TERM KILL; do
+        end_by "$signal" 0.15 "$machine" systemd "${stubborn[@]}" # while it comes up
+        end_by "$signal" 0.8 "$machine" systemd "${stubborn[@]}"
+        end_by "$signal" 0.4 "$machine" sysv "${stubborn[@]}"
+        end_by "$signal" 0.3 "$private_root" "${stubborn[@]}"
+    done
+    check "time limit" 124 "$(status_of "$machine" systemd --timeout 1 "${stubborn[@]}")"
+    # What a command leaves running ends with it.
+    check "a process left behind" 0 "$(status_of "$machine" sysv -- sh -c 'setsid sleep 1000 & sleep 0.1')"
+    check "a process left behind" 0 "$(status_of "$private_root" sh -c 'setsid sleep 1000 & sleep 0.1')"
+}
+
+test_parallel() {
+    local kind tools=() tool
+    for kind in systemd sysv systemd sysv; do
+        "$machine" "$kind" -- sh -c 'test ! -e /etc/parallel && : >/etc/parallel && sleep 1' &
+        tools+=($!)
+    done
+    for tool in "${tools[@]}"; do
+        wait "$tool"
+        check "four machines at a time" 0 $?
+    done
+}
+
+test_private_root() {
+    check "private root: own files" $'mine 1\nempty' "$("$private_root" sh -c '
+        echo "mine $KALMO_PRIVATE_ROOT" >/etc/debian_version
+        rm -r /etc/init.d /bin/systemctl
+        cat /etc/debian_version
+        [ -z "$(ls -A /tmp /run /dev/shm | grep -v :)" ] && echo empty' 2>&1)"
+    check "private root: a status" 7 "$(status_of "$private_root" sh -c 'exit 7')"
+    check "private root: a signal" 134 "$(status_of "$private_root" sh -c 'kill -ABRT $$')"
+    check "private root: the kernel's settings" 'Read-only file system' \
+        "$("$private_root" sh -c 'echo >/proc/sys/kernel/hostname' 2>&1 | sed 's/.*: //')"
+}
+
+((EUID == 0)) || { echo "${0##*/}: must run as root" >&2; exit 1; }
+sleep 0.01
+touch "$work/started"
+before=$(outside)
+test_status_and_streams
+test_systemd_is_real
+test_sysv_is_real
+test_folders "$machine" systemd
+rm -rf "$work"/{real,readonly,copied,hidden}
+test_folders "$private_root"
+test_terminal
+test_ends
+test_parallel
+test_private_root
+sleep 0.3
+check "no process is left" '' "$(processes_left)"
+check "nothing outside has changed" "$before" "$(outside)"
+
+((failures == 0)) && echo "all checks held"
+exit $((failures > 0))

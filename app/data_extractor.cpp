@@ -2,9 +2,6 @@
 
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
-
 #include "app/archive_password.h"
 #include "app/trace.h"
 #include "archive/entry_path.h"
@@ -23,9 +20,6 @@ constexpr mode_t unFileMode = 0755;
 constexpr int nAttempts = 20;
 constexpr useconds_t unPauseMicros = 500'000;
 
-/// Archive result: the archive is damaged, or an entry's name leads out of the directory.
-constexpr int nBadArchive = 3;
-
 }  // namespace
 
 CDataExtractor::CDataExtractor(CTrace& rclTrace) : m_rclTrace(rclTrace) {}
@@ -43,14 +37,13 @@ bool CDataExtractor::bInit() {
         return false;
     }
     m_clArchivePath = clPath;
-    const int nCode = eOuvreArchive(m_clArchivePath.pszGet(), 0, 0);
-    m_rclTrace.Step(L"open payload " + m_clArchivePath.csGet(), nCode == 0 ? L"ok" : L"failed");
-    if (nCode != 0) {
-        _ProcessZipError(nCode, L"", m_clArchivePath.pszGet());
+    const eARCHIVE eCode = eOuvreArchive(m_clArchivePath.svGet(), 0, 0);
+    m_rclTrace.Outcome(L"open payload " + m_clArchivePath.csGet(), eCode == ARCHIVE_OK);
+    if (eCode != ARCHIVE_OK) {
+        m_rclTrace.Step(L"payload", csGetDefaut());
         return false;
     }
-    eMotDePasse(csGetArchivePassword().pszGet());
-    return true;
+    return eMotDePasse(csGetArchivePassword().pszGet()) == ARCHIVE_OK;
 }
 
 bool CDataExtractor::bUpgrade(const wchar_t* pszDir, IInstallProgress* piProgress) {
@@ -58,16 +51,15 @@ bool CDataExtractor::bUpgrade(const wchar_t* pszDir, IInstallProgress* piProgres
 }
 
 bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, IInstallProgress* piProgress) {
-    const unsigned dwCount = m_clRepertoire.dwTaille();
-    for (unsigned dwRank = 0; dwRank < dwCount; ++dwRank) {
-        const CTString csName(pszNomFichier(dwRank));
+    const int nCount = static_cast<int>(rclGetRepertoire().dwTaille());
+    for (int nRang = 0; nRang < nCount; ++nRang) {
+        const CTString csName = rclGetRepertoire().pclGetEntree(nRang)->csGetNom();
         if (bEgalSansCasse(csName, PSZ_LICENCE)) {
             continue;
         }
         const bool bManager = bEgalSansCasse(csName, PSZ_MANAGER);
-        const bool bInstalled = bManager ? _bInstalFile(pszDir, PSZ_MANAGER, unManagerMode, true)
-                                         : _bInstalFile(pszDir, csName.pszGet(), unFileMode, false);
-        if (!bInstalled) {
+        if (!(bManager ? _bInstalFile(pszDir, PSZ_MANAGER, unManagerMode, true)
+                       : _bInstalFile(pszDir, csName, unFileMode, false))) {
             return false;
         }
         if (piProgress != nullptr) {
@@ -77,30 +69,28 @@ bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, IInstallProgress* piPr
     return true;
 }
 
-bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, const wchar_t* pszName, mode_t unMode,
+bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svName, mode_t unMode,
                                   bool bRootOwner) {
     CFSPath clTarget;
-    int nCode = 0;
+    eARCHIVE eCode = ARCHIVE_OK;
     for (int nAttempt = 1;; ++nAttempt) {
-        nCode = ePrepareChemin(pszDir, pszName, &clTarget);
-        if (nCode == 0) {
-            nCode = eExtraitFichier(pszName, clTarget.pszGet(), 0, nullptr, 0, 0, nullptr);
+        eCode = eCheminEntree(pszDir, svName, &clTarget);
+        const bool bNameRefused = eCode == ARCHIVE_BAD;
+        if (eCode == ARCHIVE_OK) {
+            eCode = eExtraitFichier(svName, clTarget.svGet(), 0, nullptr, 0, 0, nullptr);
         }
         // A name that leads out of the directory does not get better by waiting.
-        if (nCode == 0 || nAttempt == nAttempts || (nCode == nBadArchive && clTarget.bEmpty())) {
+        if (eCode == ARCHIVE_OK || nAttempt == nAttempts || bNameRefused) {
             break;
         }
         ::usleep(unPauseMicros);
     }
-    if (nCode != 0) {
-        _ProcessZipError(nCode, pszName, clTarget.pszGet());
+    if (eCode != ARCHIVE_OK) {
+        _ProcessZipError(eCode, svName, clTarget.svGet());
         return false;
     }
-    if (bRootOwner && !CDiskFile::bSetFileOwnerUnix(clTarget.svGet(), 0, 0)) {
-        _ShowError(nullptr);
-        return false;
-    }
-    if (CDiskFile::Unix_chmod(clTarget.svGet(), unMode) == -1) {
+    if ((bRootOwner && !CDiskFile::bSetFileOwnerUnix(clTarget.svGet(), 0, 0)) ||
+        CDiskFile::Unix_chmod(clTarget.svGet(), unMode) == -1) {
         _ShowError(nullptr);
         return false;
     }
@@ -110,23 +100,27 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, const wchar_t* pszName,
 
 void CDataExtractor::_ShowError(const CXError* pclError) {
     if (pclError != nullptr) {
-        m_rclTrace.Error(L"error", *pclError);
+        m_rclTrace.Error(L"failure", *pclError);
     } else {
-        m_rclTrace.Step(L"error", csFromUTF8(std::strerror(errno)));
+        m_rclTrace.Outcome(L"set owner and mode", false);
     }
 }
 
-void CDataExtractor::_ProcessZipError(int nCode, const wchar_t* pszName, const wchar_t* pszPath) {
+void CDataExtractor::_ProcessZipError(int nCode, std::wstring_view svName, std::wstring_view svPath) {
+    m_rclTrace.Outcome(L"install " + CTString(svName) + L" as " + svPath, false);
+    if (const CTString csFault = csGetDefaut(); !csFault.bEmpty()) {
+        m_rclTrace.Step(L"payload", csFault);
+    }
     _CXErrorModule604 clError;
+    const auto unCode = static_cast<unsigned>(nCode);
     switch (nCode) {
         case 1:
         case 2:
         case 4:
-        case 1001: clError.SetUserError(static_cast<unsigned>(nCode), pszName); break;
-        case 3: clError.SetUserError(3, m_clArchivePath.pszGet()); break;
-        default: clError.SetUserError(static_cast<unsigned>(nCode)); break;
+        case 1001: clError.SetUserError(unCode, svName); break;
+        case 3: clError.SetUserError(unCode, m_clArchivePath.svGet()); break;
+        default: clError.SetUserError(unCode); break;
     }
-    m_rclTrace.Step(L"install " + CTString(pszPath), L"failed");
     _ShowError(&clError);
 }
 

@@ -3,6 +3,8 @@
 
 #include <sys/types.h>
 
+#include <string_view>
+
 #include "archive/tv_win_zip.h"
 #include "framework/fs_path.h"
 
@@ -47,11 +49,11 @@ class CDataExtractor : public CTVWinZip {
     /// Extracts one entry below the directory, creating the directories of its name, then sets its owner
     /// (root, when asked) and mode. An extraction that fails is tried again for ten seconds: the target may
     /// be a program that is just ending.
-    bool _bInstalFile(const wchar_t* pszDir, const wchar_t* pszName, mode_t unMode, bool bRootOwner);
+    bool _bInstalFile(const wchar_t* pszDir, std::wstring_view svName, mode_t unMode, bool bRootOwner);
     /// Tells a failure with its error object; without one, the reason in errno.
     void _ShowError(const CXError* pclError);
-    /// Tells the archive result nCode for an entry; pszPath is the target.
-    void _ProcessZipError(int nCode, const wchar_t* pszName, const wchar_t* pszPath);
+    /// Tells the archive result nCode (an eARCHIVE, or 1001: could not be installed) for an entry.
+    void _ProcessZipError(int nCode, std::wstring_view svName, std::wstring_view svPath);
 
   private:
     CFSPath m_clArchivePath;

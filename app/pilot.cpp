@@ -13,6 +13,7 @@
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
+#include "framework/x_error.h"
 #include "services/service.h"
 
 namespace kalmo {
@@ -53,7 +54,7 @@ std::string csShellWord(std::string_view sv) {
 }
 
 bool bRunning(CService& rclService) {
-    return rclService.eGetStatus() == 4;
+    return rclService.eGetStatus() == eServiceRunning;
 }
 
 }  // namespace
@@ -94,11 +95,20 @@ bool CPilot::__bFail(std::wstring_view svWhat, std::wstring_view svWhy) {
     return false;
 }
 
+bool CPilot::__bTell(std::wstring_view svWhat, bool bSuccess, const CXError& rclError) {
+    if (bSuccess) {
+        m_clTrace.Step(svWhat, L"ok");
+    } else {
+        m_clTrace.Error(svWhat, rclError);
+    }
+    return bSuccess;
+}
+
 bool CPilot::__bReadText(const wchar_t* pszKey, std::size_t nMax, CTString* pcsValue) {
     // One character more than allowed tells a value that is too long from one that just fits.
     std::vector<wchar_t> tabValue(nMax + 2);
     GetPrivateProfileString(PSZ_SECTION_SERVER, pszKey, L"", tabValue.data(),
-                            static_cast<unsigned>(tabValue.size()), m_csPilotPath.pszGet());
+                            static_cast<int>(tabValue.size()), m_csPilotPath.pszGet());
     *pcsValue = CTString(tabValue.data());
     if (pcsValue->bEmpty()) {
         return __bFail(pszKey, L"missing in the parameter file");
@@ -109,7 +119,7 @@ bool CPilot::__bReadText(const wchar_t* pszKey, std::size_t nMax, CTString* pcsV
 CXPtr_deleteRCV<CService> CPilot::__pclGetServer(const CTString& csName) {
     const CTString csService =
         bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM) ? CTString(PSZ_MANAGER_SERVICE) : L"ZDCS-" + csName;
-    return CXPtr_deleteRCV<CService>(m_clServiceManager.pclGetService(csService.pszGet(), 0));
+    return m_clServiceManager.pclGetService(csService.pszGet(), 0);
 }
 
 bool CPilot::__bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svProgram) {
@@ -156,9 +166,9 @@ bool CPilot::__bInstall() {
         return __bFail(L"Repertoire", L"too long");
     }
     for (const CFSPath& rclDir : {clInstallDir, clDatabaseDir}) {
-        const bool bCreated = CDiskFile::bCreateDirectory(rclDir.svGet());
-        m_clTrace.Outcome(L"create directory " + rclDir.csGet(), bCreated);
-        if (!bCreated) {
+        CXError clError;
+        if (!__bTell(L"create directory " + rclDir.csGet(),
+                     CDiskFile::bCreateDirectory(rclDir.svGet(), &clError), clError)) {
             return false;
         }
     }
@@ -242,9 +252,8 @@ bool CPilot::__bUnInstall() {
 }
 
 bool CPilot::__bDelete(const CTString& csPath) {
-    const bool bDeleted = CDiskFile::bDelete(csPath);
-    m_clTrace.Outcome(L"delete " + csPath, bDeleted);
-    return bDeleted;
+    CXError clError;
+    return __bTell(L"delete " + csPath, CDiskFile::bDelete(csPath, &clError), clError);
 }
 
 bool CPilot::__bRemoveFiles(const CTString& csProgram) {

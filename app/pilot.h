@@ -46,6 +46,9 @@ class CPilot {
     bool __bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svProgram);
     /// A text of section "SERVEUR". False, and told, when it is empty or longer than nMax characters.
     bool __bReadText(const wchar_t* pszKey, std::size_t nMax, CTString* pcsValue);
+    /// Traces a step that fills an error object when it fails. Returns bSuccess.
+    bool __bTell(std::wstring_view svWhat, bool bSuccess, const CXError& rclError);
+    /// Traces a failure. Returns false.
     bool __bFail(std::wstring_view svWhat, std::wstring_view svWhy);
 
     CTString m_csPilotPath;

@@ -10,6 +10,7 @@
 #include <ctime>
 
 #include "framework/conversion.h"
+#include "framework/x_error.h"
 
 namespace kalmo {
 namespace {
@@ -62,6 +63,36 @@ CTString csPlainDirectory(std::wstring_view svName) {
         }
     }
     return cs;
+}
+
+// Creates a directory with those above it.
+bool bMakeDirectories(std::wstring_view svPath) {
+    const std::wstring_view svName = svWithoutTrailingSlashes(svPath);
+    const CXYString<char> csPath = csSystemPath(svName);
+    if (csPath.bEmpty()) {
+        return false;
+    }
+    if (::mkdir(csPath.pszGet(), 0755) == 0) {
+        return true;
+    }
+    if (errno == EEXIST) {
+        const bool bDirectory = CDiskFile::bDirectoryExists(svName);
+        errno = bDirectory ? 0 : ENOTDIR;
+        return bDirectory;
+    }
+    const std::wstring_view svAbove = svWithoutTrailingSlashes(CFSPath::stSplit(svName).svDirectory);
+    return errno == ENOENT && !svAbove.empty() && svAbove.size() < svName.size() &&
+           bMakeDirectories(svAbove) && ::mkdir(csPath.pszGet(), 0755) == 0;
+}
+
+// The outcome of an operation on a path; a failure is told to the error object, errno stays.
+bool bReport(bool bSuccess, std::wstring_view svPath, CXError* pclError) {
+    if (!bSuccess && pclError != nullptr) {
+        const int nError = errno;
+        pclError->SetSystemErrorParam(static_cast<unsigned>(nError), CTString(svPath).pszGet());
+        errno = nError;
+    }
+    return bSuccess;
 }
 
 }  // namespace
@@ -171,28 +202,13 @@ bool CDiskFile::bDirectoryExists(std::wstring_view svPath) {
     return bStat(svPath, &st) && S_ISDIR(st.st_mode);
 }
 
-bool CDiskFile::bDelete(std::wstring_view svPath) {
+bool CDiskFile::bDelete(std::wstring_view svPath, CXError* pclError) {
     const CXYString<char> csPath = csSystemPath(svPath);
-    return !csPath.bEmpty() && ::unlink(csPath.pszGet()) == 0;
+    return bReport(!csPath.bEmpty() && ::unlink(csPath.pszGet()) == 0, svPath, pclError);
 }
 
-bool CDiskFile::bCreateDirectory(std::wstring_view svPath) {
-    const std::wstring_view svName = svWithoutTrailingSlashes(svPath);
-    const CXYString<char> csPath = csSystemPath(svName);
-    if (csPath.bEmpty()) {
-        return false;
-    }
-    if (::mkdir(csPath.pszGet(), 0755) == 0) {
-        return true;
-    }
-    if (errno == EEXIST) {
-        const bool bDirectory = bDirectoryExists(svName);
-        errno = bDirectory ? 0 : ENOTDIR;
-        return bDirectory;
-    }
-    const std::wstring_view svAbove = svWithoutTrailingSlashes(CFSPath::stSplit(svName).svDirectory);
-    return errno == ENOENT && !svAbove.empty() && svAbove.size() < svName.size() &&
-           bCreateDirectory(svAbove) && ::mkdir(csPath.pszGet(), 0755) == 0;
+bool CDiskFile::bCreateDirectory(std::wstring_view svPath, CXError* pclError) {
+    return bReport(bMakeDirectories(svPath), svPath, pclError);
 }
 
 bool CDiskFile::bSameDirectoryName(std::wstring_view svLeft, std::wstring_view svRight) {

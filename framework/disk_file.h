@@ -12,6 +12,8 @@
 
 namespace kalmo {
 
+class CXError;
+
 /// A file on disk as a stream, and the operations on files and directories by name.
 ///
 /// Paths are wide, at most 260 characters; a longer one fails with errno ENAMETOOLONG. Operations that fail
@@ -58,9 +60,11 @@ class CDiskFile final : public IXStream {
     /// True when the path names an existing file of any kind but a directory (links are followed).
     static bool bFileExists(std::wstring_view svPath);
     static bool bDirectoryExists(std::wstring_view svPath);
-    static bool bDelete(std::wstring_view svPath);
-    /// Creates a directory with those above it, mode 0755 less the umask. An existing one is a success.
-    static bool bCreateDirectory(std::wstring_view svPath);
+    /// Deletes a file. A failure fills the error object, which may be null, with the system's reason.
+    static bool bDelete(std::wstring_view svPath, CXError* pclError = nullptr);
+    /// Creates a directory with those above it, mode 0755 less the umask. An existing one is a success. A
+    /// failure fills the error object, which may be null, with the system's reason.
+    static bool bCreateDirectory(std::wstring_view svPath, CXError* pclError = nullptr);
     /// True when both names mean the same directory: the same name once doubled and trailing separators are
     /// dropped, or two names of one existing directory.
     static bool bSameDirectoryName(std::wstring_view svLeft, std::wstring_view svRight);

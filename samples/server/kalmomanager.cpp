@@ -31,7 +31,7 @@ constexpr const wchar_t* PSZ_SERVICE = L"KalmoManager";
 
 // True when another directory's manager serves the machine: it is shared and stays.
 bool bServedFromElsewhere(CServiceManager& rclManager, const STInstance& rst) {
-    const CXPtr_deleteRCV<CService> pclOther(rclManager.pclGetService(PSZ_SERVICE, 0));
+    const CXPtr_deleteRCV<CService> pclOther = rclManager.pclGetService(PSZ_SERVICE, 0);
     return pclOther != nullptr && CDiskFile::bFileExists(csGetProgramWithoutArg(pclOther.get())) &&
            !CDiskFile::bSameDirectoryName(csGetProgramDirectory(pclOther.get()), rst.clDirectory.svGet());
 }
@@ -53,8 +53,8 @@ std::string csInstances() {
     CServiceManager clManager;
     clManager.bInit(nullptr, 0);
     std::string cs;
-    decltype(CServiceManager::nDebutEnum) nCursor{};
-    while (const CXPtr_deleteRCV<CService> pcl{clManager.pclEnumService(&nCursor, L"ZDCS-", 0)}) {
+    unsigned dwCursor = 0;
+    while (const CXPtr_deleteRCV<CService> pcl = clManager.pclEnumService(&dwCursor, L"ZDCS-", 0)) {
         cs += csToUTF8(pcl->pszGetName()).pszGet();
         cs += " " + std::to_string(pcl->eGetStatus()) + "\n";
     }

@@ -1,0 +1,172 @@
+#include "framework/profile.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cwchar>
+#include <optional>
+#include <string>
+
+#include "framework/disk_file.h"
+#include "framework/process_info.h"
+#include "framework/profile_encoding.h"
+#include "framework/profile_file.h"
+
+namespace kalmo {
+namespace {
+
+constexpr std::size_t nTailleEntier = 20;
+
+// An 8-bit argument as wide text; a null pointer stays one.
+class CWideArgument {
+  public:
+    explicit CWideArgument(const char* psz)
+        : m_bNull(psz == nullptr), m_csText(m_bNull ? CTString() : csDecode(eENCODAGE::Octets, psz)) {}
+
+    [[nodiscard]] const wchar_t* pszGet() const noexcept { return m_bNull ? nullptr : m_csText.pszGet(); }
+
+  private:
+    bool m_bNull;
+    CTString m_csText;
+};
+
+template <class TCHAR>
+unsigned dwCopyOut(std::basic_string_view<TCHAR> sv, TCHAR* pszBuffer, unsigned dwSize) {
+    if (pszBuffer == nullptr || dwSize == 0) {
+        return 0;
+    }
+    const std::size_t nCount = sv.copy(pszBuffer, dwSize - 1);
+    pszBuffer[nCount] = TCHAR();
+    return static_cast<unsigned>(nCount);
+}
+
+// What the read calls answer, before it is cut to the caller's buffer; a listing may stop at nMax characters.
+CTString csAnswer(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszDefault,
+                  std::size_t nMax, const wchar_t* pszFile) {
+    CPathBuffer szPath;
+    CDiskFile clFile;
+    if (!__PrivateProfilePatchName(pszFile, szPath) || !clFile.bOpen(szPath, CDiskFile::eMODE::Read)) {
+        return pszDefault;
+    }
+    CProfileFile clProfile(clFile);
+    CTString csFound;
+    const bool bFound = pszSection == nullptr ? clProfile.bListSections(nMax, &csFound)
+                        : pszKey == nullptr   ? clProfile.bListKeys(pszSection, nMax, &csFound)
+                                              : clProfile.bGetValue(pszSection, pszKey, &csFound);
+    return bFound ? csFound : CTString(pszDefault);
+}
+
+bool bOpenForWriting(const wchar_t* pszFile, CDiskFile* pclFile) {
+    CPathBuffer szPath;
+    if (!__PrivateProfilePatchName(pszFile, szPath)) {
+        return false;
+    }
+    return pclFile->bOpen(szPath, CDiskFile::eMODE::ReadWrite) ||
+           (errno == ENOENT && pclFile->bOpen(szPath, CDiskFile::eMODE::Create));
+}
+
+// The home directory, a "/" and a name. False, with an empty result, when that cannot be had.
+bool bInHomeDirectory(std::wstring_view svName, CPathBuffer& rszOut) {
+    rszOut[0] = L'\0';
+    CFSPath clHome;
+    CFSPath clPath;
+    if (!bGetHomeDirectory(&clHome) || !clPath.bSet(clHome.csGet() + L"/" + svName)) {
+        return false;
+    }
+    clPath.CopyTo(rszOut);
+    return true;
+}
+
+// The per-user file as the name argument of the other calls; null when there is none.
+class CUserFile {
+  public:
+    CUserFile() : m_bThere(bGetVLNCONFPath(m_szPath)) {}
+
+    [[nodiscard]] const wchar_t* pszGet() const noexcept { return m_bThere ? m_szPath : nullptr; }
+
+  private:
+    CPathBuffer m_szPath;
+    bool m_bThere;
+};
+
+}  // namespace
+
+unsigned GetPrivateProfileStringW(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszDefault,
+                                  wchar_t* pszBuffer, unsigned dwSize, const wchar_t* pszFile) {
+    const CTString csAnswered = csAnswer(pszSection, pszKey, pszDefault, dwSize, pszFile);
+    return dwCopyOut(csAnswered.svGet(), pszBuffer, dwSize);
+}
+
+unsigned GetPrivateProfileStringA(const char* pszSection, const char* pszKey, const char* pszDefault,
+                                  char* pszBuffer, unsigned dwSize, const char* pszFile) {
+    const CTString csAnswered =
+        csAnswer(CWideArgument(pszSection).pszGet(), CWideArgument(pszKey).pszGet(),
+                 CWideArgument(pszDefault).pszGet(), dwSize, CWideArgument(pszFile).pszGet());
+    const std::string csNarrow = csEncode(eENCODAGE::Octets, csAnswered);
+    return dwCopyOut(std::string_view(csNarrow), pszBuffer, dwSize);
+}
+
+int GetPrivateProfileInt(const wchar_t* pszSection, const wchar_t* pszKey, int nDefault,
+                         const wchar_t* pszFile) {
+    std::array<wchar_t, nTailleEntier> szValue{};
+    GetPrivateProfileStringW(pszSection, pszKey, std::to_wstring(nDefault).c_str(), szValue.data(),
+                             static_cast<unsigned>(szValue.size()), pszFile);
+    const long nValue = std::wcstol(szValue.data(), nullptr, 10);
+    return static_cast<int>(std::clamp<long>(nValue, INT_MIN, INT_MAX));
+}
+
+bool WritePrivateProfileStringW(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszValue,
+                                const wchar_t* pszFile) {
+    CDiskFile clFile;
+    if (pszSection == nullptr || !bOpenForWriting(pszFile, &clFile)) {
+        return false;
+    }
+    CProfileFile clProfile(clFile);
+    const bool bWritten = pszKey == nullptr     ? clProfile.bRemoveSection(pszSection)
+                          : pszValue == nullptr ? clProfile.bRemoveKey(pszSection, pszKey)
+                                                : clProfile.bSetValue(pszSection, pszKey, pszValue);
+    return clFile.bClose() && bWritten;
+}
+
+bool WritePrivateProfileStringA(const char* pszSection, const char* pszKey, const char* pszValue,
+                                const char* pszFile) {
+    return WritePrivateProfileStringW(CWideArgument(pszSection).pszGet(), CWideArgument(pszKey).pszGet(),
+                                      CWideArgument(pszValue).pszGet(), CWideArgument(pszFile).pszGet());
+}
+
+unsigned GetProfileString(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszDefault,
+                          wchar_t* pszBuffer, unsigned dwSize) {
+    return GetPrivateProfileStringW(pszSection, pszKey, pszDefault, pszBuffer, dwSize, CUserFile().pszGet());
+}
+
+int GetProfileInt(const wchar_t* pszSection, const wchar_t* pszKey, int nDefault) {
+    return GetPrivateProfileInt(pszSection, pszKey, nDefault, CUserFile().pszGet());
+}
+
+bool WriteProfileString(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszValue) {
+    return WritePrivateProfileStringW(pszSection, pszKey, pszValue, CUserFile().pszGet());
+}
+
+bool __PrivateProfilePatchName(const wchar_t* pszName, CPathBuffer& rszOut) {
+    rszOut[0] = L'\0';
+    if (pszName == nullptr) {
+        return false;
+    }
+    const std::wstring_view svName = pszName;
+    if (svName.find_first_of(L"\\/") == std::wstring_view::npos) {
+        return bInHomeDirectory(svName, rszOut);
+    }
+    CFSPath clPath;
+    if (!clPath.bSet(svName)) {
+        return false;
+    }
+    clPath.CopyTo(rszOut);
+    return true;
+}
+
+bool bGetVLNCONFPath(CPathBuffer& rszOut) {
+    return bInHomeDirectory(L".VLN.conf", rszOut);
+}
+
+}  // namespace kalmo

@@ -1,0 +1,64 @@
+#include "framework/profile_reader.h"
+
+#include <algorithm>
+
+namespace kalmo {
+namespace {
+
+// The line buffer's first size and what it grows by, in bytes.
+constexpr std::size_t nPasLigne = 256;
+
+}  // namespace
+
+CProfileReader::CProfileReader(IXStream& rclStream)
+    : m_rclStream(rclStream), m_i64Length(rclStream.i64GetLength()) {
+    m_bFailed = m_i64Length < 0 || !rclStream.bSeek(0);
+    if (!m_bFailed && bFichierUnicode(rclStream)) {
+        m_eEncodage = eENCODAGE::Large;
+    }
+    m_i64Position = rclStream.i64GetPosition();
+}
+
+std::string_view CProfileReader::__svPending() const noexcept {
+    return std::string_view(m_csBuffer).substr(m_nTaken);
+}
+
+bool CProfileReader::__bFill() {
+    m_csBuffer.erase(0, m_nTaken);
+    m_nTaken = 0;
+    const std::size_t nBefore = m_csBuffer.size();
+    const auto nLeft =
+        static_cast<std::size_t>(std::max<std::int64_t>(m_i64Length - m_rclStream.i64GetPosition(), 0));
+    m_csBuffer.resize(nBefore + nPasLigne);
+    std::size_t nRead = 0;
+    m_bFailed = !m_rclStream.bRead(m_csBuffer.data() + nBefore, std::min(nPasLigne, nLeft), &nRead);
+    m_csBuffer.resize(nBefore + (m_bFailed ? 0 : nRead));
+    return m_csBuffer.size() > nBefore;
+}
+
+bool CProfileReader::bNext(STProfileLine* pstLine) {
+    std::size_t nLength = 0;
+    std::size_t nSeen = 0;
+    while (!m_bFailed && (nLength = nTailleLigne(m_eEncodage, __svPending(), nSeen)) == 0) {
+        nSeen = __svPending().size() / nTailleUnite(m_eEncodage) * nTailleUnite(m_eEncodage);
+        if (!__bFill()) {
+            nLength = nSeen;
+            break;
+        }
+    }
+    if (m_bFailed || nLength == 0) {
+        return false;
+    }
+    pstLine->csText = csDecode(m_eEncodage, __svPending().substr(0, nLength));
+    pstLine->i64Start = m_i64Position;
+    m_nTaken += nLength;
+    m_i64Position += static_cast<std::int64_t>(nLength);
+    pstLine->i64End = m_i64Position;
+    return true;
+}
+
+CTString CProfileReader::csAsRead(std::wstring_view svName) const {
+    return csDecode(m_eEncodage, csEncode(m_eEncodage, svName));
+}
+
+}  // namespace kalmo

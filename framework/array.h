@@ -18,6 +18,10 @@ struct CTReleaser_DeleteRCV {
 template <class T>
 using CXPtr_deleteRCV = std::unique_ptr<T, CTReleaser_DeleteRCV<T>>;
 
+/// A growable table of plain elements.
+template <class T>
+using CTTableau = std::vector<T>;
+
 /// A growable array of elements that may be owners themselves. Indices are 0 to nGetCount() - 1.
 template <class T>
 class CXArraySingle {

@@ -1,0 +1,44 @@
+#ifndef KALMO_TUI_KEY_H
+#define KALMO_TUI_KEY_H
+
+#include <cstddef>
+
+#include "tui/ncurses.h"
+
+/// Keys: how they are numbered, read and looked up.
+///
+/// Characters (UTF-32) and the key codes of the curses library (KEY_...) share one space of integers. A code
+/// can so be taken for the character of the same number, which is intended.
+namespace kalmo {
+
+constexpr int TOUCHE_TAB = 9;
+constexpr int TOUCHE_ENTREE = 10;
+constexpr int TOUCHE_ESPACE = 32;
+constexpr int TOUCHE_EFFACE = 127;  ///< What most terminals send for Backspace.
+
+/// Waits for a key and stores it. A read that fails is tried again. False when no key can come any more: the
+/// input is closed, at its end, or its terminal has gone away.
+/// Precondition: the screen is open.
+[[nodiscard]] bool bReadKey(int* pnKey);
+
+/// One row of a control's key table: the key and what it does. The action tells whether it consumed the key.
+template <class TControl>
+struct STKeyAction {
+    int nKey;
+    bool (TControl::*pfnAction)();
+};
+
+/// Runs the action of a key. False when the table has none for it, or when the action did not consume it.
+template <class TControl, std::size_t nCount>
+bool bRunKey(TControl* pclControl, const STKeyAction<TControl> (&rtabKey)[nCount], int nKey) {
+    for (const STKeyAction<TControl>& rstKey : rtabKey) {
+        if (rstKey.nKey == nKey) {
+            return (pclControl->*rstKey.pfnAction)();
+        }
+    }
+    return false;
+}
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,33 @@
+#ifndef KALMO_TUI_SCROLLABLE_LIBEL_H
+#define KALMO_TUI_SCROLLABLE_LIBEL_H
+
+#include "tui/list.h"
+
+namespace kalmo {
+
+/// A long text to read, cut into lines and scrolled by line (Up, Down) or page (Page Up, Page Down).
+///
+/// It takes the focus only when the text does not fit. eEVENT_END_REACHED is sent when a key has scrolled the
+/// last line into view. No line is ever selected.
+class CScrollableLibel : public CList {
+  public:
+    CScrollableLibel(CWindow* pclParent, const wchar_t* pszText, int nX, int nY, int nWidth, int nHeight);
+
+    bool bOnKeyEvent(int nKey) override;
+    bool bSetFocus(int bNewFocus) override;
+    /// Always null.
+    [[nodiscard]] const wchar_t* pszGetSelectedLine() const override;
+
+  private:
+    /// Adds the text as lines of at most nMaxWidth columns (tabCutLines).
+    void _Fill(const wchar_t* pszText, int nMaxWidth);
+    bool __bLineUp();
+    bool __bLineDown();
+    bool __bPageUp();
+    bool __bPageDown();
+    bool __bScroll(int nLines);
+};
+
+}  // namespace kalmo
+
+#endif

@@ -35,7 +35,8 @@ std::string csNow() {
 // A line stays a line whatever a file name or a message holds.
 std::string csOneLine(std::wstring_view sv) {
     std::string cs;
-    for (const char c : csToUTF8(sv).svGet()) {
+    const CXYString<char> csBytes = csToUTF8(sv);
+    for (const char c : csBytes.svGet()) {
         if (c == '\n') {
             cs += " | ";
         } else if (static_cast<unsigned char>(c) >= ' ') {

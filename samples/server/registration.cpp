@@ -21,7 +21,7 @@ After=network.target
 
 [Service]
 Type=simple
-ExecStart=%P --service
+ExecStart="%P" --service
 ExecReload=/bin/kill -HUP $MAINPID
 User=%U
 Restart=on-failure
@@ -151,6 +151,11 @@ bool bRegisterSysV(const STRegistration& rst, CInstallLog& rclLog) {
 }  // namespace
 
 bool bRegister(const STRegistration& rst, CInstallLog& rclLog) {
+    if (rst.clProgram.svGet().find_first_of(L"\"\\`$%\n") != std::wstring_view::npos) {
+        rclLog.Line(L"the directory's name must not hold quotes, backslashes, `, $ or %: " +
+                    rst.clProgram.csGet());
+        return false;
+    }
     return CServiceManager::ms_eDistri == 7 ? bRegisterSystemd(rst, rclLog) : bRegisterSysV(rst, rclLog);
 }
 

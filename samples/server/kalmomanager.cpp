@@ -2,6 +2,7 @@
 //
 //   kalmomanager --INSTALLER   registers and starts the service unless it is installed; 255 when it fails
 //   kalmomanager --service     answers on its socket with one line an instance, until SIGTERM
+//   kalmomanager --list        prints what the running service answers
 //   kalmomanager --version     prints the version
 
 #include <unistd.h>
@@ -28,6 +29,7 @@ namespace {
 
 constexpr int nInstallerFailed = 255;
 constexpr const wchar_t* PSZ_SERVICE = L"KalmoManager";
+constexpr const char* PSZ_SOCKET = "/run/kalmomanager.sock";
 
 // True when another directory's manager serves the machine: it is shared and stays.
 bool bServedFromElsewhere(CServiceManager& rclManager, const STInstance& rst) {
@@ -48,7 +50,7 @@ int nInstall(const STInstance& rst) {
     return stService.clProgram.bAppend(L"kalmomanager") && bRegister(stService, clLog) ? 0 : nInstallerFailed;
 }
 
-// One line an instance: its description and its status number.
+// One line an instance: the name of its service and its status number.
 std::string csInstances() {
     CServiceManager clManager;
     clManager.bInit(nullptr, 0);
@@ -79,11 +81,17 @@ int nMain(std::string_view svMode) {
         return nInstall(st);
     }
     if (svMode == "--service") {
-        const CUniqueFd clListener = clListenUnix("/run/kalmomanager.sock");
+        const CUniqueFd clListener = clListenUnix(PSZ_SOCKET);
         ServeUntilTerminated(clListener, csInstances, [] {});
         return clListener.bValid() ? 0 : 1;
     }
-    std::fputs("Usage: kalmomanager --INSTALLER | --service | --version\n", stderr);
+    if (svMode == "--list") {
+        std::string csAnswer;
+        const bool bAnswered = bAskUnix(PSZ_SOCKET, &csAnswer);
+        std::fputs(csAnswer.c_str(), stdout);
+        return bAnswered ? 0 : 1;
+    }
+    std::fputs("Usage: kalmomanager --INSTALLER | --service | --list | --version\n", stderr);
     return 2;
 }
 

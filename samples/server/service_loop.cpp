@@ -6,10 +6,21 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <array>
 #include <csignal>
 #include <cstring>
 
 namespace kalmo::sample {
+namespace {
+
+sockaddr_un stUnixAddress(const char* pszPath) {
+    sockaddr_un st{};
+    st.sun_family = AF_UNIX;
+    std::strncpy(st.sun_path, pszPath, sizeof st.sun_path - 1);
+    return st;
+}
+
+}  // namespace
 
 CUniqueFd clListenTcp(int nPort) {
     CUniqueFd clSocket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -26,11 +37,22 @@ CUniqueFd clListenTcp(int nPort) {
     return clSocket;
 }
 
+bool bAskUnix(const char* pszPath, std::string* pcsAnswer) {
+    const CUniqueFd clSocket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const sockaddr_un st = stUnixAddress(pszPath);
+    if (::connect(clSocket.nGet(), reinterpret_cast<const sockaddr*>(&st), sizeof st) != 0) {
+        return false;
+    }
+    std::array<char, 1024> tabPiece{};
+    for (ssize_t n = 0; (n = ::recv(clSocket.nGet(), tabPiece.data(), tabPiece.size(), 0)) > 0;) {
+        pcsAnswer->append(tabPiece.data(), static_cast<std::size_t>(n));
+    }
+    return true;
+}
+
 CUniqueFd clListenUnix(const char* pszPath) {
     CUniqueFd clSocket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un st{};
-    st.sun_family = AF_UNIX;
-    std::strncpy(st.sun_path, pszPath, sizeof st.sun_path - 1);
+    const sockaddr_un st = stUnixAddress(pszPath);
     ::unlink(pszPath);
     if (::bind(clSocket.nGet(), reinterpret_cast<const sockaddr*>(&st), sizeof st) != 0 ||
         ::listen(clSocket.nGet(), SOMAXCONN) != 0) {

@@ -13,6 +13,9 @@ CUniqueFd clListenTcp(int nPort);
 /// A socket that listens at a path, which is replaced.
 CUniqueFd clListenUnix(const char* pszPath);
 
+/// Everything that the socket at a path answers. False when nobody listens there.
+bool bAskUnix(const char* pszPath, std::string* pcsAnswer);
+
 /// Answers every connection with the text that fnAnswer returns, until SIGTERM or SIGINT.
 /// fnReload is called on SIGHUP.
 void ServeUntilTerminated(const CUniqueFd& clListener, const std::function<std::string()>& fnAnswer,

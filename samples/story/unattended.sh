@@ -131,6 +131,8 @@ pilot "$current" 2 second "$second" 4901
 installed "$second" 4901 second "$current"
 check "the manager still runs from the first directory" grep -q "$first/kalmomanager" "/proc/$(pid KalmoManager)/cmdline"
 
+check "the manager sees both running" equal "$(printf 'ZDCS-first 4\nZDCS-second 4')" "$("$first/kalmomanager" --list | sort)"
+
 say "Upgrade the first instance to $(server_version "$next")"
 printf 'Comment=kept\r\n; and this line too\n' >>"$first/ZDConf.ini"
 cp "$first/ZDConf.ini" "$work/before.ini"

@@ -112,13 +112,12 @@ bool bHasMarkedNames(std::string_view svOutput, std::wstring_view svPrefix) {
     return std::any_of(tabName.begin(), tabName.end(), [&](const CTString& rcsName) {
         std::wstring_view svName = rcsName;
         SkipBlanks(&svName);
-        if (svName.starts_with(svPrefix)) {
-            return svName.size() < rcsName.nGetLength();
+        // The mark is one character, such as a dot or a cross, and a blank follows it.
+        if (svName.size() > 1 && svName[1] == L' ') {
+            svName.remove_prefix(1);
+            SkipBlanks(&svName);
         }
-        // The mark is one character, such as a dot or a cross.
-        svName.remove_prefix(std::min<std::size_t>(1, svName.size()));
-        SkipBlanks(&svName);
-        return svName.starts_with(svPrefix);
+        return svName.size() < rcsName.nGetLength() && svName.starts_with(svPrefix);
     });
 }
 

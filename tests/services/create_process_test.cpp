@@ -1,0 +1,99 @@
+#include "services/create_process.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+
+#include "framework/disk_file.h"
+#include "services/child_setup.h"
+#include "services/lance_processus.h"
+
+namespace kalmo {
+namespace {
+
+using CClock = std::chrono::steady_clock;
+
+int nTicks = 0;
+
+double nSecondsSince(CClock::time_point clStart) {
+    return std::chrono::duration<double>(CClock::now() - clStart).count();
+}
+
+TEST(WaitPid, CountsWholeSeconds) {
+    struct STCase {
+        unsigned dwTimeoutMs;
+        int nTicks;
+    };
+    int nPid = 0;
+    ASSERT_TRUE(CreateProcess(L"/bin/sleep", L"sleep 60", &nPid, 0, nullptr, nullptr));
+    InitAlarmHandler([](int) { ++nTicks; });
+    DesactiveSIGALRM();
+    for (const STCase& rst : {STCase{0, 0}, {1, 1}, {1000, 1}, {1001, 2}}) {
+        nTicks = 0;
+        const auto clStart = CClock::now();
+        int nCode = -1;
+        EXPECT_EQ(WaitPid(nPid, rst.dwTimeoutMs, &nCode), 0) << rst.dwTimeoutMs;
+        EXPECT_EQ(nCode, 0);
+        EXPECT_EQ(nTicks, rst.nTicks) << rst.dwTimeoutMs;
+        EXPECT_GE(nSecondsSince(clStart), rst.nTicks - 0.1) << rst.dwTimeoutMs;
+    }
+    EXPECT_EQ(::alarm(0), 0U) << "an alarm was left behind";
+    ::kill(nPid, SIGKILL);
+    EXPECT_EQ(WaitPid(nPid, 5000, nullptr), nPid);
+    EXPECT_EQ(WaitPid(nPid, 5000, nullptr), -1);
+}
+
+TEST(WaitPid, LivesWithoutAHandlerForTheTick) {
+    std::signal(SIGALRM, SIG_DFL);
+    int nPid = 0;
+    int nCode = 0;
+    ASSERT_TRUE(CreateProcess(nullptr, L"sh -c \"sleep 1.2; exit 5\"", &nPid, 0, nullptr, nullptr));
+    EXPECT_EQ(WaitPid(nPid, 10000, &nCode), nPid);
+    EXPECT_EQ(nCode, 5);
+}
+
+TEST(CreateProcess, WaitsAndJudges) {
+    struct STCase {
+        const wchar_t* pszProgram;
+        const wchar_t* pszCommandLine;
+        bool bResult;
+        int nStillRunning;
+        int nCode;
+    };
+    const STCase tabCase[] = {
+        {L"/bin/sh", L"sh -c \"exit 7\"", true, 0, 7},
+        {nullptr, L"  sh -c  \"exit 7  \"  ", true, 0, 7},
+        {L"/bin/sh", L"sh -c \"exit 255\"", false, 0, 255},
+        {L"/bin/sh", L"sh -c \"kill -9 $$\"", true, 0, 0},
+        {L"/bin/sh", L"my-own-name -c \"test $0 = my-own-name\"", true, 0, 0},
+        {L"/bin/true", nullptr, true, 0, 0},
+        {nullptr, L"no-such-program-anywhere", false, 0, 255},
+        {L"/bin/sleep", L"sleep 1.5", true, 1, 0},
+        {L"/no/such/program", L"x", false, -1, -1},
+        {L"/etc/passwd", L"x", false, -1, -1},
+        {nullptr, L"  ", false, -1, -1},
+    };
+    // With the tick's handler and SIGCHLD's, as in the program; without them each wait takes its second.
+    CLanceProcessus::sInit();
+    for (const STCase& rst : tabCase) {
+        int nPid = -1;
+        int nStillRunning = -1;
+        int nCode = -1;
+        EXPECT_EQ(CreateProcess(rst.pszProgram, rst.pszCommandLine, &nPid, 1, &nStillRunning, &nCode),
+                  rst.bResult)
+            << (rst.pszCommandLine != nullptr ? rst.pszCommandLine : L"");
+        EXPECT_EQ(nStillRunning, rst.nStillRunning);
+        EXPECT_EQ(nCode, rst.nCode);
+        if (nStillRunning == 1) {
+            EXPECT_EQ(WaitPid(nPid, 5000, nullptr), nPid);
+        }
+    }
+    CLanceProcessus::sTerm();
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+}
+
+}  // namespace
+}  // namespace kalmo

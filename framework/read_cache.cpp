@@ -7,6 +7,7 @@ namespace kalmo {
 
 bool CReadCache::__bFill() {
     std::size_t nRead = 0;
+    m_nWindowLength = 0;  // a read that fails may have changed the window
     if (!m_rclBehind.bSeek(m_i64Position) ||
         !m_rclBehind.bRead(m_tabWindow.data(), m_tabWindow.size(), &nRead)) {
         return false;

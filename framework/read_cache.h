@@ -13,6 +13,7 @@ namespace kalmo {
 /// stream behind it, which must live longer and must not be written to meanwhile.
 class CReadCache final : public IXStream {
   public:
+    /// Precondition: nSize > 0.
     CReadCache(IXStream& rclBehind, std::size_t nSize) : m_rclBehind(rclBehind), m_tabWindow(nSize) {}
 
     bool bRead(void* pBuffer, std::size_t nSize, std::size_t* pnRead) override;

@@ -15,6 +15,9 @@
 namespace kalmo {
 namespace {
 
+// Opening never waits: a named pipe without a writer in a file's place is opened, and fails to be read.
+constexpr int nOpenFlags = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
 // The path for the system; empty, with errno set, when it is one that must not be used.
 CXYString<char> csSystemPath(std::wstring_view svPath) {
     if (svPath.empty() || svPath.size() > nTailleMaxPath || svPath.find(L'\0') != std::wstring_view::npos) {
@@ -32,12 +35,20 @@ bool bStat(std::wstring_view svPath, struct stat* pst) {
 // Opens a file for writing without following or sharing anything that stands in its place.
 int nCreate(const char* pszPath, mode_t unPermission) {
     struct stat st {};
-    const bool bThere = ::lstat(pszPath, &st) == 0;
-    if (bThere && !S_ISDIR(st.st_mode) && (!S_ISREG(st.st_mode) || st.st_nlink > 1) &&
-        ::unlink(pszPath) != 0) {
+    const auto bPlainFile = [&st] { return S_ISREG(st.st_mode) && st.st_nlink <= 1; };
+    if (::lstat(pszPath, &st) == 0 && !S_ISDIR(st.st_mode) && !bPlainFile() && ::unlink(pszPath) != 0) {
         return -1;
     }
-    return ::open(pszPath, O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, unPermission);
+    // Emptied only once it is known that what was opened is no other file put there in between.
+    CUniqueFd clFd(::open(pszPath, O_RDWR | O_CREAT | O_NOFOLLOW | nOpenFlags, unPermission));
+    if (!clFd.bValid() || ::fstat(clFd.nGet(), &st) != 0) {
+        return -1;
+    }
+    if (!bPlainFile()) {
+        errno = EEXIST;
+        return -1;
+    }
+    return ::ftruncate(clFd.nGet(), 0) == 0 ? clFd.nRelease() : -1;
 }
 
 std::wstring_view svWithoutTrailingSlashes(std::wstring_view sv) {
@@ -65,6 +76,20 @@ CTString csPlainDirectory(std::wstring_view svName) {
     return cs;
 }
 
+// Creates one directory; true too when it is there.
+bool bMakeDirectory(const char* pszPath) {
+    struct stat st {};
+    if (::mkdir(pszPath, 0755) == 0) {
+        return true;
+    }
+    if (errno != EEXIST) {
+        return false;
+    }
+    const bool bDirectory = ::stat(pszPath, &st) == 0 && S_ISDIR(st.st_mode);
+    errno = bDirectory ? 0 : ENOTDIR;
+    return bDirectory;
+}
+
 // Creates a directory with those above it.
 bool bMakeDirectories(std::wstring_view svPath) {
     const std::wstring_view svName = svWithoutTrailingSlashes(svPath);
@@ -72,17 +97,12 @@ bool bMakeDirectories(std::wstring_view svPath) {
     if (csPath.bEmpty()) {
         return false;
     }
-    if (::mkdir(csPath.pszGet(), 0755) == 0) {
+    if (bMakeDirectory(csPath.pszGet())) {
         return true;
-    }
-    if (errno == EEXIST) {
-        const bool bDirectory = CDiskFile::bDirectoryExists(svName);
-        errno = bDirectory ? 0 : ENOTDIR;
-        return bDirectory;
     }
     const std::wstring_view svAbove = svWithoutTrailingSlashes(CFSPath::stSplit(svName).svDirectory);
     return errno == ENOENT && !svAbove.empty() && svAbove.size() < svName.size() &&
-           bMakeDirectories(svAbove) && ::mkdir(csPath.pszGet(), 0755) == 0;
+           bMakeDirectories(svAbove) && bMakeDirectory(csPath.pszGet());
 }
 
 // The outcome of an operation on a path; a failure is told to the error object, errno stays.
@@ -107,7 +127,7 @@ bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission
     if (eMode == eMODE::Create) {
         m_clFd.Reset(nCreate(csPath.pszGet(), unPermission));
     } else {
-        m_clFd.Reset(::open(csPath.pszGet(), (eMode == eMODE::Read ? O_RDONLY : O_RDWR) | O_CLOEXEC));
+        m_clFd.Reset(::open(csPath.pszGet(), (eMode == eMODE::Read ? O_RDONLY : O_RDWR) | nOpenFlags));
     }
     return bIsOpen();
 }
@@ -118,6 +138,8 @@ bool CDiskFile::bClose() {
 
 bool CDiskFile::bRead(void* pBuffer, std::size_t nSize, std::size_t* pnRead) {
     auto* const pbyBuffer = static_cast<unsigned char*>(pBuffer);
+    // No file reaches further; the system refuses a read that would.
+    nSize = std::min(nSize, static_cast<std::size_t>(INT64_MAX - m_i64Position));
     std::size_t nDone = 0;
     while (nDone < nSize) {
         const ssize_t nGot = ::pread(m_clFd.nGet(), pbyBuffer + nDone, nSize - nDone,
@@ -212,6 +234,9 @@ bool CDiskFile::bCreateDirectory(std::wstring_view svPath, CXError* pclError) {
 }
 
 bool CDiskFile::bSameDirectoryName(std::wstring_view svLeft, std::wstring_view svRight) {
+    if (svLeft.empty() || svRight.empty()) {
+        return false;
+    }
     if (csPlainDirectory(svLeft) == csPlainDirectory(svRight)) {
         return true;
     }

@@ -17,7 +17,8 @@ class CXError;
 /// A file on disk as a stream, and the operations on files and directories by name.
 ///
 /// Paths are wide, at most 260 characters; a longer one fails with errno ENAMETOOLONG. Operations that fail
-/// return false (or -1 where stated) and leave the reason in errno. Files are opened close-on-exec.
+/// return false (or -1 where stated) and leave the reason in errno. Files are opened close-on-exec, and
+/// opening never waits for a named pipe or a device that stands in a file's place.
 class CDiskFile final : public IXStream {
   public:
     enum class eMODE {
@@ -66,12 +67,13 @@ class CDiskFile final : public IXStream {
     /// failure fills the error object, which may be null, with the system's reason.
     static bool bCreateDirectory(std::wstring_view svPath, CXError* pclError = nullptr);
     /// True when both names mean the same directory: the same name once doubled and trailing separators are
-    /// dropped, or two names of one existing directory.
+    /// dropped, or two names of one existing directory. An empty name means none.
     static bool bSameDirectoryName(std::wstring_view svLeft, std::wstring_view svRight);
     static bool bSetFileOwnerUnix(std::wstring_view svPath, uid_t unUser, gid_t unGroup);
     /// chmod(2): 0, or -1 on failure.
     static int Unix_chmod(std::wstring_view svPath, mode_t unPermission);
-    /// Joins directory, base name and extension. False, with an empty result, when it would be too long.
+    /// Joins directory, base name and extension (with a "." unless it is empty). False, with an empty result,
+    /// when it would be too long.
     static bool MakePath(CPathBuffer& rszOut, std::wstring_view svDirectory, std::wstring_view svBaseName,
                          std::wstring_view svExtension);
     /// Reads a whole file of at most nMax bytes. False too when it is longer (errno EFBIG).

@@ -19,13 +19,25 @@ unsigned dwEntryType(DIR* pclDir, const dirent& rstEntry) {
     return ::fstatat(::dirfd(pclDir), rstEntry.d_name, &st, 0) == 0 ? st.st_mode & S_IFMT : 0;
 }
 
+// The pattern for fnmatch, to which "[" would mean more than itself.
+std::string csMatcher(std::wstring_view svPattern) {
+    CTString cs(svPattern);
+    cs.Replace(L'[', L"\\[");
+    return std::string(csToUTF8(cs).svGet());
+}
+
 }  // namespace
 
 bool CFileSearch::bFirst(std::wstring_view svPattern, unsigned dwMask) {
-    const STPathParts stParts = CFSPath::stSplit(svPattern);
+    Close();
+    CFSPath clPattern;
+    if (!clPattern.bSet(svPattern)) {
+        return false;
+    }
+    const STPathParts stParts = CFSPath::stSplit(clPattern.svGet());
     const CTString csDirectory =
         stParts.svDirectory.empty() ? CTString(L"./") : CTString(stParts.svDirectory);
-    m_csPattern = std::string(csToUTF8(stParts.svFileName).svGet());
+    m_csPattern = csMatcher(stParts.svFileName);
     m_dwMask = dwMask;
     m_pclDir.reset(::opendir(csToUTF8(csDirectory).pszGet()));
     return bNext();

@@ -11,7 +11,7 @@
 
 namespace kalmo {
 
-/// Kinds of directory entries, as bits of a search's attribute mask: the file-type bits of st_mode.
+/// Kinds of directory entries that a search can be limited to: file types as st_mode spells them.
 inline constexpr unsigned dwAttributRepertoire = 0x4000;
 inline constexpr unsigned dwAttributFichier = 0x8000;
 
@@ -22,8 +22,9 @@ inline constexpr unsigned dwAttributFichier = 0x8000;
 /// read has no entries.
 class CFileSearch {
   public:
-    /// Begins and moves to the first entry of a kind in dwMask (dwAttribut... bits; 0 means all kinds).
-    /// A symbolic link counts as what it points to. False when there is none.
+    /// Begins and moves to the first entry of the kind dwMask (one of dwAttribut..., or 0 for all kinds).
+    /// A symbolic link counts as what it points to. False when there is none, and for a pattern of more than
+    /// 260 characters.
     bool bFirst(std::wstring_view svPattern, unsigned dwMask);
     bool bNext();
     void Close();

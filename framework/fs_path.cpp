@@ -5,7 +5,7 @@
 namespace kalmo {
 
 bool CFSPath::bSet(std::wstring_view svPath) {
-    if (svPath.size() > nTailleMaxPath) {
+    if (svPath.size() > nTailleMaxPath || svPath.find(L'\0') != std::wstring_view::npos) {
         return false;
     }
     m_csPath = CTString(svPath);
@@ -24,8 +24,10 @@ bool CFSPath::bAppend(std::wstring_view svName) {
 
 bool CFSPath::bAppend(std::wstring_view svBaseName, std::wstring_view svExtension) {
     CTString csName(svBaseName);
-    csName += L'.';
-    csName += svExtension;
+    if (!svExtension.empty()) {
+        csName += L'.';
+        csName += svExtension;
+    }
     return bAppend(csName);
 }
 

@@ -23,17 +23,17 @@ struct STPathParts {
 
 /// A path of at most 260 characters with "/" as separator.
 ///
-/// A path that would be longer is refused: the operation returns false and the path stays as it was, so
-/// that a cut path is never used by accident.
+/// A path that would be longer, or hold a null character, is refused: the operation returns false and the
+/// path stays as it was, so that a cut path is never used by accident.
 class CFSPath {
   public:
     CFSPath() = default;
 
     /// Takes a whole path; backslashes become slashes.
     [[nodiscard]] bool bSet(std::wstring_view svPath);
-    /// Joins a name to this path, with one "/" between them.
+    /// Joins a name to this path, with a "/" between them unless the path ends in one.
     [[nodiscard]] bool bAppend(std::wstring_view svName);
-    /// Joins a name and an extension: bAppend(name + "." + extension).
+    /// Joins a name and an extension: bAppend(name + "." + extension), the name alone for an empty extension.
     [[nodiscard]] bool bAppend(std::wstring_view svBaseName, std::wstring_view svExtension);
     /// Ensures that a non-empty path ends in "/".
     [[nodiscard]] bool bAddTrailingSlash();

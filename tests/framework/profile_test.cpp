@@ -1,0 +1,426 @@
+#include "framework/profile.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <cstring>
+#include <optional>
+#include <string>
+
+#include "framework/conversion.h"
+#include "framework/memory_stream.h"
+#include "framework/process_info.h"
+#include "framework/profile_encoding.h"
+#include "tests/support/temp_folder.h"
+
+#ifdef __SANITIZE_ADDRESS__
+// Memory that cannot be had is one of the cases below.
+extern "C" const char* __asan_default_options() {
+    return "allocator_may_return_null=1";
+}
+#endif
+
+namespace kalmo {
+namespace {
+
+using namespace std::string_literals;
+
+// The same text as a wide file.
+std::string csWideFile(std::string_view svAscii) {
+    std::string cs = "\xFF\xFE";
+    for (const char c : svAscii) {
+        cs += c;
+        cs += '\0';
+    }
+    return cs;
+}
+
+std::wstring csGet(const CTempFolder& rcl, const wchar_t* pszSection, const wchar_t* pszKey) {
+    std::array<wchar_t, 4000> szValue{};
+    const unsigned dwLength =
+        GetPrivateProfileString(pszSection, pszKey, L"(default)", szValue.data(),
+                                static_cast<unsigned>(szValue.size()), rcl.csWide("f.ini").c_str());
+    return {szValue.data(), dwLength};
+}
+
+bool bSet(const CTempFolder& rcl, const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszValue) {
+    return WritePrivateProfileString(pszSection, pszKey, pszValue, rcl.csWide("f.ini").c_str());
+}
+
+TEST(Profile, ReadsValues) {
+    const struct {
+        const char* pszFile;
+        const wchar_t* pszKey;
+        const wchar_t* pszValue;
+    } tabCase[] = {
+        // Blanks, tabs and line ends.
+        {"[AB]\nk=v\n", L"k", L"v"},
+        {"  [AB]\n  k \t = \t v w \n", L"k", L"v w "},
+        {"[AB]\r\nk=v\r\n", L"k", L"v"},
+        {"[AB]\nk=v\rw\n", L"k", L"v"},
+        {"[AB]\nk=v", L"k", L"v"},
+        {"[AB]\nk=\nl=1\n", L"k", L""},
+        {"[AB]\nk = \t", L"k", L""},
+        {"[AB]\n\tk=v\n", L"k", L"(default)"},  // a tab is no blank
+        {"[AB]\n\n\nk=v\n", L"k", L"v"},
+        // Names.
+        {"[ab]\nKEY=v\n", L"key", L"v"},
+        {"[AB ]\nk=1\n[ABC]\nk=2\n[A]\nk=3\n", L"k", L"(default)"},
+        {"[AB ]\nk=1\n[ABC]\nk=2\n[AB] rest\nk=3\n", L"k", L"3"},
+        {"[AB]\nkey=1\nk=2\n", L"k", L"2"},
+        {"[AB]\nk other = 5\n", L"k", L"5"},
+        {"[AB]\nk a=b=c\n", L"k", L"b=c"},
+        {"[AB]\nk no value\nk=1\n", L"k", L"1"},
+        {"[AB]\nk\n=1\n", L"k", L"(default)"},
+        {"[AB]\nk=1\nk=2\n", L"k", L"1"},
+        {"[AB]\na=b=1\n", L"a=b", L"1"},
+        // Comments and the section's end.
+        {"[AB]\n :k=1\nk=2\n", L"k", L"2"},
+        {":[AB]\nk=1\n", L"k", L"(default)"},
+        {"[AB]\n:x=1\n", L":x", L"(default)"},
+        {"[AB]\n[C]\nk=1\n[AB]\nk=2\n", L"k", L"(default)"},
+        {"[AB]\n [C] \nk=1\n", L"k", L"(default)"},
+        {"[AB]\n[C\nk=1\n", L"k", L"1"},
+        {"[AB]\n:[C]\nk=1\n", L"k", L"1"},
+        {"[AB\nk=1\n", L"k", L"(default)"},
+        {"k=1\n", L"k", L"(default)"},
+        {"", L"k", L"(default)"},
+    };
+    const CTempFolder clFolder;
+    for (const auto& rst : tabCase) {
+        for (const bool bWide : {false, true}) {
+            clFolder.Write("f.ini", bWide ? csWideFile(rst.pszFile) : rst.pszFile);
+            EXPECT_EQ(csGet(clFolder, L"AB", rst.pszKey), rst.pszValue) << rst.pszFile << bWide;
+        }
+    }
+}
+
+TEST(Profile, WritesInPlace) {
+    const struct {
+        const char* pszBefore;
+        const wchar_t* pszKey;
+        const wchar_t* pszValue;
+        const char* pszAfter;
+    } tabCase[] = {
+        // A section that is not there.
+        {"", L"k", L"v", "[AB]\nk = v\n"},
+        {"[C]\nk=1\n", L"k", L"v", "[C]\nk=1\n[AB]\nk = v\n"},
+        {"[C]\nk=1", L"k", L"v", "[C]\nk=1\n[AB]\nk = v\n"},
+        {"[AB ]\n[ABC]\n", L"k", L"v", "[AB ]\n[ABC]\n[AB]\nk = v\n"},
+        {" [AB]\nk=1\n", L"k", L"v", " [AB]\nk=1\n[AB]\nk = v\n"},  // only the first column counts
+        // A key that is there.
+        {"[ab] x\nK=1\nl=2\n", L"k", L"a longer value", "[ab] x\nk = a longer value\nl=2\n"},
+        {"[AB]\nk=a longer value\nl=2\n", L"k", L"v", "[AB]\nk = v\nl=2\n"},
+        {"[AB]\nk=1\nk=2\n", L"k", L"v", "[AB]\nk = v\nk=2\n"},
+        {"[AB]\nk no value\n", L"k", L"v", "[AB]\nk = v\n"},
+        {"[AB]\nl=2\nk\t=1", L"k", L"", "[AB]\nl=2\nk = \n"},
+        {"[AB]\r\nk=1\r\nl=2\r\n", L"k", L"v", "[AB]\r\nk = v\nl=2\r\n"},
+        // A key that is not there, or that writing does not see.
+        {"[AB]", L"k", L"v", "[AB]\nk = v\n"},
+        {"[AB]\nl=2", L"k", L"v", "[AB]\nl=2\nk = v\n"},
+        {"[AB]\nkey=1\nk\n", L"k", L"v", "[AB]\nkey=1\nk\nk = v\n"},
+        {"[AB]\n k=1\n", L"k", L"v", "[AB]\n k=1\nk = v\n"},
+        {"[AB]\n:k=1\n [C]\n", L"k", L"v", "[AB]\n:k=1\n [C]\nk = v\n"},
+        {"[AB]\nl=2\n\nk=1\n[C]\n", L"k", L"v", "[AB]\nl=2\nk = v\n\nk=1\n[C]\n"},
+        {"[AB]\r\nl=2\r\n\r\n[C]\r\n", L"k", L"v", "[AB]\r\nl=2\r\nk = v\n\r\n[C]\r\n"},
+        {"[AB]\nl=2\n[C]\nk=1\n", L"k", L"v", "[AB]\nl=2\nk = v\n[C]\nk=1\n"},
+        {"[AB]\n[C\nk=1\n", L"k", L"v", "[AB]\nk = v\n[C\nk=1\n"},
+        // Removing a key.
+        {"[AB]\nk=1\nl=2\n", L"K", nullptr, "[AB]\nl=2\n"},
+        {"[AB]\nl=2\nk=1", L"k", nullptr, "[AB]\nl=2\n"},
+        {"[AB]\n\nk=1\n", L"k", nullptr, "[AB]\n\nk=1\n"},
+        {"[C]\nk=1", L"k", nullptr, "[C]\nk=1"},
+        // Removing the section.
+        {"[C]\nk=1\n[ab]\nk=2\n\n [D]\n[E]\nk=3\n", nullptr, L"x", "[C]\nk=1\n[E]\nk=3\n"},
+        {"[C]\nk=1\n[AB]\nk=2", nullptr, nullptr, "[C]\nk=1\n"},
+        {"[AB]\nk=1\n[C\nk=2\n[AB]\n", nullptr, nullptr, "[C\nk=2\n[AB]\n"},
+        {" [AB]\nk=1\n", nullptr, nullptr, " [AB]\nk=1\n"},
+        // Texts that could not be read back.
+        {"[AB]\nk=1\n", L"k", L"1\nl=2", nullptr},
+        {"[AB]\nk=1\n", L"k", L"1\r", nullptr},
+        {"[AB]\nk=1\n", L"k\nl", L"1", nullptr},
+    };
+    const CTempFolder clFolder;
+    for (const auto& rst : tabCase) {
+        for (const bool bWide : {false, true}) {
+            const auto csAs = [bWide](const char* psz) { return bWide ? csWideFile(psz) : std::string(psz); };
+            clFolder.Write("f.ini", csAs(rst.pszBefore));
+            EXPECT_EQ(bSet(clFolder, L"AB", rst.pszKey, rst.pszValue), rst.pszAfter != nullptr);
+            EXPECT_EQ(clFolder.csRead("f.ini"), csAs(rst.pszAfter != nullptr ? rst.pszAfter : rst.pszBefore));
+        }
+    }
+}
+
+TEST(Profile, AKeyBehindBlanksIsReadButNotReplaced) {
+    const CTempFolder clFolder;
+    clFolder.Write("f.ini", "[INIT]\n  Port = 1\n");
+    EXPECT_TRUE(bSet(clFolder, L"init", L"port", L"2"));
+    EXPECT_EQ(clFolder.csRead("f.ini"), "[INIT]\n  Port = 1\nport = 2\n");
+    EXPECT_EQ(csGet(clFolder, L"INIT", L"Port"), L"1");
+}
+
+TEST(Profile, CreatesAnEightBitFileAndKeepsTheIdentityOfOne) {
+    const CTempFolder clFolder;
+    EXPECT_TRUE(bSet(clFolder, L"INIT", L"Name", L"\u00E9t\u00E9"));
+    EXPECT_EQ(clFolder.csRead("f.ini"), "[INIT]\nName = \xC3\xA9t\xC3\xA9\n");
+
+    std::filesystem::create_hard_link(clFolder.clPath("f.ini"), clFolder.clPath("link"));
+    std::filesystem::permissions(clFolder.clPath("f.ini"), std::filesystem::perms(0600));
+    EXPECT_TRUE(bSet(clFolder, L"INIT", L"Name", L"x"));
+    EXPECT_EQ(clFolder.csRead("link"), "[INIT]\nName = x\n");
+    EXPECT_EQ(std::filesystem::status(clFolder.clPath("f.ini")).permissions(), std::filesystem::perms(0600));
+}
+
+TEST(Profile, LinesHaveNoLengthLimit) {
+    const CTempFolder clFolder;
+    for (const std::size_t nLength : {200U, 255U, 256U, 257U, 1000U, 3900U}) {
+        const std::wstring csLong(nLength, L'x');
+        clFolder.Write("f.ini", "[" + std::string(nLength, 'A') + "]\nk=1\n");
+        EXPECT_TRUE(bSet(clFolder, std::wstring(nLength, L'a').c_str(), L"k", csLong.c_str()));
+        EXPECT_EQ(csGet(clFolder, std::wstring(nLength, L'A').c_str(), L"k"), csLong);
+    }
+}
+
+TEST(Profile, EveryByteAndUnitOutsideAChangeStays) {
+    const CTempFolder clFolder;
+    // Bytes that are no UTF-8 and null characters in an 8-bit file; a null ends the value that holds it.
+    const std::string csOdd = "\0[AB]\n[AB]\nn=v\0w\n\xFF\xC3=\xE9\n"s;
+    clFolder.Write("f.ini", csOdd + "k=1\n\0\n"s);
+    EXPECT_EQ(csGet(clFolder, L"AB", L"n"), L"v");
+    EXPECT_EQ(csGet(clFolder, L"AB", L"\xDCFF\xDCC3"), L"\xDCE9");
+    EXPECT_TRUE(bSet(clFolder, L"AB", L"k", L"\xDCE9"));
+    EXPECT_EQ(clFolder.csRead("f.ini"), csOdd + "k = \xE9\n\0\n"s);
+
+    // Half a unit at the end of a wide file stays behind what is appended.
+    clFolder.Write("f.ini", csWideFile("[AB]\nl=2") + "\n");
+    EXPECT_TRUE(bSet(clFolder, L"AB", L"k", L"v"));
+    EXPECT_EQ(clFolder.csRead("f.ini"), csWideFile("[AB]\nl=2\nk = v\n") + "\n");
+    EXPECT_EQ(csGet(clFolder, L"AB", L"k"), L"v");
+}
+
+TEST(Profile, UnitsOfAWideFileAreWideCharacters) {
+    const CTempFolder clFolder;
+    clFolder.Write("f.ini", csWideFile("[AB]\n"));
+    EXPECT_TRUE(bSet(clFolder, L"AB", L"k\U0001F600", L"\u20AC\U0001F600\xDC80"));
+    EXPECT_EQ(clFolder.csRead("f.ini"),
+              csWideFile("[AB]\nk") + "\x3D\xD8\x00\xDE \0=\0 \0\xAC\x20\x3D\xD8\x00\xDE\x80\xDC\n\0"s);
+    EXPECT_EQ(csGet(clFolder, L"AB", L"k\U0001F600"), L"\u20AC\xD83D\xDE00\xDC80");
+    // Units that were read go back as they were, and mean one character in an 8-bit file.
+    EXPECT_TRUE(bSet(clFolder, L"AB", L"k\U0001F600", L"\xD83D\xDE00"));
+    EXPECT_EQ(csGet(clFolder, L"AB", L"k\xD83D\xDE00"), L"\xD83D\xDE00");
+    clFolder.Write("f.ini", "");
+    EXPECT_TRUE(bSet(clFolder, L"AB", L"k", L"\xD83D\xDE00"));
+    EXPECT_EQ(clFolder.csRead("f.ini"), "[AB]\nk = \xF0\x9F\x98\x80\n");
+}
+
+TEST(Profile, FindsTheMarkAndPutsTheStreamBack) {
+    const struct {
+        std::string csFile;
+        std::int64_t i64Before;
+        bool bWide;
+        std::int64_t i64After;
+    } tabCase[] = {{"\xFF\xFE[\0"s, 0, true, 2},
+                   {"\xFF\xFE[\0"s, 1, true, 1},
+                   {"\xFE\xFF\0["s, 0, false, 0},
+                   {"\xFF", 0, false, 0},
+                   {"[A]", 3, false, 3}};
+    for (const auto& rst : tabCase) {
+        CMemoryStream clStream(CTLBIN(rst.csFile.begin(), rst.csFile.end()));
+        clStream.bSeek(rst.i64Before);
+        EXPECT_EQ(bFichierUnicode(clStream), rst.bWide);
+        EXPECT_EQ(clStream.i64GetPosition(), rst.i64After);
+    }
+}
+
+TEST(Profile, ListsSectionsAndKeys) {
+    const CTempFolder clFolder;
+    clFolder.Write("f.ini", " [A] x\nk1 =1\n  k2=\n:no=1\nnone\n[open\n=\n[B\0C]\n[D]\nk=1"s);
+    EXPECT_EQ(csGet(clFolder, nullptr, L"x"), L"A\r\nB\r\nD\r\n");
+    EXPECT_EQ(csGet(clFolder, L"a", nullptr), L"k1\r\nk2\r\n\r\n");
+    EXPECT_EQ(csGet(clFolder, L"B", nullptr), L"(default)");
+    EXPECT_EQ(csGet(clFolder, L"X", nullptr), L"(default)");
+    clFolder.Write("f.ini", "no section\n");
+    EXPECT_EQ(csGet(clFolder, nullptr, nullptr), L"(default)");
+}
+
+TEST(Profile, ResultsAreCutToTheBuffer) {
+    const CTempFolder clFolder;
+    clFolder.Write("f.ini",
+                   "[Sec1]\nk=\xC3\xA9"
+                   "bcd\nempty=\n[Sec2]\n");
+    const auto csFile = clFolder.csWide("f.ini");
+    const struct {
+        const wchar_t* pszSection;
+        const wchar_t* pszKey;
+        unsigned dwSize;
+        std::wstring csWide;
+        std::string csNarrow;
+    } tabCase[] = {
+        {L"Sec1", L"k", 6, L"\u00E9bcd",
+         "\xC3\xA9"
+         "bcd"},
+        {L"Sec1", L"k", 5, L"\u00E9bcd",
+         "\xC3\xA9"
+         "bc"},
+        {L"Sec1", L"k", 4, L"\u00E9bc",
+         "\xC3\xA9"
+         "b"},
+        {L"Sec1", L"k", 2, L"\u00E9", "\xC3"},
+        {L"Sec1", L"k", 1, L"", ""},
+        {L"Sec1", L"empty", 6, L"", ""},
+        {L"Sec1", L"none", 4, L"def", "def"},
+        {nullptr, nullptr, 7, L"Sec1\r\n", "Sec1\r\n"},
+        {nullptr, nullptr, 8, L"Sec1\r\nS", "Sec1\r\nS"},
+        {L"Sec1", nullptr, 5, L"k\r\ne", "k\r\ne"},
+    };
+    for (const auto& rst : tabCase) {
+        std::array<wchar_t, 10> szWide;
+        szWide.fill(L'#');
+        EXPECT_EQ(GetPrivateProfileStringW(rst.pszSection, rst.pszKey, L"default", szWide.data(), rst.dwSize,
+                                           csFile.c_str()),
+                  rst.csWide.size());
+        EXPECT_EQ(szWide.data(), rst.csWide);
+        EXPECT_EQ(szWide[rst.csWide.size() + 1], L'#');
+
+        const auto csNarrow = [](const wchar_t* psz) { return std::string(csToUTF8(psz).svGet()); };
+        const std::string csSection = rst.pszSection == nullptr ? "" : csNarrow(rst.pszSection);
+        const std::string csKey = rst.pszKey == nullptr ? "" : csNarrow(rst.pszKey);
+        std::array<char, 10> szNarrow;
+        szNarrow.fill('#');
+        EXPECT_EQ(GetPrivateProfileStringA(rst.pszSection == nullptr ? nullptr : csSection.c_str(),
+                                           rst.pszKey == nullptr ? nullptr : csKey.c_str(), "default",
+                                           szNarrow.data(), rst.dwSize, clFolder.clPath("f.ini").c_str()),
+                  rst.csNarrow.size());
+        EXPECT_EQ(szNarrow.data(), rst.csNarrow);
+        EXPECT_EQ(szNarrow[rst.csNarrow.size() + 1], '#');
+    }
+    wchar_t c = L'#';
+    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", &c, 0, csFile.c_str()), 0U);
+    EXPECT_EQ(c, L'#');
+    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"none", nullptr, &c, 1, csFile.c_str()), 0U);
+    EXPECT_EQ(c, L'\0');
+    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", nullptr, 5, csFile.c_str()), 0U);
+}
+
+TEST(Profile, ReadsIntegers) {
+    const struct {
+        const char* pszValue;
+        int nValue;
+    } tabCase[] = {{"4900", 4900},
+                   {" 1x", 1},
+                   {"-5", -5},
+                   {"", 0},
+                   {"port", 0},
+                   {"0x10", 0},
+                   {"- 5", 0},
+                   {"2147483647", INT_MAX},
+                   {"4294971196", INT_MAX},
+                   {"-99999999999999999999", INT_MIN},
+                   {"0000000000000000000012", 0}};
+    const CTempFolder clFolder;
+    const auto csFile = clFolder.csWide("f.ini");
+    for (const auto& rst : tabCase) {
+        clFolder.Write("f.ini", "[AB]\nk="s + rst.pszValue);
+        EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 7, csFile.c_str()), rst.nValue) << rst.pszValue;
+    }
+    EXPECT_EQ(GetPrivateProfileInt(L"AB", L"none", -1, csFile.c_str()), -1);
+    EXPECT_EQ(GetPrivateProfileInt(L"AB", L"none", INT_MIN, csFile.c_str()), INT_MIN);
+}
+
+TEST(Profile, AWriteThatFailsLeavesTheFile) {
+    const CTempFolder clFolder;
+    const std::string csBefore = "[AB]\nk=1\n" + std::string(5000, 'x') + "\n";
+    clFolder.Write("f.ini", csBefore);
+
+    // No room for the longer file.
+    rlimit stBefore{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &stBefore), 0);
+    const auto pfnBefore = ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit stLimit = {csBefore.size() + 5, stBefore.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &stLimit), 0);
+    const bool bSetLonger = bSet(clFolder, L"AB", L"k", L"a longer value");
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &stBefore), 0);
+    ::signal(SIGXFSZ, pfnBefore);
+    EXPECT_FALSE(bSetLonger);
+    EXPECT_EQ(clFolder.csRead("f.ini"), csBefore);
+
+    // No memory for the rest of the file.
+    constexpr std::uintmax_t unHuge = std::uintmax_t{1} << 42;
+    clFolder.Write("f.ini", "[AB]\nk=1\n");
+    std::filesystem::resize_file(clFolder.clPath("f.ini"), unHuge);
+    EXPECT_FALSE(bSet(clFolder, L"AB", L"k", L"v"));
+    EXPECT_EQ(std::filesystem::file_size(clFolder.clPath("f.ini")), unHuge);
+    EXPECT_EQ(csGet(clFolder, L"AB", L"k"), L"1");
+}
+
+TEST(Profile, FilesThatCannotBeUsed) {
+    const CTempFolder clFolder;
+    std::filesystem::create_directory(clFolder.clPath("folder"));
+    ASSERT_EQ(::mkfifo(clFolder.clPath("fifo").c_str(), 0600), 0);
+    const std::wstring tabFile[] = {clFolder.csWide("folder"), clFolder.csWide("none/f.ini"),
+                                    clFolder.csWide("fifo"), L"/" + std::wstring(260, L'x')};
+    std::array<wchar_t, 10> sz{};
+    for (const std::wstring& rcs : tabFile) {
+        EXPECT_EQ(GetPrivateProfileString(L"AB", L"k", L"def", sz.data(), 10, rcs.c_str()), 3U);
+        EXPECT_EQ(sz.data(), std::wstring(L"def"));
+        EXPECT_FALSE(WritePrivateProfileString(L"AB", L"k", L"v", rcs.c_str()));
+    }
+    EXPECT_EQ(GetPrivateProfileString(L"AB", L"k", L"def", sz.data(), 10, L"/dev/zero"), 3U);
+    EXPECT_EQ(GetPrivateProfileString(L"AB", L"k", L"def", sz.data(), 10, nullptr), 3U);
+    EXPECT_FALSE(WritePrivateProfileString(L"AB", L"k", L"v", nullptr));
+    EXPECT_FALSE(bSet(clFolder, nullptr, L"k", L"v"));
+    EXPECT_EQ(clFolder.csRead("f.ini"), "(none)");
+    EXPECT_TRUE(WritePrivateProfileStringA("AB", "\xC3\xA9", nullptr, clFolder.clPath("f.ini").c_str()));
+    EXPECT_EQ(clFolder.csRead("f.ini"), "");
+}
+
+// The test runs in a file tree of its own, so that this account's home may be written to.
+TEST(Profile, FilesOfTheUser) {
+    ASSERT_STREQ(::getenv("KALMO_PRIVATE_ROOT"), "1");
+    CFSPath clHome;
+    ASSERT_TRUE(bGetHomeDirectory(&clHome));
+    const std::wstring csHome(clHome.svGet());
+    const struct {
+        std::wstring csName;
+        std::wstring csPath;
+    } tabCase[] = {{L"f.ini", csHome + L"/f.ini"},
+                   {L".\\f.ini", L"./f.ini"},
+                   {L"./f.ini", L"./f.ini"},
+                   {L"C:\\a/b\\c", L"C:/a/b/c"},
+                   {std::wstring(260, L'/'), std::wstring(260, L'/')},
+                   {std::wstring(261, L'/'), L""},
+                   {std::wstring(260 - csHome.size(), L'x'), L""}};
+    CPathBuffer szPath;
+    for (const auto& rst : tabCase) {
+        EXPECT_EQ(__PrivateProfilePatchName(rst.csName.c_str(), szPath), !rst.csPath.empty());
+        EXPECT_EQ(szPath, rst.csPath);
+    }
+
+    ASSERT_TRUE(bGetVLNCONFPath(szPath));
+    EXPECT_EQ(szPath, csHome + L"/.VLN.conf");
+    EXPECT_TRUE(WriteProfileString(L"AB", L"k", L"12"));
+    EXPECT_EQ(GetProfileInt(L"AB", L"k", 3), 12);
+    EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 3, L".VLN.conf"), 12);
+    std::array<wchar_t, 5> sz{};
+    EXPECT_EQ(GetProfileString(L"AB", L"k", L"def", sz.data(), 5), 2U);
+
+    // _exit: the leak check cannot look at a process that changed its user.
+    const auto NoEntry = [] {
+        std::array<wchar_t, 5> szValue{};
+        CPathBuffer szNone;
+        const bool bAsSaid = ::setuid(54321) == 0 && !bGetVLNCONFPath(szNone) && szNone[0] == L'\0' &&
+                             !WriteProfileString(L"AB", L"k", L"1") && GetProfileInt(L"AB", L"k", 3) == 3 &&
+                             GetProfileString(L"AB", L"k", L"def", szValue.data(), 5) == 3 &&
+                             !__PrivateProfilePatchName(L"f.ini", szNone);
+        ::_exit(bAsSaid ? 0 : 1);
+    };
+    EXPECT_EXIT(NoEntry(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace kalmo

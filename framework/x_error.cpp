@@ -165,8 +165,11 @@ void CXError::AddSubErrorLightNoUserMessage(const CXError& rclError) noexcept {
 }
 
 void CXError::__AddSubError(const CXError& rclError, bool bLight, bool bUserMessage) noexcept {
+    std::unique_ptr<CXError, STRelease> pclCopy(new (std::nothrow) CXError);
+    if (!pclCopy) {
+        return;
+    }
     __bGuarded([&] {
-        std::unique_ptr<CXError, STRelease> pclCopy(new CXError);
         pclCopy->m_st = rclError.m_st;
         if (!bLight) {
             pclCopy->__CopySubErrors(rclError);

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
+#include <variant>
 
 #include "framework/array.h"
 #include "framework/tv_unknown.h"

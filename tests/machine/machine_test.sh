@@ -38,7 +38,7 @@ processes_left() {
     local process found
     mapfile -t found < <(grep -slzxF "KALMO_MACHINE_TEST=$work" /proc/[0-9]*/environ)
     for process in "${found[@]}"; do
-        [[ $process =~ ^/proc/($$|$BASHPID)/ || ! -e $process ]] || tr '\0' ' ' <"${process%environ}cmdline"
+        [[ $process =~ ^/proc/($$|$BASHPID)/ || ! -e $process ]] || ps -o pid=,args= -p "$(basename "${process%/environ}")"
     done
 }
 
@@ -62,6 +62,7 @@ test_status_and_streams() {
         check "$kind: streams" $'in out\nerr' "$(echo in | "$machine" "$kind" -- sh -c 'echo "$(cat) out"; echo err >&2' 2>&1)"
         check "$kind: directory and marker" "$PWD $kind" "$("$machine" "$kind" -- sh -c 'echo "$PWD $KALMO_MACHINE"')"
     done
+    check "one in the other" running "$("$machine" systemd -- "$machine" systemd -- systemctl is-system-running 2>&1)"
     check "usage: no kind" 125 "$(status_of "$machine" neither true)"
     check "usage: no such folder" 125 "$(status_of "$machine" sysv --bind "$work/none" true)"
 }

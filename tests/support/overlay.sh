@@ -5,11 +5,12 @@
 # Exit statuses of both tools: that of the command; 128 + N when signal N ended the command or the tool;
 # 124 when the time was over; 125 when the tool itself failed.
 
-readonly STAGE=/run/kalmo # on a tmpfs that only the private mount namespace has
-readonly TREE=$STAGE/root # the copy of /
+readonly STAGE=/run/kalmo       # on a tmpfs that only the private mount namespace has
+readonly TREE=$STAGE/root       # the copy of /
 readonly RUNNING=$STAGE/running # exists as soon as the command is about to run
 # Starts the command: everything of ours that stands before it ignores the signals of the keyboard.
-readonly START_COMMAND=(env --default-signal=INT,QUIT)
+# shellcheck disable=SC2034 # used by the two tools
+readonly START_COMMAND=(env "--default-signal=INT,QUIT")
 
 declare -A FOLDERS=() # the folders to lay over the copy, by path: copy, ro or rw
 FOLDER_PATHS=()       # the same once they are staged: element N waits at STAGE/folder.N, outer before inner
@@ -44,9 +45,10 @@ need_folder() {
     FOLDERS[$path]=$1
 }
 
-# Mount points of the file systems on disk, / first.
-disk_mounts() {
-    findmnt --real --list --noheadings --output TARGET
+# Mount points of what the copy is made of: / whatever it is, then the other file systems on disk.
+copied_mounts() {
+    echo /
+    findmnt --real --list --noheadings --output TARGET | grep -vx /
 }
 
 # Adds DIRECTORY as a copy unless one that was asked for or the copy of / has it anyway.
@@ -56,7 +58,7 @@ need_folder_from_elsewhere() {
     for folder in "${!FOLDERS[@]}"; do
         [[ $1/ != "$folder"/* ]] || return 0
     done
-    if [[ $1 == /tmp/* ]] || ! grep -qxF -- "$(stat -c %m -- "$1")" <(disk_mounts); then
+    if [[ $1 == /tmp/* ]] || ! grep -qxF -- "$(stat -c %m -- "$1")" <(copied_mounts); then
         need_folder copy "$1"
     fi
 }
@@ -82,7 +84,7 @@ build_tree() {
     while IFS= read -r mount_point; do
         [[ -d $mount_point && $mount_point != /run* ]] || continue
         mount_copy "$mount_point" "$TREE/${mount_point#/}" || fail "cannot copy $mount_point"
-    done < <(disk_mounts)
+    done < <(copied_mounts)
 
     ((${#FOLDERS[@]} == 0)) || mapfile -d '' -t FOLDER_PATHS < <(printf '%s\0' "${!FOLDERS[@]}" | LC_ALL=C sort -z)
     for i in "${!FOLDER_PATHS[@]}"; do
@@ -111,7 +113,8 @@ wait_for_end() { # PID, or nothing when there was none
 ends_by_interrupt() { # PID of unshare
     local first
     [[ -t 0 ]] || return 0
-    first=$(pgrep -P "$1") && [[ ! -e /proc/$first/root$RUNNING ]]
+    # A process that is about to end shows no root: asked last, it vouches for the answer before it.
+    first=$(pgrep -P "$1") && [[ ! -e /proc/$first/root$RUNNING && -e /proc/$first/root/run ]]
 }
 
 # Runs COMMAND as the first process of new mount and process namespaces and returns its status. The namespaces

@@ -1,0 +1,279 @@
+#include "framework/file_version.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
+#include "framework/json_text.h"
+#include "framework/memory_stream.h"
+#include "framework/process_info.h"
+#include "tests/support/temp_folder.h"
+
+namespace kalmo {
+namespace {
+
+constexpr std::wstring_view svNone = L"(none)";
+
+std::wstring csVersion(const CFileVersion& rcl) {
+    CTString cs(svNone);
+    rcl.bGetString(L"\\StringFileInfo\\000004E4\\VersionVI", &cs);
+    return std::wstring(cs.svGet());
+}
+
+std::wstring csVersionOfFile(std::wstring_view svPath) {
+    CFileVersion cl;
+    const bool bInit = cl.bInit(svPath);
+    EXPECT_EQ(bInit, csVersion(cl) != svNone);
+    return csVersion(cl);
+}
+
+std::wstring csVersionOfBytes(std::string_view sv) {
+    CMemoryStream clStream(CTLBIN(sv.begin(), sv.end()));
+    CFileVersion cl;
+    cl.bInit(clStream);
+    return csVersion(cl);
+}
+
+/// Makes small ELF files: a header, one program header or section header, and the notes it tells of.
+class CElfMaker {
+  public:
+    bool m_bWide = true;
+    bool m_bBigEndian = false;
+    bool m_bSection = false;  ///< A section header instead of a program header.
+    std::uint64_t m_u64Align = 4;
+
+    std::string csMake(const std::string& csNotes) {
+        m_cs = std::string(
+                   "\x7F"
+                   "ELF") +
+               (m_bWide ? '\2' : '\1') + (m_bBigEndian ? '\2' : '\1');
+        m_cs.resize(16);
+        const std::uint64_t u64Header = m_bWide ? 64 : 52;
+        const std::uint64_t u64Entry = m_bSection ? (m_bWide ? 64 : 40) : (m_bWide ? 56 : 32);
+        Put(2, 2);
+        Put(62, 2);
+        Put(1, 4);
+        PutWord(0);
+        PutWord(m_bSection ? 0 : u64Header);
+        PutWord(m_bSection ? u64Header : 0);
+        Put(0, 4);
+        for (const std::uint64_t u64 : {u64Header, u64Entry, std::uint64_t{!m_bSection}, u64Entry,
+                                        std::uint64_t{m_bSection}, std::uint64_t{0}}) {
+            Put(u64, 2);
+        }
+        const std::uint64_t u64Notes = u64Header + u64Entry;
+        if (m_bSection) {
+            Put(0, 4);
+            Put(7, 4);
+            PutWord(0);
+            PutWord(0);
+            PutWord(u64Notes);
+            PutWord(csNotes.size());
+            Put(0, 8);
+        } else {
+            Put(4, 4);
+            m_bWide ? Put(0, 4) : void();
+            PutWord(u64Notes);
+            PutWord(0);
+            PutWord(0);
+            PutWord(csNotes.size());
+            PutWord(csNotes.size());
+            m_bWide ? void() : Put(0, 4);
+        }
+        PutWord(m_u64Align);
+        if (m_bSection) {
+            PutWord(0);
+        }
+        return m_cs + csNotes;
+    }
+    /// A note with its padding; sizes other than the true ones may be told.
+    std::string csNote(std::string_view svOwner, std::uint32_t dwType, std::string_view svText,
+                       std::int64_t i64Owner = -1, std::int64_t i64Text = -1) {
+        m_cs.clear();
+        Put(i64Owner < 0 ? svOwner.size() : static_cast<std::uint64_t>(i64Owner), 4);
+        Put(i64Text < 0 ? svText.size() : static_cast<std::uint64_t>(i64Text), 4);
+        Put(dwType, 4);
+        for (const std::string_view sv : {svOwner, svText}) {
+            m_cs += sv;
+            m_cs.resize((m_cs.size() + m_u64Align - 1) / m_u64Align * m_u64Align);
+        }
+        return m_cs;
+    }
+
+  private:
+    void Put(std::uint64_t u64, unsigned unSize) {
+        for (unsigned un = 0; un < unSize; ++un) {
+            m_cs += static_cast<char>(u64 >> 8 * (m_bBigEndian ? unSize - 1 - un : un));
+        }
+    }
+    void PutWord(std::uint64_t u64) { Put(u64, m_bWide ? 8 : 4); }
+
+    std::string m_cs;
+};
+
+constexpr std::string_view svOwner("FDO\0", 4);
+constexpr std::uint32_t dwPackage = 0xcafe1a7e;
+constexpr std::string_view svJson(R"({"type":"deb","version":"1.2"})"
+                                  "\0\0\0",
+                                  33);
+
+TEST(FileVersion, OfProgramsAndOtherFiles) {
+    CPathBuffer szProgram;
+    ASSERT_TRUE(GetModuleFileNameW(szProgram));
+    EXPECT_EQ(csVersionOfFile(szProgram), L"12.3.4.5");
+    EXPECT_EQ(csVersionOfFile(csFromUTF8(KALMO_NOTED_OBJECT)), L"12.3.4.6");  // 32-bit, sections only
+
+    const CTempFolder clFolder;
+    clFolder.Write("text", R"({"version":"1"})");
+    clFolder.Write("empty", "");
+    ASSERT_EQ(::mkfifo(clFolder.clPath("fifo").c_str(), 0600), 0);
+    for (const std::wstring& rcs :
+         {std::wstring(L"/bin/ls"), clFolder.csWide("text"), clFolder.csWide("empty"),
+          clFolder.csWide("fifo"), clFolder.csWide(""), clFolder.csWide("none")}) {
+        EXPECT_EQ(csVersionOfFile(rcs), svNone) << std::filesystem::path(rcs);
+    }
+
+    CFileVersion clVersion;
+    CTString cs;
+    ASSERT_TRUE(clVersion.bInit(szProgram));
+    EXPECT_FALSE(clVersion.bGetString(L"\\StringFileInfo\\000004E4\\FileVersion", &cs));
+    EXPECT_FALSE(clVersion.bInit(L"/bin/ls"));
+    EXPECT_EQ(csVersion(clVersion), svNone);
+}
+
+TEST(FileVersion, OfARealProgramCutAnywhere) {
+    CPathBuffer szProgram;
+    ASSERT_TRUE(GetModuleFileNameW(szProgram));
+    std::string csStart(0x4000, '\0');
+    CDiskFile clFile;
+    ASSERT_TRUE(clFile.bOpen(szProgram, CDiskFile::eMODE::Read));
+    ASSERT_TRUE(clFile.bReadAll(csStart.data(), csStart.size()));
+    constexpr std::string_view svEnd("\"version\":\"12.3.4.5\"}\0", 22);
+    const std::size_t nNoteEnd = csStart.find(svEnd) + svEnd.size();
+    ASSERT_LT(nNoteEnd, csStart.size());
+    for (std::size_t n = 0; n < nNoteEnd + 100; ++n) {
+        ASSERT_EQ(csVersionOfBytes(std::string_view(csStart).substr(0, n)),
+                  n < nNoteEnd ? svNone : L"12.3.4.5")
+            << n;
+    }
+}
+
+TEST(FileVersion, WordSizesByteOrdersAndTables) {
+    for (int n = 0; n < 16; ++n) {
+        CElfMaker cl;
+        cl.m_bWide = (n & 1) != 0;
+        cl.m_bBigEndian = (n & 2) != 0;
+        cl.m_bSection = (n & 4) != 0;
+        cl.m_u64Align = (n & 8) != 0 ? 8 : 4;
+        const std::string csOthers = cl.csNote(std::string_view("GNU\0", 4), 3, "build id") +
+                                     cl.csNote("", dwPackage, "") + cl.csNote(svOwner, 1, svJson);
+        EXPECT_EQ(csVersionOfBytes(cl.csMake(csOthers + cl.csNote(svOwner, dwPackage, svJson))), L"1.2") << n;
+        EXPECT_EQ(csVersionOfBytes(cl.csMake(csOthers)), svNone) << n;
+    }
+}
+
+TEST(FileVersion, SizesThatLie) {
+    CElfMaker cl;
+    const std::string csGood = cl.csMake(cl.csNote(svOwner, dwPackage, svJson));
+    ASSERT_EQ(csVersionOfBytes(csGood), L"1.2");
+    const struct {
+        std::size_t nAt;
+        std::string_view svBytes;
+    } tabPatch[] = {
+        {0, "\x7E"},                                      // magic
+        {4, "\3"},                                        // class
+        {5, "\3"},                                        // byte order
+        {32, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"},         // e_phoff
+        {32, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\x7F"},         //
+        {72, "\xF0\xFF\xFF\xFF\xFF\xFF\xFF\x7F"},         // p_offset
+        {72, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"},         //
+        {96, std::string_view("\x0B\0\0\0\0\0\0\0", 8)},  // p_filesz
+        {120, "\xFF\xFF\xFF\xFF"},                        // length of the owner
+        {124, "\xFF\xFF\xFF\xFF"},                        // length of the description
+        {124, std::string_view("\x25\0\0\0", 4)},         //
+    };
+    for (const auto& rst : tabPatch) {
+        std::string cs = csGood;
+        cs.replace(rst.nAt, rst.svBytes.size(), rst.svBytes);
+        EXPECT_EQ(csVersionOfBytes(cs), svNone) << rst.nAt;
+    }
+    // Sizes beyond the file, but a note that is whole: it is read.
+    std::string cs = csGood;
+    cs.replace(96, 8, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF");
+    cs.replace(56, 2, "\xFF\xFF");
+    EXPECT_EQ(csVersionOfBytes(cs), L"1.2");
+    EXPECT_EQ(csVersionOfBytes(cl.csMake(cl.csNote(svOwner, dwPackage, svJson, 3))), svNone);
+    EXPECT_EQ(csVersionOfBytes(
+                  cl.csMake(cl.csNote(svOwner, dwPackage, std::string(0x10001, ' ') + R"({"version":"1"})"))),
+              svNone);
+    // 70,000 headers of notes without end are given up in time.
+    EXPECT_EQ(csVersionOfBytes(cl.csMake(std::string(12 * 70000, '\0'))), svNone);
+}
+
+TEST(FileVersion, HoldsNothingATerminalObeys) {
+    CElfMaker cl;
+    for (const char* const psz :
+         {R"({"version":"1\u001b[2J"})", R"({"version":"1\u009b2J"})", R"({"version":""})",
+          R"({"version":"1\n"})", R"({"version":2})", R"(["version"])", ""}) {
+        EXPECT_EQ(csVersionOfBytes(cl.csMake(cl.csNote(svOwner, dwPackage, psz))), svNone) << psz;
+    }
+}
+
+TEST(JsonText, FindsAStringOfTheObject) {
+    const struct {
+        const char* pszText;
+        const wchar_t* pszString;  // null: none
+    } tabCase[] = {
+        {R"({"version":"1"})", L"1"},
+        {" {\t\"a\" : [ 1 , -0.5e+3 , true , null , {} , [] ] ,\n\"version\" : \"1\" }\r\n", L"1"},
+        {R"({"a":{"version":"2"},"version":"1"})", L"1"},
+        {R"({"version":"1","version":"2"})", L"2"},
+        {R"({"version":[],"version":"2"})", L"2"},
+        {R"({"v\u0065rsion":"\"\\\/\b\f\n\r\t\u00e9\uD83D\uDE00\ufffd"})",
+         L"\"\\/\b\f\n\r\t\u00E9\U0001F600\uFFFD"},
+        {"{\"version\":\"\xC3\xA9\"}", L"\u00E9"},
+        {"{\"version\":\"\"}", L""},
+        {"{}", nullptr},
+        {R"({"Version":"1"})", nullptr},
+        {R"({"version":"1")", nullptr},
+        {R"({"version":"1"}})", nullptr},
+        {R"({"version":"1",})", nullptr},
+        {R"({"version" "1"})", nullptr},
+        {R"({"version":"1)", nullptr},
+        {R"({"version":"\x"})", nullptr},
+        {R"({"version":"\u12"})", nullptr},
+        {R"({"version":"\u+123"})", nullptr},
+        {R"({"version":"\ud83d"})", nullptr},
+        {R"({"version":"\ud83d\u0041"})", nullptr},
+        {R"({"version":"\ude00"})", nullptr},
+        {"{\"version\":\"\xFF\"}", nullptr},
+        {"{\"version\":\"a\nb\"}", nullptr},
+        {R"({"a":01,"version":"1"})", nullptr},
+        {R"({"a":1.,"version":"1"})", nullptr},
+        {R"({"a":1e,"version":"1"})", nullptr},
+        {R"({"a":-,"version":"1"})", nullptr},
+        {R"({"a":nul,"version":"1"})", nullptr},
+        {R"({"a":,"version":"1"})", nullptr},
+        {R"({'version':'1'})", nullptr},
+        {"", nullptr},
+    };
+    for (const auto& rst : tabCase) {
+        const auto csFound = csJsonString(rst.pszText, "version");
+        ASSERT_EQ(csFound.has_value(), rst.pszString != nullptr) << rst.pszText;
+        EXPECT_TRUE(!csFound || csFound->svGet() == rst.pszString) << rst.pszText;
+    }
+    const auto csNested = [](std::size_t n) {
+        return R"({"a":)" + std::string(n, '[') + std::string(n, ']') + R"(,"version":"1"})";
+    };
+    EXPECT_TRUE(csJsonString(csNested(32), "version"));
+    EXPECT_FALSE(csJsonString(csNested(33), "version"));
+    EXPECT_FALSE(csJsonString(csNested(1000000), "version"));
+}
+
+}  // namespace
+}  // namespace kalmo

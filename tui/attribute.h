@@ -36,8 +36,8 @@ constexpr chtype ATTR_MARK_FOCUS = 0x600;       ///< "X" of a box or option with
 constexpr chtype ATTR_MARK = 0x700;             ///< "X" of a box or option without focus.
 constexpr chtype ATTR_DISABLED = 0x800;         ///< Text of a disabled entry field.
 
-static_assert(ATTR_BORDER == (COLOR_PAIR(PAIR_NORMAL) | A_REVERSE) &&
-                  ATTR_DISABLED == COLOR_PAIR(PAIR_DISABLED),
+static_assert(ATTR_BORDER == (PAIR_NORMAL << NCURSES_ATTR_SHIFT | A_REVERSE) &&
+                  ATTR_DISABLED == PAIR_DISABLED << NCURSES_ATTR_SHIFT,
               "the values above are those of the curses library");
 
 }  // namespace kalmo

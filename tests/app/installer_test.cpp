@@ -1,0 +1,265 @@
+// The program itself, run unattended on a copy of the machine's files. The server's programs in the payloads
+// are scripts that record how they are called; ZIP files come from an independent archiver.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "app/archive_password.h"
+#include "framework/conversion.h"
+
+namespace kalmo {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CInstaller : public testing::Test {
+  protected:
+    static constexpr const char* PSZ_DIR = "/tmp/zd/";
+
+    void SetUp() override {
+        ASSERT_STREQ(std::getenv("KALMO_PRIVATE_ROOT"), "1") << "it would change this machine";
+        fs::remove_all("/tmp/run");
+        fs::remove_all(PSZ_DIR);
+        fs::create_directories("/tmp/run/tree");
+        fs::remove("/etc/init.d/ZDCS-first");
+        fs::remove("/bin/systemctl");  // in a changed root it succeeds without doing anything
+        fs::copy_file(KALMO_INSTALLER, "/tmp/run/kalmoinstall");
+        fs::current_path("/tmp/run");
+    }
+
+    static void Write(const fs::path& rclPath, const std::string& csText) {
+        fs::create_directories(fs::absolute(rclPath).parent_path());
+        std::ofstream(rclPath, std::ios::binary) << csText;
+    }
+    static std::string csRead(const fs::path& rclPath) {
+        std::ifstream clFile(rclPath, std::ios::binary);
+        return clFile ? std::string{std::istreambuf_iterator<char>(clFile), {}} : "(none)";
+    }
+    static int nShell(const std::string& cs) { return std::system(cs.c_str()); }
+    static unsigned unMode(const fs::path& rclPath) {
+        struct stat st {};
+        return ::stat(rclPath.c_str(), &st) == 0 ? st.st_mode & 07777U : 0;
+    }
+
+    /// Packs /tmp/run/tree, with a server that records how it is called and registers its service.
+    static void PackServer() {
+        Write("tree/kalmo", R"(#!/bin/sh
+echo "kalmo $*" >>/tmp/run/calls
+printf '#!/bin/sh\nName="first"\nProgram="%s --service"\necho "$1" >>/tmp/run/calls\n[ "$1" != status ] || exit 0\n' \
+    "$0" >/etc/init.d/ZDCS-first
+chmod 755 /etc/init.d/ZDCS-first
+)");
+        Write("tree/KalmoManager", "#!/bin/sh\necho \"kalmomanager $*\" >>/tmp/run/calls\nexit 255\n");
+        Write("tree/LICENSE.TXT", "to be accepted");
+        Write("tree/lib/a b.txt", "text");
+        Pack();
+    }
+    static void Pack() {
+        fs::remove("kalmoinstall.zip");
+        ASSERT_EQ(nShell("cd tree && zip -qXDr ../kalmoinstall.zip ."), 0);
+    }
+    /// Runs the installer with the words as a shell takes them. All output goes to /tmp/run/output.
+    static void Run(const std::string& csWords) {
+        ASSERT_EQ(nShell("./kalmoinstall " + csWords + " >output 2>&1"), 0);
+    }
+    static void Pilot(const std::string& csOrders) {
+        Write("pilot.ini", csOrders);
+        fs::remove("trace");
+        Run("/PILOT=pilot.ini /DEBUG=trace");
+        EXPECT_EQ(csRead("output"), "");
+    }
+    static constexpr const char* PSZ_INSTALL =
+        "[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/tmp/zd\nPort=4950\n";
+    static constexpr const char* PSZ_UPGRADE = "[PILOTAGE]\nMAJ=1\n[SERVEUR]\nServeur=first\n";
+    static constexpr const char* PSZ_REMOVE = "[PILOTAGE]\nMAJ=3\n[SERVEUR]\nServeur=first\n";
+    static bool bMarked() { return csRead("/tmp/zd/Install.log") == "OK"; }
+    static bool bTraced(const std::string& csText) {
+        return csRead("trace").find(csText) != std::string::npos;
+    }
+};
+
+TEST_F(CInstaller, OptionsSelectTheParameterFile) {
+    PackServer();
+    Write("right.ini", PSZ_INSTALL);
+    Write("wrong.ini", "[PILOTAGE]\nMAJ=4\n");
+    for (const char* const psz : {"/pilot=right.ini", "/PILOT=./right.ini", "/Pilot=/tmp/run/right.ini",
+                                  "/PILOT=../run/right.ini", "/PILOT=wrong.ini x /PILOT=right.ini"}) {
+        fs::remove_all(PSZ_DIR);
+        fs::remove("/etc/init.d/ZDCS-first");
+        Run(psz);
+        EXPECT_TRUE(bMarked()) << psz;
+    }
+    fs::remove_all(PSZ_DIR);
+    for (const char* const psz : {"/PILOT=wrong.ini", "/PILOT=right.ini /PILOT=wrong.ini", "/PILOT=none.ini",
+                                  "/PILOT=", "/DEBUG=trace", "PILOT=right.ini", ""}) {
+        Run(psz);
+        EXPECT_FALSE(fs::exists(PSZ_DIR)) << psz;
+    }
+    Run("--version");
+    EXPECT_TRUE(csRead("output").starts_with("kalmoinstall 25."));
+}
+
+TEST_F(CInstaller, OrdersThatCannotBeCarriedOutDoNothing) {
+    PackServer();
+    const std::string csLong(100, 'n');
+    const std::string csInstall = "[PILOTAGE]\nMAJ=2\n[SERVEUR]\n";
+    for (const std::string& cs : std::vector<std::string>{
+             "", "[SERVEUR]\nServeur=first\nRepertoire=/tmp/zd\n", "[PILOTAGE]\nMAJ=0\n",
+             csInstall + "Serveur=first\n", csInstall + "Repertoire=/tmp/zd\n",
+             csInstall + "Serveur=first\nRepertoire=tmp/zd\n",
+             csInstall + "Serveur=" + csLong + "n\nRepertoire=/tmp/zd\n",
+             csInstall + "Serveur=first\nRepertoire=/tmp/zd/" + std::string(252, 'd') + "\n", PSZ_UPGRADE,
+             PSZ_REMOVE}) {
+        Pilot(cs);
+        EXPECT_FALSE(fs::exists(PSZ_DIR)) << cs;
+        EXPECT_NE(csRead("trace"), "(none)") << cs;
+    }
+    Pilot(csInstall + "Serveur=" + csLong + "\nRepertoire=/tmp/zd\n");
+    EXPECT_TRUE(bMarked()) << csRead("trace");
+}
+
+TEST_F(CInstaller, WithoutASoundPayloadNothingIsTouched) {
+    PackServer();
+    fs::resize_file("kalmoinstall.zip", fs::file_size("kalmoinstall.zip") - 30);
+    Pilot(PSZ_INSTALL);
+    EXPECT_FALSE(fs::exists(PSZ_DIR));
+    EXPECT_TRUE(bTraced("open payload /tmp/run/kalmoinstall.zip: failed"));
+    fs::remove("kalmoinstall.zip");
+    Pilot(PSZ_INSTALL);
+    EXPECT_FALSE(fs::exists(PSZ_DIR));
+}
+
+TEST_F(CInstaller, InstallsWithTheModesAndCallsOfTheServer) {
+    PackServer();
+    ::umask(077);
+    Pilot(PSZ_INSTALL);
+    ::umask(022);
+    EXPECT_TRUE(bMarked());
+    EXPECT_EQ(unMode("/tmp/zd/kalmomanager"), 04755U) << "its stored name has other letters";
+    EXPECT_EQ(unMode("/tmp/zd/kalmo"), 0755U);
+    EXPECT_EQ(unMode("/tmp/zd/lib/a b.txt"), 0755U);
+    EXPECT_EQ(unMode("/tmp/zd/lib"), 0755U);
+    EXPECT_EQ(unMode("/tmp/zd/BDD"), 0755U);
+    EXPECT_FALSE(fs::exists("/tmp/zd/LICENSE.TXT"));
+    EXPECT_EQ(csRead("/tmp/zd/ZDConf.ini"),
+              "[INIT]\nDBRootPath = /tmp/zd/BDD/\nAccessPort = 4950\nName = first\n");
+    // The manager's failure does not count in an unattended run.
+    EXPECT_EQ(csRead("calls"), "kalmomanager --INSTALLER\nkalmo --INSTALLER\n");
+    EXPECT_EQ(unMode("trace"), 0600U);
+    EXPECT_FALSE(bTraced(csToUTF8(csGetArchivePassword()).pszGet()));
+}
+
+TEST_F(CInstaller, QuotesADirectoryThatMeansSomethingToTheShell) {
+    PackServer();
+    Pilot("[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/tmp/zd/it's; touch pwned #\n");
+    EXPECT_EQ(csRead("calls"), "kalmomanager --INSTALLER\nkalmo --INSTALLER\n");
+    EXPECT_FALSE(fs::exists("pwned"));
+}
+
+TEST_F(CInstaller, NamesThatLeaveTheDirectoryAreRefused) {
+    for (const char* const psz :
+         {"../outside", "a/../../outside", "/tmp/outside", "..\\\\outside", "C:/outside"}) {
+        fs::remove_all(PSZ_DIR);
+        fs::remove("kalmoinstall.zip");
+        ASSERT_EQ(nShell(std::string("python3 -c \"import zipfile; "
+                                     "zipfile.ZipFile('kalmoinstall.zip','w').writestr('") +
+                         psz + "', 'x')\""),
+                  0);
+        Pilot(PSZ_INSTALL);
+        EXPECT_FALSE(fs::exists("/tmp/outside")) << psz;
+        EXPECT_TRUE(bTraced("extract: failed")) << psz;
+        EXPECT_FALSE(fs::exists("/tmp/zd/C:")) << psz;
+    }
+}
+
+TEST_F(CInstaller, LinksInTheWayAreReplacedAndBusyProgramsWaitedFor) {
+    PackServer();
+    Write("/tmp/outside", "untouched");
+    fs::create_directories(PSZ_DIR);
+    fs::create_symlink("/tmp/outside", "/tmp/zd/kalmomanager");
+    fs::create_hard_link("/tmp/outside", "/tmp/zd/ZDConf.bak");
+    fs::copy_file("/bin/sleep", "/tmp/zd/kalmo");
+    ASSERT_EQ(nShell("/tmp/zd/kalmo 1 &"), 0);
+    Pilot(PSZ_INSTALL);
+    EXPECT_TRUE(bMarked());
+    EXPECT_EQ(csRead("/tmp/outside"), "untouched");
+    EXPECT_FALSE(fs::is_symlink("/tmp/zd/kalmomanager"));
+    EXPECT_TRUE(csRead("/tmp/zd/kalmo").starts_with("#!/bin/sh")) << csRead("trace");
+    fs::remove("/tmp/outside");
+}
+
+TEST_F(CInstaller, UpgradeStopsReplacesAndStarts) {
+    PackServer();
+    Pilot(PSZ_INSTALL);
+    Write("/tmp/zd/ZDConf.ini", "[INIT]\r\nName=first");
+    Write("tree/lib/new.txt", "new");
+    Pack();
+    fs::remove("calls");
+    Pilot(PSZ_UPGRADE);
+    EXPECT_TRUE(bMarked());
+    EXPECT_EQ(csRead("/tmp/zd/lib/new.txt"), "new");
+    EXPECT_EQ(csRead("calls"), "status\nstop\nstart\n") << "the server's installer mode is not run again";
+    EXPECT_EQ(csRead("/tmp/zd/ZDConf.ini"), "[INIT]\r\nName=first");
+}
+
+TEST_F(CInstaller, FailedUpgradeLeavesTheServiceStoppedAndNoMarker) {
+    PackServer();
+    Pilot(PSZ_INSTALL);
+    ASSERT_TRUE(bMarked());
+    ASSERT_EQ(nShell("cd tree && echo x >zz && zip -qXDP wrong ../kalmoinstall.zip zz"), 0);
+    fs::remove("calls");
+    Pilot(PSZ_UPGRADE);
+    EXPECT_FALSE(fs::exists("/tmp/zd/Install.log")) << "the marker of the earlier run speaks of that run";
+    EXPECT_EQ(csRead("calls"), "status\nstop\n");
+    EXPECT_FALSE(fs::exists("/tmp/zd/zz"));
+    EXPECT_TRUE(bTraced("zz"));
+}
+
+TEST_F(CInstaller, UninstallDeletesItsOwnListOfFiles) {
+    PackServer();
+    Pilot(PSZ_INSTALL);
+    for (const char* const psz :
+         {"tvzdsrv.so", "tvsqlsrv.so", "tvmore.so", "tv.so.1", "zdlogger", "zdlogger64"}) {
+        Write(std::string(PSZ_DIR) + psz, "x");
+    }
+    Pilot(PSZ_REMOVE);
+    EXPECT_TRUE(bMarked());
+    std::vector<std::string> tabLeft;
+    for (const auto& rclEntry : fs::directory_iterator(PSZ_DIR)) {
+        tabLeft.push_back(rclEntry.path().filename());
+    }
+    std::sort(tabLeft.begin(), tabLeft.end());
+    EXPECT_EQ(tabLeft, (std::vector<std::string>{"BDD", "Install.log", "ZDConf.ini", "kalmomanager", "lib",
+                                                 "tv.so.1", "zdlogger64"}));
+
+    // A library that is missing stops it, before the logger.
+    Pilot(PSZ_INSTALL);
+    Write("/tmp/zd/zdlogger", "x");
+    Pilot(PSZ_REMOVE);
+    EXPECT_FALSE(fs::exists("/tmp/zd/Install.log"));
+    EXPECT_FALSE(fs::exists("/tmp/zd/kalmo"));
+    EXPECT_TRUE(fs::exists("/tmp/zd/zdlogger"));
+    EXPECT_TRUE(bTraced("delete /tmp/zd/tvzdsrv.so"));
+}
+
+TEST_F(CInstaller, TraceGoesNeitherThroughALinkNorOverAnEarlierOne) {
+    Write("pilot.ini", "[PILOTAGE]\nMAJ=4\n");
+    Write("trace", "earlier\n");
+    Write("secret", "secret\n");
+    fs::create_symlink("secret", "link");
+    Run("/PILOT=pilot.ini /DEBUG=link /DEBUG=trace");
+    EXPECT_TRUE(csRead("trace").starts_with("earlier\n20"));
+    Run("/PILOT=pilot.ini /DEBUG=link");
+    EXPECT_EQ(csRead("secret"), "secret\n");
+}
+
+}  // namespace
+}  // namespace kalmo

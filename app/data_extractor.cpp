@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <string>
+
 #include "app/archive_password.h"
 #include "app/trace.h"
 #include "archive/entry_path.h"
@@ -107,7 +110,8 @@ void CDataExtractor::_ShowError(const CXError* pclError) {
 }
 
 void CDataExtractor::_ProcessZipError(int nCode, std::wstring_view svName, std::wstring_view svPath) {
-    m_rclTrace.Outcome(L"install " + CTString(svName) + L" as " + svPath, false);
+    const int nSystemError = errno;
+    m_rclTrace.Step(L"install " + CTString(svName), L"failed, result " + std::to_wstring(nCode));
     if (const CTString csFault = csGetDefaut(); !csFault.bEmpty()) {
         m_rclTrace.Step(L"payload", csFault);
     }
@@ -120,6 +124,9 @@ void CDataExtractor::_ProcessZipError(int nCode, std::wstring_view svName, std::
         case 1001: clError.SetUserError(unCode, svName); break;
         case 3: clError.SetUserError(unCode, m_clArchivePath.svGet()); break;
         default: clError.SetUserError(unCode); break;
+    }
+    if (nCode == ARCHIVE_CREATE || nCode == ARCHIVE_DISK_FULL || nCode == ARCHIVE_WRITE) {
+        clError.SetSystemErrorParam(static_cast<unsigned>(nSystemError), CTString(svPath).pszGet());
     }
     _ShowError(&clError);
 }

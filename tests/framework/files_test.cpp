@@ -1,5 +1,3 @@
-#include <fcntl.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
@@ -10,6 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
+#include <functional>
 #include <random>
 #include <set>
 #include <string>
@@ -102,27 +101,20 @@ TEST(DiskFile, CreateWritesNowhereElse) {
         return clFile.bOpen(clFolder.csWide("f"), eMODE::Create, 0600) && clFile.bWrite("new", 3) &&
                clFile.bClose();
     };
-    const auto Reset = [&] {
-        ::unlink(csPath.c_str());
-        clFolder.Write("other", "other file");
+    const std::function<int()> tabPutInTheWay[] = {
+        [&] { return ::symlink("other", csPath.c_str()); },
+        [&] { return ::symlink("none", csPath.c_str()); },
+        [&] { return ::link(clFolder.clPath("other").c_str(), csPath.c_str()); },
+        [&] { return ::mkfifo(csPath.c_str(), 0600); },
     };
-
-    Reset();
-    ASSERT_EQ(::symlink("other", csPath.c_str()), 0);
-    EXPECT_TRUE(bCreate());
-    EXPECT_EQ(clFolder.csRead("other") + "|" + clFolder.csRead("f"), "other file|new");
-    Reset();
-    ASSERT_EQ(::symlink("none", csPath.c_str()), 0);
-    EXPECT_TRUE(bCreate());
-    EXPECT_EQ(clFolder.csRead("none") + "|" + clFolder.csRead("f"), "(none)|new");
-    Reset();
-    ASSERT_EQ(::link(clFolder.clPath("other").c_str(), csPath.c_str()), 0);
-    EXPECT_TRUE(bCreate());
-    EXPECT_EQ(clFolder.csRead("other") + "|" + clFolder.csRead("f"), "other file|new");
-    Reset();
-    ASSERT_EQ(::mkfifo(csPath.c_str(), 0600), 0);
-    EXPECT_TRUE(bCreate());
-    EXPECT_EQ(clFolder.csRead("f"), "new");
+    clFolder.Write("other", "other file");
+    for (const auto& rPutInTheWay : tabPutInTheWay) {
+        ::unlink(csPath.c_str());
+        ASSERT_EQ(rPutInTheWay(), 0);
+        EXPECT_TRUE(bCreate());
+        EXPECT_EQ(clFolder.csRead("other") + "|" + clFolder.csRead("none") + "|" + clFolder.csRead("f"),
+                  "other file|(none)|new");
+    }
 
     // A plain file stays the same one, with its permissions.
     clFolder.Write("f", "longer than before");

@@ -8,8 +8,6 @@
 
 #include <array>
 #include <climits>
-#include <cstring>
-#include <optional>
 #include <string>
 
 #include "framework/conversion.h"
@@ -250,54 +248,43 @@ TEST(Profile, ListsSectionsAndKeys) {
 
 TEST(Profile, ResultsAreCutToTheBuffer) {
     const CTempFolder clFolder;
-    clFolder.Write("f.ini",
-                   "[Sec1]\nk=\xC3\xA9"
-                   "bcd\nempty=\n[Sec2]\n");
+    clFolder.Write("f.ini", "[Sec1]\nk=\u00E9bcd\nempty=\n[Sec2]\n");
     const auto csFile = clFolder.csWide("f.ini");
     const struct {
-        const wchar_t* pszSection;
-        const wchar_t* pszKey;
+        const char* pszSection;
+        const char* pszKey;
         unsigned dwSize;
         std::wstring csWide;
         std::string csNarrow;
     } tabCase[] = {
-        {L"Sec1", L"k", 6, L"\u00E9bcd",
-         "\xC3\xA9"
-         "bcd"},
-        {L"Sec1", L"k", 5, L"\u00E9bcd",
-         "\xC3\xA9"
-         "bc"},
-        {L"Sec1", L"k", 4, L"\u00E9bc",
-         "\xC3\xA9"
-         "b"},
-        {L"Sec1", L"k", 2, L"\u00E9", "\xC3"},
-        {L"Sec1", L"k", 1, L"", ""},
-        {L"Sec1", L"empty", 6, L"", ""},
-        {L"Sec1", L"none", 4, L"def", "def"},
+        {"Sec1", "k", 6, L"\u00E9bcd", "\u00E9bcd"},
+        {"Sec1", "k", 5, L"\u00E9bcd", "\u00E9bc"},
+        {"Sec1", "k", 4, L"\u00E9bc", "\u00E9b"},
+        {"Sec1", "k", 2, L"\u00E9", "\xC3"},
+        {"Sec1", "k", 1, L"", ""},
+        {"Sec1", "empty", 6, L"", ""},
+        {"Sec1", "none", 4, L"def", "def"},
         {nullptr, nullptr, 7, L"Sec1\r\n", "Sec1\r\n"},
         {nullptr, nullptr, 8, L"Sec1\r\nS", "Sec1\r\nS"},
-        {L"Sec1", nullptr, 5, L"k\r\ne", "k\r\ne"},
+        {"Sec1", nullptr, 5, L"k\r\ne", "k\r\ne"},
     };
     for (const auto& rst : tabCase) {
-        std::array<wchar_t, 10> szWide;
-        szWide.fill(L'#');
-        EXPECT_EQ(GetPrivateProfileStringW(rst.pszSection, rst.pszKey, L"default", szWide.data(), rst.dwSize,
-                                           csFile.c_str()),
-                  rst.csWide.size());
-        EXPECT_EQ(szWide.data(), rst.csWide);
-        EXPECT_EQ(szWide[rst.csWide.size() + 1], L'#');
+        std::string szNarrow(10, '#');
+        const unsigned dwNarrow =
+            GetPrivateProfileStringA(rst.pszSection, rst.pszKey, "default", szNarrow.data(), rst.dwSize,
+                                     clFolder.clPath("f.ini").c_str());
+        EXPECT_EQ(dwNarrow, rst.csNarrow.size());
+        EXPECT_EQ(szNarrow, rst.csNarrow + '\0' + std::string(9 - rst.csNarrow.size(), '#'));
 
-        const auto csNarrow = [](const wchar_t* psz) { return std::string(csToUTF8(psz).svGet()); };
-        const std::string csSection = rst.pszSection == nullptr ? "" : csNarrow(rst.pszSection);
-        const std::string csKey = rst.pszKey == nullptr ? "" : csNarrow(rst.pszKey);
-        std::array<char, 10> szNarrow;
-        szNarrow.fill('#');
-        EXPECT_EQ(GetPrivateProfileStringA(rst.pszSection == nullptr ? nullptr : csSection.c_str(),
-                                           rst.pszKey == nullptr ? nullptr : csKey.c_str(), "default",
-                                           szNarrow.data(), rst.dwSize, clFolder.clPath("f.ini").c_str()),
-                  rst.csNarrow.size());
-        EXPECT_EQ(szNarrow.data(), rst.csNarrow);
-        EXPECT_EQ(szNarrow[rst.csNarrow.size() + 1], '#');
+        std::wstring szWide(10, L'#');
+        const CTString csSection = csFromUTF8(rst.pszSection != nullptr ? rst.pszSection : "");
+        const CTString csKey = csFromUTF8(rst.pszKey != nullptr ? rst.pszKey : "");
+        const unsigned dwWide =
+            GetPrivateProfileStringW(rst.pszSection != nullptr ? csSection.pszGet() : nullptr,
+                                     rst.pszKey != nullptr ? csKey.pszGet() : nullptr, L"default",
+                                     szWide.data(), rst.dwSize, csFile.c_str());
+        EXPECT_EQ(dwWide, rst.csWide.size());
+        EXPECT_EQ(szWide, rst.csWide + L'\0' + std::wstring(9 - rst.csWide.size(), L'#'));
     }
     wchar_t c = L'#';
     EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", &c, 0, csFile.c_str()), 0U);

@@ -72,7 +72,7 @@ std::string csDialect(const STInstance& rst) {
         return "none";
     }
     const auto pfnDialect = reinterpret_cast<tvsqlsrv_Dialect_t>(::dlsym(pLibrary, "tvsqlsrv_Dialect"));
-    const std::string csName = pfnDialect != nullptr ? pfnDialect() : "none";
+    std::string csName = pfnDialect != nullptr ? pfnDialect() : "none";
     ::dlclose(pLibrary);
     return csName;
 }

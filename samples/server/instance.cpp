@@ -6,6 +6,7 @@
 #include "framework/file_version.h"
 #include "framework/process_info.h"
 #include "framework/profile.h"
+#include "services/lance_processus.h"
 
 namespace kalmo::sample {
 namespace {
@@ -63,6 +64,14 @@ CXYString<char> csOwnVersion() {
         return "?";
     }
     return csToUTF8(csVersion);
+}
+
+int nRunProgram(int nArgc, char** ppszArgv, int (*fnMain)(std::string_view)) {
+    SetLocaleUTF8();
+    CLanceProcessus::sInit();
+    const int nCode = fnMain(nArgc > 1 ? ppszArgv[1] : "");
+    CLanceProcessus::sTerm();
+    return nCode;
 }
 
 }  // namespace kalmo::sample

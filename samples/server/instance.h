@@ -1,6 +1,8 @@
 #ifndef KALMO_SAMPLES_SERVER_INSTANCE_H
 #define KALMO_SAMPLES_SERVER_INSTANCE_H
 
+#include <string_view>
+
 #include "framework/fs_path.h"
 #include "framework/xy_string.h"
 
@@ -24,6 +26,9 @@ bool bNameAllowed(std::wstring_view svName);
 
 /// The version that the running program carries, "?" without one.
 CXYString<char> csOwnVersion();
+
+/// What a program's main does: prepares the process and calls fnMain with the first argument, or "".
+int nRunProgram(int nArgc, char** ppszArgv, int (*fnMain)(std::string_view));
 
 }  // namespace kalmo::sample
 

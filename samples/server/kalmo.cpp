@@ -15,7 +15,6 @@
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
-#include "framework/process_info.h"
 #include "samples/server/install_log.h"
 #include "samples/server/instance.h"
 #include "samples/server/registration.h"
@@ -132,9 +131,5 @@ int nMain(std::string_view svMode) {
 }  // namespace kalmo::sample
 
 int main(int nArgc, char** ppszArgv) {
-    kalmo::SetLocaleUTF8();
-    kalmo::CLanceProcessus::sInit();
-    const int nCode = kalmo::sample::nMain(nArgc > 1 ? ppszArgv[1] : "");
-    kalmo::CLanceProcessus::sTerm();
-    return nCode;
+    return kalmo::sample::nRunProgram(nArgc, ppszArgv, kalmo::sample::nMain);
 }

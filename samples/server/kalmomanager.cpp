@@ -15,12 +15,10 @@
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
-#include "framework/process_info.h"
 #include "samples/server/install_log.h"
 #include "samples/server/instance.h"
 #include "samples/server/registration.h"
 #include "samples/server/service_loop.h"
-#include "services/lance_processus.h"
 #include "services/service.h"
 #include "services/service_manager.h"
 
@@ -99,9 +97,5 @@ int nMain(std::string_view svMode) {
 }  // namespace kalmo::sample
 
 int main(int nArgc, char** ppszArgv) {
-    kalmo::SetLocaleUTF8();
-    kalmo::CLanceProcessus::sInit();
-    const int nCode = kalmo::sample::nMain(nArgc > 1 ? ppszArgv[1] : "");
-    kalmo::CLanceProcessus::sTerm();
-    return nCode;
+    return kalmo::sample::nRunProgram(nArgc, ppszArgv, kalmo::sample::nMain);
 }

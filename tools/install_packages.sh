@@ -15,6 +15,7 @@ COMPILE=(
     zlib1g-dev                 # inflate and crc32 of the archive reader
     libncurses-dev             # the wide-character curses of the screen
     libgtest-dev libgmock-dev  # the test programs are part of the build
+    libvterm-dev               # the terminal emulator through which they look at the screen
     zip                        # the build packs the sample payloads
 )
 MACHINE=( # the throwaway machine of tests/machine/

@@ -1,0 +1,210 @@
+#include "tests/support/emulator.h"
+
+#include <array>
+#include <cstdio>
+
+#include "framework/conversion.h"
+
+namespace kalmo {
+namespace {
+
+struct STKeyName {
+    std::string_view svName;
+    int nKey;
+};
+constexpr std::array TAB_KEY{
+    STKeyName{"Enter", VTERM_KEY_ENTER},
+    STKeyName{"Tab", VTERM_KEY_TAB},
+    STKeyName{"Escape", VTERM_KEY_ESCAPE},
+    STKeyName{"Backspace", VTERM_KEY_BACKSPACE},
+    STKeyName{"Up", VTERM_KEY_UP},
+    STKeyName{"Down", VTERM_KEY_DOWN},
+    STKeyName{"Left", VTERM_KEY_LEFT},
+    STKeyName{"Right", VTERM_KEY_RIGHT},
+    STKeyName{"Insert", VTERM_KEY_INS},
+    STKeyName{"Delete", VTERM_KEY_DEL},
+    STKeyName{"Home", VTERM_KEY_HOME},
+    STKeyName{"End", VTERM_KEY_END},
+    STKeyName{"PageUp", VTERM_KEY_PAGEUP},
+    STKeyName{"PageDown", VTERM_KEY_PAGEDOWN},
+    STKeyName{"F1", VTERM_KEY_FUNCTION(1)},
+    STKeyName{"F2", VTERM_KEY_FUNCTION(2)},
+    STKeyName{"F3", VTERM_KEY_FUNCTION(3)},
+    STKeyName{"F4", VTERM_KEY_FUNCTION(4)},
+    STKeyName{"F5", VTERM_KEY_FUNCTION(5)},
+    STKeyName{"F6", VTERM_KEY_FUNCTION(6)},
+    STKeyName{"F7", VTERM_KEY_FUNCTION(7)},
+    STKeyName{"F8", VTERM_KEY_FUNCTION(8)},
+    STKeyName{"F9", VTERM_KEY_FUNCTION(9)},
+    STKeyName{"F10", VTERM_KEY_FUNCTION(10)},
+    STKeyName{"F11", VTERM_KEY_FUNCTION(11)},
+    STKeyName{"F12", VTERM_KEY_FUNCTION(12)},
+    STKeyName{"KeypadEnter", VTERM_KEY_KP_ENTER},
+};
+
+constexpr std::string_view NO_BREAK_SPACE = "\u00A0";
+
+int nColour(const VTermColor& rst) {
+    return VTERM_COLOR_IS_DEFAULT_FG(&rst) || VTERM_COLOR_IS_DEFAULT_BG(&rst) ? -1 : rst.indexed.idx;
+}
+
+std::string csCellText(const VTermScreenCell& rst) {
+    std::wstring cs;
+    for (std::size_t n = 0; n < std::size(rst.chars) && rst.chars[n] != 0; ++n) {
+        cs += static_cast<wchar_t>(rst.chars[n]);
+    }
+    return cs.empty() ? " " : std::string(csToUTF8(cs).svGet());
+}
+
+}  // namespace
+
+CEmulator::CEmulator(int nRows, int nColumns, std::function<void(std::string_view)> Send)
+    : m_pclTerm(vterm_new(nRows, nColumns)),
+      m_pclScreen(vterm_obtain_screen(m_pclTerm.get())),
+      m_Send(std::move(Send)),
+      m_nRows(nRows),
+      m_nColumns(nColumns) {
+    vterm_set_utf8(m_pclTerm.get(), 1);
+    vterm_output_set_callback(
+        m_pclTerm.get(),
+        [](const char* pc, std::size_t nLength, void* pclSelf) {
+            static_cast<CEmulator*>(pclSelf)->m_Send({pc, nLength});
+        },
+        this);
+    static constexpr VTermScreenCallbacks SCREEN{.damage = nullptr,
+                                                 .moverect = nullptr,
+                                                 .movecursor = __nOnMoveCursor,
+                                                 .settermprop = __nOnProperty,
+                                                 .bell = nullptr,
+                                                 .resize = nullptr,
+                                                 .sb_pushline = nullptr,
+                                                 .sb_popline = nullptr};
+    vterm_screen_set_callbacks(m_pclScreen, &SCREEN, this);
+    static constexpr VTermParserCallbacks UNKNOWN{.text = nullptr,
+                                                  .control = nullptr,
+                                                  .escape = nullptr,
+                                                  .csi = nullptr,
+                                                  .osc = __nOnCommand,
+                                                  .dcs = nullptr,
+                                                  .resize = nullptr};
+    vterm_screen_set_unrecognised_fallbacks(m_pclScreen, &UNKNOWN, this);
+    vterm_screen_enable_altscreen(m_pclScreen, 1);
+    vterm_screen_reset(m_pclScreen, 1);
+    Feed("\x1b[?12l");  // libvterm's cursor blinks from the start
+}
+
+void CEmulator::Feed(std::string_view svBytes) {
+    vterm_input_write(m_pclTerm.get(), svBytes.data(), svBytes.size());
+}
+
+void CEmulator::Resize(int nRows, int nColumns) {
+    m_nRows = nRows;
+    m_nColumns = nColumns;
+    vterm_set_size(m_pclTerm.get(), nRows, nColumns);
+}
+
+bool CEmulator::bPressKey(std::string_view svName) {
+    for (const STKeyName& rst : TAB_KEY) {
+        if (rst.svName == svName) {
+            vterm_keyboard_key(m_pclTerm.get(), static_cast<VTermKey>(rst.nKey), VTERM_MOD_NONE);
+            return true;
+        }
+    }
+    return false;
+}
+
+STCell CEmulator::stCell(int nRow, int nColumn) const {
+    VTermScreenCell st{};
+    vterm_screen_get_cell(m_pclScreen, {.row = nRow, .col = nColumn}, &st);
+    const bool bRightHalf = st.chars[0] == static_cast<std::uint32_t>(-1);
+    const STLook stLook{nColour(st.fg), nColour(st.bg), st.attrs.reverse != 0, st.attrs.bold != 0,
+                        st.attrs.underline != 0};
+    return bRightHalf ? STCell{"", this->stCell(nRow, nColumn - 1).stLook} : STCell{csCellText(st), stLook};
+}
+
+unsigned CEmulator::unPaletteColour(int nIndex) const {
+    VTermColor st{};
+    vterm_state_get_palette_color(vterm_obtain_state(m_pclTerm.get()), nIndex, &st);
+    return static_cast<unsigned>(st.rgb.red << 16 | st.rgb.green << 8 | st.rgb.blue);
+}
+
+std::string CEmulator::csText() const {
+    return __csPicture([](const STCell& rst) { return rst.csText == NO_BREAK_SPACE ? " " : rst.csText; });
+}
+
+std::string CEmulator::csLooks(std::span<const STLegend> tabLegend) const {
+    return __csPicture([tabLegend](const STCell& rst) {
+        for (const STLegend& rstLegend : tabLegend) {
+            if (rstLegend.stLook == rst.stLook) {
+                return std::string(1, rstLegend.cLetter);
+            }
+        }
+        return std::string(rst.stLook == STLook{} ? " " : "?");
+    });
+}
+
+std::string CEmulator::__csPicture(const std::function<std::string(const STCell&)>& Draw) const {
+    std::string csPicture;
+    for (int nRow = 0; nRow < m_nRows; ++nRow) {
+        csPicture += '\n';
+        for (int nColumn = 0; nColumn < m_nColumns; ++nColumn) {
+            csPicture += Draw(stCell(nRow, nColumn));
+        }
+        csPicture.resize(csPicture.find_last_not_of(' ') + 1);
+    }
+    csPicture.resize(csPicture.find_last_not_of('\n') + 1);
+    return csPicture + '\n';
+}
+
+int CEmulator::__nOnProperty(VTermProp eProperty, VTermValue* punValue, void* pclSelf) {
+    auto& rclSelf = *static_cast<CEmulator*>(pclSelf);
+    switch (eProperty) {
+        case VTERM_PROP_CURSORVISIBLE: rclSelf.m_stCursor.bVisible = punValue->boolean != 0; return 1;
+        case VTERM_PROP_CURSORBLINK: rclSelf.m_stCursor.bVeryVisible = punValue->boolean != 0; return 1;
+        case VTERM_PROP_ALTSCREEN: rclSelf.m_bAlternate = punValue->boolean != 0; return 1;
+        default: return 0;
+    }
+}
+
+int CEmulator::__nOnMoveCursor(VTermPos stNew, VTermPos /*stOld*/, int /*nVisible*/, void* pclSelf) {
+    auto& rclSelf = *static_cast<CEmulator*>(pclSelf);
+    rclSelf.m_stCursor.nRow = stNew.row;
+    rclSelf.m_stCursor.nColumn = stNew.col;
+    return 1;
+}
+
+int CEmulator::__nOnCommand(const char* pcCommand, std::size_t nLength, void* pclSelf) {
+    auto& rclSelf = *static_cast<CEmulator*>(pclSelf);
+    const std::string_view sv(pcCommand, nLength);
+    if (sv.starts_with("4;")) {
+        rclSelf.__SetPaletteColour(sv.substr(2));
+        return 1;
+    }
+    if (sv == "104") {
+        const CEmulator clFresh(1, 1, {});
+        for (int nIndex = 0; nIndex < 16; ++nIndex) {
+            VTermColor st{};
+            vterm_state_get_palette_color(vterm_obtain_state(clFresh.m_pclTerm.get()), nIndex, &st);
+            vterm_state_set_palette_color(vterm_obtain_state(rclSelf.m_pclTerm.get()), nIndex, &st);
+        }
+        return 1;
+    }
+    return 0;
+}
+
+// The arguments of OSC 4: "8;rgb:RR/GG/BB".
+void CEmulator::__SetPaletteColour(std::string_view svArguments) {
+    int nIndex = 0;
+    unsigned unRed = 0;
+    unsigned unGreen = 0;
+    unsigned unBlue = 0;
+    if (std::sscanf(std::string(svArguments).c_str(), "%d;rgb:%2x/%2x/%2x", &nIndex, &unRed, &unGreen,
+                    &unBlue) == 4) {
+        VTermColor st{};
+        vterm_color_rgb(&st, static_cast<std::uint8_t>(unRed), static_cast<std::uint8_t>(unGreen),
+                        static_cast<std::uint8_t>(unBlue));
+        vterm_state_set_palette_color(vterm_obtain_state(m_pclTerm.get()), nIndex, &st);
+    }
+}
+
+}  // namespace kalmo

@@ -1,0 +1,279 @@
+#include "tests/support/terminal.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utmp.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "tests/support/svg_screen.h"
+
+namespace kalmo {
+namespace {
+
+[[noreturn]] void Die(const char* pszWhat) {
+    std::perror(pszWhat);
+    std::abort();
+}
+
+// Whether something can be read. Asking also makes the kernel deliver what is still on its way there.
+bool bReadable(int nFd) {
+    pollfd st{.fd = nFd, .events = POLLIN, .revents = 0};
+    return ::poll(&st, 1, 0) > 0 && (st.revents & POLLIN) != 0;
+}
+
+struct STProcess {
+    char cState = '?';
+    pid_t nGroup = 0;
+};
+
+STProcess stReadProcess(const std::string& rcsFolder) {
+    std::ifstream clFile(rcsFolder + "/stat");
+    std::string csLine;
+    std::getline(clFile, csLine);
+    STProcess st;
+    pid_t nParent = 0;
+    // The program's name stands in brackets before these and may hold anything.
+    std::istringstream(csLine.substr(csLine.rfind(')') + 1)) >> st.cState >> nParent >> st.nGroup;
+    return st;
+}
+
+// Whether the process sleeps in a read of the terminal with the given device number.
+bool bSleepsInRead(const std::string& rcsFolder, dev_t unTerminal) {
+    if (stReadProcess(rcsFolder).cState != 'S') {
+        return false;
+    }
+    std::ifstream clFile(rcsFolder + "/syscall");
+    long nCall = 0;
+    unsigned long unFd = 0;
+    struct stat st {};
+    // The file says "running" when there is no call to tell of.
+    return clFile >> nCall >> std::hex >> unFd && nCall == SYS_read &&
+           ::stat((rcsFolder + "/fd/" + std::to_string(unFd)).c_str(), &st) == 0 && S_ISCHR(st.st_mode) &&
+           (st.st_rdev == unTerminal || st.st_rdev == makedev(5, 0));
+}
+
+std::vector<std::string> tabMakeEnvironment(const Terminal::STOptions& rst) {
+    std::vector<std::string> tabChange{"TERM=" + rst.csType, "LC_ALL=C.UTF-8", "LINES", "COLUMNS"};
+    tabChange.insert(tabChange.end(), rst.tabEnvironment.begin(), rst.tabEnvironment.end());
+    std::vector<std::string> tabResult;
+    for (char** ppsz = environ; *ppsz != nullptr; ++ppsz) {
+        tabResult.emplace_back(*ppsz);
+    }
+    for (const std::string& rcs : tabChange) {
+        const std::string csName = rcs.substr(0, rcs.find('='));
+        std::erase_if(tabResult, [&](const std::string& rcsOld) { return rcsOld.starts_with(csName + "="); });
+        if (rcs != csName) {
+            tabResult.push_back(rcs);
+        }
+    }
+    return tabResult;
+}
+
+std::vector<char*> tabPointers(const std::vector<std::string>& tabText) {
+    std::vector<char*> tab;
+    for (const std::string& rcs : tabText) {
+        tab.push_back(const_cast<char*>(rcs.c_str()));
+    }
+    tab.push_back(nullptr);
+    return tab;
+}
+
+}  // namespace
+
+Terminal::Terminal(const std::vector<std::string>& tabArgument, STOptions stOptions)
+    : m_stOptions(std::move(stOptions)),
+      m_clEmulator(m_stOptions.nRows, m_stOptions.nColumns, [this](std::string_view sv) { Send(sv); }) {
+    m_clMaster.Reset(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (!m_clMaster.bValid() || ::grantpt(m_clMaster.nGet()) != 0 || ::unlockpt(m_clMaster.nGet()) != 0) {
+        Die("pseudo-terminal");
+    }
+    m_clSlave.Reset(::ioctl(m_clMaster.nGet(), TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (!m_clSlave.bValid()) {
+        Die("pseudo-terminal");
+    }
+    Resize(m_stOptions.nColumns, m_stOptions.nRows);
+    __Start(tabArgument);
+}
+
+void Terminal::__Start(const std::vector<std::string>& tabArgument) {
+    const std::vector<std::string> tabEnvironment = tabMakeEnvironment(m_stOptions);
+    const std::vector<char*> tabArgv = tabPointers(tabArgument);
+    const std::vector<char*> tabEnvp = tabPointers(tabEnvironment);
+    m_nPid = ::fork();
+    if (m_nPid < 0) {
+        Die("fork");
+    }
+    if (m_nPid == 0) {
+        if (::login_tty(m_clSlave.nGet()) == 0) {
+            ::execvpe(tabArgv[0], tabArgv.data(), tabEnvp.data());
+        }
+        ::_exit(127);
+    }
+}
+
+Terminal::~Terminal() {
+    HangUp();
+    if (!__bEnded()) {
+        ::kill(-m_nPid, SIGKILL);
+        ::kill(m_nPid, SIGKILL);
+        ::waitpid(m_nPid, nullptr, 0);
+    }
+}
+
+bool Terminal::bType(std::initializer_list<std::string_view> tabKey) {
+    if (!bSettle()) {
+        return false;
+    }
+    for (const std::string_view sv : tabKey) {
+        if (!m_clEmulator.bPressKey(sv)) {
+            Send(sv);
+        }
+        if (!bSettle()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void Terminal::Send(std::string_view svBytes) {
+    while (!svBytes.empty() && m_clMaster.bValid()) {
+        const ssize_t nWritten = ::write(m_clMaster.nGet(), svBytes.data(), svBytes.size());
+        if (nWritten < 0) {
+            Die("write to the pseudo-terminal");
+        }
+        svBytes.remove_prefix(static_cast<std::size_t>(nWritten));
+    }
+}
+
+bool Terminal::bSettle() {
+    // Ended, or asleep after all keys were taken; only then is the output complete.
+    return __bPoll([this] { return __bEnded() || __bWaitsForKey(); });
+}
+
+bool Terminal::bWaitFor(const std::function<bool()>& Condition) {
+    bool bHolds = false;
+    __bPoll([&] {
+        const bool bEnded = __bEnded();
+        __Drain();
+        bHolds = Condition();
+        return bHolds || bEnded;
+    });
+    return bHolds;
+}
+
+bool Terminal::bWaitText(std::string_view svText) {
+    return bWaitFor([&] { return csText().find(svText) != std::string::npos; });
+}
+
+int Terminal::nWaitEnd() {
+    __bPoll([this] { return __bEnded(); });
+    return m_nStatus.value_or(-1);
+}
+
+void Terminal::Resize(int nColumns, int nRows) {
+    m_clEmulator.Resize(nRows, nColumns);
+    const winsize st{.ws_row = static_cast<unsigned short>(nRows),
+                     .ws_col = static_cast<unsigned short>(nColumns),
+                     .ws_xpixel = 0,
+                     .ws_ypixel = 0};
+    ::ioctl(m_clMaster.nGet(), TIOCSWINSZ, &st);
+}
+
+void Terminal::HangUp() {
+    m_clMaster.Reset();
+}
+
+void Terminal::Signal(int nSignal) const {
+    ::kill(m_nPid, nSignal);
+}
+
+bool Terminal::bCooked() const {
+    termios st{};
+    return ::tcgetattr(m_clSlave.nGet(), &st) == 0 && (st.c_lflag & ICANON) != 0 &&
+           (st.c_lflag & ECHO) != 0 && (st.c_lflag & ISIG) != 0 && (st.c_iflag & ICRNL) != 0 &&
+           (st.c_oflag & OPOST) != 0;
+}
+
+bool Terminal::WriteSvg(const std::string& rcsPath) const {
+    std::ofstream clFile(rcsPath, std::ios::binary);
+    clFile << csSvgOfScreen(m_clEmulator);
+    clFile.close();
+    return clFile.good();
+}
+
+// Shows on the screen what the program has sent up to now.
+void Terminal::__Drain() {
+    std::array<char, 4096> tabBuffer;
+    while (m_clMaster.bValid() && bReadable(m_clMaster.nGet())) {
+        const ssize_t nRead = ::read(m_clMaster.nGet(), tabBuffer.data(), tabBuffer.size());
+        if (nRead <= 0) {
+            return;
+        }
+        m_u64Received += static_cast<std::uint64_t>(nRead);
+        m_clEmulator.Feed({tabBuffer.data(), static_cast<std::size_t>(nRead)});
+    }
+}
+
+bool Terminal::__bEnded() {
+    int nStatus = 0;
+    if (!m_nStatus && ::waitpid(m_nPid, &nStatus, WNOHANG) == m_nPid) {
+        m_nStatus = WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : 128 + WTERMSIG(nStatus);
+    }
+    return m_nStatus.has_value();
+}
+
+bool Terminal::__bWaitsForKey() const {
+    struct stat st {};
+    if (!m_clMaster.bValid() || bReadable(m_clSlave.nGet()) || ::fstat(m_clSlave.nGet(), &st) != 0) {
+        return false;
+    }
+    const pid_t nGroup = ::tcgetpgrp(m_clMaster.nGet());
+    if (bSleepsInRead("/proc/" + std::to_string(nGroup), st.st_rdev)) {
+        return true;
+    }
+    // Seldom: the reader is not the leader of its group.
+    for (const auto& rclEntry : std::filesystem::directory_iterator("/proc")) {
+        const std::string csFolder = rclEntry.path().string();
+        if (std::isdigit(csFolder[6]) != 0 && stReadProcess(csFolder).nGroup == nGroup &&
+            bSleepsInRead(csFolder, st.st_rdev)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Asks until the condition holds or patience ends; between two questions the program's output is taken in,
+// whose arrival ends the pause.
+bool Terminal::__bPoll(const std::function<bool()>& Condition) {
+    const CClock::time_point stEnd = CClock::now() + m_stOptions.stPatience;
+    for (;;) {
+        __Drain();
+        if (Condition()) {
+            __Drain();
+            return true;
+        }
+        if (CClock::now() > stEnd) {
+            return false;
+        }
+        pollfd st{.fd = m_clMaster.nGet(), .events = POLLIN, .revents = 0};
+        const timespec stPause{.tv_sec = 0, .tv_nsec = 100'000};
+        ::ppoll(&st, 1, &stPause, nullptr);
+    }
+}
+
+}  // namespace kalmo

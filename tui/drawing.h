@@ -25,9 +25,9 @@ void DrawRectWithBorder(WINDOW* pWindow, int nX, int nY, int nWidth, int nHeight
 void DrawRectWithBorderAndShadow(WINDOW* pWindow, int nX, int nY, int nWidth, int nHeight, chtype attrBorder,
                                  chtype chFill, chtype attrShadow, chtype attrExtra);
 
-/// Draws one line of text in at most nMaxColumns columns, as csVisible prepares it.
+/// Draws one line of text in at most nMaxColumns columns, its first nSkip columns left out; see csVisible.
 void DrawTextLine(WINDOW* pWindow, int nRow, int nColumn, chtype attr, std::wstring_view svText,
-                  int nMaxColumns);
+                  int nMaxColumns, int nSkip = 0);
 
 }  // namespace kalmo
 

@@ -50,15 +50,16 @@ class CEntry : public CWidget {
   private:
     bool __bGoRight();
     bool __bDelete();
-    bool __bEnter();
-    bool __bIgnore();
+    bool __bIgnore() { return false; }
+    bool __bInsert(int nKey);
+    [[nodiscard]] bool __bFramed() const noexcept { return m_eStyle != eBORDER_NONE; }
     /// Screen column of the first cell that the text may use, and how many there are.
     [[nodiscard]] int __nTextColumn() const noexcept;
     [[nodiscard]] int __nTextWidth() const noexcept;
 
-    int m_nTextRow;
     CTString m_csLabel;
     eBORDER_STYLE m_eStyle;
+    int m_nTextRow;
     int m_nMaxLength = -1;
     int m_nOffset = 0;  ///< Columns of the text that are scrolled out to the left.
     int m_nDrawn = 0;   ///< Columns that the last Draw filled with text.

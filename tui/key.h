@@ -2,6 +2,7 @@
 #define KALMO_TUI_KEY_H
 
 #include <cstddef>
+#include <optional>
 
 #include "tui/ncurses.h"
 
@@ -28,15 +29,15 @@ struct STKeyAction {
     bool (TControl::*pfnAction)();
 };
 
-/// Runs the action of a key. False when the table has none for it, or when the action did not consume it.
+/// Runs the action of a key. Nothing when the table has no row for it, else whether the action consumed it.
 template <class TControl, std::size_t nCount>
-bool bRunKey(TControl* pclControl, const STKeyAction<TControl> (&rtabKey)[nCount], int nKey) {
+std::optional<bool> RunKey(TControl* pclControl, const STKeyAction<TControl> (&rtabKey)[nCount], int nKey) {
     for (const STKeyAction<TControl>& rstKey : rtabKey) {
         if (rstKey.nKey == nKey) {
             return (pclControl->*rstKey.pfnAction)();
         }
     }
-    return false;
+    return std::nullopt;
 }
 
 }  // namespace kalmo

@@ -52,8 +52,10 @@ class CList : public CWidget {
     bool __bRight();
     bool __bSelect();
     bool __bValidate();
-    bool __bMoved();
-    void __DrawLines();
+    bool __bMove(int nLines);
+    bool __bShift(int nShift);
+    /// True when a drawn line is longer than there is room.
+    bool __bDrawLines();
     void __DrawScrollBar();
 
     CTTableau<wchar_t const*> m_tabLine;  ///< The copies live in m_clText.

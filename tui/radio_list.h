@@ -33,6 +33,9 @@ class CRadioList : public CWidget {
     bool __bDown();
     bool __bChoose();
     bool __bValidate();
+    bool __bMoveTo(int nOption);
+    [[nodiscard]] int __nCount() const noexcept { return static_cast<int>(m_tabOption.size()); }
+    /// Draws an option on a row of the window.
     void __DrawOption(int nOption, int nRow);
 
     std::vector<CTString> m_tabOption;

@@ -9,13 +9,13 @@
 /// without us.
 namespace kalmo {
 
-/// Remembers the line settings of the terminal on this descriptor. Before curses changes them.
-void SaveTerminal(int nFd);
+/// Starts to watch over the terminal on this descriptor: remembers its line settings and prepares the
+/// sequence that leaves the screen. Called before curses touches the terminal. False, and nothing changes,
+/// when TERM names no terminal whose cursor can be placed.
+bool bArmTerminalGuard(int nFd);
 
-/// Prepares the sequence that leaves the screen, and starts to watch. After curses knows the terminal.
-void ArmTerminalGuard();
-
-/// Stops watching; the signals get their former handlers back. Once curses has given the terminal back.
+/// Stops watching; the signals get their former handlers back. Called once curses has given the terminal
+/// back.
 void DisarmTerminalGuard();
 
 }  // namespace kalmo

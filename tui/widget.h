@@ -48,6 +48,13 @@ class CWidget {
 
     [[nodiscard]] bool bHasFocus() const noexcept { return bFocus != 0; }
 
+    /// Prints a text broken at its words (tabWrapWords) and returns the number of lines; 0 for a null or
+    /// empty one. The position is relative to the widget. nMaxWidth of -1 stands for width - nColumn - 2.
+    /// Lines below the widget's last row are neither printed nor counted.
+    int SmartPrint(int nRow, int nColumn, const wchar_t* pszText, chtype attr, int nMaxWidth) {
+        return _nSmartPrint(nRow, nColumn, pszText, attr, nMaxWidth, height);
+    }
+
   protected:
     friend class CWindow;
 
@@ -67,13 +74,7 @@ class CWidget {
     static void _PrintA(WINDOW* pWindow, int nRow, int nColumn, const char* pszFormat, ...)
         __attribute__((format(printf, 4, 5)));
 
-    /// Prints a text broken at its words (tabWrapWords) and returns the number of lines; 0 for a null or
-    /// empty one. The position is relative to the widget. nMaxWidth of -1 stands for width - nColumn - 2.
-    /// Lines below the widget's last row are neither printed nor counted.
-    int SmartPrint(int nRow, int nColumn, const wchar_t* pszText, chtype attr, int nMaxWidth) {
-        return _nSmartPrint(nRow, nColumn, pszText, attr, nMaxWidth, height);
-    }
-    /// The same, down to the row before nEndRow.
+    /// SmartPrint down to the row before nEndRow.
     int _nSmartPrint(int nRow, int nColumn, const wchar_t* pszText, chtype attr, int nMaxWidth, int nEndRow);
 
     /// Draws the widget and brings its window to the screen. After a key has changed it.

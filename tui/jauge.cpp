@@ -1,0 +1,34 @@
+#include "tui/jauge.h"
+
+#include "tui/attribute.h"
+#include "tui/drawing.h"
+#include "tui/geometry.h"
+
+namespace kalmo {
+
+CJauge::CJauge(CWindow* pclParent, int nX, int nY, int nWidth, int nHeight, double dMinimum, double dMaximum,
+               const wchar_t* pszCaption)
+    : CWidget(pclParent, nX, nY, nWidth, nHeight),
+      m_dMinimum(dMinimum),
+      m_dMaximum(dMaximum),
+      m_csCaption(pszCaption) {}
+
+bool CJauge::bOnKeyEvent(int /*nKey*/) {
+    return false;
+}
+
+bool CJauge::bSetFocus(int /*bNewFocus*/) {
+    return false;
+}
+
+void CJauge::Draw() {
+    if (m_bVisible == 0) {
+        return;
+    }
+    DrawRectWithBorder(pGetWindow(), x, y, width, height, ATTR_BORDER, ATTR_FIELD_FILL);
+    DrawTextLine(pGetWindow(), y, x + 2, ATTR_BORDER, m_csCaption, width - 3);
+    const int nBar = nGaugeBar(m_dValue, m_dMinimum, m_dMaximum, width - 2);
+    DrawRect(pGetWindow(), x + 1, y + 1, nBar, height - 2, ATTR_GAUGE_BAR);
+}
+
+}  // namespace kalmo

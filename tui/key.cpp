@@ -1,0 +1,50 @@
+#include "tui/key.h"
+
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "tui/screen.h"
+
+namespace kalmo {
+namespace {
+
+// Whether a key may still come after a read failed with this error.
+bool bInputAlive(int nError) {
+    if (nError != 0 && nError != EINTR && nError != EAGAIN && nError != EILSEQ) {
+        return false;
+    }
+    pollfd stInput{.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
+    const int nTimeout =
+        nError == EAGAIN ? -1 : 0;  // An input that does not block must not be asked in a loop.
+    if (::poll(&stInput, 1, nTimeout) <= 0) {
+        return true;
+    }
+    if ((stInput.revents & (POLLERR | POLLNVAL)) != 0) {
+        return false;
+    }
+    // Readable, yet with no bytes to read: the end.
+    int nWaiting = 0;
+    return ::ioctl(STDIN_FILENO, FIONREAD, &nWaiting) == 0 && nWaiting > 0;
+}
+
+}  // namespace
+
+bool bReadKey(int* pnKey) {
+    while (bDialogOpen()) {
+        wint_t unKey = WEOF;
+        errno = 0;
+        if (::wget_wch(stdscr, &unKey) != ERR) {
+            *pnKey = static_cast<int>(unKey);
+            return true;
+        }
+        if (!bInputAlive(errno)) {
+            return false;
+        }
+    }
+    return false;
+}
+
+}  // namespace kalmo

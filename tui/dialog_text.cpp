@@ -1,0 +1,13 @@
+#include "tui/dialog_text.h"
+
+#include "framework/resource.h"
+
+namespace kalmo {
+
+CTString csLoadText(unsigned unId) {
+    CTString csText;
+    DLLRES_bLoadString(&gstMyModuleInfo604, unId, &csText);
+    return csText;
+}
+
+}  // namespace kalmo

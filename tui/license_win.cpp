@@ -1,0 +1,54 @@
+#include "tui/license_win.h"
+
+#include "tui/dialog_text.h"
+
+namespace kalmo {
+namespace {
+
+constexpr int BUTTON_WIDTH = 12;
+constexpr int BUTTON_HEIGHT = 4;
+
+int nButtonGap(int nWidth) {
+    return (nWidth - 2 * BUTTON_WIDTH) / 3;
+}
+
+}  // namespace
+
+CLicenseWin::CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszText)
+    : CWindow(nX, nY, nWidth, nHeight),
+      m_clText(this, pszText, 1, 2, nWidth - 3, nHeight - 8),
+      m_clAccept(this, csLoadText(TEXTE_ACCEPTER).pszGet(), nButtonGap(nWidth), nHeight - 6, BUTTON_WIDTH,
+                 BUTTON_HEIGHT),
+      m_clRefuse(this, csLoadText(TEXTE_REFUSER).pszGet(), 2 * nButtonGap(nWidth) + BUTTON_WIDTH, nHeight - 6,
+                 BUTTON_WIDTH, BUTTON_HEIGHT),
+      m_csTitle(csLoadText(TEXTE_TITRE_LICENCE)) {
+    AddChild(&m_clText);
+    AddChild(&m_clAccept);
+    AddChild(&m_clRefuse);
+    if (m_clText.bScrollable()) {
+        m_clAccept.SetEnable(0);
+    } else {
+        bSetFocus(&m_clAccept);
+    }
+}
+
+bool CLicenseWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
+    if (pclSender == &m_clText && eEvent == eEVENT_END_REACHED) {
+        m_clAccept.SetEnable(1);
+        Draw();
+        return true;
+    }
+    if (eEvent == eEVENT_PRESSED && (pclSender == &m_clAccept || pclSender == &m_clRefuse)) {
+        m_bAccepted = pclSender == &m_clAccept;
+        bRunning = 0;
+        return true;
+    }
+    return false;
+}
+
+void CLicenseWin::_DrawWindow() {
+    CWindow::_DrawWindow();
+    _DrawTitle(1, 2, m_csTitle.pszGet());
+}
+
+}  // namespace kalmo

@@ -1,0 +1,40 @@
+#ifndef KALMO_TUI_LICENSE_WIN_H
+#define KALMO_TUI_LICENSE_WIN_H
+
+#include "framework/xy_string.h"
+#include "tui/button.h"
+#include "tui/scrollable_libel.h"
+#include "tui/window.h"
+
+namespace kalmo {
+
+/// The licence agreement: its text, a button to accept and one to refuse.
+///
+/// Accepting is possible once the text's last line has been on the screen: at once when the text fits. The
+/// caller makes the window, calls Draw and MainLoop and reads bAccepted.
+class CLicenseWin : public CWindow {
+  public:
+    static constexpr int PREFERRED_WIDTH = 76;
+    static constexpr int PREFERRED_HEIGHT = 24;
+
+    /// Position and size in cells of the screen. Lines longer than the window's width less 6 are cut.
+    CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszText);
+
+    [[nodiscard]] bool bAccepted() const noexcept { return m_bAccepted; }
+
+    bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override;
+
+  protected:
+    void _DrawWindow() override;
+
+  private:
+    CScrollableLibel m_clText;
+    CButton m_clAccept;
+    CButton m_clRefuse;
+    CTString m_csTitle;
+    bool m_bAccepted = false;
+};
+
+}  // namespace kalmo
+
+#endif

@@ -8,22 +8,21 @@
 namespace kalmo {
 namespace {
 
-using CLineBuffer = std::array<char, nMaxDisplayNameLine + 1>;
+using CLineBuffer = std::array<char, nMaxDisplayNameLine>;
 
 // Reads one line without its line feed and moves behind it. False at the end of the script.
 bool bReadLine(IXStream& rclScript, std::size_t nMaxLine, CLineBuffer& rtabBuffer,
                std::string_view* psvLine) {
     const std::int64_t i64Start = rclScript.i64GetPosition();
     std::size_t nRead = 0;
-    // One byte more than the line may have: its line feed belongs to it.
-    if (!rclScript.bRead(rtabBuffer.data(), std::min(nMaxLine + 1, rtabBuffer.size()), &nRead) ||
-        nRead == 0) {
+    if (!rclScript.bRead(rtabBuffer.data(), std::min(nMaxLine, rtabBuffer.size()), &nRead) || nRead == 0) {
         return false;
     }
     const std::string_view svRead(rtabBuffer.data(), nRead);
-    *psvLine = svRead.substr(0, std::min(svRead.find('\n'), nMaxLine));
-    const bool bLineFeed = psvLine->size() < nRead && svRead[psvLine->size()] == '\n';
-    return rclScript.bSeek(i64Start + static_cast<std::int64_t>(psvLine->size() + (bLineFeed ? 1 : 0)));
+    *psvLine = svRead.substr(0, svRead.find('\n'));
+    // The line feed behind a line of full length is read as an empty line, which does no harm.
+    const std::size_t nTaken = std::min(psvLine->size() + 1, nRead);
+    return rclScript.bSeek(i64Start + static_cast<std::int64_t>(nTaken));
 }
 
 }  // namespace

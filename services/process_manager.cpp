@@ -91,9 +91,8 @@ void CProcessManager::FreePid(pid_t nPid) {
                 continue;
             }
             (*ppst)->bInUse = false;
-            // A launcher that waited for the child itself has collected it: no signal will ask for this
-            // record again. waitpid answers 0 only while the child runs.
-            if ((*ppst)->bTerminated || ::waitpid(nPid, nullptr, WNOHANG) != 0) {
+            // A child that still runs, or whose signal was merged into another one, is left to the handler.
+            if ((*ppst)->bTerminated) {
                 __Unlink(ppst);
             }
             break;

@@ -199,12 +199,18 @@ TEST_F(ProcessTest, TheChildInheritsOnlyItsThreeDescriptors) {
     EXPECT_TRUE(clProcess.bLitSortieEtAttendFinExecution(&csOutput, nullptr));
     EXPECT_EQ(csOutput.svGet(), "0\n1\n2\n3\n");
 
-    // Without a standard input of our own the pipes take its place.
-    const int nInput = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 100);
-    ::close(STDIN_FILENO);
-    EXPECT_EQ(stRunShell(L"cat; echo out; echo err >&2"), CResult("out\nerr\n", 0));
-    ::dup2(nInput, STDIN_FILENO);
-    ::close(nInput);
+    // Without standard descriptors of our own the pipes take their places.
+    int tabKept[3];
+    for (int n = 0; n < 3; ++n) {
+        tabKept[n] = ::fcntl(n, F_DUPFD_CLOEXEC, 100);
+        ::close(n);
+    }
+    const CResult stResult = stRunShell(L"cat; echo out; echo err >&2");
+    for (int n = 0; n < 3; ++n) {
+        ::dup2(tabKept[n], n);
+        ::close(tabKept[n]);
+    }
+    EXPECT_EQ(stResult, CResult("out\nerr\n", 0));
     ::close(nOpen);
 }
 
@@ -269,6 +275,20 @@ TEST_F(ProcessTest, RecordsLiveUntilTheyAreFreed) {
     EXPECT_EQ(nCode, 42);
     rclManager.FreePid(nPid);
     EXPECT_FALSE(rclManager.bGetCode(nPid, &nCode));
+
+    // Somebody else in the program takes the child's end: the signal still tells the code.
+    pid_t nTaken = -1;
+    {
+        const CSignalBlock clBlock{SIGCHLD};
+        nTaken = rclManager.Fork();
+        if (nTaken == 0) {
+            ::_exit(43);
+        }
+        EXPECT_EQ(::waitpid(nTaken, nullptr, 0), nTaken);
+    }
+    EXPECT_TRUE(rclManager.bGetCode(nTaken, &nCode));
+    EXPECT_EQ(nCode, 43);
+    rclManager.FreePid(nTaken);
 }
 
 int nForeign = 0;

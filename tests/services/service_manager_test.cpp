@@ -141,6 +141,12 @@ TEST_F(ServiceManagerTest, SystemdListingWithAStatusColumn) {
     csTakeRecord();
     EXPECT_EQ(csList(L"Other"), L"");
     EXPECT_EQ(csTakeRecord().find("--plain"), std::string::npos) << "nothing to look for";
+
+    Tool(PSZ_SYSTEMCTL, R"(case "$*" in
+        list-units*) printf '* ZDCS-b.service failed\nZDCS-a.service loaded\n';;
+        *) echo Type=simple;; esac)");
+    EXPECT_EQ(csList(L"ZDCS-"), L"ZDCS-a ");
+    EXPECT_EQ(csTakeRecord().find("--plain"), std::string::npos) << "a name was kept";
 }
 
 }  // namespace

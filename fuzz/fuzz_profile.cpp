@@ -92,6 +92,7 @@ void Set(CMemoryStream& rclStream, const STOperation& rst, const std::vector<STO
     const eENCODAGE eEncodage = bFichierUnicode(rclStream) ? eENCODAGE::Large : eENCODAGE::Octets;
     const CTLBIN tabBefore = rclStream.rtabGetBytes();
     std::vector<CTString> tabRead;
+    tabRead.reserve(rtabAll.size());
     for (const STOperation& rstOther : rtabAll) {
         tabRead.push_back(csRead(clFile, rstOther));
     }

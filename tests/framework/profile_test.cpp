@@ -337,7 +337,7 @@ TEST(Profile, AWriteThatFailsLeavesTheFile) {
     EXPECT_EQ(clFolder.csRead("f.ini"), csBefore);
 
     // No memory for the rest of the file.
-    constexpr std::uintmax_t unHuge = std::uintmax_t{1} << 42;
+    constexpr std::uintmax_t unHuge = std::uintmax_t{1} << 48;  // more than addresses
     clFolder.Write("f.ini", "[AB]\nk=1\n");
     std::filesystem::resize_file(clFolder.clPath("f.ini"), unHuge);
     EXPECT_FALSE(bSet(clFolder, L"AB", L"k", L"v"));

@@ -1,6 +1,11 @@
 #include "tui/license_win.h"
 
+#include <algorithm>
+#include <string>
+#include <string_view>
+
 #include "tui/dialog_text.h"
+#include "tui/word_wrap.h"
 
 namespace kalmo {
 namespace {
@@ -12,11 +17,28 @@ int nButtonGap(int nWidth) {
     return (nWidth - 2 * BUTTON_WIDTH) / 3;
 }
 
+// The text with its lines broken at words so that they fit; blank lines and indents stay.
+std::wstring csBroken(const wchar_t* pszText, int nColumns) {
+    std::wstring csResult;
+    std::wstring_view svRest = pszText == nullptr ? L"" : pszText;
+    while (!svRest.empty()) {
+        const std::wstring_view svLine = svRest.substr(0, svRest.find(L'\n'));
+        svRest.remove_prefix(std::min(svLine.size() + 1, svRest.size()));
+        bool bFirst = true;
+        for (const std::wstring_view svPart : tabWrapWords(svLine, nColumns)) {
+            csResult.append(bFirst ? L"" : L"\n").append(svPart);
+            bFirst = false;
+        }
+        csResult += L'\n';
+    }
+    return csResult;
+}
+
 }  // namespace
 
 CLicenseWin::CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszText)
     : CWindow(nX, nY, nWidth, nHeight),
-      m_clText(this, pszText, 1, 2, nWidth - 3, nHeight - 8),
+      m_clText(this, csBroken(pszText, nWidth - 6).c_str(), 1, 2, nWidth - 3, nHeight - 9),
       m_clAccept(this, csLoadText(TEXTE_ACCEPTER).pszGet(), nButtonGap(nWidth), nHeight - 6, BUTTON_WIDTH,
                  BUTTON_HEIGHT),
       m_clRefuse(this, csLoadText(TEXTE_REFUSER).pszGet(), 2 * nButtonGap(nWidth) + BUTTON_WIDTH, nHeight - 6,

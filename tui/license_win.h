@@ -17,7 +17,7 @@ class CLicenseWin : public CWindow {
     static constexpr int PREFERRED_WIDTH = 76;
     static constexpr int PREFERRED_HEIGHT = 24;
 
-    /// Position and size in cells of the screen. Lines longer than the window's width less 6 are cut.
+    /// Position and size in cells of the screen. Lines longer than nWidth - 6 columns are broken at words.
     CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszText);
 
     [[nodiscard]] bool bAccepted() const noexcept { return m_bAccepted; }

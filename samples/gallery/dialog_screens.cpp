@@ -1,0 +1,72 @@
+#include <string>
+
+#include "samples/gallery/screens.h"
+#include "tui/directory.h"
+#include "tui/geometry.h"
+#include "tui/license_win.h"
+#include "tui/msg_box.h"
+
+namespace kalmo {
+namespace {
+
+constexpr int BOX_WIDTH = 60;
+constexpr int BOX_HEIGHT = 13;
+constexpr int CHOOSER_WIDTH = 64;
+constexpr int CHOOSER_HEIGHT = 24;
+
+int nShowBox(const wchar_t* pszTitle, const CTString& rcsText, CMsgBox::eTYPE eType) {
+    const int nWidth = nDialogSize(BOX_WIDTH, COLS);
+    const int nHeight = nDialogSize(BOX_HEIGHT, LINES);
+    return CMsgBox(nCentred(nWidth, COLS), nCentred(nHeight, LINES), nWidth, nHeight, pszTitle,
+                   rcsText.pszGet(), eType)
+        .Show();
+}
+
+const wchar_t* pszExampleLicense() {
+    return L"SAMPLE LICENCE\n\n"
+           L"1. This licence shows how a long text is read: line by line or page by page, and how it can be "
+           L"accepted only when its last line was on the screen.\n\n"
+           L"2. You may look at it.\n\n"
+           L"3. You may scroll it down.\n\n"
+           L"4. You may scroll it up again.\n\n"
+           L"5. You may refuse it at any time.\n\n"
+           L"6. You have reached its end.";
+}
+
+}  // namespace
+
+CTString csShowMessage(const CTString& rcsArgument) {
+    const CTString csExample = L"The server was installed.\nIt runs, and listens on port 4900.";
+    return L"result " +
+           std::to_wstring(nShowBox(L"Installation", rcsArgument.bEmpty() ? csExample : rcsArgument,
+                                    CMsgBox::eTYPE::OneButton));
+}
+
+CTString csShowQuestion(const CTString& rcsArgument) {
+    const CTString csExample = L"This directory holds a server already.\nUpgrade it?";
+    return L"result " +
+           std::to_wstring(nShowBox(L"Installation", rcsArgument.bEmpty() ? csExample : rcsArgument,
+                                    CMsgBox::eTYPE::TwoButtons));
+}
+
+CTString csShowDirectory(const CTString& rcsArgument) {
+    const int nWidth = nDialogSize(CHOOSER_WIDTH, COLS);
+    const int nHeight = nDialogSize(CHOOSER_HEIGHT, LINES);
+    CDirectory clDirectory(nCentred(nWidth, COLS), nCentred(nHeight, LINES), nWidth, nHeight,
+                           L"Choose a directory", rcsArgument.bEmpty() ? L"/usr/" : rcsArgument.pszGet());
+    clDirectory.Draw();
+    clDirectory.MainLoop();
+    return L"result " + std::to_wstring(clDirectory.nGetResult()) + L", " + clDirectory.pszGetDir();
+}
+
+CTString csShowLicense(const CTString& rcsArgument) {
+    const int nWidth = nDialogSize(CLicenseWin::PREFERRED_WIDTH, COLS);
+    const int nHeight = nDialogSize(CLicenseWin::PREFERRED_HEIGHT, LINES);
+    CLicenseWin clLicense(nCentred(nWidth, COLS), nCentred(nHeight, LINES), nWidth, nHeight,
+                          rcsArgument.bEmpty() ? pszExampleLicense() : rcsArgument.pszGet());
+    clLicense.Draw();
+    clLicense.MainLoop();
+    return clLicense.bAccepted() ? L"accepted" : L"refused";
+}
+
+}  // namespace kalmo

@@ -39,7 +39,10 @@ void ParseFixedPart(CLeCursor cl, STCentralHeader* pst) {
 
 STZipFault stReadCentralHeader(IXStream& rclStream, CRecordBuffer& rclBuffer, STCentralHeader* pstHeader) {
     const auto u64Position = static_cast<std::uint64_t>(rclStream.i64GetPosition());
-    if (!rclBuffer.bFillNext(rclStream, nTailleFixe) || rclBuffer.nGetFilled() < nTailleFixe) {
+    if (!rclBuffer.bFillNext(rclStream, nTailleFixe)) {
+        return {ARCHIVE_BAD, "central header: cannot be read", u64Position};
+    }
+    if (rclBuffer.nGetFilled() < nTailleFixe) {
         return {ARCHIVE_BAD, "central header: cut short", u64Position};
     }
     if (rclBuffer.clCursor().dwNext() != dwSIGNATURE_CENTRAL) {

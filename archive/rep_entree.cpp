@@ -19,7 +19,9 @@ bool CRepEntree::bEstUnFichierFactice() const noexcept {
 
 bool CRepEntree::bRepertoire() const noexcept {
     constexpr std::uint32_t dwATTRIBUT_REPERTOIRE = 0x4000;
-    return (m_dwAttribut & dwATTRIBUT_REPERTOIRE) != 0 || S_ISDIR(m_dwAttribut >> 16);
+    // Archivers of some systems set that bit for every file; a Unix file type, where there is one, knows.
+    const std::uint32_t dwUnix = m_dwAttribut >> 16;
+    return (dwUnix & S_IFMT) != 0 ? S_ISDIR(dwUnix) : (m_dwAttribut & dwATTRIBUT_REPERTOIRE) != 0;
 }
 
 mode_t CRepEntree::unPermission() const noexcept {

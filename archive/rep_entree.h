@@ -47,7 +47,8 @@ class CRepEntree {
     [[nodiscard]] bool bMdpOK(std::wstring_view svPassword) const noexcept;
     /// True for a directory marker: a size of zero, and a name that is empty or ends in "/".
     [[nodiscard]] bool bEstUnFichierFactice() const noexcept;
-    /// True when the attributes say that the entry is a directory, whatever its name.
+    /// True when the attributes say that the entry is a directory, whatever its name: by the Unix file type
+    /// in their upper half when there is one, else by bit 0x4000.
     [[nodiscard]] bool bRepertoire() const noexcept;
     /// The permission bits that an extracted file gets: those of Unix from the upper half of the attributes
     /// when there are any, else the low nine bits. Never a set-id bit: who wants one sets it.

@@ -119,7 +119,7 @@ class CWinZip {
 
     STZipFault __stOpenEntry(const STCentralHeader& rst);
     STZipFault __stOpenCipher(const STCentralHeader& rst);
-    /// Refills the input buffer. False when the stream gives less than the entry still has.
+    /// Tops the input buffer up. False when the stream gives less than the entry still has.
     bool __bFillInput();
     /// Moves data from the input buffer into the room, which shrinks by as much.
     bool __bProduce(std::span<unsigned char>& rtabRoom, bool* pbEnd);

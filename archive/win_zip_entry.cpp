@@ -73,19 +73,26 @@ STZipFault CWinZip::__stOpenCipher(const STCentralHeader& rst) {
 }
 
 bool CWinZip::__bFillInput() {
-    const auto nSize =
-        static_cast<std::size_t>(std::min<std::uint64_t>(m_tabInput.size(), m_stLecture.u64ResteCompresse));
+    const std::size_t nKept = m_stLecture.tabEntree.size();
+    const auto nSize = static_cast<std::size_t>(
+        std::min<std::uint64_t>(m_tabInput.size() - nKept, m_stLecture.u64ResteCompresse));
+    if (nSize == 0) {
+        return true;
+    }
+    if (nKept > 0) {
+        std::memmove(m_tabInput.data(), m_stLecture.tabEntree.data(), nKept);
+    }
+    const auto tabNew = std::span(m_tabInput).subspan(nKept, nSize);
     if (!m_stLecture.pclSource->bSeek(m_stLecture.i64Position) ||
-        !m_stLecture.pclSource->bReadAll(m_tabInput.data(), nSize)) {
+        !m_stLecture.pclSource->bReadAll(tabNew.data(), tabNew.size())) {
         return false;
     }
     m_stLecture.i64Position += static_cast<std::int64_t>(nSize);
     m_stLecture.u64ResteCompresse -= nSize;
-    const auto tabFilled = std::span(m_tabInput).first(nSize);
     if (m_stLecture.bCrypte) {
-        m_clCipher.CryptDecodeBuffer(tabFilled);
+        m_clCipher.CryptDecodeBuffer(tabNew);
     }
-    m_stLecture.tabEntree = tabFilled;
+    m_stLecture.tabEntree = std::span(m_tabInput).first(nKept + nSize);
     return true;
 }
 
@@ -115,7 +122,9 @@ bool CWinZip::bReadCurrentFileInZip(void* pBuffer, std::size_t nSize, std::size_
     const std::span tabOut(static_cast<unsigned char*>(pBuffer), nWanted);
     std::span<unsigned char> tabRoom = tabOut;
     for (bool bEnd = false; !bEnd && !tabRoom.empty();) {
-        if (m_stLecture.tabEntree.empty() && m_stLecture.u64ResteCompresse > 0 && !__bFillInput()) {
+        // A full buffer each time: an inflate that stops in the middle of the room for want of input costs a
+        // copy of its whole window.
+        if (!__bFillInput()) {
             return __eFaute({ARCHIVE_DATA, "entry: its data cannot be read",
                              static_cast<std::uint64_t>(m_stLecture.i64Position)}) == ARCHIVE_OK;
         }

@@ -1,0 +1,136 @@
+#!/bin/bash
+# Measures the archive reader side by side with unzip, bsdtar and 7z, all in one run on one payload.
+#
+#   bench/extract.sh [--runs N] [--megabytes N] [--program FILE]
+#
+# The payload is a ZIP of this machine's own programs and libraries, at least 500 MB of them unless --megabytes
+# says otherwise, made in a folder below TMPDIR that is removed at the end. Each tool extracts it N times (5),
+# the tools taking turns; the best time counts. --program takes an extract_bench that is built already.
+# Exit status: 0 every target is met, 1 one is missed, 2 the measurement could not be made.
+set -euo pipefail
+cd -- "$(dirname -- "$(realpath -- "${BASH_SOURCE[0]}")")/.."
+
+# The targets: our time as a part of theirs, peak memory in KiB, growth of opening and of a lookup when the
+# entries grow tenfold (with room for the noise of a busy machine).
+MAX_OF_UNZIP=0.70 MAX_OF_BSDTAR=1.05 MAX_MEMORY=16384 MAX_OPEN_GROWTH=13 MAX_LOOKUP_GROWTH=1.5
+
+die() {
+    echo "${0##*/}: $*" >&2
+    exit 2
+}
+
+runs=5 megabytes=500 program=
+while (($# > 0)); do
+    case "$1" in
+        --runs) runs=${2:?} ;;
+        --megabytes) megabytes=${2:?} ;;
+        --program) program=$(realpath -- "${2:?}") ;;
+        *) die "unknown option $1" ;;
+    esac
+    shift 2
+done
+
+if [[ -z $program ]]; then
+    tools/install_packages.sh build bench
+    { cmake --preset release && cmake --build --preset release --target extract_bench; } >&2
+    program=$PWD/build/release/bench/extract_bench
+fi
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/kalmo-bench.XXXXXX")
+trap 'rm -rf -- "$work"' EXIT
+missed=0
+
+# Copies programs and libraries into $work/in until there are enough of them, keeping their paths.
+make_payload() {
+    local file magic bytes=0
+    while ((bytes < megabytes * 1000 * 1000)) && IFS= read -r -d '' file; do
+        IFS= read -r -n 4 magic <"$file" 2>/dev/null || continue
+        [[ $magic == $'\x7fELF' ]] || continue
+        mkdir -p -- "$work/in${file%/*}"
+        cp -- "$file" "$work/in$file"
+        bytes=$((bytes + $(stat -c %s -- "$file")))
+    done < <(find /usr/bin /usr/sbin /usr/lib -type f -size +3k -size -40M -print0 2>/dev/null | sort -z)
+    ((bytes >= megabytes * 1000 * 1000)) || die "only $bytes bytes of programs and libraries here"
+    (cd "$work/in" && zip -q -r ../payload.zip .)
+}
+
+# Runs one tool once: prints seconds by the clock, seconds of the processor, and peak memory in KiB.
+run_once() {
+    local tool=$1
+    rm -rf -- "$work/out"
+    mkdir -- "$work/out"
+    local -a command
+    case "$tool" in
+        kalmo) command=("$program" extract "$work/payload.zip" "$work/out") ;;
+        unzip) command=(unzip -q -d "$work/out" "$work/payload.zip") ;;
+        bsdtar) command=(bsdtar -x -f "$work/payload.zip" -C "$work/out") ;;
+        7z) command=(7z x -y -bd -mmt=1 "-o$work/out" "$work/payload.zip") ;;
+    esac
+    local start=$EPOCHREALTIME end
+    /usr/bin/time -o "$work/cost" -f '%U %S %M' "${command[@]}" >/dev/null || die "$tool failed"
+    end=$EPOCHREALTIME
+    awk -v s="$start" -v e="$end" '{ printf "%.3f %.2f %d\n", e - s, $1 + $2, $3 }' "$work/cost"
+}
+
+lesser() { awk -v a="$1" -v b="$2" 'BEGIN { print a < b ? a : b }'; }
+
+# Fails the run when the first number is above the second.
+at_most() {
+    awk -v is="$1" -v limit="$2" 'BEGIN { exit !(is <= limit) }' && return
+    echo "MISSED: $3 is $1, the target is $2"
+    missed=1
+}
+
+echo "making the payload of ${megabytes} MB ..." >&2
+make_payload
+declare -A best processor memory
+tools=(kalmo unzip bsdtar 7z)
+for ((run = 0; run <= runs; run++)); do
+    for tool in "${tools[@]}"; do
+        read -r seconds used kib < <(run_once "$tool")
+        # The first round warms the caches and is checked rather than counted.
+        if ((run == 0)); then
+            diff -r "$work/in" "$work/out" >&2 || die "$tool extracted something else"
+            best[$tool]=$seconds processor[$tool]=$used memory[$tool]=$kib
+            continue
+        fi
+        best[$tool]=$(lesser "${best[$tool]}" "$seconds")
+        processor[$tool]=$(lesser "${processor[$tool]}" "$used")
+        ((kib <= memory[$tool])) || memory[$tool]=$kib
+    done
+done
+
+ratio_to() { awk -v a="${best[kalmo]}" -v b="${best[$1]}" 'BEGIN { printf "%.3f", a / b }'; }
+files=$(find "$work/in" -type f | wc -l)
+printf '%s files, %s bytes, as ZIP %s bytes; best of %s\n' "$files" "$(du -bs "$work/in" | cut -f1)" \
+    "$(stat -c %s "$work/payload.zip")" "$runs"
+printf '%-8s %9s %12s %10s %12s\n' tool seconds "kalmo takes" processor "peak KiB"
+for tool in "${tools[@]}"; do
+    printf '%-8s %9s %12s %10s %12s\n' "$tool" "${best[$tool]}" "$(ratio_to "$tool") of it" "${processor[$tool]}" \
+        "${memory[$tool]}"
+done
+at_most "$(ratio_to unzip)" "$MAX_OF_UNZIP" "time as a part of unzip's"
+at_most "$(ratio_to bsdtar)" "$MAX_OF_BSDTAR" "time as a part of bsdtar's"
+at_most "${memory[kalmo]}" "$MAX_MEMORY" "peak memory in KiB"
+
+rm -rf -- "$work/in" "$work/out" "$work/payload.zip"
+echo
+printf '%8s %14s %16s\n' entries "open seconds" "lookup seconds"
+for entries in 10000 100000; do
+    mkdir -- "$work/many"
+    (cd "$work/many" && seq -f 'program-%08.0f' "$entries" | xargs touch)
+    # -fz: more than 65535 entries need the Zip64 records.
+    (cd "$work/many" && zip -q -X -fz -r "$work/many.zip" .)
+    read -r count open lookup < <("$program" open "$work/many.zip") || die "cannot open $entries entries"
+    printf '%8s %14s %16s\n' "$count" "$open" "$lookup"
+    if ((entries == 10000)); then
+        first_open=$open first_lookup=$lookup
+    else
+        at_most "$(awk -v a="$open" -v b="$first_open" 'BEGIN { printf "%.2f", a / b }')" "$MAX_OPEN_GROWTH" \
+            "growth of opening from 10000 to 100000 entries"
+        at_most "$(awk -v a="$lookup" -v b="$first_lookup" 'BEGIN { printf "%.2f", a / b }')" "$MAX_LOOKUP_GROWTH" \
+            "growth of a lookup from 10000 to 100000 entries"
+    fi
+    rm -rf -- "$work/many" "$work/many.zip"
+done
+exit "$missed"

@@ -141,8 +141,9 @@ TEST(FileVersion, WordSizesByteOrdersAndTables) {
         cl.m_bBigEndian = (n & 2) != 0;
         cl.m_bSection = (n & 4) != 0;
         cl.m_u64Align = (n & 8) != 0 ? 8 : 4;
-        const std::string csOthers = cl.csNote(std::string_view("GNU\0", 4), 3, "build id") +
-                                     cl.csNote("", dwPackage, "") + cl.csNote(svFDO, 1, svJson);
+        const std::string csOthers =
+            cl.csNote(std::string_view("GNU\0", 4), 3, "build id") + cl.csNote("", dwPackage, "") +
+            cl.csNote(std::string_view("FDX\0", 4), dwPackage, svJson) + cl.csNote(svFDO, 1, svJson);
         EXPECT_EQ(csVersionOfBytes(cl.csMake(csOthers + cl.csNote(svFDO, dwPackage, svJson))), L"1.2") << n;
         EXPECT_EQ(csVersionOfBytes(cl.csMake(csOthers)), svNone) << n;
     }
@@ -164,6 +165,7 @@ TEST(FileVersion, SizesThatLie) {
         {72, "\xF0\xFF\xFF\xFF\xFF\xFF\xFF\x7F"},         // p_offset
         {72, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"},         //
         {96, std::string_view("\x0B\0\0\0\0\0\0\0", 8)},  // p_filesz
+        {96, std::string_view("\x20\0\0\0\0\0\0\0", 8)},  //
         {120, "\3"},                                      // length of the owner
         {120, "\xFF\xFF\xFF\xFF"},                        //
         {124, "\xFF\xFF\xFF\xFF"},                        // length of the description
@@ -182,8 +184,10 @@ TEST(FileVersion, SizesThatLie) {
     EXPECT_EQ(csVersionOfBytes(
                   cl.csMake(cl.csNote(svFDO, dwPackage, std::string(0x10001, ' ') + R"({"version":"1"})"))),
               svNone);
-    // 70,000 headers of notes without end are given up in time.
-    EXPECT_EQ(csVersionOfBytes(cl.csMake(std::string(840000, '\0'))), svNone);
+    // No more than 4096 notes are looked at.
+    const std::string csNote = cl.csNote(svFDO, dwPackage, svJson);
+    EXPECT_EQ(csVersionOfBytes(cl.csMake(std::string(49140, '\0') + csNote)), L"1.2");
+    EXPECT_EQ(csVersionOfBytes(cl.csMake(std::string(49152, '\0') + csNote)), svNone);
 }
 
 TEST(FileVersion, HoldsNothingATerminalObeys) {

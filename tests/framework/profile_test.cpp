@@ -204,10 +204,10 @@ TEST(Profile, EveryByteAndUnitOutsideAChangeStays) {
 TEST(Profile, UnitsOfAWideFileAreWideCharacters) {
     const CTempFolder clFolder;
     clFolder.Write("f.ini", csWideFile("[AB]\n"));
-    EXPECT_TRUE(bSet(clFolder, L"AB", L"k\U0001F600", L"\u20AC\U0001F600\xDC80"));
+    EXPECT_TRUE(bSet(clFolder, L"AB", L"k\U0001F600", L"\u010A\U0001F600\xDC80"));
     EXPECT_EQ(clFolder.csRead("f.ini"),
-              csWideFile("[AB]\nk") + "\x3D\xD8\x00\xDE \0=\0 \0\xAC\x20\x3D\xD8\x00\xDE\x80\xDC\n\0"s);
-    EXPECT_EQ(csGet(clFolder, L"AB", L"k\U0001F600"), L"\u20AC\xD83D\xDE00\xDC80");
+              csWideFile("[AB]\nk") + "\x3D\xD8\x00\xDE \0=\0 \0\x0A\x01\x3D\xD8\x00\xDE\x80\xDC\n\0"s);
+    EXPECT_EQ(csGet(clFolder, L"AB", L"k\U0001F600"), L"\u010A\xD83D\xDE00\xDC80");
     // Units that were read go back as they were, and mean one character in an 8-bit file.
     EXPECT_TRUE(bSet(clFolder, L"AB", L"k\U0001F600", L"\xD83D\xDE00"));
     EXPECT_EQ(csGet(clFolder, L"AB", L"k\xD83D\xDE00"), L"\xD83D\xDE00");
@@ -349,8 +349,10 @@ TEST(Profile, FilesThatCannotBeUsed) {
     const CTempFolder clFolder;
     std::filesystem::create_directory(clFolder.clPath("folder"));
     ASSERT_EQ(::mkfifo(clFolder.clPath("fifo").c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("loop", clFolder.clPath("loop").c_str()), 0);
     const std::wstring tabFile[] = {clFolder.csWide("folder"), clFolder.csWide("none/f.ini"),
-                                    clFolder.csWide("fifo"), L"/" + std::wstring(260, L'x')};
+                                    clFolder.csWide("fifo"), clFolder.csWide("loop"),
+                                    L"/" + std::wstring(260, L'x')};
     std::array<wchar_t, 10> sz{};
     for (const std::wstring& rcs : tabFile) {
         EXPECT_EQ(GetPrivateProfileString(L"AB", L"k", L"def", sz.data(), 10, rcs.c_str()), 3U);

@@ -14,8 +14,11 @@
 #include <cstddef>
 #include <cstring>
 
-// Part of the sanitizers' runtime; null in a program without them.
+// The sanitizers' runtime; null in a program without them.
 extern "C" void __sanitizer_set_death_callback(void (*)()) __attribute__((weak));
+// Called by that runtime before it reports a bad memory access, so that the report is not on the screen that
+// goes away.
+extern "C" void __asan_on_error();
 
 namespace kalmo {
 namespace {
@@ -150,6 +153,10 @@ void WatchSignals() {
 }
 
 }  // namespace
+
+extern "C" void __asan_on_error() {
+    GiveTerminalBack();
+}
 
 bool bArmTerminalGuard(int nFd) {
     int nError = 0;

@@ -37,6 +37,9 @@ void CWindow::__OpenCursesWindow() {
     const int nColumns = std::min(width, COLS - x);
     if (nRows > 0 && nColumns > 0) {
         pWin = ::newwin(nRows, nColumns, y, x);
+        // The two corners beside the shadow are never drawn: what is behind the window stays to be seen
+        // there.
+        ::untouchwin(pWin);
     }
 }
 

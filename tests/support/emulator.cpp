@@ -160,7 +160,12 @@ int CEmulator::__nOnProperty(VTermProp eProperty, VTermValue* punValue, void* pc
     auto& rclSelf = *static_cast<CEmulator*>(pclSelf);
     switch (eProperty) {
         case VTERM_PROP_CURSORVISIBLE: rclSelf.m_stCursor.bVisible = punValue->boolean != 0; return 1;
-        case VTERM_PROP_CURSORBLINK: rclSelf.m_stCursor.bVeryVisible = punValue->boolean != 0; return 1;
+        case VTERM_PROP_CURSORBLINK:
+            rclSelf.m_stCursor.bVeryVisible = punValue->boolean != 0;
+            // Of a sequence for several modes libvterm takes the first one only, and xterm's cvvis is "blink
+            // and show".
+            rclSelf.m_stCursor.bVisible = rclSelf.m_stCursor.bVisible || rclSelf.m_stCursor.bVeryVisible;
+            return 1;
         case VTERM_PROP_ALTSCREEN: rclSelf.m_bAlternate = punValue->boolean != 0; return 1;
         default: return 0;
     }

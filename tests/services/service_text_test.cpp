@@ -54,25 +54,6 @@ TEST(SystemctlOutput, OneProperty) {
     }
 }
 
-TEST(SystemctlOutput, ActiveState) {
-    struct STCase {
-        const wchar_t* pszState;
-        eSERVICESTATUS eStatus;
-    };
-    for (const STCase& rst : {STCase{L"active", eServiceRunning},
-                              {L"ACTIVE", eServiceRunning},
-                              {L"reloading", eServiceRunning},
-                              {L"inactive", eServiceStopped},
-                              {L"failed", eServiceFailed},
-                              {L"Activating", eServiceStarting},
-                              {L"deactivating", eServiceStopping},
-                              {L"maintenance", eServiceStopped},
-                              {L"active ", eServiceStopped},
-                              {L"", eServiceStopped}}) {
-        EXPECT_EQ(eReadActiveState(rst.pszState), rst.eStatus) << rst.pszState;
-    }
-}
-
 TEST(SystemctlOutput, UnitNames) {
     struct STCase {
         const char* pszOutput;

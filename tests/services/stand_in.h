@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string>
 
 #include "services/lance_processus.h"
@@ -14,39 +15,71 @@
 
 namespace kalmo {
 
-/// Tests on a copy of the machine without any init system: what a test needs of one it puts there itself, as
-/// scripts that record how they are called, one line a call.
-class CStandInTest : public testing::Test {
+/// A test of services on a machine that is not this one: pszKind of the variable pszVariable.
+class CServicesTest : public testing::Test {
   protected:
-    static constexpr const char* PSZ_SYSTEMCTL = "/bin/systemctl";
-    static constexpr const char* PSZ_SCRIPT = "/etc/init.d/svc";
-
-    void SetUp() override {
-        ASSERT_STREQ(std::getenv("KALMO_PRIVATE_ROOT"), "1") << "it would change this machine";
-        ::setenv("PATH", "/tmp/tools:/usr/bin:/bin", 1);
-        Clear();
-        CLanceProcessus::sInit();
-    }
     void TearDown() override { CLanceProcessus::sTerm(); }
 
-    /// Back to the machine without anything, nothing detected, nothing recorded.
-    static void Clear() {
-        for (const char* const psz :
-             {PSZ_SYSTEMCTL, "/etc/debian_version", "/etc/mandrake-release", "/etc/mandriva-release",
-              "/etc/SuSE-release", "/sbin/SuSEconfig", "/etc/gentoo-release", "/etc/fedora-release",
-              "/etc/slackware-release", "/etc/slackware-version", "/etc/redhat-release", "/etc/version",
-              "/etc/init.d", "/etc/rc.d", "/tmp/tools", "/tmp/record"}) {
-            std::filesystem::remove_all(psz);
-        }
-        std::filesystem::create_directories("/etc/init.d");
-        CServiceManager::ms_eDistri = eNotDetected;
+    static void Enter(const char* pszVariable, const char* pszKind) {
+        ASSERT_STREQ(std::getenv(pszVariable), pszKind) << "it would change this machine";
+        CLanceProcessus::sInit();
+    }
+    static bool bExists(const std::string& csPath) {
+        return std::filesystem::exists(std::filesystem::symlink_status(csPath));
     }
     static void Write(const std::string& csPath, const std::string& csText) {
         std::filesystem::create_directories(std::filesystem::path(csPath).parent_path());
         std::ofstream(csPath) << csText;
         std::filesystem::permissions(csPath, std::filesystem::perms(0755));
     }
-    static bool bExists(const std::string& csPath) { return std::filesystem::exists(csPath); }
+    /// Name, description and program of a service.
+    static std::wstring csDescribe(const CXPtr_deleteRCV<CService>& pcl) {
+        const auto csOf = [](const wchar_t* psz) { return std::wstring(psz == nullptr ? L"(null)" : psz); };
+        return pcl == nullptr ? L"none"
+                              : csOf(pcl->pszGetName()) + L"," + csOf(pcl->pszGetDisplayName()) + L"," +
+                                    csOf(pcl->pszBinaryPathName());
+    }
+    /// The names that a listing finds, sorted, each followed by a blank.
+    std::wstring csList(const wchar_t* pszPrefix) {
+        std::multiset<std::wstring> tabName;
+        unsigned dwCursor = 0;
+        while (const auto pcl = m_clManager.pclEnumService(&dwCursor, pszPrefix, 0)) {
+            tabName.insert(std::wstring(pcl->pszGetName()) + L" ");
+        }
+        EXPECT_EQ(m_clManager.pclEnumService(&dwCursor, pszPrefix, 0), nullptr) << "over is over";
+        std::wstring cs;
+        for (const std::wstring& rcs : tabName) {
+            cs += rcs;
+        }
+        return cs;
+    }
+
+    CServiceManager m_clManager;
+};
+
+/// Tests on a copy of the machine without any init system: what a test needs of one it puts there itself, as
+/// scripts that record how they are called, one line a call.
+class CStandInTest : public CServicesTest {
+  protected:
+    static constexpr const char* PSZ_SYSTEMCTL = "/bin/systemctl";
+    static constexpr const char* PSZ_SCRIPT = "/etc/init.d/svc";
+
+    void SetUp() override {
+        Enter("KALMO_PRIVATE_ROOT", "1");
+        if (!HasFatalFailure()) {
+            ::setenv("PATH", "/tmp/tools:/usr/bin:/bin", 1);
+            Clear();
+        }
+    }
+    /// Back to the machine without anything, nothing detected, nothing recorded.
+    static void Clear() {
+        for (const char* const psz : {PSZ_SYSTEMCTL, "/etc/debian_version", "/etc/init.d", "/etc/rc.d",
+                                      "/tmp/tools", "/tmp/record"}) {
+            std::filesystem::remove_all(psz);
+        }
+        std::filesystem::create_directories("/etc/init.d");
+        CServiceManager::ms_eDistri = eNotDetected;
+    }
     /// Puts a shell script in place that records its call and does what csBody says.
     static void Tool(const std::string& csPath, const std::string& csBody) {
         Write(csPath, "#!/bin/sh\necho \"${0##*/} $*\" >>/tmp/record\n" + csBody + "\n");

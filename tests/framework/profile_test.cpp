@@ -16,12 +16,10 @@
 #include "framework/profile_encoding.h"
 #include "tests/support/temp_folder.h"
 
-#ifdef __SANITIZE_ADDRESS__
-// Memory that cannot be had is one of the cases below.
+// Memory that cannot be had is one of the cases below. Asked for by the address sanitizer only.
 extern "C" const char* __asan_default_options() {
     return "allocator_may_return_null=1";
 }
-#endif
 
 namespace kalmo {
 namespace {

@@ -241,6 +241,7 @@ TEST_F(ProcessTest, RecordsKeepTheCodeWhoeverCollectsTheChild) {
 int nForeign = 0;
 
 TEST(ProcessManager, SignalsOfOtherChildrenGoToTheHandlerBefore) {
+    nForeign = 0;
     struct sigaction stBefore {};
     stBefore.sa_sigaction = [](int, siginfo_t* pst, void*) { nForeign += pst->si_pid > 0 ? 1 : 100; };
     stBefore.sa_flags = SA_SIGINFO | SA_RESTART;

@@ -49,6 +49,9 @@ step build-clang build clang
 if [[ ! " ${failed[*]} " =~ " build-dev " ]]; then
     ctest --preset dev -j "$(nproc)" || failed+=(tests)
 fi
+if [[ ! " ${failed[*]} " =~ " build-release " ]]; then
+    step valgrind ctest --preset release --no-tests=error -L valgrind
+fi
 step demo ./demo.sh --unattended
 step tidy tidy
 

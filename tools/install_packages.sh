@@ -31,6 +31,7 @@ ARCHIVERS=(                    # independent tools that write and read the archi
 CHECKERS=(
     clang libclang-rt-14-dev   # the second compiler, its sanitizers and libFuzzer
     clang-format clang-tidy shellcheck
+    valgrind                   # a walk through the screens without the sanitizers
     git                        # lists the files that the checks look at
 )
 MEASURE=( time )               # GNU time, for the peak memory of a run

@@ -35,20 +35,28 @@ directory: result 1, /usr
 license: refused
 )";
 
+void ExpectWalk(const Terminal::STOptions& rstOptions) {
+    CGallery clGallery({}, rstOptions);
+    ASSERT_TRUE(clGallery.bTypeAll(WALK));
+    EXPECT_EQ(clGallery.nWaitEnd(), 0);
+    EXPECT_TRUE(clGallery.bRestored());
+    EXPECT_NE(clGallery.csText().find(PSZ_REPORT), std::string::npos) << clGallery.csText();
+}
+
+TEST(Gallery, IsWalkedThrough) {
+    ExpectWalk({});
+}
+
 TEST(Gallery, IsWalkedThroughOnEveryTerminal) {
     const struct {
         const char* pszType;
         int nColumns;
         int nRows;
-    } TAB[] = {{"xterm-256color", 80, 24}, {"tmux-256color", 80, 24}, {"xterm", 132, 50},
-               {"xterm-color", 80, 24},    {"vt100", 80, 24},         {"vt220", 100, 30}};
+    } TAB[] = {{"tmux-256color", 80, 24}, {"xterm", 132, 50}, {"xterm-color", 80, 24},
+               {"vt100", 80, 24},         {"vt220", 100, 30}, {"linux", 80, 25}};
     for (const auto& rst : TAB) {
         SCOPED_TRACE(rst.pszType);
-        CGallery clGallery({}, {.csType = rst.pszType, .nColumns = rst.nColumns, .nRows = rst.nRows});
-        ASSERT_TRUE(clGallery.bTypeAll(WALK));
-        EXPECT_EQ(clGallery.nWaitEnd(), 0);
-        EXPECT_TRUE(clGallery.bRestored());
-        EXPECT_NE(clGallery.csText().find(PSZ_REPORT), std::string::npos) << clGallery.csText();
+        ExpectWalk({.csType = rst.pszType, .nColumns = rst.nColumns, .nRows = rst.nRows});
     }
 }
 

@@ -121,6 +121,8 @@ class CWinZip {
     STZipFault __stOpenCipher(const STCentralHeader& rst);
     /// Tops the input buffer up. False when the stream gives less than the entry still has.
     bool __bFillInput();
+    /// Keeps what is wrong with the open entry's data. Always false.
+    bool __bFauteDonnees(const char* pszWhat);
     /// Moves data from the input buffer into the room, which shrinks by as much.
     bool __bProduce(std::span<unsigned char>& rtabRoom, bool* pbEnd);
 

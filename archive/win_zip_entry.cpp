@@ -112,6 +112,11 @@ bool CWinZip::__bProduce(std::span<unsigned char>& rtabRoom, bool* pbEnd) {
     return true;
 }
 
+bool CWinZip::__bFauteDonnees(const char* pszWhat) {
+    (void)__eFaute({ARCHIVE_DATA, pszWhat, static_cast<std::uint64_t>(m_stLecture.i64Position)});
+    return false;
+}
+
 bool CWinZip::bReadCurrentFileInZip(void* pBuffer, std::size_t nSize, std::size_t* pnRead) {
     *pnRead = 0;
     if (!m_stLecture.bOuvert) {
@@ -125,12 +130,10 @@ bool CWinZip::bReadCurrentFileInZip(void* pBuffer, std::size_t nSize, std::size_
         // A full buffer each time: an inflate that stops in the middle of the room for want of input costs a
         // copy of its whole window.
         if (!__bFillInput()) {
-            return __eFaute({ARCHIVE_DATA, "entry: its data cannot be read",
-                             static_cast<std::uint64_t>(m_stLecture.i64Position)}) == ARCHIVE_OK;
+            return __bFauteDonnees("entry: its data cannot be read");
         }
         if (!__bProduce(tabRoom, &bEnd)) {
-            return __eFaute({ARCHIVE_DATA, "entry: its data does not inflate",
-                             static_cast<std::uint64_t>(m_stLecture.i64Position)}) == ARCHIVE_OK;
+            return __bFauteDonnees("entry: its data does not inflate");
         }
     }
     const auto tabDone = tabOut.first(nWanted - tabRoom.size());

@@ -1,0 +1,122 @@
+#include "archive/entry_path.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "tests/support/temp_folder.h"
+
+namespace kalmo {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(EntryPath, NamesThatWouldLeaveTheDirectoryAreRefused) {
+    const CTempFolder clFolder;
+    const std::wstring csRoot = clFolder.csWide("root");
+    fs::create_directory(csRoot);
+    const std::wstring tabName[] = {
+        L"",
+        L"/etc/passwd",
+        L"\\etc\\passwd",
+        L"//host/x",
+        L"C:/x",
+        L"c:x",
+        L"..",
+        L"../x",
+        L"..\\x",
+        L"a/../x",
+        L"a\\..\\..\\x",
+        L"a/..",
+        L"a/b/../x",
+        L"a/./../../x",
+        L"a//../../x",
+        L"dir/",
+        L"dir\\",
+        L".",
+        L"a/.",
+        {L"a\0b", 3},
+        {L"\0", 1},
+        std::wstring(300, L'x'),
+        std::wstring(260 - csRoot.size(), L'y'),
+    };
+    for (const std::wstring& rcsName : tabName) {
+        SCOPED_TRACE(testing::PrintToString(rcsName));
+        CFSPath clPath;
+        ASSERT_TRUE(clPath.bSet(L"before"));
+        EXPECT_EQ(eCheminEntree(csRoot, rcsName, &clPath), ARCHIVE_BAD);
+        EXPECT_TRUE(clPath.bEmpty());
+    }
+    EXPECT_TRUE(fs::is_empty(csRoot)) << "nothing is touched";
+    EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(csRoot).parent_path()), {}), 1);
+}
+
+TEST(EntryPath, DirectoriesAreMadeBelowTheRoot) {
+    const CTempFolder clFolder;
+    const struct {
+        const wchar_t* pszName;
+        const char* pszJoined;
+        const char* pszDirectory;
+    } tabCase[] = {
+        {L"plain", "plain", "."},
+        {L"a/b/c/file", "a/b/c/file", "a/b/c"},
+        {L"win\\dows\\file", "win/dows/file", "win/dows"},
+        {L"x//.///y", "x/y", "x"},
+        {L"a/..b/c..", "a/..b/c..", "a/..b"},
+        {L"1:/x", "1:/x", "1:"},
+    };
+    const mode_t unBefore = ::umask(077);
+    for (const auto& rst : tabCase) {
+        SCOPED_TRACE(rst.pszJoined);
+        CFSPath clPath;
+        EXPECT_EQ(eCheminEntree(clFolder.csWide(""), rst.pszName, &clPath), ARCHIVE_OK);
+        EXPECT_EQ(clPath.svGet(), clFolder.csWide(rst.pszJoined));
+        struct stat st {};
+        ASSERT_EQ(::stat(clFolder.clPath(rst.pszDirectory).c_str(), &st), 0);
+        EXPECT_TRUE(S_ISDIR(st.st_mode));
+        EXPECT_TRUE(clFolder.clPath(rst.pszDirectory) == clFolder.clPath(".") ||
+                    (st.st_mode & 07777) == 0755);
+    }
+    ::umask(unBefore);
+    // Just fits: 260 characters in all.
+    CFSPath clPath;
+    const std::wstring csLongest(260 - clFolder.csWide("").size(), L'z');
+    EXPECT_EQ(eCheminEntree(clFolder.csWide(""), csLongest, &clPath), ARCHIVE_OK);
+}
+
+TEST(EntryPath, NothingBelowTheRootIsFollowed) {
+    const CTempFolder clFolder;
+    fs::create_directories(clFolder.clPath("root/sub"));
+    fs::create_directory(clFolder.clPath("outside"));
+    fs::create_directory_symlink(clFolder.clPath("outside"), clFolder.clPath("root/link"));
+    fs::create_directory_symlink("nowhere", clFolder.clPath("root/sub/dangling"));
+    fs::create_directory_symlink(clFolder.clPath("root"), clFolder.clPath("way"));
+    clFolder.Write("root/file", "");
+    const struct {
+        const wchar_t* pszName;
+        int nErrno;
+    } tabCase[] = {
+        {L"link/evil", ENOTDIR},
+        {L"link/a/b/evil", ENOTDIR},
+        {L"sub/dangling/evil", ENOTDIR},
+        {L"file/evil", ENOTDIR},
+    };
+    for (const auto& rst : tabCase) {
+        CFSPath clPath;
+        errno = 0;
+        EXPECT_EQ(eCheminEntree(clFolder.csWide("root"), rst.pszName, &clPath), ARCHIVE_CREATE);
+        EXPECT_EQ(errno, rst.nErrno);
+        EXPECT_TRUE(clPath.bEmpty());
+    }
+    EXPECT_TRUE(fs::is_empty(clFolder.clPath("outside")));
+    // The root itself is the administrator's choice.
+    CFSPath clPath;
+    EXPECT_EQ(eCheminEntree(clFolder.csWide("way"), L"through/fine", &clPath), ARCHIVE_OK);
+    EXPECT_TRUE(fs::is_directory(clFolder.clPath("root/through")));
+    EXPECT_EQ(eCheminEntree(clFolder.csWide("missing"), L"a/b", &clPath), ARCHIVE_CREATE);
+}
+
+}  // namespace
+}  // namespace kalmo

@@ -8,21 +8,27 @@
 namespace kalmo {
 namespace {
 
-using CLineBuffer = std::array<char, nMaxDisplayNameLine>;
+// One character more than a line may have tells a line that ends there from one that goes on.
+using CLineBuffer = std::array<char, nMaxDisplayNameLine + 1>;
 
-// Reads one line without its line feed and moves behind it. False at the end of the script.
-bool bReadLine(IXStream& rclScript, std::size_t nMaxLine, CLineBuffer& rtabBuffer,
-               std::string_view* psvLine) {
+struct STLine {
+    std::string_view sv;   ///< Without its line feed.
+    bool bGoesOn = false;  ///< The script's line is longer than what was read.
+};
+
+// Reads one line and moves behind it. False at the end of the script.
+bool bReadLine(IXStream& rclScript, std::size_t nMaxLine, CLineBuffer& rtabBuffer, STLine* pstLine) {
     const std::int64_t i64Start = rclScript.i64GetPosition();
     std::size_t nRead = 0;
-    if (!rclScript.bRead(rtabBuffer.data(), std::min(nMaxLine, rtabBuffer.size()), &nRead) || nRead == 0) {
+    if (!rclScript.bRead(rtabBuffer.data(), std::min(nMaxLine + 1, rtabBuffer.size()), &nRead) ||
+        nRead == 0) {
         return false;
     }
     const std::string_view svRead(rtabBuffer.data(), nRead);
-    *psvLine = svRead.substr(0, svRead.find('\n'));
-    // The line feed behind a line of full length is read as an empty line, which does no harm.
-    const std::size_t nTaken = std::min(psvLine->size() + 1, nRead);
-    return rclScript.bSeek(i64Start + static_cast<std::int64_t>(nTaken));
+    pstLine->sv = svRead.substr(0, svRead.find('\n')).substr(0, nMaxLine);
+    pstLine->bGoesOn = pstLine->sv.size() < nRead && svRead[pstLine->sv.size()] != '\n';
+    const std::size_t nTaken = pstLine->sv.size() + (pstLine->bGoesOn ? 0 : 1);
+    return rclScript.bSeek(i64Start + static_cast<std::int64_t>(std::min(nTaken, nRead)));
 }
 
 }  // namespace
@@ -30,18 +36,21 @@ bool bReadLine(IXStream& rclScript, std::size_t nMaxLine, CLineBuffer& rtabBuffe
 bool bReadMarkedText(IXStream& rclScript, std::string_view svMarker, std::size_t nMaxLine,
                      CTString* pcsValue) {
     CLineBuffer tabBuffer;
-    std::string_view svLine;
-    for (bool bMore = rclScript.bSeek(0); bMore && bReadLine(rclScript, nMaxLine, tabBuffer, &svLine);) {
-        const std::size_t nMarker = svLine.find(svMarker);
+    STLine stLine;
+    for (bool bMore = rclScript.bSeek(0); bMore && bReadLine(rclScript, nMaxLine, tabBuffer, &stLine);) {
+        const std::size_t nMarker = stLine.sv.find(svMarker);
         if (nMarker == std::string_view::npos) {
             continue;
         }
-        svLine.remove_prefix(nMarker + svMarker.size());
-        const std::size_t nQuote = svLine.find('"');
-        if (nQuote == std::string_view::npos && svLine.ends_with('\r')) {
-            svLine.remove_suffix(1);
+        std::string_view svValue = stLine.sv.substr(nMarker + svMarker.size());
+        const std::size_t nQuote = svValue.find('"');
+        if (nQuote == std::string_view::npos && stLine.bGoesOn) {
+            return false;  // a path that is cut off names another place
         }
-        *pcsValue = csFromUTF8(svLine.substr(0, nQuote));
+        if (nQuote == std::string_view::npos && svValue.ends_with('\r')) {
+            svValue.remove_suffix(1);
+        }
+        *pcsValue = csFromUTF8(svValue.substr(0, nQuote));
         return true;
     }
     return false;

@@ -1,10 +1,25 @@
 #include "services/systemctl.h"
 
+#include <cstdlib>
+
 #include "services/lance_processus.h"
 
 namespace kalmo {
 
+namespace {
+
+// What is in the administrator's environment must not get into the output that is read here.
+void ForgetSettings() {
+    for (const char* const psz :
+         {"SYSTEMD_COLORS", "SYSTEMD_LOG_LEVEL", "SYSTEMD_LOG_TARGET", "SYSTEMD_URLIFY"}) {
+        ::unsetenv(psz);
+    }
+}
+
+}  // namespace
+
 bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
+    ForgetSettings();
     CLanceProcessus clSystemctl;
     return clSystemctl.bLanceProcessus(pszSystemctl, CTString(svArguments).pszGet(), nullptr) &&
            clSystemctl.bLitSortieEtAttendFinExecution(pcsOutput, pdwExitCode);

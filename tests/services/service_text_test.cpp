@@ -99,11 +99,11 @@ TEST(InitScript, MarkedText) {
         {"program=\"x\"\nProgram = \"x\"\nProgram='x'\n", nullptr},
         {"Program=\"no end\r\nx\"\n", L"no end"},
         {"Program=\"h\xC3\xA9\xE2\x82\xAC\xFF\"", L"h\u00E9\u20AC\xDCFF"},
-        // The text's last character at, below and beyond the limit of 150 bytes, and the marker beyond it.
+        // The closing quote at and beyond the limit of 150 bytes, no quote there, and the marker beyond it.
         {csPad(137) + csMarker + "abc\"\n", L"abc"},
-        {csPad(138) + csMarker + "abc\"\n", L"abc"},
-        {csPad(139) + csMarker + "abc\"\n", L"ab"},
-        {csPad(139) + csMarker + "a\xC3\xA9\"\n", L"a\xDCC3"},
+        {csPad(138) + csMarker + "abc\"\n", nullptr},
+        {csPad(139) + csMarker + "ab\n", L"ab"},
+        {csPad(139) + csMarker + "ab", L"ab"},
         {csPad(142) + csMarker + "abc\"\n", nullptr},
         {csPad(150) + csMarker + "abc\"\n", L"abc"},
         {csPad(150) + "\n" + csMarker + "abc\"\n", L"abc"},
@@ -118,7 +118,7 @@ TEST(InitScript, MarkedText) {
             << rst.csScript;
         EXPECT_EQ(csText.svGet(), rst.pszText != nullptr ? rst.pszText : L"before") << rst.csScript;
     }
-    const std::string csLong = csPad(240) + std::string(svDisplayNameMarker) + "abcd\"";
+    const std::string csLong = csPad(239) + std::string(svDisplayNameMarker) + "abcd\"";
     CMemoryStream clScript(CTLBIN(csLong.begin(), csLong.end()));
     CTString csText;
     EXPECT_TRUE(bReadMarkedText(clScript, svDisplayNameMarker, nMaxDisplayNameLine, &csText));

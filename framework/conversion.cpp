@@ -1,7 +1,10 @@
 #include "framework/conversion.h"
 
+#include <wctype.h>
+
 #include <algorithm>
 #include <array>
+#include <clocale>
 #include <cstdint>
 #include <cwctype>
 
@@ -188,13 +191,21 @@ CTString csFromCodePage(eCODEPAGE eCodePage, std::string_view sv) {
     return CTString(cs);
 }
 
+wchar_t cMajuscule(wchar_t c) {
+    static const locale_t pclUtf8 = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    if (c < 0x80 || pclUtf8 == nullptr) {
+        return c >= L'a' && c <= L'z' ? c - L'a' + L'A' : c;
+    }
+    return static_cast<wchar_t>(::towupper_l(static_cast<std::wint_t>(c), pclUtf8));
+}
+
 int nCompareSansCasse(std::wstring_view svLeft, std::wstring_view svRight) {
     const std::size_t nCommon = std::min(svLeft.size(), svRight.size());
     for (std::size_t n = 0; n < nCommon; ++n) {
-        const auto unLeft = std::towupper(static_cast<std::wint_t>(svLeft[n]));
-        const auto unRight = std::towupper(static_cast<std::wint_t>(svRight[n]));
-        if (unLeft != unRight) {
-            return unLeft < unRight ? -1 : 1;
+        const wchar_t cLeft = cMajuscule(svLeft[n]);
+        const wchar_t cRight = cMajuscule(svRight[n]);
+        if (cLeft != cRight) {
+            return cLeft < cRight ? -1 : 1;
         }
     }
     return svLeft.size() == svRight.size() ? 0 : svLeft.size() < svRight.size() ? -1 : 1;

@@ -37,7 +37,11 @@ std::u16string csToUTF16(std::wstring_view sv);
 /// characters of the same number.
 CTString csFromCodePage(eCODEPAGE eCodePage, std::string_view sv);
 
-/// Compares without regard to case, character by character through towupper. Negative, 0 or positive.
+/// A character in upper case, by Unicode's rules whatever the user's locale is (a Turkish one has its own);
+/// ASCII alone where the C library has no C.UTF-8.
+wchar_t cMajuscule(wchar_t c);
+
+/// Compares without regard to case, character by character through cMajuscule. Negative, 0 or positive.
 int nCompareSansCasse(std::wstring_view svLeft, std::wstring_view svRight);
 
 /// True when the two texts are equal without regard to case.

@@ -35,7 +35,9 @@ bool bStat(std::wstring_view svPath, struct stat* pst) {
 // Opens a file for writing without following or sharing anything that stands in its place.
 int nCreate(const char* pszPath, mode_t unPermission) {
     struct stat st {};
-    const auto bPlainFile = [&st] { return S_ISREG(st.st_mode) && st.st_nlink <= 1; };
+    const auto bPlainFile = [&st] {
+        return S_ISREG(st.st_mode) && st.st_nlink <= 1 && st.st_uid == ::geteuid();
+    };
     if (::lstat(pszPath, &st) == 0 && !S_ISDIR(st.st_mode) && !bPlainFile() && ::unlink(pszPath) != 0) {
         return -1;
     }
@@ -49,6 +51,37 @@ int nCreate(const char* pszPath, mode_t unPermission) {
         return -1;
     }
     return ::ftruncate(clFd.nGet(), 0) == 0 ? clFd.nRelease() : -1;
+}
+
+// Opens an existing file to be written in place. A link is followed only where root or this user made it: in
+// a directory that others may write, theirs could lead anywhere.
+int nOpenInPlace(const char* pszPath) {
+    const int nFd = ::open(pszPath, O_RDWR | O_NOFOLLOW | nOpenFlags);
+    struct stat st {};
+    if (nFd >= 0 || errno != ELOOP || ::lstat(pszPath, &st) != 0) {
+        return nFd;
+    }
+    if (st.st_uid != 0 && st.st_uid != ::geteuid()) {
+        errno = ELOOP;
+        return -1;
+    }
+    return ::open(pszPath, O_RDWR | nOpenFlags);
+}
+
+// Opens a file or directory whose owner or mode is to be changed. Not through a link, nor a file that has
+// other names as well.
+CUniqueFd clOpenToChange(std::wstring_view svPath) {
+    const CXYString<char> csPath = csSystemPath(svPath);
+    if (csPath.bEmpty()) {
+        return {};
+    }
+    CUniqueFd clFd(::open(csPath.pszGet(), O_RDONLY | O_NOFOLLOW | nOpenFlags));
+    struct stat st {};
+    if (clFd.bValid() && (::fstat(clFd.nGet(), &st) != 0 || (S_ISREG(st.st_mode) && st.st_nlink > 1))) {
+        errno = EMLINK;
+        return {};
+    }
+    return clFd;
 }
 
 std::wstring_view svWithoutTrailingSlashes(std::wstring_view sv) {
@@ -127,7 +160,8 @@ bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission
     if (eMode == eMODE::Create) {
         m_clFd.Reset(nCreate(csPath.pszGet(), unPermission));
     } else {
-        m_clFd.Reset(::open(csPath.pszGet(), (eMode == eMODE::Read ? O_RDONLY : O_RDWR) | nOpenFlags));
+        m_clFd.Reset(eMode == eMODE::Read ? ::open(csPath.pszGet(), O_RDONLY | nOpenFlags)
+                                          : nOpenInPlace(csPath.pszGet()));
     }
     return bIsOpen();
 }
@@ -247,13 +281,13 @@ bool CDiskFile::bSameDirectoryName(std::wstring_view svLeft, std::wstring_view s
 }
 
 bool CDiskFile::bSetFileOwnerUnix(std::wstring_view svPath, uid_t unUser, gid_t unGroup) {
-    const CXYString<char> csPath = csSystemPath(svPath);
-    return !csPath.bEmpty() && ::chown(csPath.pszGet(), unUser, unGroup) == 0;
+    const CUniqueFd clFd = clOpenToChange(svPath);
+    return clFd.bValid() && ::fchown(clFd.nGet(), unUser, unGroup) == 0;
 }
 
 int CDiskFile::Unix_chmod(std::wstring_view svPath, mode_t unPermission) {
-    const CXYString<char> csPath = csSystemPath(svPath);
-    return csPath.bEmpty() ? -1 : ::chmod(csPath.pszGet(), unPermission);
+    const CUniqueFd clFd = clOpenToChange(svPath);
+    return clFd.bValid() ? ::fchmod(clFd.nGet(), unPermission) : -1;
 }
 
 bool CDiskFile::MakePath(CPathBuffer& rszOut, std::wstring_view svDirectory, std::wstring_view svBaseName,

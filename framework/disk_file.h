@@ -40,8 +40,9 @@ class CDiskFile final : public IXStream {
     /// Opens a file; one that was open is closed first.
     ///
     /// Create empties a regular file in place. Anything else that stands there (a symbolic link, a device,
-    /// a file with several names) is unlinked first, so that the bytes never land outside the named place.
-    /// A new file gets the permission bits unPermission, less the umask.
+    /// a file with several names or of another user) is unlinked first, so that the bytes never land outside
+    /// the named place. A new file gets the permission bits unPermission, less the umask.
+    /// ReadWrite follows a symbolic link only when root or this user made it (else errno ELOOP).
     bool bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission = 0644);
     /// Closes the file. False when the system reports a late write error.
     bool bClose();
@@ -69,8 +70,10 @@ class CDiskFile final : public IXStream {
     /// True when both names mean the same directory: the same name once doubled and trailing separators are
     /// dropped, or two names of one existing directory. An empty name means none.
     static bool bSameDirectoryName(std::wstring_view svLeft, std::wstring_view svRight);
+    /// Sets owner and group, and permission bits: of what the path itself names, never through a symbolic
+    /// link (errno ELOOP) nor of a file that has other names too (errno EMLINK). Unix_chmod gives 0, or -1 on
+    /// failure.
     static bool bSetFileOwnerUnix(std::wstring_view svPath, uid_t unUser, gid_t unGroup);
-    /// chmod(2): 0, or -1 on failure.
     static int Unix_chmod(std::wstring_view svPath, mode_t unPermission);
     /// Joins directory, base name and extension (with a "." unless it is empty). False, with an empty result,
     /// when it would be too long.

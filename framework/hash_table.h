@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cwctype>
 #include <string_view>
 #include <unordered_map>
 
@@ -35,7 +34,7 @@ class CTHashTableTi {
         std::size_t operator()(std::wstring_view sv) const noexcept {
             std::uint32_t unHash = 5381;
             for (const wchar_t c : sv) {
-                unHash = unHash * 33 + static_cast<std::uint32_t>(std::towupper(static_cast<std::wint_t>(c)));
+                unHash = unHash * 33 + static_cast<std::uint32_t>(cMajuscule(c));
             }
             return unHash;
         }

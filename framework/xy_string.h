@@ -15,8 +15,8 @@ namespace kalmo {
 /// A reference-counted, copy-on-write string over characters of type TCHAR.
 ///
 /// Copies share one buffer until one of them is changed. The buffer lives in the process-wide string
-/// allocator (CStringAllocator). An empty string holds no buffer at all. Wide strings are UTF-32, narrow
-/// ones hold whatever encoding their user says, UTF-8 unless stated.
+/// allocator (CStringAllocator); a string that never held a character has none. Wide strings are UTF-32,
+/// narrow ones hold whatever encoding their user says, UTF-8 unless stated.
 ///
 /// The pointer of pszGet() and the view of svGet() stay valid until this object is changed or destroyed.
 template <class TCHAR>

@@ -4,7 +4,7 @@
 set(KALMO_NOTE_TEMPLATE ${CMAKE_CURRENT_LIST_DIR}/package_note.S.in)
 
 function(kalmo_package_note target note_name note_version)
-  set(note_json "{\\\"type\\\":\\\"deb\\\",\\\"os\\\":\\\"linux\\\",\\\"name\\\":\\\"${note_name}\\\",\\\"version\\\":\\\"${note_version}\\\"}")
+  set(note_json "{\\\"name\\\":\\\"${note_name}\\\",\\\"version\\\":\\\"${note_version}\\\"}")
   set(note_file ${CMAKE_CURRENT_BINARY_DIR}/${target}_note.S)
   configure_file(${KALMO_NOTE_TEMPLATE} ${note_file} @ONLY)
   target_sources(${target} PRIVATE ${note_file})

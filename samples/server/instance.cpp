@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "app/config/server_config.h"
 #include "framework/conversion.h"
 #include "framework/file_version.h"
 #include "framework/process_info.h"
@@ -15,8 +16,7 @@ constexpr std::wstring_view svExePrefix = L"%%EXE%%";
 
 CTString csReadInit(const wchar_t* pszKey, const CFSPath& clConf) {
     std::array<wchar_t, nTailleMaxPath + 1> szValue{};
-    GetPrivateProfileString(L"INIT", pszKey, L"", szValue.data(), static_cast<unsigned>(szValue.size()),
-                            clConf.pszGet());
+    GetPrivateProfileString(PSZ_SECTION_INIT, pszKey, L"", szValue.data(), szValue.size(), clConf.pszGet());
     return CTString(szValue.data());
 }
 
@@ -29,12 +29,12 @@ bool bReadInstance(STInstance* pstOut) {
     }
     pstOut->clDirectory.KeepDirectory();
     CFSPath clConf = pstOut->clDirectory;
-    if (!clConf.bAppend(L"ZDConf", L"ini")) {
+    if (!clConf.bAppend(PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
         return false;
     }
     pstOut->csName = csReadInit(L"Name", clConf);
-    pstOut->nPort = GetPrivateProfileInt(L"INIT", L"AccessPort", 4900, clConf.pszGet());
-    pstOut->csDaemonUser = csReadInit(L"DaemonUser", clConf);
+    pstOut->nPort = GetPrivateProfileInt(PSZ_SECTION_INIT, L"AccessPort", nPortDefaut, clConf.pszGet());
+    pstOut->csDaemonUser = csReadInit(PSZ_KEY_DAEMON_USER, clConf);
 
     const CTString csRoot = csReadInit(L"DBRootPath", clConf);
     std::wstring_view svRoot = csRoot;

@@ -44,8 +44,11 @@ bool bPrepareDatabase(const STInstance& rst, CInstallLog& rclLog) {
         rclLog.Line(L"no such account: " + rst.csDaemonUser);
         return false;
     }
-    return CDiskFile::bSetFileOwnerUnix(rst.clDatabaseRoot.svGet(), pstUser->pw_uid, pstUser->pw_gid) &&
-           CDiskFile::bSetFileOwnerUnix(clSystem.svGet(), pstUser->pw_uid, pstUser->pw_gid);
+    const bool bOwned =
+        CDiskFile::bSetFileOwnerUnix(rst.clDatabaseRoot.svGet(), pstUser->pw_uid, pstUser->pw_gid) &&
+        CDiskFile::bSetFileOwnerUnix(clSystem.svGet(), pstUser->pw_uid, pstUser->pw_gid);
+    rclLog.Line(L"databases of account " + rst.csDaemonUser + (bOwned ? L": ok" : L": failed"));
+    return bOwned;
 }
 
 int nInstall(const STInstance& rst) {

@@ -61,11 +61,24 @@ std::string csInstances() {
     return cs;
 }
 
-int nMain(std::string_view svMode) {
-    STInstance st;
-    if (!bReadInstance(&st)) {
-        return nInstallerFailed;
+int nServe() {
+    const CUniqueFd clListener = clListenUnix(PSZ_SOCKET);
+    if (!clListener.bValid()) {
+        std::fprintf(stderr, "kalmomanager: cannot listen on %s\n", PSZ_SOCKET);
+        return 1;
     }
+    ServeUntilTerminated(clListener, csInstances, [] {});
+    return 0;
+}
+
+int nList() {
+    std::string csAnswer;
+    const bool bAnswered = bAskUnix(PSZ_SOCKET, &csAnswer);
+    std::fputs(csAnswer.c_str(), stdout);
+    return bAnswered ? 0 : 1;
+}
+
+int nMain(std::string_view svMode) {
     // The file is set-user-id root: whoever is not root may ask for the version and nothing else.
     if (svMode == "--version") {
         std::printf("kalmomanager %s\n", csOwnVersion().pszGet());
@@ -75,19 +88,15 @@ int nMain(std::string_view svMode) {
         std::fputs("kalmomanager: only root may do this\n", stderr);
         return nInstallerFailed;
     }
+    STInstance st;
     if (svMode == "--INSTALLER") {
-        return nInstall(st);
+        return bReadInstance(&st) ? nInstall(st) : nInstallerFailed;
     }
     if (svMode == "--service") {
-        const CUniqueFd clListener = clListenUnix(PSZ_SOCKET);
-        ServeUntilTerminated(clListener, csInstances, [] {});
-        return clListener.bValid() ? 0 : 1;
+        return nServe();
     }
     if (svMode == "--list") {
-        std::string csAnswer;
-        const bool bAnswered = bAskUnix(PSZ_SOCKET, &csAnswer);
-        std::fputs(csAnswer.c_str(), stdout);
-        return bAnswered ? 0 : 1;
+        return nList();
     }
     std::fputs("Usage: kalmomanager --INSTALLER | --service | --list | --version\n", stderr);
     return 2;

@@ -7,8 +7,9 @@
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
-#include "services/lance_processus.h"
+#include "services/init_script.h"
 #include "services/service_manager.h"
+#include "services/systemctl.h"
 
 namespace kalmo::sample {
 namespace {
@@ -95,13 +96,11 @@ bool bWriteFile(const CTString& csPath, const CTString& csText, mode_t unMode, C
     return bWritten;
 }
 
-bool bRun(const wchar_t* pszProgram, const CTString& csArguments, CInstallLog& rclLog) {
-    CLanceProcessus clProcess;
+bool bSystemctl(const CTString& csArguments, CInstallLog& rclLog) {
     CXYString<char> csOutput;
     unsigned dwCode = 0;
-    const bool bRan = clProcess.bLanceProcessus(pszProgram, csArguments.pszGet(), nullptr) &&
-                      clProcess.bLitSortieEtAttendFinExecution(&csOutput, &dwCode) && dwCode == 0;
-    rclLog.Line(CTString(pszProgram) + L" " + csArguments + (bRan ? L": ok" : L": failed"));
+    const bool bRan = bRunSystemctl(csArguments, &csOutput, &dwCode) && dwCode == 0;
+    rclLog.Line(L"systemctl " + csArguments + (bRan ? L": ok" : L": failed"));
     if (!bRan && !csOutput.bEmpty()) {
         rclLog.Line(csFromUTF8(csOutput));
     }
@@ -109,29 +108,33 @@ bool bRun(const wchar_t* pszProgram, const CTString& csArguments, CInstallLog& r
 }
 
 bool bRegisterSystemd(const STRegistration& rst, CInstallLog& rclLog) {
-    const wchar_t* const pszSystemctl = L"/bin/systemctl";
     return bWriteFile(L"/etc/systemd/system/" + rst.csService + L".service", csFill(svUnit, rst), 0644,
                       rclLog) &&
-           bRun(pszSystemctl, L"daemon-reload", rclLog) &&
-           bRun(pszSystemctl, L"enable " + rst.csService, rclLog) &&
-           bRun(pszSystemctl, L"restart " + rst.csService, rclLog);
+           bSystemctl(L"daemon-reload", rclLog) && bSystemctl(L"enable " + rst.csService, rclLog) &&
+           bSystemctl(L"restart " + rst.csService, rclLog);
 }
 
 // The command that makes the boot links of a script, by distribution.
 const char* pszBootTool() {
     switch (CServiceManager::ms_eDistri) {
-        case 0: return "update-rc.d %s defaults >/dev/null";
-        case 1:
-        case 2:
-        case 3: return "chkconfig --add %s >/dev/null";
-        case 4: return "insserv %s >/dev/null";
-        case 5: return "rc-update add %s default >/dev/null";
+        case eDebian: return "update-rc.d %s defaults >/dev/null";
+        case eRedHat:
+        case eMandriva:
+        case eFedora: return "chkconfig --add %s >/dev/null";
+        case eSuSE: return "insserv %s >/dev/null";
+        case eGentoo: return "rc-update add %s default >/dev/null";
         default: return "true";
     }
 }
 
 bool bRegisterSysV(const STRegistration& rst, CInstallLog& rclLog) {
-    const CTString csScript = L"/etc/init.d/" + rst.csService;
+    const CTString csScript = csScriptPath(rst.csService);
+    // Whoever reads the script's marker lines reads no longer ones.
+    const CXYString<char> csProgram = csToUTF8(rst.clProgram.svGet());
+    if (svProgramMarker.size() + csProgram.nGetLength() + sizeof " --service\"" - 1 > nMaxProgramLine) {
+        rclLog.Line(L"the program's path is too long for an init script: " + rst.clProgram.csGet());
+        return false;
+    }
     if (!bWriteFile(csScript, csFill(svScript, rst), 0755, rclLog)) {
         return false;
     }
@@ -156,7 +159,8 @@ bool bRegister(const STRegistration& rst, CInstallLog& rclLog) {
                     rst.clProgram.csGet());
         return false;
     }
-    return CServiceManager::ms_eDistri == 7 ? bRegisterSystemd(rst, rclLog) : bRegisterSysV(rst, rclLog);
+    return CServiceManager::ms_eDistri == eSystemd ? bRegisterSystemd(rst, rclLog)
+                                                   : bRegisterSysV(rst, rclLog);
 }
 
 }  // namespace kalmo::sample

@@ -31,7 +31,7 @@ bool CDataExtractor::bInit() {
     CPathBuffer szProgram;
     CFSPath clPath;
     if (!GetModuleFileNameW(szProgram) || !clPath.bSet(szProgram)) {
-        m_rclTrace.Outcome(L"find the installer's own path", false);
+        m_rclTrace.Step(L"find the installer's own path", L"failed (too long?)");
         return false;
     }
     clPath.KeepDirectory();
@@ -40,13 +40,16 @@ bool CDataExtractor::bInit() {
         return false;
     }
     m_clArchivePath = clPath;
+    const CTString csWhat = L"open payload " + m_clArchivePath.csGet();
     const eARCHIVE eCode = eOuvreArchive(m_clArchivePath.svGet(), 0, 0);
-    m_rclTrace.Outcome(L"open payload " + m_clArchivePath.csGet(), eCode == ARCHIVE_OK);
-    if (eCode != ARCHIVE_OK) {
-        m_rclTrace.Step(L"payload", csGetDefaut());
-        return false;
+    if (eCode == ARCHIVE_OK) {
+        m_rclTrace.Step(csWhat, L"ok");
+    } else if (eCode == ARCHIVE_NOT_FOUND) {
+        m_rclTrace.Outcome(csWhat, false);
+    } else {
+        m_rclTrace.Step(csWhat, L"failed: " + csGetDefaut());
     }
-    return eMotDePasse(csGetArchivePassword().pszGet()) == ARCHIVE_OK;
+    return eCode == ARCHIVE_OK && eMotDePasse(csGetArchivePassword().pszGet()) == ARCHIVE_OK;
 }
 
 bool CDataExtractor::bUpgrade(const wchar_t* pszDir, IInstallProgress* piProgress) {

@@ -1,7 +1,6 @@
 #include "app/pilot.h"
 
-#include <strings.h>
-
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "app/config/server_config.h"
 #include "app/data_extractor.h"
+#include "app/shell_word.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
@@ -20,37 +20,33 @@ namespace kalmo {
 namespace {
 
 constexpr const wchar_t* PSZ_SECTION_SERVER = L"SERVEUR";
-constexpr const wchar_t* PSZ_KEY_SERVER = L"Serveur";
 constexpr std::size_t nMaxServerName = 100;
 constexpr const wchar_t* PSZ_MANAGER_SERVICE = L"KalmoManager";
 constexpr const wchar_t* PSZ_MANAGER_PROGRAM = L"kalmomanager";
+constexpr const wchar_t* PSZ_MARKER = L"Install.log";
 
 enum eOPERATION { OP_UPGRADE = 1, OP_INSTALL = 2, OP_UNINSTALL = 3, OP_NONE = 4 };
 
-// The path behind an option's prefix, or nothing. A bare name lies in the current directory.
+// The path behind an option's prefix, or nothing. A bare name lies in the current directory, and so does one
+// that only begins with a dot: without a slash the profile calls would look for it in the home directory.
 bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTString* pcsPath) {
-    if (svArgument.size() < svPrefix.size() ||
-        ::strncasecmp(svArgument.data(), svPrefix.data(), svPrefix.size()) != 0) {
+    const CTString csArgument = csFromUTF8(svArgument);
+    const CTString csPrefix = csFromUTF8(svPrefix);
+    if (!bEgalSansCasse(csArgument.svGet().substr(0, csPrefix.nGetLength()), csPrefix)) {
         return false;
     }
-    const std::string_view svPath = svArgument.substr(svPrefix.size());
-    const bool bAsItIs = svPath.starts_with('.') || svPath.starts_with('/');
-    *pcsPath = CTString(bAsItIs ? L"" : L"./") + csFromUTF8(svPath);
+    const std::wstring_view svPath = csArgument.svGet().substr(csPrefix.nGetLength());
+    const bool bAsItIs = svPath.starts_with(L'/') ||
+                         (svPath.starts_with(L'.') && svPath.find(L'/') != std::wstring_view::npos);
+    *pcsPath = CTString(bAsItIs ? L"" : L"./") + svPath;
     return true;
 }
 
-// A directory as the first word of a shell command. An ordinary one stays as it is.
-std::string csShellWord(std::string_view sv) {
-    static constexpr std::string_view svPlain =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-+=.,:@%/";
-    if (sv.find_first_not_of(svPlain) == std::string_view::npos) {
-        return std::string(sv);
-    }
-    std::string cs = "'";
-    for (const char c : sv) {
-        cs += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return cs + "'";
+// Whether a key of the configuration now holds a value.
+bool bHolds(const wchar_t* pszConfPath, const wchar_t* pszKey, std::wstring_view svValue) {
+    std::array<wchar_t, nTailleMaxPath + 2> szValue{};
+    GetPrivateProfileString(PSZ_SECTION_INIT, pszKey, L"", szValue.data(), szValue.size(), pszConfPath);
+    return szValue.data() == svValue;
 }
 
 bool bRunning(CService& rclService) {
@@ -65,8 +61,8 @@ bool CPilot::bCheckPilot(int nArgc, char** ppszArgv) {
         bPilot |= bTakeOption(ppszArgv[n], "/PILOT=", &m_csPilotPath);
         bTakeOption(ppszArgv[n], "/DEBUG=", &m_csDebugPath);
     }
-    if (!m_csDebugPath.bEmpty()) {
-        m_clTrace.bOpen(m_csDebugPath);
+    if (!m_csDebugPath.bEmpty() && !m_clTrace.bOpen(m_csDebugPath)) {
+        m_csDebugPath.Empty();
     }
     return bPilot;
 }
@@ -116,6 +112,18 @@ bool CPilot::__bReadText(const wchar_t* pszKey, std::size_t nMax, CTString* pcsV
     return pcsValue->nGetLength() <= nMax || __bFail(pszKey, L"too long");
 }
 
+bool CPilot::__bReadServer(CTString* pcsName) {
+    if (!__bReadText(L"Serveur", nMaxServerName, pcsName)) {
+        return false;
+    }
+    // systemctl takes a blank as the border of two names and "*" as every name.
+    static constexpr std::wstring_view svUnitName =
+        L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789:-_.@";
+    return CServiceManager::ms_eDistri != eSystemd ||
+           pcsName->svGet().find_first_not_of(svUnitName) == std::wstring_view::npos ||
+           __bFail(L"Serveur", L"no name that a service can have: " + *pcsName);
+}
+
 CXPtr_deleteRCV<CService> CPilot::__pclGetServer(const CTString& csName) {
     const CTString csService =
         bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM) ? CTString(PSZ_MANAGER_SERVICE) : L"ZDCS-" + csName;
@@ -126,44 +134,51 @@ bool CPilot::__bRunInstallerMode(const CFSPath& clInstallDir, std::string_view s
     const std::string csCommand =
         csShellWord(clInstallDir.csGetUTF8()) + std::string(svProgram) + " --INSTALLER 2>/dev/null";
     const int nStatus = std::system(csCommand.c_str());
-    if (nStatus == -1) {
-        m_clTrace.Outcome(csFromUTF8(csCommand), false);
-        return false;
+    m_clTrace.Step(csFromUTF8(csCommand), csShellStatus(nStatus));
+    return nStatus != -1;
+}
+
+bool CPilot::__bWriteConfiguration(const CFSPath& clInstallDir, const CFSPath& clDatabaseDir, int nPort,
+                                   const CTString& csName) {
+    CPathBuffer szConfPath;
+    if (!CDiskFile::MakePath(szConfPath, clInstallDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+        return __bFail(L"Repertoire", L"too long");
     }
-    m_clTrace.Step(csFromUTF8(csCommand), L"status " + CTString(std::to_wstring(nStatus)));
+    const std::wstring csPort = std::to_wstring(nPort);
+    WriteDBRootPath(szConfPath, clDatabaseDir.pszGet());
+    WriteServerPort(szConfPath, csPort.c_str());
+    WriteServerName(szConfPath, csName.pszGet());
+    const bool bWritten = bHolds(szConfPath, L"DBRootPath", clDatabaseDir.svGet()) &&
+                          bHolds(szConfPath, L"AccessPort", csPort) && bHolds(szConfPath, L"Name", csName);
+    // A key that cannot be written is missing, no more: the server starts with its default.
+    m_clTrace.Step(L"configuration " + CTString(szConfPath), bWritten ? L"ok" : L"failed");
     return true;
 }
 
 bool CPilot::__bInstall() {
     CTString csName;
     CTString csDirectory;
-    if (!__bReadText(PSZ_KEY_SERVER, nMaxServerName, &csName) ||
-        !__bReadText(L"Repertoire", nTailleMaxPath, &csDirectory)) {
+    if (!__bReadServer(&csName) || !__bReadText(L"Repertoire", nTailleMaxPath, &csDirectory)) {
         return false;
     }
-    CFSPath clInstallDir;
-    if (!clInstallDir.bSet(csDirectory) || !clInstallDir.bAddTrailingSlash()) {
-        return __bFail(L"Repertoire", L"too long");
+    if (const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName)) {
+        m_clTrace.Step(L"install " + csName, L"the instance exists: upgrade");
+        return __bUpgrade(*pclService, csName);
     }
-    if (!clInstallDir.svGet().starts_with(L'/')) {
-        return __bFail(L"Repertoire", L"not an absolute path");
+    CFSPath clInstallDir;
+    CFSPath clDatabaseDir;
+    if (!csDirectory.svGet().starts_with(L'/')) {
+        return __bFail(L"Repertoire", L"no absolute path");
+    }
+    if (!clInstallDir.bSet(csDirectory) || !clInstallDir.bAddTrailingSlash() ||
+        !clDatabaseDir.bSet(clInstallDir.svGet()) || !clDatabaseDir.bAppend(L"BDD/")) {
+        return __bFail(L"Repertoire", L"too long");
     }
     const int nPort = GetPrivateProfileInt(PSZ_SECTION_SERVER, L"Port", nPortDefaut, m_csPilotPath.pszGet());
 
     CDataExtractor clExtractor(m_clTrace);
-    if (!clExtractor.bInit()) {
+    if (!__bForgetSuccess(clInstallDir.csGet()) || !clExtractor.bInit()) {
         return false;
-    }
-    if (__pclGetServer(csName) != nullptr) {
-        m_clTrace.Step(L"install " + csName, L"the instance exists: upgrade");
-        return __bUpgrade(clExtractor, csName);
-    }
-
-    CFSPath clDatabaseDir = clInstallDir;
-    CPathBuffer szConfPath;
-    if (!clDatabaseDir.bAppend(L"BDD/") ||
-        !CDiskFile::MakePath(szConfPath, clInstallDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
-        return __bFail(L"Repertoire", L"too long");
     }
     for (const CFSPath& rclDir : {clInstallDir, clDatabaseDir}) {
         CXError clError;
@@ -172,16 +187,10 @@ bool CPilot::__bInstall() {
             return false;
         }
     }
-    __ForgetSuccess(clInstallDir.csGet());
     // The result does not decide: the server's programs may be whole although a later entry failed.
     m_clTrace.Step(L"extract", clExtractor.bUpgrade(clInstallDir.pszGet(), nullptr) ? L"ok" : L"failed");
-
-    WriteDBRootPath(szConfPath, clDatabaseDir.pszGet());
-    WriteServerPort(szConfPath, std::to_wstring(nPort).c_str());
-    WriteServerName(szConfPath, csName.pszGet());
-    m_clTrace.Step(L"configuration " + CTString(szConfPath), L"written");
-
-    if (!__bRunInstallerMode(clInstallDir, "kalmomanager") || !__bRunInstallerMode(clInstallDir, "kalmo")) {
+    if (!__bWriteConfiguration(clInstallDir, clDatabaseDir, nPort, csName) ||
+        !__bRunInstallerMode(clInstallDir, "kalmomanager") || !__bRunInstallerMode(clInstallDir, "kalmo")) {
         return false;
     }
     __LogSuccess(clInstallDir.csGet());
@@ -190,47 +199,46 @@ bool CPilot::__bInstall() {
 
 bool CPilot::__bUpgrade() {
     CTString csName;
-    if (!__bReadText(PSZ_KEY_SERVER, nMaxServerName, &csName)) {
+    if (!__bReadServer(&csName)) {
         return false;
     }
-    CDataExtractor clExtractor(m_clTrace);
-    return clExtractor.bInit() && __bUpgrade(clExtractor, csName);
+    const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName);
+    return pclService != nullptr ? __bUpgrade(*pclService, csName)
+                                 : __bFail(L"upgrade " + csName, L"no such instance");
 }
 
-bool CPilot::__bUpgrade(CDataExtractor& rclExtractor, const CTString& csName) {
-    const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName);
-    if (pclService == nullptr) {
-        return __bFail(L"upgrade " + csName, L"no such instance");
-    }
-    const CTString csDirectory = csGetProgramDirectory(pclService.get());
+bool CPilot::__bUpgrade(CService& rclService, const CTString& csName) {
+    const CTString csDirectory = csGetProgramDirectory(&rclService);
     if (csDirectory.bEmpty()) {
         return __bFail(L"upgrade " + csName, L"the service tells no program");
     }
-    __ForgetSuccess(csDirectory);
-
+    CDataExtractor clExtractor(m_clTrace);
+    if (!__bForgetSuccess(csDirectory) || !clExtractor.bInit()) {
+        return false;
+    }
     const CXPtr_deleteRCV<CService> pclManager = __pclGetServer(PSZ_MANAGER_PROGRAM);
     if (pclManager != nullptr && bRunning(*pclManager) &&
         CDiskFile::bSameDirectoryName(csGetProgramDirectory(pclManager.get()), csDirectory)) {
         m_clTrace.Step(L"stop KalmoManager", pclManager->bStop() ? L"ok" : L"failed");
     }
-    if (bRunning(*pclService)) {
-        m_clTrace.Step(L"stop " + csName, pclService->bStop() ? L"ok" : L"failed");
+    if (bRunning(rclService)) {
+        m_clTrace.Step(L"stop " + csName, rclService.bStop() ? L"ok" : L"failed");
     }
     // A half-replaced instance is not started again.
-    if (!rclExtractor.bUpgrade(csDirectory.pszGet(), nullptr)) {
+    if (!clExtractor.bUpgrade(csDirectory.pszGet(), nullptr)) {
         return __bFail(L"extract", L"the stopped services stay stopped");
     }
     if (pclManager != nullptr && !bRunning(*pclManager)) {
         m_clTrace.Step(L"start KalmoManager", pclManager->bStart(nullptr) ? L"ok" : L"failed");
     }
-    m_clTrace.Step(L"start " + csName, pclService->bStart(nullptr) ? L"ok" : L"failed");
+    m_clTrace.Step(L"start " + csName, rclService.bStart(nullptr) ? L"ok" : L"failed");
     __LogSuccess(csDirectory);
     return true;
 }
 
 bool CPilot::__bUnInstall() {
     CTString csName;
-    if (!__bReadText(PSZ_KEY_SERVER, nMaxServerName, &csName)) {
+    if (!__bReadServer(&csName)) {
         return false;
     }
     const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName);
@@ -239,11 +247,16 @@ bool CPilot::__bUnInstall() {
     }
     const CTString csProgram = csGetProgramWithoutArg(pclService.get());
     const CTString csDirectory = csGetProgramDirectory(pclService.get());
-    __ForgetSuccess(csDirectory);
+    if (!csDirectory.bEmpty() && !__bForgetSuccess(csDirectory)) {
+        return false;
+    }
     if (!pclService->bRemove()) {
         return __bFail(L"unregister " + csName, L"the service stays");
     }
     m_clTrace.Step(L"unregister " + csName, L"ok");
+    if (csDirectory.bEmpty()) {
+        return __bFail(L"delete files", L"the service tells no program");
+    }
     if (!__bRemoveFiles(csProgram)) {
         return false;
     }
@@ -275,16 +288,19 @@ bool CPilot::__bRemoveFiles(const CTString& csProgram) {
     return true;
 }
 
-void CPilot::__ForgetSuccess(const CTString& csDir) {
-    CDiskFile::bDelete(csDir + L"Install.log");
+bool CPilot::__bForgetSuccess(const CTString& csDir) {
+    const CTString csMarker = csDir + PSZ_MARKER;
+    CXError clError;
+    return CDiskFile::bDelete(csMarker, &clError) || errno == ENOENT ||
+           __bTell(L"remove the marker of an earlier run, " + csMarker, false, clError);
 }
 
 void CPilot::__LogSuccess(const CTString& csDir) {
     static constexpr std::string_view svMark = "OK";
     CDiskFile clFile;
-    const bool bWritten = clFile.bOpen(csDir + L"Install.log", CDiskFile::eMODE::Create) &&
+    const bool bWritten = clFile.bOpen(csDir + PSZ_MARKER, CDiskFile::eMODE::Create) &&
                           clFile.bWrite(svMark.data(), svMark.size()) && clFile.bClose();
-    m_clTrace.Outcome(L"marker " + csDir + L"Install.log", bWritten);
+    m_clTrace.Outcome(L"marker " + csDir + PSZ_MARKER, bWritten);
 }
 
 }  // namespace kalmo

@@ -8,8 +8,6 @@
 
 namespace kalmo {
 
-class CDataExtractor;
-
 /// The unattended run: installs, upgrades or removes one instance as a parameter file says.
 ///
 /// Owned by the program's run. bCheckPilot first; when it is true, Pilot once. Nothing is drawn and no
@@ -34,16 +32,22 @@ class CPilot {
     CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
     bool __bInstall();
     bool __bUpgrade();
-    bool __bUpgrade(CDataExtractor& rclExtractor, const CTString& csName);
+    bool __bUpgrade(CService& rclService, const CTString& csName);
     bool __bUnInstall();
     /// Deletes the files of an instance, or the manager's program alone.
     bool __bRemoveFiles(const CTString& csProgram);
     bool __bDelete(const CTString& csPath);
-    /// A marker speaks of this run: one that an earlier run left is removed before work begins.
-    void __ForgetSuccess(const CTString& csDir);
+    /// A marker speaks of this run: one that an earlier run left is removed before work begins. False, and
+    /// told, when it is there and cannot be removed.
+    bool __bForgetSuccess(const CTString& csDir);
     void __LogSuccess(const CTString& csDir);
     /// Runs one of the server's programs in its installer mode. False only when no shell could run it.
     bool __bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svProgram);
+    /// Writes the keys of a new instance. False only when the file's path is too long.
+    bool __bWriteConfiguration(const CFSPath& clInstallDir, const CFSPath& clDatabaseDir, int nPort,
+                               const CTString& csName);
+    /// Reads "Serveur". False, and told, when it is empty, too long or cannot be part of a service's name.
+    bool __bReadServer(CTString* pcsName);
     /// A text of section "SERVEUR". False, and told, when it is empty or longer than nMax characters.
     bool __bReadText(const wchar_t* pszKey, std::size_t nMax, CTString* pcsValue);
     /// Traces a step that fills an error object when it fails. Returns bSuccess.

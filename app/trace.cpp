@@ -1,6 +1,7 @@
 #include "app/trace.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -10,8 +11,10 @@
 #include <cstring>
 #include <ctime>
 #include <string>
+#include <utility>
 
 #include "framework/conversion.h"
+#include "framework/fs_path.h"
 #include "framework/x_error.h"
 
 namespace kalmo {
@@ -49,9 +52,19 @@ std::string csOneLine(std::wstring_view sv) {
 }  // namespace
 
 bool CTrace::bOpen(std::wstring_view svPath) {
-    m_clFd.Reset(
-        ::open(csToUTF8(svPath).pszGet(), O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_CLOEXEC, 0600));
-    return m_clFd.bValid();
+    CFSPath clPath;
+    if (!clPath.bSet(svPath)) {
+        return false;
+    }
+    // A named pipe in its place must not hold the run up.
+    constexpr int nFlags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    CUniqueFd clFd(::open(clPath.csGetUTF8().pszGet(), nFlags, 0600));
+    struct stat st {};
+    if (!clFd.bValid() || ::fstat(clFd.nGet(), &st) != 0 || !S_ISREG(st.st_mode)) {
+        return false;
+    }
+    m_clFd = std::move(clFd);
+    return true;
 }
 
 void CTrace::Step(std::wstring_view svWhat, std::wstring_view svResult) {

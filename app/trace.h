@@ -15,7 +15,8 @@ class CXError;
 /// what it is told, so that callers need not ask. It never holds a password: callers pass none.
 class CTrace {
   public:
-    /// Opens the file for appending; a new one is readable by its owner alone. A symbolic link is refused.
+    /// Opens the file for appending; a new one is readable by its owner alone. Anything but a regular file,
+    /// a symbolic link among it, is refused, and so is a path of more than 260 characters.
     bool bOpen(std::wstring_view svPath);
 
     /// One step: "2026-11-21 10:00:00.000  what: result".

@@ -44,11 +44,22 @@ CTString csGetProgramWithoutArg(CService* pclService) {
 }
 
 CTString csGetProgramDirectory(CService* pclService) {
-    return CTString(CFSPath::stSplit(csGetProgramWithoutArg(pclService)).svDirectory);
+    const CTString csProgram = csGetProgramWithoutArg(pclService);
+    CFSPath clDirectory;
+    if (!clDirectory.bSet(csProgram) || !clDirectory.svGet().starts_with(L'/')) {
+        return {};
+    }
+    clDirectory.KeepDirectory();
+    return clDirectory.csGet();
 }
 
 void GetZDConfPath(CService* pclService, CPathBuffer& rszOut) {
-    CDiskFile::MakePath(rszOut, csGetProgramDirectory(pclService), PSZ_CONF_BASE, PSZ_CONF_EXTENSION);
+    const CTString csDirectory = csGetProgramDirectory(pclService);
+    rszOut[0] = L'\0';
+    // A bare file name would be looked for in root's home directory.
+    if (!csDirectory.bEmpty()) {
+        CDiskFile::MakePath(rszOut, csDirectory, PSZ_CONF_BASE, PSZ_CONF_EXTENSION);
+    }
 }
 
 }  // namespace kalmo

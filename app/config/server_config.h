@@ -40,11 +40,12 @@ ETelemetryState eReadTelemetry(const wchar_t* pszConfPath);
 /// Empty when the service tells none.
 CTString csGetProgramWithoutArg(CService* pclService);
 
-/// The directory of a service's program, with its trailing "/". Empty when the program is unknown.
+/// The directory of a service's program, with its trailing "/". Empty when the service tells no program, or
+/// one whose path is not absolute or longer than 260 characters.
 CTString csGetProgramDirectory(CService* pclService);
 
-/// The configuration file of an installed instance: beside its program. Empty when that path would be
-/// longer than 260 characters.
+/// The configuration file of an installed instance: beside its program. Empty when its directory is unknown
+/// or the path would be longer than 260 characters.
 void GetZDConfPath(CService* pclService, CPathBuffer& rszOut);
 
 }  // namespace kalmo

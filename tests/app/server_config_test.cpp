@@ -23,7 +23,8 @@ TEST(ServerConfig, ProgramAndConfigurationOfAService) {
         {L"/opt/a --b/kalmo  --service --x", L"/opt/a", L"/opt/ZDConf.ini"},
         {L"/opt/zd -x/kalmo   ", L"/opt/zd -x/kalmo", L"/opt/zd -x/ZDConf.ini"},
         {L"\\opt\\zd\\kalmo --service", L"\\opt\\zd\\kalmo", L"/opt/zd/ZDConf.ini"},
-        {nullptr, L"", L"ZDConf.ini"},
+        {L"kalmo --service", L"kalmo", L""},
+        {nullptr, L"", L""},
     };
     for (const STCase& rst : tabCase) {
         CService clService(nullptr, L"ZDCS-x", L"x", rst.pszCommandLine);

@@ -15,13 +15,13 @@ case ${1-} in
 esac
 
 tools/install_packages.sh build demo
-cmake --preset release -DKALMO_TESTS=OFF >/dev/null
-cmake --build --preset release -- -v >build/release/build.log 2>&1 || {
+cmake --preset release >/dev/null
+cmake --build --preset release --target payload_current payload_next >build/release/build.log 2>&1 || {
     tail -40 build/release/build.log >&2
     exit 1
 }
 
 for kind in systemd sysv; do
-    tests/machine/machine "$kind" -- \
+    tests/machine/machine "$kind" --timeout 300 -- \
         "$PWD/samples/story/unattended.sh" "$PWD/build/release/payload/current" "$PWD/build/release/payload/next"
 done

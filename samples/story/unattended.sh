@@ -7,6 +7,11 @@
 # Prints one line a check; exits with 1 at the end when one failed.
 set -u
 
+if [ -z "${KALMO_MACHINE-}" ]; then
+    echo "$0: this installs services; run it in a throwaway machine (tests/machine/machine)" >&2
+    exit 1
+fi
+
 current=$1
 next=$2
 first=/srv/zd/first
@@ -43,8 +48,8 @@ pilot() {
     } >"$work/pilot.ini"
     : >"$work/trace"
     printf '  $ kalmoinstall /PILOT=pilot.ini    (MAJ=%s Serveur=%s%s)\n' "$2" "$3" "${4:+ Repertoire=$4 Port=$5}"
-    "$1/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace"
-    check "said nothing and returned 0" equal 0 $?
+    check "said nothing and returned 0" equal 0 \
+        "$("$1/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace" 2>&1; echo $?)"
 }
 
 active() {
@@ -145,6 +150,12 @@ check "the configuration is as before, byte for byte" cmp "$work/before.ini" "$f
 check "the second instance never stopped" equal "$second_pid" "$(pid ZDCS-second)"
 check "the second instance is still the old one" greets 4901 "ZDSQL second $(server_version "$current") ready"
 check "service KalmoManager is active again" active KalmoManager
+
+say "Upgrading the second instance leaves the manager of the first alone"
+manager_pid=$(pid KalmoManager)
+pilot "$next" 1 second
+check "the running server is the new one" greets 4901 "ZDSQL second $(server_version "$next") ready"
+check "the manager never stopped" equal "$manager_pid" "$(pid KalmoManager)"
 
 say "Installing under the name of an instance upgrades it"
 pilot "$next" 2 second "$second" 4999

@@ -38,6 +38,9 @@ bool bReadKey(int* pnKey) {
         errno = 0;
         if (::wget_wch(stdscr, &unKey) != ERR) {
             *pnKey = static_cast<int>(unKey);
+            if (*pnKey == KEY_RESIZE) {
+                CheckScreenSize();
+            }
             return true;
         }
         if (!bInputAlive(errno)) {

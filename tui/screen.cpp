@@ -49,6 +49,7 @@ bool init_dialog() {
         return false;
     }
     g_bOpen = true;
+    CheckScreenSize();
     ::keypad(stdscr, TRUE);
     ::cbreak();
     ::noecho();
@@ -60,6 +61,12 @@ bool init_dialog() {
 
 bool bDialogOpen() {
     return g_bOpen;
+}
+
+void CheckScreenSize() {
+    if (COLS < 2) {
+        ::resize_term(LINES, 2);
+    }
 }
 
 void color_setup() {

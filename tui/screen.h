@@ -17,6 +17,10 @@ namespace kalmo {
 /// True between a successful init_dialog and end_dialog.
 [[nodiscard]] bool bDialogOpen();
 
+/// Keeps curses from believing in a screen of a single column, where version 6.4 reads in front of its lines.
+/// After each change of the terminal's size.
+void CheckScreenSize();
+
 /// Defines the colours and colour pairs of attribute.h. Does nothing on a terminal without colours, which
 /// then shows the same attributes in monochrome.
 void color_setup();

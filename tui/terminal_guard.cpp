@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 // The sanitizers' runtime; null in a program without them.
@@ -101,7 +102,8 @@ int nAppend(int nByte) {
 
 const char* pszCapability(const char* pszName) {
     const char* const psz = ::tigetstr(pszName);
-    return psz == nullptr || psz == reinterpret_cast<const char*>(-1) ? nullptr : psz;
+    // An absent one is null, one of another type -1.
+    return reinterpret_cast<std::intptr_t>(psz) == -1 ? nullptr : psz;
 }
 
 bool bAppendCapability(const char* pszName) {
@@ -118,7 +120,7 @@ void PrepareLeaving() {
     g_stGuard.nLeave = 0;
     bAppendCapability("sgr0");
     bAppendCapability("op");
-    if (::tigetflag("ccc") > 0) {
+    if (::tigetflag("ccc") > 0 && ::tigetnum("colors") > 8) {  // Else none was changed.
         bAppendCapability("oc");
     }
     bAppendCapability("cnorm");

@@ -87,7 +87,7 @@ void CWidget::_PrintW(WINDOW* pWindow, int nRow, int nColumn, const wchar_t* psz
 }
 
 void CWidget::_PrintA(WINDOW* pWindow, int nRow, int nColumn, const char* pszFormat, ...) {
-    std::string csText(MAX_FORMATTED, '\0');
+    std::string csText(1024, '\0');  // Wider than any screen.
     std::va_list stArguments;
     va_start(stArguments, pszFormat);
     const int nLength = std::vsnprintf(csText.data(), csText.size(), pszFormat, stArguments);

@@ -175,10 +175,10 @@ void Crash(CScene& rclScene) {
             case 'a': std::abort();
             case 'e': std::exit(5);
             case 's': std::raise(SIGSEGV); break;
-            case 'h': {
+            case 'h': {  // reads behind its memory, which a sanitizer notices
                 const std::vector<char> tabByte(10);
-                volatile const char* const pc = tabByte.data();
-                std::exit(pc[10 + std::getenv("HOME")[0] % 1]);
+                volatile std::size_t unIndex = 10;
+                std::exit(1 + (tabByte.data()[unIndex] & 1));
             }
             default: break;
         }

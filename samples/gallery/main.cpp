@@ -25,11 +25,17 @@ constexpr struct {
     std::string_view svName;
     PFNScreen pfnShow;
 } TAB_SCREEN[] = {
-    {"buttons", csShowButtons},   {"check-boxes", csShowCheckBoxes},
-    {"entries", csShowEntries},   {"gauge", csShowGauge},
-    {"lists", csShowLists},       {"radio-list", csShowRadioList},
-    {"text", csShowText},         {"message", csShowMessage},
-    {"question", csShowQuestion}, {"directory", csShowDirectory},
+    {"buttons", csShowButtons},
+    {"check-boxes", csShowCheckBoxes},
+    {"entries", csShowEntries},
+    {"gauge", csShowGauge},
+    {"lists", csShowLists},
+    {"radio-list", csShowRadioList},
+    {"own-control", csShowOwnControl},
+    {"text", csShowText},
+    {"message", csShowMessage},
+    {"question", csShowQuestion},
+    {"directory", csShowDirectory},
     {"license", csShowLicense},
 };
 

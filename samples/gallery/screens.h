@@ -17,6 +17,7 @@ CTString csShowGauge(const CTString& rcsArgument);
 /// Argument: how many lines the left list has.
 CTString csShowLists(const CTString& rcsArgument);
 CTString csShowRadioList(const CTString& rcsArgument);
+CTString csShowOwnControl(const CTString& rcsArgument);
 /// Argument of these four: the text to show.
 CTString csShowText(const CTString& rcsArgument);
 CTString csShowMessage(const CTString& rcsArgument);

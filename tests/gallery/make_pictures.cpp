@@ -84,6 +84,7 @@ int main(int nArgc, char** ppszArgv) {
         {"gauge", {"Enter", "Enter", "Enter"}},
         {"lists", {"Down", "Enter", "Down", "Enter", "Down"}},
         {"radio-list", {"Down"}},
+        {"own-control", {"Right", "Right"}},
         {"text", {"PageDown"}},
         {"message", {}},
         {"question", {}},

@@ -15,6 +15,7 @@ const std::vector<std::string_view> WALK{
     "Enter",     " ",     "Tab",       "Enter",                                               // gauge
     "Down",      "Right", "Enter",     "Up",    " ",     "Tab",   "Tab",   "Enter",           // lists
     "Down",      "Enter", "Enter",                                                            // radio list
+    "Left",      "Right", "Right",     "Tab",   "Enter",                                      // own control
     "PageDown",  "Down",  "Tab",       "Enter",                                               // text
     "Enter",                                                                                  // message
     "Tab",       "Enter",                                                                     // question
@@ -28,6 +29,7 @@ entries: ServerX, 4901, rooty, without a frame
 gauge: 2 steps
 lists: 2 chosen: A line that is longer than the list is wide, Line 2
 radio-list: option 2
+own-control: 3
 text: not read to the end
 message: result 0
 question: result 2

@@ -89,9 +89,11 @@ chmod 755 /etc/init.d/ZDCS-first
 TEST_F(CInstaller, OptionsSelectTheParameterFile) {
     PackServer();
     Write("right.ini", PSZ_INSTALL);
+    Write(".hidden.ini", PSZ_INSTALL);
     Write("wrong.ini", "[PILOTAGE]\nMAJ=4\n");
-    for (const char* const psz : {"/pilot=right.ini", "/PILOT=./right.ini", "/Pilot=/tmp/run/right.ini",
-                                  "/PILOT=../run/right.ini", "/PILOT=wrong.ini x /PILOT=right.ini"}) {
+    for (const char* const psz :
+         {"/pilot=right.ini", "/PILOT=./right.ini", "/Pilot=/tmp/run/right.ini", "/PILOT=../run/right.ini",
+          "/PILOT=wrong.ini x /PILOT=right.ini", "/PILOT=.hidden.ini"}) {
         fs::remove_all(PSZ_DIR);
         fs::remove("/etc/init.d/ZDCS-first");
         Run(psz);
@@ -126,12 +128,64 @@ TEST_F(CInstaller, OrdersThatCannotBeCarriedOutDoNothing) {
     EXPECT_TRUE(bMarked()) << csRead("trace");
 }
 
+TEST_F(CInstaller, NamesThatReachOtherUnitsAreRefused) {
+    PackServer();
+    Write("/bin/systemctl", "#!/bin/sh\necho \"$*\" >>/tmp/run/units\n");
+    fs::permissions("/bin/systemctl", fs::perms(0755));
+    for (const char* const psz : {"x systemd-journald", "*", "a?b", "a/b", "[a-z]", "\"a\"", "caf\xC3\xA9"}) {
+        Pilot("[PILOTAGE]\nMAJ=2\n[SERVEUR]\nRepertoire=/tmp/zd\nServeur=" + std::string(psz) + "\n");
+        EXPECT_FALSE(fs::exists(PSZ_DIR)) << psz;
+        EXPECT_TRUE(bTraced("no name that a service can have")) << psz;
+    }
+    EXPECT_EQ(csRead("units").find("show"), std::string::npos);
+}
+
+TEST_F(CInstaller, LettersHaveTheirCaseInATurkishLocaleToo) {
+    PackServer();
+    Write("tree/LICENSE.TXT", "to be accepted");
+    if (nShell("localedef -i tr_TR -f UTF-8 /tmp/run/tr_TR.UTF-8 >/dev/null 2>&1") == 0) {
+        ::setenv("LOCPATH", "/tmp/run", 1);
+        ::setenv("LC_ALL", "tr_TR.UTF-8", 1);
+        ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1);  // the C library leaks a path when LOCPATH is set
+    }
+    Write("pilot.ini", "[pilotage]\nmaj=2\n[serveur]\nserveur=first\nrepertoire=/tmp/zd\n");
+    Run("/pilot=pilot.ini");
+    ::unsetenv("LOCPATH");
+    ::unsetenv("LC_ALL");
+    ::unsetenv("ASAN_OPTIONS");
+    EXPECT_TRUE(bMarked());
+    EXPECT_FALSE(fs::exists("/tmp/zd/LICENSE.TXT"));
+}
+
+TEST_F(CInstaller, AMarkerNeverSurvivesAFailedRun) {
+    PackServer();
+    const auto Earlier = [] { Write("/tmp/zd/Install.log", "OK"); };
+    Earlier();
+    Write("/tmp/zd/BDD", "no directory");
+    Pilot(PSZ_INSTALL);
+    EXPECT_FALSE(fs::exists("/tmp/zd/Install.log"));
+    fs::remove("/tmp/zd/BDD");
+    Pilot(PSZ_INSTALL);
+    ASSERT_TRUE(bMarked());
+    fs::remove("kalmoinstall.zip");
+    Pilot(PSZ_UPGRADE);
+    EXPECT_FALSE(fs::exists("/tmp/zd/Install.log"));
+    // One that cannot be removed ends the run before it begins.
+    PackServer();
+    Write("/tmp/zd/Install.log/x", "");
+    fs::remove("calls");
+    Pilot(PSZ_UPGRADE);
+    EXPECT_EQ(csRead("calls"), "(none)");
+    EXPECT_TRUE(bTraced("marker of an earlier run"));
+}
+
 TEST_F(CInstaller, WithoutASoundPayloadNothingIsTouched) {
     PackServer();
     fs::resize_file("kalmoinstall.zip", fs::file_size("kalmoinstall.zip") - 30);
     Pilot(PSZ_INSTALL);
     EXPECT_FALSE(fs::exists(PSZ_DIR));
     EXPECT_TRUE(bTraced("open payload /tmp/run/kalmoinstall.zip: failed"));
+    EXPECT_FALSE(bTraced("No such file")) << "the reason of something else";
     fs::remove("kalmoinstall.zip");
     Pilot(PSZ_INSTALL);
     EXPECT_FALSE(fs::exists(PSZ_DIR));
@@ -210,6 +264,35 @@ TEST_F(CInstaller, UpgradeStopsReplacesAndStarts) {
     EXPECT_EQ(csRead("/tmp/zd/ZDConf.ini"), "[INIT]\r\nName=first");
 }
 
+TEST_F(CInstaller, UpgradeStopsTheManagerOfItsOwnDirectoryOnly) {
+    struct STCase {
+        const char* pszProgram;
+        int nStatus;  // what the manager's script answers until it is started or stopped
+        const char* pszCalls;
+    };
+    const STCase tabCase[] = {
+        {"/tmp/zd/kalmomanager", 0, "status\nstop\nstatus\nstart\n"},
+        {"/tmp/zd/kalmomanager", 3, "status\nstatus\nstart\n"},
+        {"/tmp/elsewhere/kalmomanager", 0, "status\nstatus\n"},
+        {"/tmp/elsewhere/kalmomanager", 3, "status\nstatus\nstart\n"},
+    };
+    PackServer();
+    Pilot(PSZ_INSTALL);
+    for (const STCase& rst : tabCase) {
+        Write("/etc/init.d/KalmoManager",
+              std::string("#!/bin/sh\nProgram=\"") + rst.pszProgram + "\"\necho $1 >>/tmp/run/manager\n" +
+                  "case $1 in\nstop) echo 3 >/tmp/run/state ;;\nstart) echo 0 >/tmp/run/state ;;\n"
+                  "status) exit $(cat /tmp/run/state) ;;\nesac\n");
+        fs::permissions("/etc/init.d/KalmoManager", fs::perms(0755));
+        Write("state", std::to_string(rst.nStatus));
+        fs::remove("manager");
+        Pilot(PSZ_UPGRADE);
+        EXPECT_EQ(csRead("manager"), rst.pszCalls) << rst.pszProgram << rst.nStatus;
+        EXPECT_TRUE(bMarked());
+    }
+    fs::remove("/etc/init.d/KalmoManager");
+}
+
 TEST_F(CInstaller, FailedUpgradeLeavesTheServiceStoppedAndNoMarker) {
     PackServer();
     Pilot(PSZ_INSTALL);
@@ -259,6 +342,8 @@ TEST_F(CInstaller, TraceGoesNeitherThroughALinkNorOverAnEarlierOne) {
     EXPECT_TRUE(csRead("trace").starts_with("earlier\n20"));
     Run("/PILOT=pilot.ini /DEBUG=link");
     EXPECT_EQ(csRead("secret"), "secret\n");
+    ASSERT_EQ(nShell("mkfifo pipe"), 0);
+    Run("/PILOT=pilot.ini /DEBUG=pipe");
 }
 
 }  // namespace

@@ -20,15 +20,6 @@ TEST(Geometry, DialogsShrinkWithTheScreenAndAreCentred) {
     EXPECT_EQ(nCentred(30, 20), 0);
 }
 
-TEST(Geometry, CaptionsAreCentredOrCut) {
-    EXPECT_EQ(csCentredCaption(L"OK", 7), L"  OK   ");
-    EXPECT_EQ(csCentredCaption(L"Yes", 7), L"  Yes  ");
-    EXPECT_EQ(csCentredCaption(L"1234567", 7), L"1234567");
-    EXPECT_EQ(csCentredCaption(L"12345678", 7), L"1234567");
-    EXPECT_EQ(csCentredCaption(L"", 2), L"  ");
-    EXPECT_EQ(csCentredCaption(L"text", -1), L"");
-}
-
 TEST(Geometry, AnEntryScrollsOnlyAsFarAsTheCursorNeeds) {
     const struct {
         int nOffset, nCursor, nTotal, nVisible, nExpected;

@@ -9,13 +9,11 @@
 #include <string_view>
 #include <vector>
 
-#include "framework/conversion.h"
 #include "framework/process_info.h"
 #include "tests/tui/recorder.h"
 #include "tui/attribute.h"
 #include "tui/button.h"
 #include "tui/check_box.h"
-#include "tui/dir_entry.h"
 #include "tui/drawing.h"
 #include "tui/entry.h"
 #include "tui/jauge.h"
@@ -65,18 +63,6 @@ void Fields(CScene& rclScene) {
     rclScene.pclAdd<CJauge>(38, 12, 18, 3, 0.0, 40.0, L"Progress")->SetValue(15);
     rclScene.pclAdd<CJauge>(46, 9, 8, 3, 0.0, 1.0, L"A long caption")->SetValue(3);
     rclScene.pclAdd<CJauge>(1, 1, 30, 10, 0.0, 1.0, L"")->SetVisible(0);
-}
-
-void Path(CScene& rclScene) {
-    CDirEntry* const pcl =
-        rclScene.pclAdd<CDirEntry>(L"/usr/local", 2, 1, 20, 4, L"", CWidget::eBORDER_SHADOW, 1);
-    rclScene.m_OnKey = [&rclScene, pcl](int nKey) {
-        if (nKey == KEY_F(2)) {
-            rclScene.Note(" [" + std::string(csToUTF8(pcl->pszGetText()).svGet()) + "]" +
-                          std::to_string(pcl->nGetCursor()));
-        }
-        return nKey == KEY_F(2);
-    };
 }
 
 void Lists(CScene& rclScene) {
@@ -195,7 +181,7 @@ struct STScene {
     int nHeight = 12;
 };
 constexpr STScene TAB_SCENE[] = {
-    {"fields", Fields, 58, 16}, {"lists", Lists, 48, 14}, {"path", Path},   {"strange", Strange},
+    {"fields", Fields, 58, 16}, {"lists", Lists, 48, 14}, {"strange", Strange},
     {"nested", Nested},         {"primitives", Nothing},  {"crash", Crash},
 };
 

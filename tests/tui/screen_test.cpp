@@ -88,7 +88,7 @@ TEST(Screen, GivesTheTerminalBackHoweverItEnds) {
 }
 
 TEST(Screen, TheLoopEndsWithItsInput) {
-    const std::string csScene = std::string(TUI_SCENE) + " path";
+    const std::string csScene = std::string(TUI_SCENE) + " lists";
     const struct {
         const char* pszWhat;
         std::string csCommand;
@@ -96,8 +96,8 @@ TEST(Screen, TheLoopEndsWithItsInput) {
     } TAB[] = {
         {"empty", csScene + " </dev/null", "events:\n"},
         {"closed", csScene + " <&-", "events:\n"},
-        {"exhausted", "printf 'ab' | " + csScene, "events: 0:6 0:6\n"},
-        {"broken", "printf 'a\\377' | " + csScene, "events: 0:6\n"},
+        {"exhausted", "printf '  ' | " + csScene, "events: 0:2 0:2\n"},
+        {"broken", "printf ' \\377' | " + csScene, "events: 0:2\n"},
     };
     for (const auto& rst : TAB) {
         Terminal clTerminal({"sh", "-c", rst.csCommand});

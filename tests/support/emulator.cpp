@@ -56,6 +56,19 @@ std::string csCellText(const VTermScreenCell& rst) {
     return cs.empty() ? " " : std::string(csToUTF8(cs).svGet());
 }
 
+// How many of the bytes libvterm may have: it forgets the start of an OSC that comes in two parts.
+std::size_t nWholeBytes(std::string_view sv) {
+    const std::size_t nStart = sv.rfind("\x1b]");
+    if (nStart != std::string_view::npos) {
+        const std::string_view svRest = sv.substr(nStart + 2);
+        const bool bNumbered = svRest.empty() || (svRest.front() >= '0' && svRest.front() <= '9');
+        if (bNumbered && svRest.find('\a') == svRest.npos && svRest.find("\x1b\\") == svRest.npos) {
+            return nStart;
+        }
+    }
+    return sv.ends_with('\x1b') ? sv.size() - 1 : sv.size();
+}
+
 }  // namespace
 
 CEmulator::CEmulator(int nRows, int nColumns, std::function<void(std::string_view)> Send)
@@ -71,22 +84,18 @@ CEmulator::CEmulator(int nRows, int nColumns, std::function<void(std::string_vie
             static_cast<CEmulator*>(pclSelf)->m_Send({pc, nLength});
         },
         this);
-    static constexpr VTermScreenCallbacks SCREEN{.damage = nullptr,
-                                                 .moverect = nullptr,
-                                                 .movecursor = __nOnMoveCursor,
-                                                 .settermprop = __nOnProperty,
-                                                 .bell = nullptr,
-                                                 .resize = nullptr,
-                                                 .sb_pushline = nullptr,
-                                                 .sb_popline = nullptr};
+    static const VTermScreenCallbacks SCREEN = [] {
+        VTermScreenCallbacks st{};
+        st.movecursor = __nOnMoveCursor;
+        st.settermprop = __nOnProperty;
+        return st;
+    }();
     vterm_screen_set_callbacks(m_pclScreen, &SCREEN, this);
-    static constexpr VTermParserCallbacks UNKNOWN{.text = nullptr,
-                                                  .control = nullptr,
-                                                  .escape = nullptr,
-                                                  .csi = nullptr,
-                                                  .osc = __nOnCommand,
-                                                  .dcs = nullptr,
-                                                  .resize = nullptr};
+    static const VTermParserCallbacks UNKNOWN = [] {
+        VTermParserCallbacks st{};
+        st.osc = __nOnCommand;
+        return st;
+    }();
     vterm_screen_set_unrecognised_fallbacks(m_pclScreen, &UNKNOWN, this);
     vterm_screen_enable_altscreen(m_pclScreen, 1);
     vterm_screen_reset(m_pclScreen, 1);
@@ -94,7 +103,10 @@ CEmulator::CEmulator(int nRows, int nColumns, std::function<void(std::string_vie
 }
 
 void CEmulator::Feed(std::string_view svBytes) {
-    vterm_input_write(m_pclTerm.get(), svBytes.data(), svBytes.size());
+    m_csHeld += svBytes;
+    const std::size_t nWhole = nWholeBytes(m_csHeld);
+    vterm_input_write(m_pclTerm.get(), m_csHeld.data(), nWhole);
+    m_csHeld.erase(0, nWhole);
 }
 
 void CEmulator::Resize(int nRows, int nColumns) {

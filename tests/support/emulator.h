@@ -93,6 +93,7 @@ class CEmulator {
     int m_nColumns;
     STCursor m_stCursor;
     bool m_bAlternate = false;
+    std::string m_csHeld;  ///< The start of a sequence whose end has not come yet.
 };
 
 }  // namespace kalmo

@@ -64,7 +64,8 @@ class Terminal {
     /// patience ends first.
     int nWaitEnd();
 
-    /// Gives the terminal another size, of which the program is told by SIGWINCH. Does not wait.
+    /// Gives the terminal another size, of which the program is told by SIGWINCH. Does not wait. Settle
+    /// before: most programs overlook the signal until their next key when it comes just before their read.
     void Resize(int nColumns, int nRows);
     /// Pulls the plug: the program gets SIGHUP, its reads end. The screen stays as it was.
     void HangUp();

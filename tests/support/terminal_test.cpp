@@ -58,6 +58,7 @@ TEST(Terminal, TellsProgramsItsKindAndSize) {
 TEST(Terminal, FollowsTheSizeAndTheSecondScreen) {
     Terminal clTerminal({"less", KALMO_SOURCE "/framework/texts/en.txt"}, {.nColumns = 60, .nRows = 5});
     ASSERT_TRUE(clTerminal.bWaitText("en.txt"));
+    ASSERT_TRUE(clTerminal.bSettle());  // A signal just before the read would wait for the next key.
     EXPECT_TRUE(clTerminal.clScreen().bAlternateScreen());
     EXPECT_FALSE(clTerminal.bCooked());
     clTerminal.Resize(60, 9);
@@ -128,6 +129,18 @@ TEST(Terminal, ReachesIntoTheMachine) {
     ASSERT_TRUE(clTerminal.bWaitText("xterm-256color 24 80"));
     clTerminal.Send("9\r");
     EXPECT_EQ(clTerminal.nWaitEnd(), 9);
+}
+
+TEST(Emulator, TakesSequencesInPieces) {
+    for (const std::string csSequence : {"\x1b]4;8;rgb:26/26/26\x1b\\", "\x1b]4;8;rgb:26/26/26\a"}) {
+        for (std::size_t nCut = 0; nCut <= csSequence.size(); ++nCut) {
+            CEmulator clScreen(1, 4, {});
+            clScreen.Feed("a" + csSequence.substr(0, nCut));
+            clScreen.Feed(csSequence.substr(nCut) + "b");
+            EXPECT_EQ(clScreen.unPaletteColour(8), 0x262626U) << nCut;
+            EXPECT_EQ(clScreen.csText(), "\nab\n") << nCut;
+        }
+    }
 }
 
 TEST(SvgScreen, DrawsRunsOfEqualLook) {

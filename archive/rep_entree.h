@@ -23,6 +23,7 @@ class CRepEntree {
 
     CRepEntree() = default;
     /// The name is the full one: the directory part, each of its levels ending in "/", and the file name.
+    /// Backslashes do not separate here: whoever makes the entry has turned them.
     CRepEntree(CTString csNom, std::uint64_t u64TailleOriginale, std::uint64_t u64TailleCompresse,
                const STTimes& rstTimes, std::uint32_t dwAttribut)
         : m_csNom(std::move(csNom)),

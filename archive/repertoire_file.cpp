@@ -2,6 +2,7 @@
 #include <cerrno>
 #include <string>
 
+#include "archive/entry_name.h"
 #include "archive/le_cursor.h"
 #include "archive/repertoire.h"
 #include "framework/conversion.h"
@@ -81,7 +82,8 @@ bool bReadEntry(IXStream& rclStream, CRepEntree* pclEntree) {
     if (!rclStream.bReadAll(csName.data(), csName.size())) {
         return false;
     }
-    *pclEntree = CRepEntree(csFromUTF8(csName), u64Original, u64Compressed, stTimes, dwAttribut);
+    *pclEntree =
+        CRepEntree(csWithSlashes(csFromUTF8(csName)), u64Original, u64Compressed, stTimes, dwAttribut);
     pclEntree->SetCrypte((byFlags & byCRYPTE) != 0, CTString());
     return true;
 }

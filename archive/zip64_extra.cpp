@@ -13,8 +13,8 @@ void ApplyZip64Extra(std::span<const unsigned char> tabExtra,
     const std::uint16_t wId = clExtra.wNext();
     const std::uint16_t wSize = clExtra.wNext();
     CLeCursor clValue(clExtra.tabNext(wSize));
-    if (!clExtra.bOk() || wId != wZip64Id) {
-        return;
+    if (wId != wZip64Id) {
+        return;  // and of a block that is cut short every value fails to be read below
     }
     const auto bSaturated = [](const std::uint64_t* pu64) { return *pu64 == dwSATURE; };
     const auto nNeeded = std::count_if(tabField.begin(), tabField.end(), bSaturated);

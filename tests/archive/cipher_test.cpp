@@ -21,33 +21,20 @@ TEST(EntryCipher, KnownAnswers) {
     cl.CryptInitKeys(L"\x1F373\x100065\U00000163ret");
     EXPECT_EQ(cl.rstGetKeys(), (STKeys{0xDDA9E469, 0x96212999, 0xF9FC9651}));
 
-    std::string csStream;
-    for (int n = 0; n < 16; ++n) {
-        csStream += static_cast<char>(cl.CryptEncode(0));
-    }
+    CTLBIN tab(16, 0);
+    tab[0] = cl.CryptEncode(tab[0]);
+    cl.CryptEncodeBuffer(std::span(tab).subspan(1));
+    const std::string csStream(tab.begin(), tab.end());
     EXPECT_EQ(csStream, "\xC8\x89\xC9\x5B\xB4\xDE\xAC\x0E\x5A\x9D\x7E\x61\x0B\xBA\x69\xE7");
-}
-
-TEST(EntryCipher, EncodeAndDecodeUndoEachOther) {
-    CTLBIN tab;
-    for (int n = 0; n < 1000; ++n) {
-        tab.push_back(static_cast<unsigned char>(n * n >> 3));
-    }
-    const CTLBIN tabPlain = tab;
-    CEntryCipher clEncode;
     CEntryCipher clDecode;
-    clEncode.CryptInitKeys(L"key");
-    clDecode.CryptInitKeys(L"key");
-    clEncode.CryptEncodeBuffer(std::span(tab).first(333));
-    clEncode.CryptEncodeBuffer(std::span(tab).subspan(333));
-    EXPECT_NE(tab, tabPlain);
+    clDecode.CryptInitKeys(L"secret");
     tab[0] = clDecode.CryptDecode(tab[0]);
     clDecode.CryptDecodeBuffer(std::span(tab).subspan(1));
-    EXPECT_EQ(tab, tabPlain);
-    EXPECT_EQ(clEncode.rstGetKeys(), clDecode.rstGetKeys());
+    EXPECT_EQ(tab, CTLBIN(16, 0));
+    EXPECT_EQ(clDecode.rstGetKeys(), cl.rstGetKeys());
 }
 
-TEST(EntryCipher, HeaderHoldsTheCheckAndTellsAWrongPassword) {
+TEST(EntryCipher, HeaderHoldsTheCheck) {
     CEntryCipher cl;
     CCryptHeader tabHeader;
     cl.CryptCryptHeader(L"right", 0xA1B2C3D4, &tabHeader);
@@ -58,14 +45,6 @@ TEST(EntryCipher, HeaderHoldsTheCheckAndTellsAWrongPassword) {
     EXPECT_TRUE(cl.bCryptCheck(tabOpened, 0xA1));
     EXPECT_EQ(tabOpened[10], 0xB2);
     EXPECT_EQ(cl.rstGetKeys(), stAfter);
-
-    int nPassed = 0;
-    for (int n = 0; n < 2560; ++n) {
-        tabOpened = tabHeader;
-        cl.CryptInitKeys(L"wrong" + std::to_wstring(n));
-        nPassed += cl.bCryptCheck(tabOpened, 0xA1) ? 1 : 0;
-    }
-    EXPECT_NEAR(nPassed, 10, 9);  // one in 256
 }
 
 // What this system enciphers itself it reads back; a wrong password that passes the header by chance fails
@@ -114,11 +93,7 @@ TEST(EntryCipher, PasswordsThatCannotBeUsedAreRefused) {
     EXPECT_EQ(cl.eMotDePasse(szNegative), ARCHIVE_PASSWORD);
     EXPECT_EQ(cl.eGetMotDePasse(csPassword), ARCHIVE_OK);
     EXPECT_TRUE(csPassword.bEmpty());
-
-    CWinZip clZip;
-    EXPECT_TRUE(clZip.bSetPassword(L"kept"));
-    EXPECT_FALSE(clZip.bSetPassword({L"a\0b", 3}));
-    EXPECT_STREQ(clZip.pszGetPassword(), L"");
+    EXPECT_FALSE(CWinZip().bSetPassword({L"a\0b", 3}));
 }
 
 }  // namespace

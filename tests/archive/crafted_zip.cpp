@@ -16,25 +16,25 @@ std::string csStored(const STCraftedEntry& rst) {
 }
 
 std::string csLocal(const STCraftedEntry& rst) {
-    const std::string csName = rst.csLocalName.orTruth(rst.csName);
+    const std::string csName = rst.csLocalName.value_or(rst.csName);
     const std::string csData = csStored(rst);
-    return csLe(rst.dwLocalSignature.orTruth(0x04034B50), 4) + csLe(20, 2) +
-           csLe(rst.wLocalFlags.orTruth(rst.wFlags), 2) +
-           csLe(rst.wLocalMethode.orTruth(rst.bDeflate ? 8 : 0), 2) + csLe(rst.dwDate, 4) +
-           csLe(rst.dwLocalCrc.orTruth(dwCrcOf(rst.csData)), 4) + csLe(csData.size(), 4) +
+    return csLe(rst.dwLocalSignature.value_or(0x04034B50), 4) + csLe(20, 2) +
+           csLe(rst.wLocalFlags.value_or(rst.wFlags), 2) +
+           csLe(rst.wLocalMethode.value_or(rst.bDeflate ? 8 : 0), 2) + csLe(rst.dwDate, 4) +
+           csLe(rst.dwLocalCrc.value_or(dwCrcOf(rst.csData)), 4) + csLe(csData.size(), 4) +
            csLe(rst.csData.size(), 4) + csLe(csName.size(), 2) + csLe(0, 2) + csName + csData;
 }
 
 std::string csCentral(const STCraftedEntry& rst, std::size_t nOffset) {
-    return csLe(rst.dwSignature.orTruth(0x02014B50), 4) + csLe(rst.wMadeBy, 2) + csLe(20, 2) +
-           csLe(rst.wFlags, 2) + csLe(rst.wMethode.orTruth(rst.bDeflate ? 8 : 0), 2) + csLe(rst.dwDate, 4) +
-           csLe(rst.dwCrc.orTruth(dwCrcOf(rst.csData)), 4) +
-           csLe(rst.dwCompresse.orTruth(static_cast<std::uint32_t>(csStored(rst).size())), 4) +
-           csLe(rst.dwOriginale.orTruth(static_cast<std::uint32_t>(rst.csData.size())), 4) +
-           csLe(rst.wNameLength.orTruth(static_cast<std::uint16_t>(rst.csName.size())), 2) +
-           csLe(rst.wExtraLength.orTruth(static_cast<std::uint16_t>(rst.csExtra.size())), 2) +
+    return csLe(rst.dwSignature.value_or(0x02014B50), 4) + csLe(rst.wMadeBy, 2) + csLe(20, 2) +
+           csLe(rst.wFlags, 2) + csLe(rst.wMethode.value_or(rst.bDeflate ? 8 : 0), 2) + csLe(rst.dwDate, 4) +
+           csLe(rst.dwCrc.value_or(dwCrcOf(rst.csData)), 4) +
+           csLe(rst.dwCompresse.value_or(static_cast<std::uint32_t>(csStored(rst).size())), 4) +
+           csLe(rst.dwOriginale.value_or(static_cast<std::uint32_t>(rst.csData.size())), 4) +
+           csLe(rst.wNameLength.value_or(static_cast<std::uint16_t>(rst.csName.size())), 2) +
+           csLe(rst.wExtraLength.value_or(static_cast<std::uint16_t>(rst.csExtra.size())), 2) +
            csLe(rst.csComment.size(), 2) + csLe(rst.wDisk, 2) + csLe(0, 2) + csLe(rst.dwAttribut, 4) +
-           csLe(rst.dwOffset.orTruth(static_cast<std::uint32_t>(nOffset)), 4) + rst.csName + rst.csExtra +
+           csLe(rst.dwOffset.value_or(static_cast<std::uint32_t>(nOffset)), 4) + rst.csName + rst.csExtra +
            rst.csComment;
 }
 
@@ -79,12 +79,12 @@ std::string STCraftedZip::csBytes() const {
         csLocals += csLocal(rst);
     }
     const auto wCount = static_cast<std::uint16_t>(tabEntry.size());
-    return csPrefix + csLocals + csDirectory + csBeforeEnd + csLe(0x06054B50, 4) + csLe(wDisk.orTruth(0), 2) +
-           csLe(wDirectoryDisk.orTruth(0), 2) + csLe(wEntries.orTruth(wCount), 2) +
-           csLe(wEntries.orTruth(wCount), 2) +
-           csLe(dwDirectorySize.orTruth(static_cast<std::uint32_t>(csDirectory.size())), 4) +
-           csLe(dwDirectoryOffset.orTruth(static_cast<std::uint32_t>(csLocals.size())), 4) +
-           csLe(wCommentLength.orTruth(static_cast<std::uint16_t>(csComment.size())), 2) + csComment;
+    return csPrefix + csLocals + csDirectory + csBeforeEnd + csLe(0x06054B50, 4) +
+           csLe(wDisk.value_or(0), 2) + csLe(wDirectoryDisk.value_or(0), 2) +
+           csLe(wEntries.value_or(wCount), 2) + csLe(wEntries.value_or(wCount), 2) +
+           csLe(dwDirectorySize.value_or(static_cast<std::uint32_t>(csDirectory.size())), 4) +
+           csLe(dwDirectoryOffset.value_or(static_cast<std::uint32_t>(csLocals.size())), 4) +
+           csLe(wCommentLength.value_or(static_cast<std::uint16_t>(csComment.size())), 2) + csComment;
 }
 
 }  // namespace kalmo

@@ -12,18 +12,7 @@
 
 namespace kalmo {
 
-/// A field of the local or central header that is to say something else than the truth.
-template <class T>
-struct CLie {
-    std::optional<T> value;
-    CLie& operator=(T lie) {
-        value = lie;
-        return *this;
-    }
-    [[nodiscard]] T orTruth(T truth) const { return value.value_or(truth); }
-};
-
-/// One entry of a crafted archive, stored unless bDeflate is set. Sizes, CRC and offset are true by default.
+/// One entry of a crafted archive, stored unless bDeflate is set. What is optional says the truth unless set.
 struct STCraftedEntry {
     std::string csName = "a.txt";
     std::string csData = "hello, archive";
@@ -36,14 +25,14 @@ struct STCraftedEntry {
     std::string csExtra;
     std::string csComment;
 
-    CLie<std::uint16_t> wMethode;
-    CLie<std::uint32_t> dwCrc, dwCompresse, dwOriginale, dwOffset;
-    CLie<std::uint16_t> wNameLength, wExtraLength;
-    CLie<std::uint32_t> dwSignature;
+    std::optional<std::uint16_t> wMethode;
+    std::optional<std::uint32_t> dwCrc, dwCompresse, dwOriginale, dwOffset;
+    std::optional<std::uint16_t> wNameLength, wExtraLength;
+    std::optional<std::uint32_t> dwSignature;
 
-    CLie<std::string> csLocalName;
-    CLie<std::uint16_t> wLocalMethode, wLocalFlags;
-    CLie<std::uint32_t> dwLocalCrc, dwLocalSignature;
+    std::optional<std::string> csLocalName;
+    std::optional<std::uint16_t> wLocalMethode, wLocalFlags;
+    std::optional<std::uint32_t> dwLocalCrc, dwLocalSignature;
 };
 
 /// An archive made byte by byte, for what no archiver would write.
@@ -52,8 +41,8 @@ struct STCraftedZip {
     std::string csPrefix;  ///< In front, without the offsets knowing of it.
     std::string csBeforeEnd;
     std::string csComment;
-    CLie<std::uint16_t> wDisk, wDirectoryDisk, wEntries, wCommentLength;
-    CLie<std::uint32_t> dwDirectorySize, dwDirectoryOffset;
+    std::optional<std::uint16_t> wDisk, wDirectoryDisk, wEntries, wCommentLength;
+    std::optional<std::uint32_t> dwDirectorySize, dwDirectoryOffset;
 
     [[nodiscard]] std::string csBytes() const;
     /// Where the central directory starts, without the prefix.

@@ -11,93 +11,64 @@
 namespace kalmo {
 namespace {
 
-const std::string csZip64Locator = csLe(0x07064B50, 4) + csLe(0, 4);
+using Z = STCraftedZip;
+using E = STCraftedEntry;
 
-/// A Zip64 end record and its locator for a directory right in front of them.
-std::string csZip64End(const STCraftedZip& rst, std::uint64_t u64Entries, std::uint64_t u64Size,
-                       std::uint64_t u64RecordSize = 44) {
-    const std::uint64_t u64Position = rst.dwDirectoryStart() + u64Size;
-    return csLe(0x06064B50, 4) + csLe(u64RecordSize, 8) + csLe(0, 4) + csLe(0, 8) + csLe(u64Entries, 8) +
-           csLe(u64Entries, 8) + csLe(u64Size, 8) + csLe(rst.dwDirectoryStart(), 8) + csZip64Locator +
-           csLe(u64Position, 8) + csLe(1, 4);
+std::string csZip(const std::function<void(Z&, E&)>& rclChange) {
+    STCraftedZip st;
+    rclChange(st, st.tabEntry[0]);
+    return st.csBytes();
 }
 
-constexpr std::uint64_t u64HeaderSize = 46 + 5;  // of the one entry, "a.txt"
+std::string csLocator(std::uint64_t u64Offset, std::uint32_t dwDisks = 1) {
+    return csLe(0x07064B50, 4) + csLe(0, 4) + csLe(u64Offset, 8) + csLe(dwDisks, 4);
+}
+
+/// The sound archive of one entry with something before its end record that is to be Zip64 records.
+std::string csZip64(const std::string& rcsRecords) {
+    return csZip([&](Z& z, E&) { z.csBeforeEnd = rcsRecords, z.dwDirectoryOffset = 0xFFFFFFFF; });
+}
+
+/// Zip64 records of that archive that say what they are told to.
+std::string csRecords(std::uint64_t u64Entries, std::uint64_t u64Size, std::uint64_t u64RecordSize = 44) {
+    const std::uint64_t u64Start = STCraftedZip().dwDirectoryStart();
+    return csLe(0x06064B50, 4) + csLe(u64RecordSize, 8) + csLe(0, 12) + csLe(u64Entries, 8) +
+           csLe(u64Entries, 8) + csLe(u64Size, 8) + csLe(u64Start, 8) +
+           csLocator(u64Start + 51);  // a central header of 51 bytes
+}
 
 TEST(HostileArchive, IsNotOpened) {
-    struct STCase {
+    const struct {
         const char* pszFault;
-        std::function<std::string(STCraftedZip)> bytes;
+        std::string csBytes;
+    } tabCase[] = {
+        {"end record: not found", ""},
+        {"end record: not found", "PK\5\6"},
+        {"end record: not found", std::string(100000, 'P')},
+        {"end record: not found", STCraftedZip().csBytes() + std::string(65536, 'x')},
+        {"end record: cut short", STCraftedZip().csBytes() + "PK\5\6" + std::string(17, 0)},
+        {"end record: the directory does not fit", csZip([](Z& z, E&) { z.dwDirectorySize = 0xFFFFFFFF; })},
+        {"end record: the directory does not fit", csZip([](Z& z, E&) { z.dwDirectoryOffset = 0xFFFFFFFE; })},
+        {"central header: wrong signature", csZip([](Z&, E& e) { e.dwSignature = 0x02014B51; })},
+        {"central header: wrong signature", csZip([](Z& z, E&) { z.csBeforeEnd = "gap"; })},
+        {"central header: cut short", csZip([](Z& z, E&) { z.wEntries = 0xFFFF; })},
+        {"central header: name cut short", csZip([](Z&, E& e) { e.wNameLength = 250; })},
+        {"central header: extra field cut short", csZip([](Z&, E& e) { e.wExtraLength = 0xFFFF; })},
+        {"central header: cannot be read",
+         csZip([](Z& z, E&) { z.wDisk = 2; })},  // begins in a missing volume
+        {"Zip64 locator: no room", csLe(0x06054B50, 4) + csLe(0, 12) + csLe(0xFFFFFFFF, 4) + csLe(0, 2)},
+        {"Zip64 locator: wrong signature", csZip64("")},
+        {"Zip64 end record: wrong signature", csZip64(csLocator(0))},
+        {"Zip64 end record: cannot be read", csZip64(csLocator(UINT64_MAX))},
+        {"Zip64 end record: cut short", csZip64(csLocator(STCraftedZip().csBytes().size()))},
+        {"Zip64 end record: cannot be read", csZip64(csLocator(0, 0xFFFFFFFF))},  // volumes without end
+        {"Zip64 end record: longer than the room", csZip64(csRecords(1, 51, UINT64_MAX - 3))},
+        {"end record: the directory does not fit", csZip64(csRecords(1, UINT64_MAX))},
+        {"central header: wrong signature", csZip64(csRecords(UINT64_MAX, 51))},
     };
-    const STCase tabCase[] = {
-        {"end record: not found", [](STCraftedZip) { return std::string(); }},
-        {"end record: not found", [](STCraftedZip) { return csLe(0x06054B50, 4); }},
-        {"end record: not found", [](STCraftedZip) { return std::string(100000, 'P'); }},
-        {"end record: not found", [](STCraftedZip st) { return st.csBytes() + std::string(65536, 'x'); }},
-        {"end record: cut short",
-         [](STCraftedZip st) { return st.csBytes() + "PK\5\6" + std::string(17, 0); }},
-        {"end record: the directory does not fit",
-         [](STCraftedZip st) { return st.dwDirectorySize = 0xFFFFFFFF, st.csBytes(); }},
-        {"end record: the directory does not fit",
-         [](STCraftedZip st) { return st.dwDirectoryOffset = 0xFFFFFFFE, st.csBytes(); }},
-        {"central header: wrong signature",
-         [](STCraftedZip st) { return st.tabEntry[0].dwSignature = 0x02014B51, st.csBytes(); }},
-        {"central header: cut short", [](STCraftedZip st) { return st.wEntries = 0xFFFF, st.csBytes(); }},
-        {"central header: wrong signature",
-         [](STCraftedZip st) { return st.csBeforeEnd = "gap", st.csBytes(); }},
-        {"central header: name cut short",
-         [](STCraftedZip st) { return st.tabEntry[0].wNameLength = 250, st.csBytes(); }},
-        {"central header: extra field cut short",
-         [](STCraftedZip st) { return st.tabEntry[0].wExtraLength = 0xFFFF, st.csBytes(); }},
-        // A set of volumes whose directory begins in the first one, which is missing.
-        {"central header: cannot be read", [](STCraftedZip st) { return st.wDisk = 2, st.csBytes(); }},
-        {"Zip64 locator: no room",
-         [](STCraftedZip st) {
-             st.tabEntry.clear();
-             return st.dwDirectoryOffset = 0xFFFFFFFF, st.csBytes();
-         }},
-        {"Zip64 locator: wrong signature",
-         [](STCraftedZip st) { return st.dwDirectoryOffset = 0xFFFFFFFF, st.csBytes(); }},
-        {"Zip64 end record: wrong signature",
-         [](STCraftedZip st) {
-             st.csBeforeEnd = csZip64Locator + csLe(0, 8) + csLe(1, 4);
-             return st.dwDirectoryOffset = 0xFFFFFFFF, st.csBytes();
-         }},
-        {"Zip64 end record: cannot be read",
-         [](STCraftedZip st) {
-             st.csBeforeEnd = csZip64Locator + csLe(UINT64_MAX, 8) + csLe(1, 4);
-             return st.dwDirectoryOffset = 0xFFFFFFFF, st.csBytes();
-         }},
-        {"Zip64 end record: cut short",
-         [](STCraftedZip st) {
-             st.csBeforeEnd = csZip64Locator + csLe(st.csBytes().size(), 8) + csLe(1, 4);
-             return st.dwDirectoryOffset = 0xFFFFFFFF, st.csBytes();
-         }},
-        {"Zip64 end record: longer than the room",
-         [](STCraftedZip st) {
-             st.csBeforeEnd = csZip64End(st, 1, u64HeaderSize, UINT64_MAX - 3);
-             return st.dwDirectoryOffset = 0xFFFFFFFF, st.csBytes();
-         }},
-        {"Zip64 end record: cannot be read",
-         [](STCraftedZip st) {
-             st.csBeforeEnd = csZip64Locator + csLe(0, 8) + csLe(0xFFFFFFFF, 4);  // volumes without end
-             return st.dwDirectoryOffset = 0xFFFFFFFF, st.csBytes();
-         }},
-        {"central header: wrong signature",
-         [](STCraftedZip st) {
-             st.csBeforeEnd = csZip64End(st, UINT64_MAX, u64HeaderSize);
-             return st.dwDirectoryOffset = 0xFFFFFFFF, st.csBytes();
-         }},
-        {"end record: the directory does not fit",
-         [](STCraftedZip st) {
-             st.csBeforeEnd = csZip64End(st, 1, u64HeaderSize);
-             st.csBeforeEnd.replace(40, 8, csLe(UINT64_MAX, 8));
-             return st.dwDirectoryOffset = 0xFFFFFFFF, st.csBytes();
-         }},
-    };
-    for (const STCase& rst : tabCase) {
+    for (const auto& rst : tabCase) {
         SCOPED_TRACE(rst.pszFault);
-        CCraftedArchive cl(rst.bytes({}));
+        CCraftedArchive cl(rst.csBytes);
         EXPECT_EQ(cl.eOpened(), ARCHIVE_BAD);
         EXPECT_EQ(cl.rclZip().eGetDerniereErreur(), ARCHIVE_BAD);
         EXPECT_THAT(csToUTF8(cl.rclZip().csGetDefaut()).pszGet(), testing::StartsWith(rst.pszFault));
@@ -108,16 +79,20 @@ TEST(HostileArchive, IsNotOpened) {
 
 // What becomes of an entry whose headers lie, or whose data is not what they say.
 TEST(HostileArchive, EntryIsDeliveredOnlyAsStated) {
-    constexpr std::uint32_t dwCrcOfHello = 0x3610A686;  // of the first five characters
-    constexpr std::uint32_t dwSaturated = 0xFFFFFFFF;
-    const std::string csZip64Id = csLe(1, 2);
+    static constexpr std::uint32_t dwCrcOfHello = 0x3610A686;  // of the first five characters
+    static constexpr std::uint32_t dwSaturated = 0xFFFFFFFF;
+    const auto csBlock = [](std::initializer_list<std::uint64_t> tab) {  // a Zip64 block of these values
+        std::string cs = csLe(1, 2) + csLe(tab.size() * 8, 2);
+        for (const std::uint64_t u64 : tab) {
+            cs += csLe(u64, 8);
+        }
+        return cs;
+    };
     struct STCase {
         const char* pszExpected;
         std::function<void(STCraftedZip&, STCraftedEntry&)> change;
         bool bDeflate = false;
     };
-    using Z = STCraftedZip;
-    using E = STCraftedEntry;
     const STCase tabCase[] = {
         {"hello, archive", [](Z&, E&) {}},
         {"hello, archive", [](Z&, E&) {}, true},
@@ -136,6 +111,11 @@ TEST(HostileArchive, EntryIsDeliveredOnlyAsStated) {
         {"!3", [](Z&, E& e) { e.dwOffset = 1; }},
         {"!3", [](Z&, E& e) { e.dwOffset = 0xFFFFFFFE; }},
         {"!3", [](Z& z, E&) { z.wDisk = z.wDirectoryDisk = 2; }},  // lies in a volume that is not there
+        {"hello, archive",  // where the end record has no room for them, volumes are counted in the Zip64 one
+         [](Z& z, E&) {
+             z.wDisk = z.wDirectoryDisk = 0xFFFF;
+             z.csBeforeEnd = csRecords(1, 51), z.dwDirectoryOffset = dwSaturated;
+         }},
         // Sizes and checks.
         {"!3", [](Z&, E& e) { e.dwOriginale = 15; }},
         {"!3", [](Z&, E& e) { e.dwOriginale = 15; }, true},
@@ -153,27 +133,22 @@ TEST(HostileArchive, EntryIsDeliveredOnlyAsStated) {
         {"!21", [](Z&, E& e) { e.wFlags = wFLAG_CRYPTE; }},
         // Zip64 values: those that are needed, or all of them, in the first block of the extra field.
         {"!30", [](Z&, E& e) { e.dwCompresse = e.dwOriginale = dwSaturated; }},
-        {"hello, archive",
-         [&](Z&, E& e) { e.dwOriginale = dwSaturated, e.csExtra = csZip64Id + csLe(8, 2) + csLe(14, 8); }},
-        {"hello, archive",
-         [&](Z&, E& e) { e.dwOffset = dwSaturated, e.csExtra = csZip64Id + csLe(8, 2) + csLe(0, 8); }},
+        {"hello, archive", [&](Z&, E& e) { e.dwOriginale = dwSaturated, e.csExtra = csBlock({14}); }},
+        {"hello, archive", [&](Z&, E& e) { e.dwOffset = dwSaturated, e.csExtra = csBlock({0}); }},
         {"hello, archive",
          [&](Z&, E& e) {
-             e.dwOriginale = e.dwOffset = dwSaturated;
-             e.csExtra = csZip64Id + csLe(16, 2) + csLe(14, 8) + csLe(0, 8);
+             e.dwOriginale = e.dwOffset = dwSaturated, e.csExtra = csBlock({14, 0});
          }},
         {"hello, archive",
          [&](Z&, E& e) {
-             e.dwOffset = dwSaturated;
-             e.csExtra = csZip64Id + csLe(24, 2) + csLe(99, 8) + csLe(99, 8) + csLe(0, 8);
+             e.dwOffset = dwSaturated, e.csExtra = csBlock({99, 99, 0});
          }},
-        {"!3",
+        {"hello, archive",
          [&](Z&, E& e) {
-             e.dwOriginale = dwSaturated;
-             e.csExtra = csLe(0x5455, 2) + csLe(0, 2) + csZip64Id + csLe(8, 2) + csLe(14, 8);
-         }},
-        {"!3",
-         [&](Z&, E& e) { e.dwOriginale = dwSaturated, e.csExtra = csZip64Id + csLe(9, 2) + csLe(14, 8); }},
+             e.csExtra = csBlock({99, 99, 99});
+         }},  // nothing to replace
+        {"!3", [&](Z&, E& e) { e.dwOriginale = dwSaturated, e.csExtra = csLe(0x5455, 4) + csBlock({14}); }},
+        {"!3", [&](Z&, E& e) { e.dwOriginale = dwSaturated, e.csExtra = csLe(0x00090001, 4) + csLe(14, 8); }},
     };
     for (const STCase& rst : tabCase) {
         SCOPED_TRACE(&rst - tabCase);

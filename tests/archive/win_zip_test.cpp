@@ -48,14 +48,12 @@ std::string csThreeEntries() {
 TEST(WinZip, WalksAndLocatesEntries) {
     CReader cl(csThreeEntries());
     ASSERT_EQ(cl.m_eOpened, ARCHIVE_OK);
-    EXPECT_EQ(cl.NextFile(0), ARCHIVE_NO_CURRENT);
     EXPECT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_NO_CURRENT);
-    EXPECT_EQ(cl.FirstFile(), ARCHIVE_OK);
-    EXPECT_STREQ(cl.CurrentFile_szName(), L"Dir\\one.txt");
-    EXPECT_EQ(cl.NextFile(0), ARCHIVE_OK);
-    EXPECT_EQ(cl.NextFile(0), ARCHIVE_OK);
-    EXPECT_STREQ(cl.CurrentFile_szName(), L"mixed/a\\b");
-    EXPECT_EQ(cl.NextFile(0), ARCHIVE_NO_CURRENT);
+    std::wstring csWalked;
+    for (eARCHIVE e = cl.FirstFile(); e == ARCHIVE_OK; e = cl.NextFile(0)) {
+        csWalked += cl.CurrentFile_szName() + std::wstring(L"|");
+    }
+    EXPECT_EQ(csWalked, L"Dir\\one.txt|dir/ONE.txt|mixed/a\\b|");
     EXPECT_STREQ(cl.CurrentFile_szName(), L"");
 
     const struct {
@@ -80,27 +78,21 @@ TEST(WinZip, ReadsInPiecesOfAnySize) {
     CReader cl(csThreeEntries());
     std::size_t nRead = 1;
     EXPECT_FALSE(cl.bReadCurrentFileInZip(nullptr, 0, &nRead)) << "nothing is open";
-    EXPECT_EQ(nRead, 0U);
     ASSERT_EQ(cl.LocateFile(L"dir/ONE.txt", true), ARCHIVE_OK);
-    std::string csFirst;
     for (const std::size_t nPiece : {1U, 7U, 4096U, 32768U, 1000000U}) {
         ASSERT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_OK);
-        const std::string cs = cl.csReadAll(nPiece);
-        EXPECT_EQ(cs.size(), cl.pstGetCurrent()->u64TailleOriginale);
-        EXPECT_TRUE(csFirst.empty() || cs == csFirst);
-        csFirst = cs;
+        EXPECT_EQ(cl.csReadAll(nPiece).size(), cl.pstGetCurrent()->u64TailleOriginale);
         EXPECT_EQ(cl.CloseCurrentFileInZip(1, 0), ARCHIVE_OK);
     }
     // A reading that is broken off has no CRC to compare; opening another entry closes it.
     ASSERT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_OK);
-    ASSERT_TRUE(cl.bReadCurrentFileInZip(csFirst.data(), 10, &nRead));
+    ASSERT_TRUE(cl.bReadCurrentFileInZip(&nRead, 1, &nRead));
     ASSERT_EQ(cl.LocateFile(L"mixed/a/b", false), ARCHIVE_OK);
-    ASSERT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_OK);
-    EXPECT_EQ(cl.csReadAll(100), "hello, archive");
-    EXPECT_EQ(cl.CloseCurrentFileInZip(1, 0), ARCHIVE_CRC);
-    ASSERT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_OK);
-    EXPECT_EQ(cl.csReadAll(100), "hello, archive");
-    EXPECT_EQ(cl.CloseCurrentFileInZip(0, 0), ARCHIVE_OK) << "not asked to compare";
+    for (const int nCompare : {1, 0}) {
+        ASSERT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_OK);
+        EXPECT_EQ(cl.csReadAll(100), "hello, archive");
+        EXPECT_EQ(cl.CloseCurrentFileInZip(nCompare, 0), nCompare != 0 ? ARCHIVE_CRC : ARCHIVE_OK);
+    }
 }
 
 TEST(WinZip, CodesOfItsOwn) {
@@ -111,7 +103,6 @@ TEST(WinZip, CodesOfItsOwn) {
     CReader cl(st.csBytes());
     ASSERT_EQ(cl.FirstFile(), ARCHIVE_OK);
     EXPECT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_CIPHER);
-    EXPECT_TRUE(cl.pstGetCurrent()->bCrypte());
 
     const CTempFolder clFolder;
     clFolder.Write("yes", st.csBytes());
@@ -130,28 +121,26 @@ TEST(WinZip, KeepsWhatTheRecordsSay) {
     rst.csName = "l" + std::string(270, 'o') + "ng";
     rst.csExtra = "extra";
     rst.csComment = "entry comment";
-    rst.wMadeBy = 0x0014;
-    rst.dwAttribut = 0x20;
+    rst.wDisk = 3;
     st.tabEntry.resize(2);
+    st.tabEntry.push_back(st.tabEntry[0]);
+    st.tabEntry[2].csLocalName = st.tabEntry[2].csName + "er";  // differs behind the part that is used
     CReader cl(st.csBytes());
     ASSERT_EQ(cl.FirstFile(), ARCHIVE_OK);
     EXPECT_EQ(cl.csGetCommentaire().svGet(), L"caf\u00E9 \u20AC");
     EXPECT_EQ(cl.u64GetPrefixe(), 5U);
-    EXPECT_EQ(cl.rstGetEndRecord().dwDirectoryDisk, 3U);
-    const STCentralHeader& rstRead = *cl.pstGetCurrent();
-    EXPECT_EQ(rstRead.csNom.svGet(), L"l" + std::wstring(259, L'o'));
-    EXPECT_EQ(rstRead.tabExtra, tabBytes("extra"));
-    EXPECT_EQ(rstRead.dwAttribut, 0x20U + 438U);
-    const CDiskFile::STFileTime stDate = rstRead.stDate();
-    EXPECT_EQ(stDate.nAnnee * 10000 + stDate.nMois * 100 + stDate.nJour, 20240101);
-    EXPECT_EQ(stDate.nHeure * 10000 + stDate.nMinute * 100 + stDate.nSeconde, 132330);
-    EXPECT_EQ(cl.CurrentFile_szExtZip(0).svGet(), L".z01");
-    EXPECT_EQ(cl.CurrentFile_szExtZip(2).svGet(), L".z03");
-    EXPECT_EQ(cl.CurrentFile_szExtZip(3).svGet(), L".zip");
-    EXPECT_EQ(cl.CurrentFile_szExtZip(9).svGet(), L".zip");
-    // The header behind the long name is found, and a name of 273 bytes fits its local one.
+    EXPECT_EQ(cl.pstGetCurrent()->csNom.svGet(), L"l" + std::wstring(259, L'o'));
+    EXPECT_EQ(cl.pstGetCurrent()->tabExtra, tabBytes("extra"));
+    EXPECT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_OK);
+    EXPECT_EQ(cl.csReadAll(100), "hello, archive");
     EXPECT_EQ(cl.NextFile(0), ARCHIVE_OK);
-    EXPECT_STREQ(cl.CurrentFile_szName(), L"a.txt");
+    EXPECT_STREQ(cl.CurrentFile_szName(), L"a.txt") << "found behind all that";
+    EXPECT_EQ(cl.NextFile(0), ARCHIVE_OK);
+    EXPECT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_BAD);
+    const wchar_t* const tabExtension[] = {L".z01", L".z02", L".z03", L".zip", L".zip"};
+    for (unsigned n = 0; n < 5; ++n) {
+        EXPECT_EQ(cl.CurrentFile_szExtZip(n).svGet(), tabExtension[n]);
+    }
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <array>
 #include <climits>
 #include <string>
+#include <utility>
 
 #include "framework/conversion.h"
 #include "framework/memory_stream.h"
@@ -49,49 +50,30 @@ bool bSet(const CTempFolder& rcl, const wchar_t* pszSection, const wchar_t* pszK
 }
 
 TEST(Profile, ReadsValues) {
-    const struct {
-        const char* pszFile;
-        const wchar_t* pszKey;
-        const wchar_t* pszValue;
-    } tabCase[] = {
+    const std::pair<const char*, const wchar_t*> tabCase[] = {
         // Blanks, tabs and line ends.
-        {"[AB]\nk=v\n", L"k", L"v"},
-        {"  [AB]\n  k \t = \t v w \n", L"k", L"v w "},
-        {"[AB]\r\nk=v\r\n", L"k", L"v"},
-        {"[AB]\nk=v\rw\n", L"k", L"v"},
-        {"[AB]\nk=v", L"k", L"v"},
-        {"[AB]\nk=\nl=1\n", L"k", L""},
-        {"[AB]\nk = \t", L"k", L""},
-        {"[AB]\n\tk=v\n", L"k", L"(default)"},  // a tab is no blank
-        {"[AB]\n\n\nk=v\n", L"k", L"v"},
+        {"  [AB]\n\n  k \t = \t v w \n", L"v w "},
+        {"[AB]\r\nk=v\r\n", L"v"},
+        {"[AB]\nk=v\rw", L"v"},
+        {"[AB]\nk=\nl=1\n", L""},
+        {"[AB]\nk = \t", L""},
+        {"[AB]\n\tk=v\n", L"(default)"},  // a tab is no blank
+        {"[AB]\n  k=1\nk = 2\n", L"1"},   // what a write behind the blanks leaves
         // Names.
-        {"[ab]\nKEY=v\n", L"key", L"v"},
-        {"[AB ]\nk=1\n[ABC]\nk=2\n[A]\nk=3\n", L"k", L"(default)"},
-        {"[AB ]\nk=1\n[ABC]\nk=2\n[AB] rest\nk=3\n", L"k", L"3"},
-        {"[AB]\nkey=1\nk=2\n", L"k", L"2"},
-        {"[AB]\nk other = 5\n", L"k", L"5"},
-        {"[AB]\nk a=b=c\n", L"k", L"b=c"},
-        {"[AB]\nk no value\nk=1\n", L"k", L"1"},
-        {"[AB]\nk\n=1\n", L"k", L"(default)"},
-        {"[AB]\nk=1\nk=2\n", L"k", L"1"},
-        {"[AB]\na=b=1\n", L"a=b", L"1"},
+        {"[ABC]\nk=2\n[ab] rest\nK=3\n", L"3"},
+        {"[AB ]\nk=1\n[ABC]\nk=2\n[A]\nk=3\n", L"(default)"},
+        {"[AB]\nkey=1\nk no value\nk\n=1\nk other = b=c\nk=2\n", L"b=c"},
         // Comments and the section's end.
-        {"[AB]\n :k=1\nk=2\n", L"k", L"2"},
-        {":[AB]\nk=1\n", L"k", L"(default)"},
-        {"[AB]\n:x=1\n", L":x", L"(default)"},
-        {"[AB]\n[C]\nk=1\n[AB]\nk=2\n", L"k", L"(default)"},
-        {"[AB]\n [C] \nk=1\n", L"k", L"(default)"},
-        {"[AB]\n[C\nk=1\n", L"k", L"1"},
-        {"[AB]\n:[C]\nk=1\n", L"k", L"1"},
-        {"[AB\nk=1\n", L"k", L"(default)"},
-        {"k=1\n", L"k", L"(default)"},
-        {"", L"k", L"(default)"},
+        {"[AB]\n :k=1\nk=2\n", L"2"},
+        {"[AB]\n [C] \nk=1\n[AB]\nk=2\n", L"(default)"},
+        {"[AB]\n[C\n:[D]\nk=1\n", L"1"},
+        {"k=1\n[AB\nk=2\n:[AB]\nk=3\n", L"(default)"},
     };
     const CTempFolder clFolder;
-    for (const auto& rst : tabCase) {
+    for (const auto& [pszFile, pszValue] : tabCase) {
         for (const bool bWide : {false, true}) {
-            clFolder.Write("f.ini", bWide ? csWideFile(rst.pszFile) : rst.pszFile);
-            EXPECT_EQ(csGet(clFolder, L"AB", rst.pszKey), rst.pszValue) << rst.pszFile << bWide;
+            clFolder.Write("f.ini", bWide ? csWideFile(pszFile) : pszFile);
+            EXPECT_EQ(csGet(clFolder, L"AB", L"k"), pszValue) << pszFile << bWide;
         }
     }
 }
@@ -99,16 +81,13 @@ TEST(Profile, ReadsValues) {
 TEST(Profile, WritesInPlace) {
     const struct {
         const char* pszBefore;
-        const wchar_t* pszKey;
-        const wchar_t* pszValue;
+        const wchar_t *pszKey, *pszValue;
         const char* pszAfter;
     } tabCase[] = {
         // A section that is not there.
         {"", L"k", L"v", "[AB]\nk = v\n"},
-        {"[C]\nk=1\n", L"k", L"v", "[C]\nk=1\n[AB]\nk = v\n"},
         {"[C]\nk=1", L"k", L"v", "[C]\nk=1\n[AB]\nk = v\n"},
-        {"[AB ]\n[ABC]\n", L"k", L"v", "[AB ]\n[ABC]\n[AB]\nk = v\n"},
-        {" [AB]\nk=1\n", L"k", L"v", " [AB]\nk=1\n[AB]\nk = v\n"},  // only the first column counts
+        {"[AB ]\n[ABC]\n [AB]\n", L"k", L"v", "[AB ]\n[ABC]\n [AB]\n[AB]\nk = v\n"},
         // A key that is there.
         {"[ab] x\nK=1\nl=2\n", L"k", L"a longer value", "[ab] x\nk = a longer value\nl=2\n"},
         {"[AB]\nk=a longer value\nl=2\n", L"k", L"v", "[AB]\nk = v\nl=2\n"},
@@ -118,28 +97,20 @@ TEST(Profile, WritesInPlace) {
         {"[AB]\r\nk=1\r\nl=2\r\n", L"k", L"v", "[AB]\r\nk = v\nl=2\r\n"},
         // A key that is not there, or that writing does not see.
         {"[AB]", L"k", L"v", "[AB]\nk = v\n"},
-        {"[AB]\nl=2", L"k", L"v", "[AB]\nl=2\nk = v\n"},
-        {"[AB]\nkey=1\nk\n", L"k", L"v", "[AB]\nkey=1\nk\nk = v\n"},
-        {"[AB]\n k=1\n", L"k", L"v", "[AB]\n k=1\nk = v\n"},
-        {"[AB]\n:k=1\n [C]\n", L"k", L"v", "[AB]\n:k=1\n [C]\nk = v\n"},
+        {"[AB]\n k=1\n", L"k", L"v", "[AB]\n k=1\nk = v\n"},  // only the first column counts
+        {"[AB]\nkey=1\nk\n:k=1\n [C]\n", L"k", L"v", "[AB]\nkey=1\nk\n:k=1\n [C]\nk = v\n"},
         {"[AB]\nl=2\n\nk=1\n[C]\n", L"k", L"v", "[AB]\nl=2\nk = v\n\nk=1\n[C]\n"},
         {"[AB]\r\nl=2\r\n\r\n[C]\r\n", L"k", L"v", "[AB]\r\nl=2\r\nk = v\n\r\n[C]\r\n"},
-        {"[AB]\nl=2\n[C]\nk=1\n", L"k", L"v", "[AB]\nl=2\nk = v\n[C]\nk=1\n"},
-        {"[AB]\n[C\nk=1\n", L"k", L"v", "[AB]\nk = v\n[C\nk=1\n"},
+        {"[AB]\nl=2\n[C\nk=1\n", L"k", L"v", "[AB]\nl=2\nk = v\n[C\nk=1\n"},
         // Removing a key.
         {"[AB]\nk=1\nl=2\n", L"K", nullptr, "[AB]\nl=2\n"},
-        {"[AB]\nl=2\nk=1", L"k", nullptr, "[AB]\nl=2\n"},
-        {"[AB]\n\nk=1\n", L"k", nullptr, "[AB]\n\nk=1\n"},
         {"[C]\nk=1", L"k", nullptr, "[C]\nk=1"},
         // Removing the section.
         {"[C]\nk=1\n[ab]\nk=2\n\n [D]\n[E]\nk=3\n", nullptr, L"x", "[C]\nk=1\n[E]\nk=3\n"},
         {"[C]\nk=1\n[AB]\nk=2", nullptr, nullptr, "[C]\nk=1\n"},
         {"[AB]\nk=1\n[C\nk=2\n[AB]\n", nullptr, nullptr, "[C\nk=2\n[AB]\n"},
-        {" [AB]\nk=1\n", nullptr, nullptr, " [AB]\nk=1\n"},
-        // Texts that could not be read back.
+        // A text that could not be read back.
         {"[AB]\nk=1\n", L"k", L"1\nl=2", nullptr},
-        {"[AB]\nk=1\n", L"k", L"1\r", nullptr},
-        {"[AB]\nk=1\n", L"k\nl", L"1", nullptr},
     };
     const CTempFolder clFolder;
     for (const auto& rst : tabCase) {
@@ -150,14 +121,6 @@ TEST(Profile, WritesInPlace) {
             EXPECT_EQ(clFolder.csRead("f.ini"), csAs(rst.pszAfter != nullptr ? rst.pszAfter : rst.pszBefore));
         }
     }
-}
-
-TEST(Profile, AKeyBehindBlanksIsReadButNotReplaced) {
-    const CTempFolder clFolder;
-    clFolder.Write("f.ini", "[INIT]\n  Port = 1\n");
-    EXPECT_TRUE(bSet(clFolder, L"init", L"port", L"2"));
-    EXPECT_EQ(clFolder.csRead("f.ini"), "[INIT]\n  Port = 1\nport = 2\n");
-    EXPECT_EQ(csGet(clFolder, L"INIT", L"Port"), L"1");
 }
 
 TEST(Profile, CreatesAnEightBitFileAndKeepsTheIdentityOfOne) {
@@ -174,7 +137,7 @@ TEST(Profile, CreatesAnEightBitFileAndKeepsTheIdentityOfOne) {
 
 TEST(Profile, LinesHaveNoLengthLimit) {
     const CTempFolder clFolder;
-    for (const std::size_t nLength : {200U, 255U, 256U, 257U, 1000U, 3900U}) {
+    for (const std::size_t nLength : {255U, 256U, 257U, 3900U}) {
         const std::wstring csLong(nLength, L'x');
         clFolder.Write("f.ini", "[" + std::string(nLength, 'A') + "]\nk=1\n");
         EXPECT_TRUE(bSet(clFolder, std::wstring(nLength, L'a').c_str(), L"k", csLong.c_str()));
@@ -206,9 +169,7 @@ TEST(Profile, UnitsOfAWideFileAreWideCharacters) {
     EXPECT_EQ(clFolder.csRead("f.ini"),
               csWideFile("[AB]\nk") + "\x3D\xD8\x00\xDE \0=\0 \0\x0A\x01\x3D\xD8\x00\xDE\x80\xDC\n\0"s);
     EXPECT_EQ(csGet(clFolder, L"AB", L"k\U0001F600"), L"\u010A\xD83D\xDE00\xDC80");
-    // Units that were read go back as they were, and mean one character in an 8-bit file.
-    EXPECT_TRUE(bSet(clFolder, L"AB", L"k\U0001F600", L"\xD83D\xDE00"));
-    EXPECT_EQ(csGet(clFolder, L"AB", L"k\xD83D\xDE00"), L"\xD83D\xDE00");
+    // Units that were read mean one character in an 8-bit file.
     clFolder.Write("f.ini", "");
     EXPECT_TRUE(bSet(clFolder, L"AB", L"k", L"\xD83D\xDE00"));
     EXPECT_EQ(clFolder.csRead("f.ini"), "[AB]\nk = \xF0\x9F\x98\x80\n");
@@ -223,7 +184,6 @@ TEST(Profile, FindsTheMarkAndPutsTheStreamBack) {
     } tabCase[] = {{"\xFF\xFE[\0"s, 0, true, 2},
                    {"\xFF\xFE[\0"s, 1, true, 1},
                    {"\xFE\xFF\0["s, 0, false, 0},
-                   {"\xFF", 0, false, 0},
                    {"[A]", 3, false, 3}};
     for (const auto& rst : tabCase) {
         CMemoryStream clStream(CTLBIN(rst.csFile.begin(), rst.csFile.end()));
@@ -239,7 +199,6 @@ TEST(Profile, ListsSectionsAndKeys) {
     EXPECT_EQ(csGet(clFolder, nullptr, L"x"), L"A\r\nB\r\nD\r\n");
     EXPECT_EQ(csGet(clFolder, L"a", nullptr), L"k1\r\nk2\r\n\r\n");
     EXPECT_EQ(csGet(clFolder, L"B", nullptr), L"(default)");
-    EXPECT_EQ(csGet(clFolder, L"X", nullptr), L"(default)");
     clFolder.Write("f.ini", "no section\n");
     EXPECT_EQ(csGet(clFolder, nullptr, nullptr), L"(default)");
 }
@@ -249,72 +208,46 @@ TEST(Profile, ResultsAreCutToTheBuffer) {
     clFolder.Write("f.ini", "[Sec1]\nk=\u00E9bcd\nempty=\n[Sec2]\n");
     const auto csFile = clFolder.csWide("f.ini");
     const struct {
-        const char* pszSection;
-        const char* pszKey;
+        const wchar_t *pszSection, *pszKey;
         unsigned dwSize;
-        std::wstring csWide;
-        std::string csNarrow;
-    } tabCase[] = {
-        {"Sec1", "k", 6, L"\u00E9bcd", "\u00E9bcd"},
-        {"Sec1", "k", 5, L"\u00E9bcd", "\u00E9bc"},
-        {"Sec1", "k", 4, L"\u00E9bc", "\u00E9b"},
-        {"Sec1", "k", 2, L"\u00E9", "\xC3"},
-        {"Sec1", "k", 1, L"", ""},
-        {"Sec1", "empty", 6, L"", ""},
-        {"Sec1", "none", 4, L"def", "def"},
-        {nullptr, nullptr, 7, L"Sec1\r\n", "Sec1\r\n"},
-        {nullptr, nullptr, 8, L"Sec1\r\nS", "Sec1\r\nS"},
-        {"Sec1", nullptr, 5, L"k\r\ne", "k\r\ne"},
-    };
+        std::wstring csCut;
+    } tabCase[] = {{L"Sec1", L"k", 5, L"\u00E9bcd"},    {L"Sec1", L"k", 4, L"\u00E9bc"},
+                   {L"Sec1", L"empty", 6, L""},         {L"Sec1", L"none", 4, L"def"},
+                   {nullptr, nullptr, 8, L"Sec1\r\nS"}, {L"Sec1", nullptr, 5, L"k\r\ne"}};
     for (const auto& rst : tabCase) {
-        std::string szNarrow(10, '#');
-        const unsigned dwNarrow =
-            GetPrivateProfileStringA(rst.pszSection, rst.pszKey, "default", szNarrow.data(), rst.dwSize,
-                                     clFolder.clPath("f.ini").c_str());
-        EXPECT_EQ(dwNarrow, rst.csNarrow.size());
-        EXPECT_EQ(szNarrow, rst.csNarrow + '\0' + std::string(9 - rst.csNarrow.size(), '#'));
-
-        std::wstring szWide(10, L'#');
-        const CTString csSection = csFromUTF8(rst.pszSection != nullptr ? rst.pszSection : "");
-        const CTString csKey = csFromUTF8(rst.pszKey != nullptr ? rst.pszKey : "");
-        const unsigned dwWide =
-            GetPrivateProfileStringW(rst.pszSection != nullptr ? csSection.pszGet() : nullptr,
-                                     rst.pszKey != nullptr ? csKey.pszGet() : nullptr, L"default",
-                                     szWide.data(), rst.dwSize, csFile.c_str());
-        EXPECT_EQ(dwWide, rst.csWide.size());
-        EXPECT_EQ(szWide, rst.csWide + L'\0' + std::wstring(9 - rst.csWide.size(), L'#'));
+        std::wstring sz(10, L'#');
+        const unsigned dwLength = GetPrivateProfileStringW(rst.pszSection, rst.pszKey, L"default", sz.data(),
+                                                           rst.dwSize, csFile.c_str());
+        EXPECT_EQ(dwLength, rst.csCut.size());
+        EXPECT_EQ(sz, rst.csCut + L'\0' + std::wstring(9 - rst.csCut.size(), L'#'));
     }
+    // The 8-bit call counts bytes, and passes on what is not asked for.
+    std::string sz(6, '#');
+    const std::string csName = clFolder.clPath("f.ini");
+    EXPECT_EQ(GetPrivateProfileStringA("Sec1", "k", "default", sz.data(), 4, csName.c_str()), 3U);
+    EXPECT_EQ(sz, "\u00E9b\0##"s);
+    EXPECT_EQ(GetPrivateProfileStringA(nullptr, nullptr, nullptr, sz.data(), 5, csName.c_str()), 4U);
+    EXPECT_EQ(sz, "Sec1\0#"s);
     wchar_t c = L'#';
     EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", &c, 0, csFile.c_str()), 0U);
     EXPECT_EQ(c, L'#');
     EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"none", nullptr, &c, 1, csFile.c_str()), 0U);
     EXPECT_EQ(c, L'\0');
-    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", nullptr, 5, csFile.c_str()), 0U);
 }
 
 TEST(Profile, ReadsIntegers) {
-    const struct {
-        const char* pszValue;
-        int nValue;
-    } tabCase[] = {{"4900", 4900},
-                   {" 1x", 1},
-                   {"-5", -5},
-                   {"", 0},
-                   {"port", 0},
-                   {"0x10", 0},
-                   {"- 5", 0},
-                   {"2147483647", INT_MAX},
-                   {"4294971196", INT_MAX},
-                   {"-99999999999999999999", INT_MIN},
-                   {"0000000000000000000012", 0}};
+    constexpr std::pair<const char*, int> tabCase[] = {{"-4900", -4900},
+                                                       {" 1x", 1},
+                                                       {"", 0},
+                                                       {"0x10", 0},
+                                                       {"4294971196", INT_MAX},
+                                                       {"000000000000000000012", 0}};
     const CTempFolder clFolder;
     const auto csFile = clFolder.csWide("f.ini");
-    for (const auto& rst : tabCase) {
-        clFolder.Write("f.ini", "[AB]\nk="s + rst.pszValue);
-        EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 7, csFile.c_str()), rst.nValue) << rst.pszValue;
+    for (const auto& [pszValue, nValue] : tabCase) {
+        clFolder.Write("f.ini", "[AB]\nk="s + pszValue);
+        EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 7, csFile.c_str()), nValue) << pszValue;
     }
-    EXPECT_EQ(GetPrivateProfileInt(L"AB", L"none", -1, csFile.c_str()), -1);
-    EXPECT_EQ(GetPrivateProfileInt(L"AB", L"none", INT_MIN, csFile.c_str()), INT_MIN);
 }
 
 TEST(Profile, AWriteThatFailsLeavesTheFile) {
@@ -345,10 +278,9 @@ TEST(Profile, AWriteThatFailsLeavesTheFile) {
 
 TEST(Profile, FilesThatCannotBeUsed) {
     const CTempFolder clFolder;
-    std::filesystem::create_directory(clFolder.clPath("folder"));
     ASSERT_EQ(::mkfifo(clFolder.clPath("fifo").c_str(), 0600), 0);
     ASSERT_EQ(::symlink("loop", clFolder.clPath("loop").c_str()), 0);
-    const std::wstring tabFile[] = {clFolder.csWide("folder"), clFolder.csWide("none/f.ini"),
+    const std::wstring tabFile[] = {clFolder.csWide(""), clFolder.csWide("none/f.ini"),
                                     clFolder.csWide("fifo"), clFolder.csWide("loop"),
                                     L"/" + std::wstring(260, L'x')};
     std::array<wchar_t, 10> sz{};
@@ -372,22 +304,15 @@ TEST(Profile, FilesOfTheUser) {
     CFSPath clHome;
     ASSERT_TRUE(bGetHomeDirectory(&clHome));
     const std::wstring csHome(clHome.svGet());
-    const struct {
-        std::wstring csName;
-        std::wstring csPath;
-    } tabCase[] = {{L"f.ini", csHome + L"/f.ini"},
-                   {L".\\f.ini", L"./f.ini"},
-                   {L"./f.ini", L"./f.ini"},
-                   {L"C:\\a/b\\c", L"C:/a/b/c"},
-                   {std::wstring(260, L'/'), std::wstring(260, L'/')},
-                   {std::wstring(261, L'/'), L""},
-                   {std::wstring(260 - csHome.size(), L'x'), L""}};
+    const std::pair<std::wstring, std::wstring> tabCase[] = {
+        {L"f.ini", csHome + L"/f.ini"}, {L".\\f.ini", L"./f.ini"},
+        {L"C:\\a/b\\c", L"C:/a/b/c"},   {std::wstring(260, L'/'), std::wstring(260, L'/')},
+        {std::wstring(261, L'/'), L""}, {std::wstring(260 - csHome.size(), L'x'), L""}};
     CPathBuffer szPath;
-    for (const auto& rst : tabCase) {
-        EXPECT_EQ(__PrivateProfilePatchName(rst.csName.c_str(), szPath), !rst.csPath.empty());
-        EXPECT_EQ(szPath, rst.csPath);
+    for (const auto& [csName, csPath] : tabCase) {
+        EXPECT_EQ(__PrivateProfilePatchName(csName.c_str(), szPath), !csPath.empty());
+        EXPECT_EQ(szPath, csPath);
     }
-
     ASSERT_TRUE(bGetVLNCONFPath(szPath));
     EXPECT_EQ(szPath, csHome + L"/.VLN.conf");
     EXPECT_TRUE(WriteProfileString(L"AB", L"k", L"12"));

@@ -5,99 +5,95 @@ namespace {
 
 using ServiceManagerTest = CStandInTest;
 
-TEST_F(ServiceManagerTest, SysVLookUpTriesTheScriptNameFirst) {
+TEST_F(ServiceManagerTest, TheFirstOfSeveralSignsDecides) {
+    const auto nDetect = [this](const char* pszPath, const std::string& csText) {
+        Write(pszPath, csText);
+        CServiceManager::ms_eDistri = eNotDetected;
+        EXPECT_TRUE(m_clManager.bInit(nullptr, 0));
+        std::filesystem::remove(pszPath);
+        EXPECT_TRUE(m_clManager.bInit(L"only the first time counts", 0xF003F));
+        return CServiceManager::ms_eDistri;
+    };
+    struct STCase {
+        const char* pszPath;
+        std::string csText;
+        int nDistri;
+    };
+    // In the order in which they are looked at: each one decides while all those behind it are there too.
+    const STCase tabCase[] = {
+        {PSZ_SYSTEMCTL, "#!/bin/sh\n[ \"$*\" = '--no-pager --no-legend' ]\n", 7},
+        {"/etc/debian_version", "", 0},
+        {"/etc/mandrake-release", "", 2},
+        {"/etc/mandriva-release", "", 2},
+        {"/etc/SuSE-release", "", 4},
+        {"/sbin/SuSEconfig", "", 4},
+        {"/etc/gentoo-release", "", 5},
+        {"/etc/fedora-release", "", 3},
+        {"/etc/slackware-release", "", 6},
+        {"/etc/slackware-version", "", 6},
+        {"/etc/redhat-release", "Fedora release 12, formerly MANDRIVA", 2},
+        {"/etc/version", "a Debian", 0},
+        {"/etc/init.d/function", "", 1},
+        {"/etc/init.d/functions", "", 0},
+    };
+    for (const STCase& rst : tabCase) {
+        Write(rst.pszPath, "");
+    }
+    for (const STCase& rst : tabCase) {
+        EXPECT_EQ(nDetect(rst.pszPath, rst.csText), rst.nDistri) << rst.pszPath;
+    }
+    EXPECT_EQ(nDetect("/etc/redhat-release", "Red Hat Linux release 9"), 1);
+    EXPECT_EQ(nDetect("/etc/redhat-release", "FEDORA Core"), 3);
+    EXPECT_EQ(nDetect("/etc/version", "Fedora, formerly Mandrake"), 2);
+    EXPECT_EQ(nDetect("/etc/version", "Debian and RedHat"), 1);
+    EXPECT_EQ(nDetect("/etc/version", "something else"), 0);
+    EXPECT_EQ(nDetect("/etc/version", std::string(70000, ' ') + "RedHat"), 0) << "too long to be one";
+    EXPECT_EQ(nDetect(PSZ_SYSTEMCTL, "#!/bin/sh\nexit 1\n"), 0);
+    EXPECT_EQ(nDetect(PSZ_SYSTEMCTL, "#!/no/such\n"), 0);
+}
+
+TEST_F(ServiceManagerTest, SysVScripts) {
     CServiceManager::ms_eDistri = eDebian;
     Write("/etc/init.d/ZDCS-a_b__c-d-e", "Name=\"The first\"\nProgram=\"/opt/k/kalmo --service\"\n");
-    Write("/etc/init.d/KalmoManager", "Program='/opt'\n");
-    Write("/etc/init.d/v1.2/x", "");
-    Write("/etc/init.d/v1.3", "");
-    Write("/etc/init.d/v1.4", "");
-    Write("/etc/init.d/v1-4", "");
-    struct STCase {
-        const wchar_t* pszName;
-        const wchar_t* pszFound;
-    };
-    for (const STCase& rst : {
-             STCase{L"ZDCS-a b\tc/d.e", L"ZDCS-a_b__c-d-e,The first,/opt/k/kalmo --service"},
-             {L"KalmoManager", L"KalmoManager,KalmoManager,(null)"},
-             {L"kalmomanager", L"none"},
-             {L"v1.2", L"none"},
-             {L"v1.3", L"v1.3,v1.3,(null)"},
-             {L"v1.4", L"v1-4,v1-4,(null)"},
-             {L"", L"none"},
-         }) {
-        EXPECT_EQ(csDescribe(m_clManager.pclGetService(rst.pszName, 0)), rst.pszFound) << rst.pszName;
-    }
-    EXPECT_EQ(m_clManager.pclGetService(nullptr, 0), nullptr);
-}
-
-TEST_F(ServiceManagerTest, SysVListing) {
-    CServiceManager::ms_eDistri = eGentoo;
-    for (const char* const psz : {"ZDCS-one", "ZDCS-two", "zdcs-low", "A-B", "A-Bc", "A_B"}) {
+    for (const char* const psz : {"v1.2/x", "v1.3", "v1.4", "v1-4", "v1-4b"}) {
         Write(std::string("/etc/init.d/") + psz, "");
     }
-    EXPECT_EQ(csList(L"A.B"), L"A-B A-Bc ");
-    EXPECT_EQ(csList(nullptr), L"A-B A-Bc A_B ZDCS-one ZDCS-two zdcs-low ");
-    unsigned dwCursor = 0;
-    EXPECT_NE(m_clManager.pclEnumService(&dwCursor, L"ZDCS-", 0), nullptr);
-    EXPECT_NE(dwCursor, 0U);
-    m_clManager.AbortEnumService(&dwCursor);
-    EXPECT_EQ(dwCursor, 0U);
-    EXPECT_EQ(csList(L"ZDCS-"), L"ZDCS-one ZDCS-two ");
+    EXPECT_EQ(csFind(L"ZDCS-a b\tc/d.e"), L"ZDCS-a_b__c-d-e,The first,/opt/k/kalmo --service");
+    EXPECT_EQ(csFind(L"v1.2"), L"none") << "a directory";
+    EXPECT_EQ(csFind(L"v1.3"), L"v1.3,v1.3,(null)");
+    EXPECT_EQ(csFind(L"v1.4"), L"v1-4,v1-4,(null)");
+    EXPECT_EQ(csFind(L"V1.4"), L"none");
+    EXPECT_EQ(csFind(nullptr), L"none");
+    EXPECT_EQ(tabList(L"v1.4"), (CNames{L"v1-4", L"v1-4b"}));
+    EXPECT_EQ(tabList(nullptr).size(), 6U);
     std::filesystem::remove_all("/etc/init.d");
-    EXPECT_EQ(csList(L""), L"");
+    EXPECT_EQ(tabList(L""), CNames());
 }
 
-TEST_F(ServiceManagerTest, SystemdLookUp) {
+TEST_F(ServiceManagerTest, SystemdUnits) {
     CServiceManager::ms_eDistri = eSystemd;
-    Write("/etc/init.d/wrap", "Program=\"/opt/wrapped\"\n");
+    // The second unit is listed, but not loaded. A marked name does not count beside others.
     Tool(PSZ_SYSTEMCTL, R"(case "$*" in
+        list-units*) printf 'x-lost.service a\nx-gone.service a\nssh.service a\n* x-b.service a\n';;
         *" a b c") echo Type=simple; echo Description=Odd; echo 'ExecStart={ argv[]=/opt/k --service ; }';;
-        *" wrap" | *" lost") echo Type=forking; echo 'ExecStart={ argv[]=/etc/init.d/wrap start ; }';;
-        *" bare") echo Type=dbus; exit 4;;
-        *) echo Type=; echo Description=x;; esac)");
-    EXPECT_EQ(csDescribe(m_clManager.pclGetService(L"a;b|c", 0)), L"a;b|c,Odd,/opt/k --service ");
-    EXPECT_EQ(csTakeRecord(), "systemctl --property=Description,ExecStart,Type show a b c\n");
-    EXPECT_EQ(csDescribe(m_clManager.pclGetService(L"wrap", 0)), L"wrap,(null),/opt/wrapped");
-    EXPECT_EQ(csDescribe(m_clManager.pclGetService(L"lost", 0)), L"lost,(null),(null)");
-    EXPECT_EQ(csDescribe(m_clManager.pclGetService(L"bare", 0)), L"bare,(null),(null)");
-    EXPECT_EQ(csDescribe(m_clManager.pclGetService(L"unknown", 0)), L"none");
-    std::filesystem::remove(PSZ_SYSTEMCTL);
-    EXPECT_EQ(csDescribe(m_clManager.pclGetService(L"bare", 0)), L"none");
-    EXPECT_TRUE(CServiceManager::csGetSystemdProp("ActiveState", L"bare").bEmpty());
-    EXPECT_EQ(csList(L"ZDCS-"), L"");
-}
-
-TEST_F(ServiceManagerTest, SystemdListing) {
-    CServiceManager::ms_eDistri = eSystemd;
-    // The name of the second unit is listed, but the unit is not loaded. A marked name does not count.
-    Tool(PSZ_SYSTEMCTL, R"(case "$*" in
-        list-units*) printf 'ZDCS-b.service loaded\nZDCS-gone.service x\nssh.service x\n* ZDCS-a.service x\n';;
-        *gone) echo Type=;;
-        *) echo Type=simple;; esac)");
-    EXPECT_EQ(csList(L"ZDCS-"), L"ZDCS-b ");
-    EXPECT_EQ(csTakeRecord(),
-              "systemctl list-units --all --type=service --full --no-pager --no-legend\n"
-              "systemctl --property=Description,ExecStart,Type show ZDCS-b\n"
-              "systemctl --property=Description,ExecStart,Type show ZDCS-gone\n");
+        *gone) echo Type=; echo Description=x;;
+        *) echo Type=forking; echo 'ExecStart={ argv[]=/etc/init.d/lost start ; }';; esac)");
+    EXPECT_EQ(csFind(L"a;b|c"), L"a;b|c,Odd,/opt/k --service ");
+    EXPECT_EQ(csFind(L"x-lost"), L"x-lost,(null),(null)");
+    EXPECT_EQ(tabList(L"x-"), CNames{L"x-lost"});
+    EXPECT_TRUE(csTakeRecord().starts_with(
+        "systemctl --property=Description,ExecStart,Type show a b c\n"
+        "systemctl --property=Description,ExecStart,Type show x-lost\n"
+        "systemctl list-units --all --type=service --full --no-pager --no-legend\nsystemctl --property"));
     // Records that nobody takes go with an ended listing, or with the manager.
     unsigned dwCursor = 0;
     EXPECT_NE(m_clManager.pclEnumService(&dwCursor, L"", 0), nullptr);
     m_clManager.AbortEnumService(&dwCursor);
     EXPECT_EQ(dwCursor, 0U);
-    EXPECT_NE(m_clManager.pclEnumService(&dwCursor, L"", 0), nullptr);
-    dwCursor = 0;
-    EXPECT_STREQ(m_clManager.pclEnumService(&dwCursor, L"", 0)->pszGetName(), L"ZDCS-b");
-
-    // With a status column no name passes, so the list is asked for without it.
-    Tool(PSZ_SYSTEMCTL, R"(case "$*" in
-        *--plain) printf 'ZDCS-a.service loaded\nZDCS-b.service failed\n';;
-        list-units*) printf '  ssh.service x\n  ZDCS-a.service loaded\n* ZDCS-b.service failed\n';;
-        *) echo Type=simple;; esac)");
-    EXPECT_EQ(csList(L"ZDCS-"), L"ZDCS-a ZDCS-b ");
-    csTakeRecord();
-    EXPECT_EQ(csList(L"Other"), L"");
-    EXPECT_EQ(csTakeRecord().find("--plain"), std::string::npos) << "nothing to look for";
+    EXPECT_STREQ(m_clManager.pclEnumService(&dwCursor, L"", 0)->pszGetName(), L"x-lost");
+    std::filesystem::remove(PSZ_SYSTEMCTL);
+    EXPECT_EQ(csFind(L"x-lost"), L"none");
+    EXPECT_EQ(tabList(L"x-"), CNames());
 }
 
 }  // namespace

@@ -15,15 +15,18 @@
 
 namespace kalmo {
 
-/// A test of services on a machine that is not this one: pszKind of the variable pszVariable.
+using CNames = std::multiset<std::wstring>;
+
+/// A test of services on a machine that is not this one, as the variable pszVariable tells.
 class CServicesTest : public testing::Test {
   protected:
-    void TearDown() override { CLanceProcessus::sTerm(); }
-
-    static void Enter(const char* pszVariable, const char* pszKind) {
-        ASSERT_STREQ(std::getenv(pszVariable), pszKind) << "it would change this machine";
+    explicit CServicesTest(const char* pszVariable) : m_pszVariable(pszVariable) {}
+    void SetUp() override {
+        ASSERT_NE(std::getenv(m_pszVariable), nullptr) << "it would change this machine";
         CLanceProcessus::sInit();
     }
+    void TearDown() override { CLanceProcessus::sTerm(); }
+
     static bool bExists(const std::string& csPath) {
         return std::filesystem::exists(std::filesystem::symlink_status(csPath));
     }
@@ -33,28 +36,27 @@ class CServicesTest : public testing::Test {
         std::filesystem::permissions(csPath, std::filesystem::perms(0755));
     }
     /// Name, description and program of a service.
-    static std::wstring csDescribe(const CXPtr_deleteRCV<CService>& pcl) {
+    std::wstring csFind(const wchar_t* pszName) {
         const auto csOf = [](const wchar_t* psz) { return std::wstring(psz == nullptr ? L"(null)" : psz); };
+        const auto pcl = m_clManager.pclGetService(pszName, 0);
         return pcl == nullptr ? L"none"
                               : csOf(pcl->pszGetName()) + L"," + csOf(pcl->pszGetDisplayName()) + L"," +
                                     csOf(pcl->pszBinaryPathName());
     }
-    /// The names that a listing finds, sorted, each followed by a blank.
-    std::wstring csList(const wchar_t* pszPrefix) {
-        std::multiset<std::wstring> tabName;
+    /// The names that a listing finds.
+    CNames tabList(const wchar_t* pszPrefix) {
+        CNames tabName;
         unsigned dwCursor = 0;
         while (const auto pcl = m_clManager.pclEnumService(&dwCursor, pszPrefix, 0)) {
-            tabName.insert(std::wstring(pcl->pszGetName()) + L" ");
+            tabName.insert(pcl->pszGetName());
         }
-        EXPECT_EQ(m_clManager.pclEnumService(&dwCursor, pszPrefix, 0), nullptr) << "over is over";
-        std::wstring cs;
-        for (const std::wstring& rcs : tabName) {
-            cs += rcs;
-        }
-        return cs;
+        return tabName;
     }
 
     CServiceManager m_clManager;
+
+  private:
+    const char* const m_pszVariable;
 };
 
 /// Tests on a copy of the machine without any init system: what a test needs of one it puts there itself, as
@@ -64,17 +66,10 @@ class CStandInTest : public CServicesTest {
     static constexpr const char* PSZ_SYSTEMCTL = "/bin/systemctl";
     static constexpr const char* PSZ_SCRIPT = "/etc/init.d/svc";
 
+    CStandInTest() : CServicesTest("KALMO_PRIVATE_ROOT") {}
     void SetUp() override {
-        Enter("KALMO_PRIVATE_ROOT", "1");
-        if (!HasFatalFailure()) {
-            ::setenv("PATH", "/tmp/tools:/usr/bin:/bin", 1);
-            Clear();
-        }
-    }
-    /// Back to the machine without anything, nothing detected, nothing recorded.
-    static void Clear() {
-        for (const char* const psz : {PSZ_SYSTEMCTL, "/etc/debian_version", "/etc/init.d", "/etc/rc.d",
-                                      "/tmp/tools", "/tmp/record"}) {
+        ASSERT_NO_FATAL_FAILURE(CServicesTest::SetUp());
+        for (const char* const psz : {PSZ_SYSTEMCTL, "/etc/debian_version", "/etc/init.d", "/tmp/record"}) {
             std::filesystem::remove_all(psz);
         }
         std::filesystem::create_directories("/etc/init.d");

@@ -119,6 +119,10 @@ void Terminal::__Start(const std::vector<std::string>& tabArgument) {
         Die("fork");
     }
     if (m_nPid == 0) {
+        // A test that runs in the background inherits signals ignored; a program at its terminal does not.
+        for (const int nSignal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
+            ::signal(nSignal, SIG_DFL);
+        }
         if (::login_tty(m_clSlave.nGet()) == 0) {
             ::execvpe(tabArgv[0], tabArgv.data(), tabEnvp.data());
         }

@@ -7,6 +7,99 @@
 namespace kalmo {
 namespace {
 
+using ServiceManagerTest = CStandInTest;
+
+TEST_F(ServiceManagerTest, TheFirstOfSeveralSignsDecides) {
+    const auto nDetect = [this](const char* pszPath, const std::string& csText) {
+        Write(pszPath, csText);
+        CServiceManager::ms_eDistri = eNotDetected;
+        EXPECT_TRUE(m_clManager.bInit(nullptr, 0));
+        std::filesystem::remove(pszPath);
+        EXPECT_TRUE(m_clManager.bInit(L"only the first time counts", 0xF003F));
+        return CServiceManager::ms_eDistri;
+    };
+    struct STCase {
+        const char* pszPath;
+        std::string csText;
+        int nDistri;
+    };
+    // In the order in which they are looked at: each one decides while all those behind it are there too.
+    const STCase tabCase[] = {
+        {PSZ_SYSTEMCTL, "#!/bin/sh\n[ \"$*\" = '--no-pager --no-legend' ]\n", 7},
+        {"/etc/debian_version", "", 0},
+        {"/etc/mandrake-release", "", 2},
+        {"/etc/mandriva-release", "", 2},
+        {"/etc/SuSE-release", "", 4},
+        {"/sbin/SuSEconfig", "", 4},
+        {"/etc/gentoo-release", "", 5},
+        {"/etc/fedora-release", "", 3},
+        {"/etc/slackware-release", "", 6},
+        {"/etc/slackware-version", "", 6},
+        {"/etc/redhat-release", "Fedora release 12, formerly MANDRIVA", 2},
+        {"/etc/version", "a Debian", 0},
+        {"/etc/init.d/function", "", 1},
+        {"/etc/init.d/functions", "", 0},
+    };
+    for (const STCase& rst : tabCase) {
+        Write(rst.pszPath, "");
+    }
+    for (const STCase& rst : tabCase) {
+        EXPECT_EQ(nDetect(rst.pszPath, rst.csText), rst.nDistri) << rst.pszPath;
+    }
+    EXPECT_EQ(nDetect("/etc/redhat-release", "Red Hat Linux release 9"), 1);
+    EXPECT_EQ(nDetect("/etc/redhat-release", "FEDORA Core"), 3);
+    EXPECT_EQ(nDetect("/etc/version", "Fedora, formerly Mandrake"), 2);
+    EXPECT_EQ(nDetect("/etc/version", "Debian and RedHat"), 1);
+    EXPECT_EQ(nDetect("/etc/version", "something else"), 0);
+    EXPECT_EQ(nDetect("/etc/version", std::string(70000, ' ') + "RedHat"), 0) << "too long to be one";
+    EXPECT_EQ(nDetect(PSZ_SYSTEMCTL, "#!/bin/sh\nexit 1\n"), 0);
+    EXPECT_EQ(nDetect(PSZ_SYSTEMCTL, "#!/no/such\n"), 0);
+}
+
+TEST_F(ServiceManagerTest, SysVScripts) {
+    CServiceManager::ms_eDistri = eDebian;
+    Write("/etc/init.d/ZDCS-a_b__c-d-e", "Name=\"The first\"\nProgram=\"/opt/k/kalmo --service\"\n");
+    for (const char* const psz : {"v1.2/x", "v1.3", "v1.4", "v1-4", "v1-4b"}) {
+        Write(std::string("/etc/init.d/") + psz, "");
+    }
+    EXPECT_EQ(csFind(L"ZDCS-a b\tc/d.e"), L"ZDCS-a_b__c-d-e,The first,/opt/k/kalmo --service");
+    EXPECT_EQ(csFind(L"v1.2"), L"none") << "a directory";
+    EXPECT_EQ(csFind(L"v1.3"), L"v1.3,v1.3,(null)");
+    EXPECT_EQ(csFind(L"v1.4"), L"v1-4,v1-4,(null)");
+    EXPECT_EQ(csFind(L"V1.4"), L"none");
+    EXPECT_EQ(csFind(nullptr), L"none");
+    EXPECT_EQ(tabList(L"v1.4"), (CNames{L"v1-4", L"v1-4b"}));
+    EXPECT_EQ(tabList(nullptr).size(), 6U);
+    std::filesystem::remove_all("/etc/init.d");
+    EXPECT_EQ(tabList(L""), CNames());
+}
+
+TEST_F(ServiceManagerTest, SystemdUnits) {
+    CServiceManager::ms_eDistri = eSystemd;
+    // The second unit is listed, but not loaded. A marked name does not count beside others.
+    Tool(PSZ_SYSTEMCTL, R"(case "$*" in
+        list-units*) printf 'x-lost.service a\nx-gone.service a\nssh.service a\n* x-b.service a\n';;
+        *" a b c") echo Type=simple; echo Description=Odd; echo 'ExecStart={ argv[]=/opt/k --service ; }';;
+        *gone) echo Type=; echo Description=x;;
+        *) echo Type=forking; echo 'ExecStart={ argv[]=/etc/init.d/lost start ; }';; esac)");
+    EXPECT_EQ(csFind(L"a;b|c"), L"a;b|c,Odd,/opt/k --service ");
+    EXPECT_EQ(csFind(L"x-lost"), L"x-lost,(null),(null)");
+    EXPECT_EQ(tabList(L"x-"), CNames{L"x-lost"});
+    EXPECT_TRUE(csTakeRecord().starts_with(
+        "systemctl --property=Description,ExecStart,Type show a b c\n"
+        "systemctl --property=Description,ExecStart,Type show x-lost\n"
+        "systemctl list-units --all --type=service --full --no-pager --no-legend\nsystemctl --property"));
+    // Records that nobody takes go with an ended listing, or with the manager.
+    unsigned dwCursor = 0;
+    EXPECT_NE(m_clManager.pclEnumService(&dwCursor, L"", 0), nullptr);
+    m_clManager.AbortEnumService(&dwCursor);
+    EXPECT_EQ(dwCursor, 0U);
+    EXPECT_STREQ(m_clManager.pclEnumService(&dwCursor, L"", 0)->pszGetName(), L"x-lost");
+    std::filesystem::remove(PSZ_SYSTEMCTL);
+    EXPECT_EQ(csFind(L"x-lost"), L"none");
+    EXPECT_EQ(tabList(L"x-"), CNames());
+}
+
 struct ServiceTest : CStandInTest {
     CService m_clService{nullptr, L"svc"};
 };

@@ -40,6 +40,10 @@ bool CDataExtractor::bInit() {
         return false;
     }
     m_clArchivePath = clPath;
+    if (eMotDePasse(csGetArchivePassword().pszGet()) != ARCHIVE_OK) {
+        m_rclTrace.Step(L"set the archive password", L"failed");
+        return false;
+    }
     const CTString csWhat = L"open payload " + m_clArchivePath.csGet();
     const eARCHIVE eCode = eOuvreArchive(m_clArchivePath.svGet(), 0, 0);
     if (eCode == ARCHIVE_OK) {
@@ -49,7 +53,7 @@ bool CDataExtractor::bInit() {
     } else {
         m_rclTrace.Step(csWhat, L"failed: " + csGetDefaut());
     }
-    return eCode == ARCHIVE_OK && eMotDePasse(csGetArchivePassword().pszGet()) == ARCHIVE_OK;
+    return eCode == ARCHIVE_OK;
 }
 
 bool CDataExtractor::bUpgrade(const wchar_t* pszDir, IInstallProgress* piProgress) {
@@ -92,7 +96,7 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
         ::usleep(unPauseMicros);
     }
     if (eCode != ARCHIVE_OK) {
-        _ProcessZipError(eCode, svName, clTarget.svGet());
+        _ProcessZipError(eCode, svName, clTarget.bEmpty() ? svName : clTarget.svGet());
         return false;
     }
     if ((bRootOwner && !CDiskFile::bSetFileOwnerUnix(clTarget.svGet(), 0, 0)) ||
@@ -115,7 +119,8 @@ void CDataExtractor::_ShowError(const CXError* pclError) {
 void CDataExtractor::_ProcessZipError(int nCode, std::wstring_view svName, std::wstring_view svPath) {
     const int nSystemError = errno;
     m_rclTrace.Step(L"install " + CTString(svName), L"failed, result " + std::to_wstring(nCode));
-    if (const CTString csFault = csGetDefaut(); !csFault.bEmpty()) {
+    const bool bPayload = nCode == ARCHIVE_BAD || nCode == ARCHIVE_PASSWORD || nCode == ARCHIVE_DATA;
+    if (const CTString csFault = csGetDefaut(); bPayload && !csFault.bEmpty()) {
         m_rclTrace.Step(L"payload", csFault);
     }
     _CXErrorModule604 clError;

@@ -123,10 +123,6 @@ eARCHIVE CTVWinZip::__eTrouve(std::wstring_view svNom, bool bCasse, const CRepEn
     return *ppclEntree != nullptr ? m_clZip.LocateFile(svNom, bCasse) : ARCHIVE_NOT_LOCATED;
 }
 
-eARCHIVE CTVWinZip::__eVerifieVide() {
-    return m_clZip.pstGetCurrent()->dwCrc == 0 ? ARCHIVE_OK : ARCHIVE_DATA;
-}
-
 eARCHIVE CTVWinZip::__eOuvreEntree() {
     switch (m_clZip.OpenCurrentFileInZip()) {
         case ARCHIVE_OK: return ARCHIVE_OK;
@@ -165,17 +161,19 @@ eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_
     if (svDestination.empty()) {
         return ARCHIVE_OK;
     }
-    CDiskFile clDirectory;  // opened like a file, for its times and attributes
-    const bool bMade = CDiskFile::bCreateDirectory(svDestination) &&
-                       clDirectory.bOpen(svDestination, CDiskFile::eMODE::Read) &&
-                       clDirectory.bSetTime(rclEntree.rstGetTimes().stModif) &&
-                       clDirectory.bSetPermission(rclEntree.unPermission());
-    return bMade ? ARCHIVE_OK : ARCHIVE_CREATE;
+    // Opened like a file, for its times and attributes; a link that leads to a directory is none.
+    CDiskFile clDirectory;
+    if (!CDiskFile::bCreateDirectory(svDestination) ||
+        !clDirectory.bOpen(svDestination, CDiskFile::eMODE::ReadDirectory)) {
+        return ARCHIVE_CREATE;
+    }
+    clDirectory.bSetTime(rclEntree.rstGetTimes().stModif);  // not every file system keeps times
+    return clDirectory.bSetPermission(rclEntree.unPermission()) ? ARCHIVE_OK : ARCHIVE_CREATE;
 }
 
 eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination) {
     const bool bVide = rclEntree.u64GetTailleOriginale() == 0;
-    const eARCHIVE eOpened = bVide ? __eVerifieVide() : __eOuvreEntree();
+    const eARCHIVE eOpened = bVide ? m_clZip.eVerifieVide() : __eOuvreEntree();
     if (eOpened != ARCHIVE_OK) {
         return eOpened;
     }
@@ -189,6 +187,7 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
         (void)m_clZip.CloseCurrentFileInZip(0, 0);
         return ARCHIVE_CREATE;
     }
+    clFile.bSetPermission(unWhileWriting);  // one that was there had other bits
     eARCHIVE eResult = bVide ? ARCHIVE_OK : __eCopieEntree(rclEntree, clFile);
     if (eResult == ARCHIVE_OK) {
         // Not every file system keeps times and permissions; the bytes are what counts.
@@ -210,10 +209,7 @@ eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view s
                                     unsigned /*dwReserve*/, HWND hFenetre, int /*nReserve*/, unsigned dwFlags,
                                     STInfoAvancement* pstAvancement) {
     CFSPath clDestination;
-    if (!clDestination.bSet(svDestination)) {
-        errno = ENAMETOOLONG;
-        return _eErreur(ARCHIVE_CREATE);
-    }
+    const bool bTooLong = !clDestination.bSet(svDestination);
     if ((dwFlags & dwEXTRAIT_SUPPRIME) != 0 && CDiskFile::bFileExists(clDestination.svGet())) {
         CDiskFile::bDelete(clDestination.svGet());
     }
@@ -228,7 +224,10 @@ eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view s
     m_pstAvancement = pstAvancement;
     const CRepEntree* pclEntree = nullptr;
     eARCHIVE eResult = __eTrouve(svNom, (dwFlags & dwEXTRAIT_CASSE) != 0, &pclEntree);
-    if (eResult == ARCHIVE_OK) {
+    if (eResult == ARCHIVE_OK && bTooLong) {
+        errno = ENAMETOOLONG;
+        eResult = ARCHIVE_CREATE;
+    } else if (eResult == ARCHIVE_OK) {
         eResult = __eExtraitVersFichier(*pclEntree, clDestination.svGet());
     }
     m_hFenetre = nullptr;
@@ -251,7 +250,7 @@ eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, CTLBIN* ptabOut, un
     const CRepEntree* pclEntree = nullptr;
     eARCHIVE eResult = __eTrouve(svNom, false, &pclEntree);
     if (eResult == ARCHIVE_OK && pclEntree->u64GetTailleOriginale() == 0) {
-        eResult = __eVerifieVide();
+        eResult = m_clZip.eVerifieVide();
     } else if (eResult == ARCHIVE_OK) {
         eResult = __eOuvreEntree();
         CMemoryStream clMemory;

@@ -49,8 +49,6 @@ class CTVWinZip : public CTVZipBase {
     eARCHIVE __eOuvreEntree();
     /// Copies the current entry's data, and closes it.
     eARCHIVE __eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDestination);
-    /// An entry of size zero is not read at all; its CRC must be that of nothing.
-    eARCHIVE __eVerifieVide();
 
     CWinZip m_clZip;
 };

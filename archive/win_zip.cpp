@@ -20,6 +20,14 @@ eARCHIVE CWinZip::__eFaute(const STZipFault& rst) {
     return rst.eCode;
 }
 
+eARCHIVE CWinZip::eVerifieVide() {
+    m_stFault = {};
+    const STCentralHeader& rst = *pstGetCurrent();
+    return rst.dwCrc == 0 ? ARCHIVE_OK
+                          : __eFaute({ARCHIVE_DATA, "entry: of size zero, but its CRC is not that of nothing",
+                                      rst.u64LocalOffset});
+}
+
 CTString CWinZip::csGetDefaut() const {
     if (m_stFault.eCode == ARCHIVE_OK) {
         return {};

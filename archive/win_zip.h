@@ -56,6 +56,9 @@ class CWinZip {
     /// count unless bCasse is set. The first of several wins. ARCHIVE_NOT_LOCATED leaves the current entry.
     eARCHIVE LocateFile(std::wstring_view svNom, bool bCasse);
 
+    /// Judges the current entry when its size is zero and nothing is read: ARCHIVE_OK, or ARCHIVE_DATA when
+    /// its CRC is not that of nothing. Precondition: there is a current entry.
+    eARCHIVE eVerifieVide();
     /// Opens the current entry's data; an entry that was open is closed. ARCHIVE_NO_CURRENT without one;
     /// ARCHIVE_CIPHER when the password does not open it; ARCHIVE_BAD when the local header cannot be read
     /// or does not fit the central one, the method is not supported, or a volume is missing.
@@ -73,8 +76,7 @@ class CWinZip {
     /// The current entry's name as it is stored; empty when there is none.
     [[nodiscard]] const wchar_t* CurrentFile_szName() const noexcept;
     /// The extension of the volume file that a disk number of this archive stands for, from ".z01" for disk
-    /// 0;
-    /// ".zip" for the last disk and beyond.
+    /// 0; ".zip" for the last disk and beyond.
     [[nodiscard]] CTString CurrentFile_szExtZip(std::uint32_t dwDisk) const;
 
     /// Sets the password for the entries opened from now on. A password with a character that is zero or

@@ -15,6 +15,7 @@ eARCHIVE CWinZip::OpenCurrentFileInZip() {
         return ARCHIVE_NO_CURRENT;
     }
     (void)CloseCurrentFileInZip(0, 0);
+    m_stFault = {};
     const STZipFault st = __stOpenEntry(*pst);
     if (st.eCode != ARCHIVE_OK) {
         m_clVolumes.Release();

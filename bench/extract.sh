@@ -87,7 +87,7 @@ declare -A best processor memory
 tools=(kalmo unzip bsdtar 7z)
 for ((run = 0; run <= runs; run++)); do
     for tool in "${tools[@]}"; do
-        read -r seconds used kib < <(run_once "$tool")
+        read -r seconds used kib < <(run_once "$tool") || exit 2
         # The first round warms the caches and is checked rather than counted.
         if ((run == 0)); then
             diff -r "$work/in" "$work/out" >&2 || die "$tool extracted something else"

@@ -77,7 +77,10 @@ CUniqueFd clOpenToChange(std::wstring_view svPath) {
     }
     CUniqueFd clFd(::open(csPath.pszGet(), O_RDONLY | O_NOFOLLOW | nOpenFlags));
     struct stat st {};
-    if (clFd.bValid() && (::fstat(clFd.nGet(), &st) != 0 || (S_ISREG(st.st_mode) && st.st_nlink > 1))) {
+    if (!clFd.bValid() || ::fstat(clFd.nGet(), &st) != 0) {
+        return {};
+    }
+    if (S_ISREG(st.st_mode) && st.st_nlink > 1) {
         errno = EMLINK;
         return {};
     }
@@ -157,11 +160,13 @@ bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission
     if (csPath.bEmpty()) {
         return false;
     }
-    if (eMode == eMODE::Create) {
-        m_clFd.Reset(nCreate(csPath.pszGet(), unPermission));
-    } else {
-        m_clFd.Reset(eMode == eMODE::Read ? ::open(csPath.pszGet(), O_RDONLY | nOpenFlags)
-                                          : nOpenInPlace(csPath.pszGet()));
+    switch (eMode) {
+        case eMODE::Read: m_clFd.Reset(::open(csPath.pszGet(), O_RDONLY | nOpenFlags)); break;
+        case eMODE::ReadWrite: m_clFd.Reset(nOpenInPlace(csPath.pszGet())); break;
+        case eMODE::ReadDirectory:
+            m_clFd.Reset(::open(csPath.pszGet(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | nOpenFlags));
+            break;
+        case eMODE::Create: m_clFd.Reset(nCreate(csPath.pszGet(), unPermission)); break;
     }
     return bIsOpen();
 }

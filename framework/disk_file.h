@@ -22,9 +22,10 @@ class CXError;
 class CDiskFile final : public IXStream {
   public:
     enum class eMODE {
-        Read,       ///< An existing file, for reading.
-        ReadWrite,  ///< An existing file, for reading and writing.
-        Create,     ///< Created, or emptied, for reading and writing; never through a link (see bOpen).
+        Read,           ///< An existing file, for reading.
+        ReadWrite,      ///< An existing file, for reading and writing.
+        ReadDirectory,  ///< An existing directory itself, for its times and permissions; not through a link.
+        Create,         ///< Created, or emptied, for reading and writing; never through a link (see bOpen).
     };
 
     /// A moment as calendar fields in local time: month and day count from 1.

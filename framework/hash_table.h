@@ -31,7 +31,8 @@ class CTHashTableTi {
   private:
     struct CHash {
         using is_transparent = void;
-        std::size_t operator()(std::wstring_view sv) const noexcept {
+        // Not noexcept: the table then keeps each name's hash instead of computing it again as it grows.
+        std::size_t operator()(std::wstring_view sv) const {
             std::uint32_t unHash = 5381;
             for (const wchar_t c : sv) {
                 unHash = unHash * 33 + static_cast<std::uint32_t>(cMajuscule(c));

@@ -122,6 +122,9 @@ TEST_F(Extraction, DirectoriesByAttribute) {
     EXPECT_EQ(m_cl.eExtraitFichier(L"unix", L"", 0, nullptr, 0, 0, nullptr), ARCHIVE_OK);
     EXPECT_EQ(m_cl.eExtraitFichier(L"finder", L"", 0, nullptr, 0, 0, nullptr), ARCHIVE_CREATE);
     EXPECT_EQ(eExtract(L"unix", "finder"), ARCHIVE_CREATE) << "a file is in the way";
+    std::filesystem::create_directory_symlink(m_clFolder.clPath("low"), m_clFolder.clPath("link"));
+    EXPECT_EQ(eExtract(L"unix", "link"), ARCHIVE_CREATE);
+    EXPECT_EQ(stOf("low").st_mode, S_IFDIR | 0700U) << "changed through a link";
 }
 
 TEST_F(Extraction, NamesFlagsAndLookups) {

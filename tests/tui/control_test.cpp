@@ -52,7 +52,7 @@ TEST(ControlScreen, Fields) {
  |                                            +------+   |
  |                                                       |
  | +-Server-----+  +-Much longe+               +------+  |
- | |name        |  |           |   bare        |grey  |  |
+ | |name        |  |text       |   bare        |grey  |  |
  | +------------+  +-----------+               +------+  |
  |                                             +-A lon+  |
  | [ ]keep the       +--------------+  plain   |      |  |
@@ -100,8 +100,8 @@ TEST(ControlScreen, Lists) {
  +---------------------------------------------+
  |+------------+ +-------+  +---------------+  |
  ||zero        | |a      |  |               |  |
- ||one         | |B      |  | What shall be |  |
- ||two words o | |C      |  | done?         |  |
+ ||one         | |B      |  | Choose an     |  |
+ ||two words o | |C      |  | item          |  |
  ||three       | |d      |  |---------------|  |
  || our        | |e      |  | ( ) upgrade   |  |
  |+------------+ +-------+  | (X) install   |  |
@@ -126,7 +126,9 @@ TEST(ControlScreen, Lists) {
 .rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn.
 ..nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.
 )");
-    ASSERT_TRUE(clTerminal.bType({"Right", "Right", "Down", "Down", "Down", "Down", "Down"}));
+    ASSERT_TRUE(clTerminal.bType({"Right", "Right", "Right", "Right", "Right", "Right", "Right"}));
+    EXPECT_EQ(clTerminal.csPart(clTerminal.csText(), 4, 3, 11), "ords of tex");
+    ASSERT_TRUE(clTerminal.bType({"Left", "Left", "Left", "Down", "Down", "Down", "Down", "Down"}));
     EXPECT_EQ(clTerminal.csPart(clTerminal.csText(), 2, 3, 12), "e           ");
     EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 2, 3, 12), "nnnnnnnnnnnr");  // thumb of the scroll bar
     EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 6, 3, 12), "rrnnnnnnnnns");  // selected; sideways thumb

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cwchar>
+#include <string>
 
 #include "tests/tui/recorder.h"
 #include "tests/tui/scene_terminal.h"
@@ -23,7 +24,6 @@ TEST(List, HoldsCopiesOfItsLines) {
 
     for (int n = 0; n < 5; ++n) {
         wchar_t szLine[] = L"a line";
-        szLine[0] = static_cast<wchar_t>(L'a' + n / 2);
         szLine[5] = static_cast<wchar_t>(L'0' + n);
         pcl->AddLine(szLine);
     }
@@ -31,7 +31,7 @@ TEST(List, HoldsCopiesOfItsLines) {
     EXPECT_FALSE(pcl->bScrollable());
     pcl->AddLine(nullptr);
     EXPECT_TRUE(pcl->bScrollable());
-    EXPECT_STREQ((*pcl)[4], L"c lin4");
+    EXPECT_STREQ((*pcl)[4], L"a lin4");
     EXPECT_STREQ((*pcl)[5], L"");
     EXPECT_EQ((*pcl)[6], nullptr);
     EXPECT_EQ((*pcl)[-1], nullptr);
@@ -40,15 +40,27 @@ TEST(List, HoldsCopiesOfItsLines) {
     pcl->Select(6);
     pcl->Select(-1);
     EXPECT_EQ(pcl->nGetSelectedLine(), 4);
-    EXPECT_STREQ(pcl->pszGetSelectedLine(), L"c lin4");
-    pcl->SortLine(nDescending);
-    EXPECT_EQ(pcl->nGetSelectedLine(), 4);
-    EXPECT_STREQ((*pcl)[0], L"c lin4");
-    EXPECT_STREQ((*pcl)[1], L"b lin2");  // equal lines keep their order
-    EXPECT_STREQ((*pcl)[2], L"b lin3");
+    EXPECT_STREQ(pcl->pszGetSelectedLine(), L"a lin4");
     pcl->ClearList();
     EXPECT_EQ(pcl->nGetNbItem(), 0);
     EXPECT_EQ(pcl->nGetSelectedLine(), 0);
+}
+
+TEST(List, SortsAndKeepsEqualLinesInOrder) {
+    CRecorder clWindow(0, 0, 40, 20);
+    CList* const pcl = clWindow.pclAdd<CList>(1, 1, 20, 7, 0);
+    constexpr int COUNT = 100;
+    for (int n = 0; n < COUNT; ++n) {
+        pcl->AddLine((std::wstring(1, static_cast<wchar_t>(L'a' + n % 3)) + std::to_wstring(n)).c_str());
+    }
+    pcl->SortLine(nDescending);
+    for (int n = 1; n < COUNT; ++n) {
+        const wchar_t* const pszBefore = (*pcl)[n - 1];
+        const wchar_t* const psz = (*pcl)[n];
+        EXPECT_TRUE(pszBefore[0] > psz[0] ||
+                    std::wcstol(pszBefore + 1, nullptr, 10) < std::wcstol(psz + 1, nullptr, 10))
+            << n;
+    }
 }
 
 TEST(List, ReportsKeys) {
@@ -107,6 +119,10 @@ TEST(ListScreen, SelectsAndScrolls) {
     ASSERT_TRUE(clTerminal.bType({"PageDown"}));
     EXPECT_EQ(csLine(10, 3, 11), " tab       ");
     EXPECT_EQ(csLine(11, 3, 11), "last       ");
+    EXPECT_EQ(csLine(3, 17, 9), "|B      |");  // five lines in five rows
+    ASSERT_TRUE(clTerminal.bType({"Tab", "Tab", "Right", "F4"}));
+    EXPECT_EQ(csLine(2, 3, 11), "another lon");
+    EXPECT_EQ(csLine(3, 17, 9), "|B       ");  // the bar of a list with a shadow is on its frame
     EXPECT_EQ(clTerminal.csEnd(), " 0:1 3:4");
 }
 

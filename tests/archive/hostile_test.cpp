@@ -183,6 +183,21 @@ TEST(HostileArchive, EntryCountAloneIsNoZip64) {
     EXPECT_EQ(cl.rclZip().dwNombreFichier(), 0xFFFFU);
 }
 
+// Its offset alone finds a Zip64 end record: with bytes in front the caller has to tell how many.
+TEST(HostileArchive, BaseOffsetFindsZip64RecordsBehindAPrefix) {
+    CMemoryStream clStream(tabBytes("in front" + csZip64(csRecords(1, 51))));
+    CTVWinZip cl;
+    EXPECT_EQ(cl.eOuvreArchiveStream(&clStream, 0, 0), ARCHIVE_BAD);
+    EXPECT_EQ(cl.eOuvreArchiveStream(&clStream, 0, 8), ARCHIVE_OK);
+    EXPECT_EQ(cl.dwNombreFichier(), 1U);
+}
+
+TEST(HostileArchive, DirectoryOfNoBytesHasNoEntries) {
+    CCraftedArchive cl(csZip([](Z& z, E&) { z.dwDirectorySize = 0; }));
+    EXPECT_EQ(cl.eOpened(), ARCHIVE_OK);
+    EXPECT_EQ(cl.rclZip().dwNombreFichier(), 0U);
+}
+
 TEST(HostileArchive, LastEndRecordWins) {
     STCraftedZip st;
     st.csComment = "PK\5\6" + std::string(18, '\0') + "rest";

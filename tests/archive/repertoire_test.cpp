@@ -51,6 +51,7 @@ TEST_F(Repertoire, ChangesKeepRanksCountsAndIndexTogether) {
     m_cl.ForceRepVideAlaFin();
     EXPECT_EQ(csNames(m_cl), L"bin/kalmo BIN/KALMO readme empty/ ");
     EXPECT_EQ(m_cl.lRang(L"empty/"), 3);
+    EXPECT_EQ(m_cl.dwNombreFichier(), 3U);
     EXPECT_TRUE(m_cl.bChangeChemin(0, L"lib\\old"));
     EXPECT_TRUE(m_cl.bChangeChemin(2, L"doc/"));
     EXPECT_FALSE(m_cl.bChangeChemin(4, L"doc/"));
@@ -66,6 +67,27 @@ TEST_F(Repertoire, ChangesKeepRanksCountsAndIndexTogether) {
     m_cl.Vide();
     EXPECT_EQ(m_cl.dwTaille() + m_cl.dwNombreFichier(), 0U);
     EXPECT_EQ(m_cl.lRang(L"doc/readme"), -1);
+}
+
+// "AZ" and "B9" have one hash, and so has every row of them. Such names once made opening take minutes.
+TEST(RepertoireNames, AllWithOneHashAreNoSlower) {
+    CRepertoire cl;
+    const auto Name = [](int n) {
+        std::wstring cs;
+        for (int nBit = 0; nBit < 16; ++nBit) {
+            cs += (n >> nBit & 1) != 0 ? L"AZ" : L"b9";
+        }
+        return cs;
+    };
+    for (int n = 0; n < 0x10000; ++n) {
+        ASSERT_TRUE(cl.bAjouteEntree(clEntry(Name(n).c_str())));
+    }
+    for (int n = 0; n < 0x10000; ++n) {
+        ASSERT_EQ(cl.lRang(Name(n)), n);
+    }
+    EXPECT_EQ(cl.lRang(L"BA" + Name(0)), -1);
+    ASSERT_TRUE(cl.bAjouteEntree(clEntry(Name(77).c_str())));
+    EXPECT_EQ(cl.lRang(Name(77)), 77) << "the first of a name stays";
 }
 
 TEST(RepertoireFile, ComesBackAsItWasWritten) {

@@ -69,8 +69,8 @@ pid() {
 
 # The line that a port answers; a service that was just started gets a moment.
 greeting() {
-    local tries line
-    for tries in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do
+    local tries=20 line
+    while ((tries-- > 0)); do
         if exec 3<>"/dev/tcp/127.0.0.1/$1"; then
             read -r line <&3
             exec 3>&-
@@ -177,7 +177,7 @@ for name in first second kalmomanager; do
     [ $name != second ] || directory=$second
     [ $name != kalmomanager ] || service=KalmoManager
     # An unattended uninstall does not stop a service first; under systemd its removal does.
-    [ $init = systemd ] || "/etc/init.d/$service" stop
+    [ "$init" = systemd ] || "/etc/init.d/$service" stop
     pilot "$current" 3 "$name"
     check "the marker holds OK" marked "$directory"
     check "service $service is gone" unregistered "$service"

@@ -56,7 +56,7 @@ TEST(ControlScreen, Fields) {
  | +------------+  +-----------+               +------+  |
  |                                             +-A lon+  |
  | [ ]keep the       +--------------+  plain   |      |  |
- |    settings of    |A framed text |  text    +------+  |
+ |    settings today |A framed text |  text    +------+  |
  |                   |that is longer|  +-Progress-------+|
  | [X]wide           +--------------+  |                ||
  +-------------------------------------+----------------++
@@ -87,7 +87,7 @@ TEST(ControlScreen, Fields) {
     EXPECT_FALSE(clTerminal.clScreen().stCursor().bVisible);
     EXPECT_EQ(clTerminal.csPart(clTerminal.csText(), 10, 3, 14), "[X]keep the   ");
     EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 10, 3, 14), "sMssssssssssrr");
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 11, 3, 16), "rrrssssssssssssr");
+    EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 11, 3, 16), "rrrsssssssssssss");
     ASSERT_TRUE(clTerminal.bType({"Tab", "Enter"}));
     EXPECT_EQ(clTerminal.csPart(clTerminal.csText(), 13, 3, 7), "[ ]wide");
     EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 13, 3, 7), "sssssss");

@@ -1,5 +1,9 @@
 // Shows one dialog of the toolkit, named by the first argument, until F1 is pressed or the input ends; then
 // prints what its controls reported. Exit status 3 where there is no usable terminal.
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -56,7 +60,7 @@ void Fields(CScene& rclScene) {
     rclScene.pclAdd<CEntry>(L"text", 18, 6, 14, 4, L"Much longer label", CWidget::eBORDER_SHADOW);
     rclScene.pclAdd<CEntry>(L"bare", 34, 7, 10, 1, L"unseen", CWidget::eBORDER_NONE)->SetMaxLength(12);
     rclScene.pclAdd<CEntry>(L"grey", 46, 6, 8, 3, L"", CWidget::eBORDER_FRAME)->SetEnable(0);
-    rclScene.pclAdd<CCheckBox>(L"keep the settings of today", 2, 10, 18, 2, 0);
+    rclScene.pclAdd<CCheckBox>(L"keep the settings today", 2, 10, 18, 2, 0);
     rclScene.pclAdd<CCheckBox>(L"wide", 2, 13, 10, 1, 1);
     rclScene.pclAdd<CLibel>(L"A framed text that is longer than its frame", 20, 10, 16, 4, 1, ATTR_BORDER);
     rclScene.pclAdd<CLibel>(L"plain text", 38, 10, 6, 2, 0, ATTR_SELECTED);
@@ -163,11 +167,21 @@ void Nested(CScene& rclScene) {
 // Deaths on demand.
 void Crash(CScene& rclScene) {
     rclScene.pclAdd<CButton>(L"Alive", 2, 1, 10, 4);
+    struct sigaction stInterrupt {};  // without SA_RESTART: reads fail
+    stInterrupt.sa_handler = [](int) {};
+    ::sigaction(SIGUSR1, &stInterrupt, nullptr);
     rclScene.m_OnKey = [](int nKey) {
         switch (nKey) {
             case 'a': std::abort();
             case 'e': std::exit(5);
             case 's': std::raise(SIGSEGV); break;
+            case 'f':  // only a child dies
+                if (const pid_t nChild = ::fork(); nChild == 0) {
+                    std::raise(SIGTERM);
+                } else {
+                    ::waitpid(nChild, nullptr, 0);
+                }
+                break;
             case 'h': {  // reads behind its memory, which a sanitizer notices
                 const std::vector<char> tabByte(10);
                 volatile std::size_t unIndex = 10;

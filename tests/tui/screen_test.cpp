@@ -111,6 +111,18 @@ TEST(Screen, TheLoopEndsWithItsInput) {
     EXPECT_EQ(clHungUp.nWaitEnd(), 0);
 }
 
+TEST(Screen, OutlivesInterruptedReadsAndDyingChildren) {
+    CSceneTerminal clTerminal("crash", 40, 14);
+    const std::string csBefore = clTerminal.csShow();
+    for (int n = 0; n < 3; ++n) {
+        clTerminal.Signal(SIGUSR1);
+        ASSERT_TRUE(clTerminal.bType({"f"}));
+    }
+    EXPECT_EQ(clTerminal.csShow(), csBefore);
+    EXPECT_FALSE(clTerminal.bCooked());
+    EXPECT_EQ(clTerminal.csEnd(), "");
+}
+
 TEST(Screen, WithoutAUsableTerminalItDoesNotOpen) {
     for (const char* const pszType : {"", "dumb", "unknown", "no-such-terminal"}) {
         Terminal clTerminal({TUI_SCENE, "fields"}, {.csType = pszType});

@@ -3,9 +3,9 @@
 
 /// Gives the terminal back when the process ends without closing the screen.
 ///
-/// SIGINT, SIGTERM, SIGHUP and SIGQUIT (unless they are ignored or handled already), the signals of a crash,
-/// exit() and the death of a program under the sanitizers all write a sequence prepared in advance and
-/// restore the line settings, with async-signal-safe calls only. A signal then takes the effect it had
+/// SIGINT, SIGTERM, SIGHUP, SIGQUIT and SIGPIPE (unless they are ignored or handled already), the signals of
+/// a crash, exit() and the death of a program under the sanitizers all write a sequence prepared in advance
+/// and restore the line settings, with async-signal-safe calls only. A signal then takes the effect it had
 /// without us.
 namespace kalmo {
 

@@ -23,6 +23,8 @@ class CRepertoire {
   public:
     CRepertoire() : m_clIndex(nBucketsInitial) {}
 
+    /// Makes room in the index for that many entries.
+    void Reserve(std::size_t nCount) { m_clIndex.Reserve(nCount); }
     /// Adds an entry behind the last one. False when no more ranks are left.
     bool bAjouteEntree(CRepEntree clEntree);
     /// The rank of a name; -1 when it is absent.

@@ -94,6 +94,7 @@ eARCHIVE CTVWinZip::eLitRepertoireMono() {
     if (!clRouvert.bOpen()) {
         return _eErreur(ARCHIVE_CREATE);
     }
+    m_clRepertoire.Reserve(m_clZip.nGetCount());
     for (eARCHIVE e = m_clZip.FirstFile(); e == ARCHIVE_OK; e = m_clZip.NextFile(0)) {
         const STCentralHeader& rstHeader = *m_clZip.pstGetCurrent();
         const STPathParts stName = CFSPath::stSplit(rstHeader.csNom);

@@ -141,8 +141,13 @@ STZipFault CWinZip::__stReadHeaders(IXStream& rclStream) {
         if (m_tabHeader.size() >= INT_MAX) {
             return {ARCHIVE_BAD, "end record: too many entries", m_stEnd.u64EndPosition};
         }
-        m_clIndex.Ajoute(csWithSlashes(stHeader.csNom), static_cast<int>(m_tabHeader.size()));
         m_tabHeader.push_back(std::move(stHeader));
+    }
+    // Only now is it known how many there really are.
+    m_clIndex.Reserve(m_tabHeader.size());
+    int nRang = 0;
+    for (const STCentralHeader& rst : m_tabHeader) {
+        m_clIndex.Ajoute(csWithSlashes(rst.csNom), nRang++);
     }
     return {};
 }

@@ -71,6 +71,8 @@ class CWinZip {
     /// a mismatch. nReserve has no meaning.
     eARCHIVE CloseCurrentFileInZip(int nVerifie, int nReserve);
 
+    /// How many entries there are.
+    [[nodiscard]] std::size_t nGetCount() const noexcept { return m_tabHeader.size(); }
     /// The current entry; null when there is none. Valid until the archive is closed.
     [[nodiscard]] const STCentralHeader* pstGetCurrent() const noexcept;
     /// The current entry's name as it is stored; empty when there is none.

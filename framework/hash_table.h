@@ -23,6 +23,8 @@ class CTHashTableTi {
   public:
     explicit CTHashTableTi(std::size_t nBuckets) : m_tabFirst(nBuckets) {}
 
+    /// Makes room for that many names.
+    void Reserve(std::size_t nCount) { m_tabFirst.reserve(nCount); }
     /// Adds a name. A name that is there already keeps its first value.
     void Ajoute(const CTString& csName, T value) {
         const auto [it, bFirst] = m_tabFirst.try_emplace(__unHash(csName), csName, value);

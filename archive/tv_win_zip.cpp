@@ -206,6 +206,44 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
     return eResult;
 }
 
+eARCHIVE CTVWinZip::__eExtraitVersMemoire(const CRepEntree& rclEntree, CTLBIN* ptabOut) {
+    if (rclEntree.u64GetTailleOriginale() == 0) {
+        return m_clZip.eVerifieVide();
+    }
+    eARCHIVE eResult = __eOuvreEntree();
+    if (eResult != ARCHIVE_OK) {
+        return eResult;
+    }
+    CMemoryStream clMemory;
+    eResult = __eCopieEntree(rclEntree, clMemory);
+    if (eResult == ARCHIVE_OK) {
+        *ptabOut = clMemory.tabDetach();
+    }
+    return eResult;
+}
+
+template <class CExtraction>
+eARCHIVE CTVWinZip::__eExtrait(std::wstring_view svNom, bool bCasse, HWND hFenetre,
+                               STInfoAvancement* pstAvancement, CExtraction clExtraction) {
+    if (!m_bOuvert) {
+        return _eErreur(ARCHIVE_NOT_OPEN);
+    }
+    const CFichierRouvert clRouvert(*this);
+    if (!clRouvert.bOpen()) {
+        return _eErreur(ARCHIVE_CREATE);
+    }
+    m_hFenetre = hFenetre;
+    m_pstAvancement = pstAvancement;
+    const CRepEntree* pclEntree = nullptr;
+    eARCHIVE eResult = __eTrouve(svNom, bCasse, &pclEntree);
+    if (eResult == ARCHIVE_OK) {
+        eResult = clExtraction(*pclEntree);
+    }
+    m_hFenetre = nullptr;
+    m_pstAvancement = nullptr;
+    return _eErreur(eResult);
+}
+
 eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view svDestination,
                                     unsigned /*dwReserve*/, HWND hFenetre, int /*nReserve*/, unsigned dwFlags,
                                     STInfoAvancement* pstAvancement) {
@@ -214,57 +252,21 @@ eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view s
     if ((dwFlags & dwEXTRAIT_SUPPRIME) != 0 && CDiskFile::bFileExists(clDestination.svGet())) {
         CDiskFile::bDelete(clDestination.svGet());
     }
-    if (!m_bOuvert) {
-        return _eErreur(ARCHIVE_NOT_OPEN);
-    }
-    const CFichierRouvert clRouvert(*this);
-    if (!clRouvert.bOpen()) {
-        return _eErreur(ARCHIVE_CREATE);
-    }
-    m_hFenetre = hFenetre;
-    m_pstAvancement = pstAvancement;
-    const CRepEntree* pclEntree = nullptr;
-    eARCHIVE eResult = __eTrouve(svNom, (dwFlags & dwEXTRAIT_CASSE) != 0, &pclEntree);
-    if (eResult == ARCHIVE_OK && bTooLong) {
-        errno = ENAMETOOLONG;
-        eResult = ARCHIVE_CREATE;
-    } else if (eResult == ARCHIVE_OK) {
-        eResult = __eExtraitVersFichier(*pclEntree, clDestination.svGet());
-    }
-    m_hFenetre = nullptr;
-    m_pstAvancement = nullptr;
-    return _eErreur(eResult);
+    const auto Extraction = [&](const CRepEntree& rclEntree) {
+        if (bTooLong) {
+            errno = ENAMETOOLONG;
+            return ARCHIVE_CREATE;
+        }
+        return __eExtraitVersFichier(rclEntree, clDestination.svGet());
+    };
+    return __eExtrait(svNom, (dwFlags & dwEXTRAIT_CASSE) != 0, hFenetre, pstAvancement, Extraction);
 }
 
 eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, CTLBIN* ptabOut, unsigned /*dwReserve*/,
                                     HWND hFenetre, int /*nReserve*/, STInfoAvancement* pstAvancement) {
     ptabOut->clear();
-    if (!m_bOuvert) {
-        return _eErreur(ARCHIVE_NOT_OPEN);
-    }
-    const CFichierRouvert clRouvert(*this);
-    if (!clRouvert.bOpen()) {
-        return _eErreur(ARCHIVE_CREATE);
-    }
-    m_hFenetre = hFenetre;
-    m_pstAvancement = pstAvancement;
-    const CRepEntree* pclEntree = nullptr;
-    eARCHIVE eResult = __eTrouve(svNom, false, &pclEntree);
-    if (eResult == ARCHIVE_OK && pclEntree->u64GetTailleOriginale() == 0) {
-        eResult = m_clZip.eVerifieVide();
-    } else if (eResult == ARCHIVE_OK) {
-        eResult = __eOuvreEntree();
-        CMemoryStream clMemory;
-        if (eResult == ARCHIVE_OK) {
-            eResult = __eCopieEntree(*pclEntree, clMemory);
-        }
-        if (eResult == ARCHIVE_OK) {
-            *ptabOut = clMemory.tabDetach();
-        }
-    }
-    m_hFenetre = nullptr;
-    m_pstAvancement = nullptr;
-    return _eErreur(eResult);
+    return __eExtrait(svNom, false, hFenetre, pstAvancement,
+                      [&](const CRepEntree& rclEntree) { return __eExtraitVersMemoire(rclEntree, ptabOut); });
 }
 
 eARCHIVE CTVWinZip::eMotDePasse(const wchar_t* pszMotDePasse) {

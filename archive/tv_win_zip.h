@@ -43,6 +43,11 @@ class CTVWinZip : public CTVZipBase {
     eARCHIVE __eOuvre(unsigned dwFlags, std::int64_t i64Base);
     /// Finds an entry and makes it the record reader's current one.
     eARCHIVE __eTrouve(std::wstring_view svNom, bool bCasse, const CRepEntree** ppclEntree);
+    /// What every extraction begins and ends with, around one that is given the entry found.
+    template <class CExtraction>
+    eARCHIVE __eExtrait(std::wstring_view svNom, bool bCasse, HWND hFenetre, STInfoAvancement* pstAvancement,
+                        CExtraction clExtraction);
+    eARCHIVE __eExtraitVersMemoire(const CRepEntree& rclEntree, CTLBIN* ptabOut);
     eARCHIVE __eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination);
     static eARCHIVE __eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination);
     /// Opens the current entry's data.

@@ -62,15 +62,14 @@ const STArchiver tabArchiver[] = {
     {"stored", "zip -q -r -0 ../a.zip ."},
     {"deflated", "zip -q -r -9 ../a.zip ."},
     {"enciphered", "zip -q -r -P 'pass word' ../a.zip .", L"pass word"},
-    {"split", "zip -q -r -s 64k ../a.zip .", nullptr, "test -e a.z02"},
+    // Its directory is split too: the end record counts fewer headers on its own disk than there are in all.
+    {"split", "zip -q -r -s 64k ../a.zip .", nullptr,
+     "test -e a.z02 && "
+     "test $(tail -c 14 a.zip | head -c 2 | od -An -tu2) -lt $(tail -c 12 a.zip | head -c 2 | od -An -tu2)"},
     {"split_stored", "zip -q -r -0 -s 64k ../a.zip .", nullptr, "test -e a.z08"},
     {"split_enciphered", "zip -q -r -s 64k -P secret ../a.zip .", L"secret", "test -e a.z02"},
     {"split_zip64", "zip -q -r -s 64k -X -fz ../a.zip .", nullptr,
      "test -e a.z02 && grep -aq 'PK\006\007' a.zip"},
-    // The end record counts fewer headers on its own disk than there are in all.
-    {"split_directory", "zip -q -r -s 64k ../a.zip .", nullptr,
-     "test \"$(tail -c 14 a.zip | head -c 2 | od -An -tu2)\" -lt \"$(tail -c 12 a.zip | head -c 2 | od -An "
-     "-tu2)\""},
     {"zip64", "zip -q -r -X -fz ../a.zip .", nullptr, "grep -aq 'PK\006\007' a.zip"},
     {"streamed", "zip -q -r - . | cat >../a.zip", nullptr, "grep -aq 'PK\007\010' a.zip"},
     {"streamed_enciphered", "zip -q -r -P secret - . | cat >../a.zip", L"secret"},

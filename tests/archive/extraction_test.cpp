@@ -1,4 +1,3 @@
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -145,13 +144,13 @@ TEST_F(Extraction, NamesFlagsAndLookups) {
     // The flag takes away what stands there before anything else is looked at.
     EXPECT_EQ(eExtract(L"File.txt", "out", CTVZipBase::dwEXTRAIT_SUPPRIME), ARCHIVE_NOT_FOUND);
     EXPECT_EQ(m_clFolder.csRead("out"), "(none)");
-    // Overwritten in place, so that it stays the same file; deleted first, it is a new one.
+    // Without it the file is overwritten in place.
     m_clFolder.Write("out", "x");
-    const ino_t nBefore = stOf("out").st_ino;
-    fs::create_hard_link(m_clFolder.clPath("out"), m_clFolder.clPath("other name"));
-    fs::remove(m_clFolder.clPath("other name"));
+    std::ifstream clBefore(m_clFolder.clPath("out"));
     EXPECT_EQ(eExtract(L"sub/file.txt", "out"), ARCHIVE_OK);
-    EXPECT_EQ(stOf("out").st_ino, nBefore);
+    std::string csLine;
+    EXPECT_TRUE(std::getline(clBefore, csLine));
+    EXPECT_EQ(csLine, "hello, archive");
 }
 
 TEST_F(Extraction, DestinationsThatFailAndLinksThatAreReplaced) {
@@ -177,25 +176,18 @@ TEST_F(Extraction, DestinationsThatFailAndLinksThatAreReplaced) {
 
 TEST_F(Extraction, FailuresLeaveNoFile) {
     STCraftedZip st;
-    st.tabEntry.resize(4);
+    st.tabEntry.resize(3);
     st.tabEntry[0].dwCrc = st.tabEntry[0].dwLocalCrc = 1;
     st.tabEntry[1].csName = "short";
     st.tabEntry[1].dwOriginale = 20;
     st.tabEntry[2].csName = "secret";
     st.tabEntry[2].wFlags = wFLAG_CRYPTE;
-    st.tabEntry[3].csName = "broken";
-    st.tabEntry[3].dwCompresse = 0xFFFFFFF;
     ASSERT_EQ(eOpen(st), ARCHIVE_OK);
-    const struct {
-        const wchar_t* pszName;
-        eARCHIVE eExpected;
-    } tabCase[] = {{L"a.txt", ARCHIVE_DATA},
-                   {L"short", ARCHIVE_BAD},
-                   {L"broken", ARCHIVE_DATA},
-                   {L"secret", ARCHIVE_PASSWORD}};
-    for (const auto& rst : tabCase) {
-        EXPECT_EQ(eExtract(rst.pszName, "out"), rst.eExpected);
-        EXPECT_EQ(m_cl.eGetDerniereErreur(), rst.eExpected);
+    const std::pair<const wchar_t*, eARCHIVE> tabCase[] = {
+        {L"a.txt", ARCHIVE_DATA}, {L"short", ARCHIVE_BAD}, {L"secret", ARCHIVE_PASSWORD}};
+    for (const auto& [pszName, eExpected] : tabCase) {
+        EXPECT_EQ(eExtract(pszName, "out"), eExpected);
+        EXPECT_EQ(m_cl.eGetDerniereErreur(), eExpected);
         EXPECT_EQ(m_clFolder.csRead("out"), "(none)");
     }
     // A password that does not fit is found out before the old file is touched.

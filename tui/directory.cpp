@@ -19,11 +19,10 @@ CTString csDirectoryPart(std::wstring_view svPath) {
     return nSlash == std::wstring_view::npos ? CTString(L"/") : CTString(svPath.substr(0, nSlash + 1));
 }
 
-// The directory above one that ends in "/"; the same one when there is none.
+// The directory above one that ends in "/"; empty when there is none.
 CTString csParent(const CTString& rcsDirectory) {
     const std::wstring_view sv = rcsDirectory.svGet();
-    const std::size_t nSlash = sv.substr(0, sv.size() - 1).rfind(L'/');
-    return nSlash == std::wstring_view::npos ? rcsDirectory : CTString(sv.substr(0, nSlash + 1));
+    return CTString(sv.substr(0, sv.substr(0, sv.size() - 1).rfind(L'/') + 1));
 }
 
 int nButtonGap(int nWidth) {
@@ -127,7 +126,9 @@ bool CDirectory::__bEnterSelected() {
     const CTString csTarget = std::wcscmp(pszLine, PSZ_PARENT) == 0
                                   ? csParent(m_csCurrent)
                                   : m_csCurrent + std::wstring_view(pszLine) + L"/";
-    m_clPath.SetText(csTarget.pszGet());
+    if (!csTarget.bEmpty()) {
+        m_clPath.SetText(csTarget.pszGet());
+    }
     _ListDirectory();
     Draw();
     return true;

@@ -43,11 +43,12 @@ CLicenseWin::CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t*
                  BUTTON_HEIGHT),
       m_clRefuse(this, csLoadText(TEXTE_REFUSER).pszGet(), 2 * nButtonGap(nWidth) + BUTTON_WIDTH, nHeight - 6,
                  BUTTON_WIDTH, BUTTON_HEIGHT),
-      m_csTitle(csLoadText(TEXTE_TITRE_LICENCE)) {
+      m_csTitle(csLoadText(TEXTE_TITRE_LICENCE)),
+      m_bReadable(nWidth > 6 && nHeight > 11) {
     AddChild(&m_clText);
     AddChild(&m_clAccept);
     AddChild(&m_clRefuse);
-    if (m_clText.bScrollable()) {
+    if (!m_bReadable || m_clText.bScrollable()) {
         m_clAccept.SetEnable(0);
     } else {
         bSetFocus(&m_clAccept);
@@ -55,7 +56,7 @@ CLicenseWin::CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t*
 }
 
 bool CLicenseWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
-    if (pclSender == &m_clText && eEvent == eEVENT_END_REACHED) {
+    if (pclSender == &m_clText && eEvent == eEVENT_END_REACHED && m_bReadable) {
         m_clAccept.SetEnable(1);
         Draw();
         return true;

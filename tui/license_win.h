@@ -10,8 +10,9 @@ namespace kalmo {
 
 /// The licence agreement: its text, a button to accept and one to refuse.
 ///
-/// Accepting is possible once the text's last line has been on the screen: at once when the text fits. The
-/// caller makes the window, calls Draw and MainLoop and reads bAccepted.
+/// Accepting is possible once the text's last line has been on the screen: at once when the text fits, never
+/// in a window too small to show any of it. The caller makes the window, calls Draw and MainLoop and reads
+/// bAccepted.
 class CLicenseWin : public CWindow {
   public:
     static constexpr int PREFERRED_WIDTH = 76;
@@ -32,6 +33,7 @@ class CLicenseWin : public CWindow {
     CButton m_clAccept;
     CButton m_clRefuse;
     CTString m_csTitle;
+    bool m_bReadable;  ///< The window has room for at least one line and column of the text.
     bool m_bAccepted = false;
 };
 

@@ -161,8 +161,11 @@ extern "C" void __asan_on_error() {
 }
 
 bool bArmTerminalGuard(int nFd) {
+    // A screen that was open before keeps its terminal description, which must be the current one again.
+    TERMINAL* const pclFormer = ::cur_term;
     int nError = 0;
     if (::setupterm(nullptr, nFd, &nError) != OK) {
+        ::set_curterm(pclFormer);
         return false;
     }
     const bool bUsable = pszCapability("cup") != nullptr;
@@ -172,7 +175,7 @@ bool bArmTerminalGuard(int nFd) {
         g_stGuard.bLineSettings = ::tcgetattr(nFd, &g_stGuard.stLineSettings) == 0;
         PrepareLeaving();
     }
-    ::del_curterm(cur_term);
+    ::del_curterm(::set_curterm(pclFormer));
     if (!bUsable) {
         return false;
     }

@@ -146,6 +146,8 @@ TEST_F(Directory, IsWalkedWithKeys) {
         {TREE + "/", {"w", "i", "x"}, TREE + "/wix", ".."},
         {TREE + "/wix", {"Backspace"}, TREE + "/wi", "with blank"},
         {TREE + "/al", {"Delete", "Left", "Delete"}, TREE + "/a", "alpha"},
+        // Above a path without "/" at its start there is nothing to go to.
+        {"usr/lo", {"Tab", "Enter"}, "usr/lo", ".."},
         // White space cannot be typed.
         {TREE + "/with", {" "}, TREE + "/with_", ".."},
         // An edit of the directory lists it anew, and so does a "/".

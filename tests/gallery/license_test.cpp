@@ -77,6 +77,15 @@ TEST(License, IsAcceptedOnlyAtItsEnd) {
     }
 }
 
+TEST(License, CannotBeAcceptedUnseen) {
+    for (const auto& [nColumns, nRows] : {std::pair(80, 15), std::pair(10, 24)}) {
+        CGallery clGallery({"license"}, {.nColumns = nColumns, .nRows = nRows});
+        ASSERT_TRUE(clGallery.bTypeAll({"PageDown", "PageDown", "PageDown", "Tab", "Enter"}));
+        EXPECT_EQ(clGallery.nWaitEnd(), 0);
+        EXPECT_NE(clGallery.csText().find("license: r"), std::string::npos) << nColumns << "x" << nRows;
+    }
+}
+
 TEST(License, KeepsLinesAndIndents) {
     CGallery clGallery({"license", "One.\r\n\r\n  two   " + std::string(75, 'x') + "\nthree"});
     ASSERT_TRUE(clGallery.bSettle());

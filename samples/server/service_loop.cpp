@@ -73,8 +73,13 @@ void ServeUntilTerminated(const CUniqueFd& clListener, const std::function<std::
     const CUniqueFd clSignals(::signalfd(-1, &stSignals, SFD_CLOEXEC));
 
     pollfd tabPoll[2] = {{clListener.nGet(), POLLIN, 0}, {clSignals.nGet(), POLLIN, 0}};
-    // A child that ends, such as the logger, interrupts the wait.
-    while (::poll(tabPoll, 2, -1) >= 0 || errno == EINTR) {
+    for (;;) {
+        if (::poll(tabPoll, 2, -1) < 0) {
+            if (errno == EINTR) {
+                continue;  // a child that ended, such as the logger; what poll told last time is over
+            }
+            return;
+        }
         signalfd_siginfo stSignal{};
         if (tabPoll[1].revents != 0 && ::read(clSignals.nGet(), &stSignal, sizeof stSignal) > 0) {
             if (stSignal.ssi_signo != SIGHUP) {

@@ -142,7 +142,8 @@ test_folders() { # TOOL...
 # Runs a command line at a terminal, presses Ctrl-C when it says it is ready, prints what follows and the status.
 press_ctrl_c() { # COMMAND_LINE
     local from to terminal_pid
-    coproc terminal { exec script --quiet --return --command "$1" /dev/null; }
+    # A shell that stayed between the terminal and the command would take the Ctrl-C for itself.
+    coproc terminal { exec script --quiet --return --command "exec $1" /dev/null; }
     terminal_pid=$!
     exec {from}<&"${terminal[0]}" {to}>&"${terminal[1]}"
     read -r _ <&"$from"
@@ -168,7 +169,7 @@ def caught(*_):
     sys.exit(3)
 signal.signal(signal.SIGINT, caught)
 print(\"ready\", flush=True)
-time.sleep(1000)'")"
+while True: time.sleep(0.05) # a signal just before one long sleep would wait for its end'")"
     check "Ctrl-C ends a plain command" 'status 130' \
         "$(press_ctrl_c "$machine systemd --timeout 20 -- sh -c 'echo ready; exec sleep 1000'")"
 }

@@ -1,7 +1,5 @@
 #include "tui/dialog_text.h"
 
-#include "framework/resource.h"
-
 namespace kalmo {
 
 CTString csLoadText(unsigned unId) {

@@ -1,7 +1,7 @@
 #ifndef KALMO_TUI_DIALOG_TEXT_H
 #define KALMO_TUI_DIALOG_TEXT_H
 
-#include "framework/xy_string.h"
+#include "framework/resource.h"
 
 /// The texts that the dialogs of the toolkit show, by their numbers.
 namespace kalmo {
@@ -17,6 +17,13 @@ constexpr unsigned TEXTE_REFUSER = 0x1040;
 
 /// A text in the operator's language; empty when there is none of that number.
 CTString csLoadText(unsigned unId);
+/// A text with its inserts filled in; empty when there is none or it does not fit these arguments.
+template <class... TArg>
+CTString csFormatText(unsigned unId, const TArg&... arg) {
+    CTString csText;
+    DLLRES_bFormatMessage(&gstMyModuleInfo604, unId, &csText, arg...);
+    return csText;
+}
 
 }  // namespace kalmo
 

@@ -15,6 +15,9 @@ class CLibel : public CWidget {
 
     bool bSetFocus(int bNewFocus) override;
     void Draw() override;
+    /// Replaces the text; the next Draw shows it. What it covered of a longer one before stays on the screen
+    /// until the window is drawn.
+    void SetText(const wchar_t* pszText) { m_csText = CTString(pszText); }
 
   private:
     CTString m_csText;

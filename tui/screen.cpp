@@ -101,6 +101,12 @@ void dialog_clear() {
     ::wnoutrefresh(stdscr);
 }
 
+void RepaintScreen() {
+    if (g_bOpen) {
+        ::wrefresh(curscr);
+    }
+}
+
 void end_dialog() {
     if (!g_bOpen) {
         return;

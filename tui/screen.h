@@ -28,6 +28,10 @@ void color_setup();
 /// Paints the background of the whole screen and queues it; the next refresh of a window shows it.
 void dialog_clear();
 
+/// Shows the whole screen again, after another program may have written on the terminal. Does nothing while
+/// no screen is open.
+void RepaintScreen();
+
 /// Closes the screen and gives the terminal back. The windows may outlive it, but can no longer be drawn.
 void end_dialog();
 

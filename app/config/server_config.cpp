@@ -1,5 +1,6 @@
 #include "app/config/server_config.h"
 
+#include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
 #include "services/service.h"
@@ -17,7 +18,7 @@ void WriteDBRootPath(const wchar_t* pszConfPath, const wchar_t* pszValue) {
 }
 
 void WriteServerPort(const wchar_t* pszConfPath, const wchar_t* pszValue) {
-    WritePrivateProfileString(PSZ_SECTION_INIT, L"AccessPort", pszValue, pszConfPath);
+    WritePrivateProfileString(PSZ_SECTION_INIT, PSZ_KEY_PORT, pszValue, pszConfPath);
 }
 
 void WriteServerName(const wchar_t* pszConfPath, const wchar_t* pszValue) {
@@ -34,6 +35,14 @@ ETelemetryState eReadTelemetry(const wchar_t* pszConfPath) {
         case 1: return ETelemetryState::On;
         default: return ETelemetryState::Unknown;
     }
+}
+
+int nReadServerPort(const wchar_t* pszConfPath) {
+    return GetPrivateProfileInt(PSZ_SECTION_INIT, PSZ_KEY_PORT, nPortDefaut, pszConfPath);
+}
+
+bool bIsManager(const CService& rclService) {
+    return bEgalSansCasse(rclService.pszGetName(), PSZ_MANAGER_SERVICE);
 }
 
 CTString csGetProgramWithoutArg(CService* pclService) {

@@ -19,7 +19,12 @@ inline constexpr const wchar_t* PSZ_CONF_BASE = L"ZDConf";
 inline constexpr const wchar_t* PSZ_CONF_EXTENSION = L"ini";
 inline constexpr const wchar_t* PSZ_SECTION_INIT = L"INIT";
 inline constexpr const wchar_t* PSZ_KEY_DAEMON_USER = L"DaemonUser";
+inline constexpr const wchar_t* PSZ_KEY_PORT = L"AccessPort";
 inline constexpr int nPortDefaut = 4900;
+
+/// The names that services of this product have: the shared manager's, and what an instance's begins with.
+inline constexpr const wchar_t* PSZ_MANAGER_SERVICE = L"KalmoManager";
+inline constexpr const wchar_t* PSZ_SERVICE_PREFIX = L"ZDCS-";
 
 /// What an instance's configuration says about telemetry.
 enum class ETelemetryState : int {
@@ -35,6 +40,11 @@ void WriteServerName(const wchar_t* pszConfPath, const wchar_t* pszValue);
 /// Writes "1" for any non-zero nOn, else "0".
 void WriteTelemetryOn(const wchar_t* pszConfPath, int nOn);
 ETelemetryState eReadTelemetry(const wchar_t* pszConfPath);
+/// The port, nPortDefaut when the file does not tell any.
+int nReadServerPort(const wchar_t* pszConfPath);
+
+/// True for the shared manager's service, whatever the letter case of its name.
+bool bIsManager(const CService& rclService);
 
 /// The program of a service: its command line cut before the first " --", without spaces at the end.
 /// Empty when the service tells none.

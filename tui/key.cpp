@@ -50,4 +50,10 @@ bool bReadKey(int* pnKey) {
     return false;
 }
 
+void ForgetKeys() {
+    if (bDialogOpen()) {
+        ::flushinp();
+    }
+}
+
 }  // namespace kalmo

@@ -22,6 +22,10 @@ constexpr int TOUCHE_EFFACE = 127;  ///< What most terminals send for Backspace.
 /// Precondition: the screen is open.
 [[nodiscard]] bool bReadKey(int* pnKey);
 
+/// Drops the keys that were pressed but not read. For a dialog that appears after a long work, so that a key
+/// pressed during it does not answer unseen.
+void ForgetKeys();
+
 /// One row of a control's key table: the key and what it does. The action tells whether it consumed the key.
 template <class TControl>
 struct STKeyAction {

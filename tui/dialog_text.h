@@ -10,7 +10,6 @@ constexpr unsigned TEXTE_OK = 4146;
 constexpr unsigned TEXTE_ANNULER = 4151;
 constexpr unsigned TEXTE_OUI = 4152;
 constexpr unsigned TEXTE_NON = 4153;
-constexpr unsigned TEXTE_INSTALLATION = 4171;
 constexpr unsigned TEXTE_TITRE_LICENCE = 0x103E;
 constexpr unsigned TEXTE_ACCEPTER = 0x103F;
 constexpr unsigned TEXTE_REFUSER = 0x1040;

@@ -2,6 +2,7 @@
 
 #include "tui/attribute.h"
 #include "tui/dialog_text.h"
+#include "tui/dialogs/text_number.h"
 
 namespace kalmo {
 

@@ -1,0 +1,118 @@
+#include "tui/dialogs/config_win.h"
+
+#include <pwd.h>
+
+#include <algorithm>
+#include <cwchar>
+#include <string>
+#include <string_view>
+
+#include "app/config/server_config.h"
+#include "framework/conversion.h"
+#include "tui/dialog_text.h"
+#include "tui/dialogs/text_number.h"
+#include "tui/msg_box.h"
+#include "tui/placement.h"
+
+namespace kalmo {
+namespace {
+
+constexpr const wchar_t* PSZ_ROOT = L"root";
+
+// The instance's name in that of its service.
+std::wstring_view svInstanceName(const CService& rclService) {
+    const std::wstring_view svService = rclService.pszGetName() == nullptr ? L"" : rclService.pszGetName();
+    return svService.substr(std::min(svService.size(), std::wstring_view(PSZ_SERVICE_PREFIX).size()));
+}
+
+const wchar_t* pszShownName(CService& rclService) {
+    const wchar_t* const pszDisplayName = rclService.pszGetDisplayName();
+    return pszDisplayName != nullptr ? pszDisplayName : rclService.pszGetName();
+}
+
+}  // namespace
+
+CConfigWin::CConfigWin(int nX, int nY, int nWidth, int nHeight, CServiceList& rclServices)
+    : COkCancelWin(nX, nY, nWidth, nHeight),
+      m_rclServices(rclServices),
+      m_clName(this, csLoadText(TEXTE_NOM_SERVEUR_PROPOSE).pszGet(), 2, 2, nWidth - 5, 3,
+               csLoadText(TEXTE_NOM_SERVEUR).pszGet(), eBORDER_FRAME),
+      m_clPort(this, std::to_wstring(nPortDefaut).c_str(), 2, 6, nWidth - 5, 3,
+               csLoadText(TEXTE_PORT).pszGet(), eBORDER_FRAME),
+      m_clDaemonUser(this, PSZ_ROOT, 2, 10, nWidth - 5, 3, csLoadText(TEXTE_COMPTE_SYSTEME).pszGet(),
+                     eBORDER_FRAME) {
+    AddChild(&m_clName);
+    AddChild(&m_clPort);
+    AddChild(&m_clDaemonUser);
+    _AddButtons();
+}
+
+bool CConfigWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
+    if (eEvent == eEVENT_ENTER && pclSender == &m_clName) {
+        return _bGoTo(&m_clPort);
+    }
+    if (eEvent == eEVENT_ENTER && pclSender == &m_clPort) {
+        return _bGoTo(&m_clOk);
+    }
+    return COkCancelWin::bOnEvent(pclSender, eEvent);
+}
+
+void CConfigWin::_Confirm() {
+    if (_bCheck()) {
+        COkCancelWin::_Confirm();
+    } else {
+        Draw();
+    }
+}
+
+bool CConfigWin::_bCheck() {
+    if (!__bCheckAccount()) {
+        return false;
+    }
+    const long nPort = std::wcstol(m_clPort.pszGetText(), nullptr, 10);
+    for (const auto& rpclService : m_rclServices) {
+        if (!bIsManager(*rpclService) && (!__bCheckName(*rpclService) || !_bCheckPort(nPort, *rpclService))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool CConfigWin::__bCheckAccount() {
+    const CTString csAccount = m_clDaemonUser.pszGetText();
+    if (csAccount == PSZ_ROOT || ::getpwnam(csToUTF8(csAccount).pszGet()) != nullptr) {
+        return true;
+    }
+    const CTString csQuestion = csFormatText(TEXTE_COMPTE_INCONNU, csAccount);
+    const int nAnswer = clMakeCentred<CMsgBox>(60, 13, csLoadText(TEXTE_ATTENTION).pszGet(),
+                                               csQuestion.pszGet(), CMsgBox::eTYPE::TwoButtons)
+                            .Show();
+    Draw();
+    return nAnswer == CMsgBox::RESULT_FIRST;
+}
+
+bool CConfigWin::__bCheckName(const CService& rclService) {
+    if (!bEgalSansCasse(m_clName.pszGetText(), svInstanceName(rclService))) {
+        return true;
+    }
+    _ShowConflict(csFormatText(TEXTE_CONFLIT_NOM, m_clName.pszGetText()).pszGet());
+    return false;
+}
+
+bool CConfigWin::_bCheckPort(long nPort, CService& rclService) {
+    CPathBuffer szConf;
+    GetZDConfPath(&rclService, szConf);
+    const int nUsed = nReadServerPort(szConf);
+    if (nPort != nUsed) {
+        return true;
+    }
+    _ShowConflict(csFormatText(TEXTE_CONFLIT_PORT, nUsed, pszShownName(rclService)).pszGet());
+    return false;
+}
+
+void CConfigWin::_ShowConflict(const wchar_t* pszText) {
+    clMakeCentred<CMsgBox>(60, 20, csLoadText(TEXTE_ATTENTION).pszGet(), pszText, CMsgBox::eTYPE::OneButton)
+        .Show();
+}
+
+}  // namespace kalmo

@@ -1,0 +1,28 @@
+#include "tui/dialogs/upgrade_or_install_win.h"
+
+#include "tui/dialog_text.h"
+#include "tui/dialogs/text_number.h"
+
+namespace kalmo {
+
+CUpgradeOrInstallWin::CUpgradeOrInstallWin(int nX, int nY, int nWidth, int nHeight, int bWithFirstOption)
+    : COkCancelWin(nX, nY, nWidth, nHeight),
+      m_clAction(this, (nWidth - 60) / 2, (nHeight - 20) / 2, 60, 14, csLoadText(TEXTE_TITRE_ACTION).pszGet(),
+                 1, 0) {
+    if (bWithFirstOption != 0) {
+        m_clAction.AddOption(csLoadText(TEXTE_ACTION_MISE_A_JOUR).pszGet());
+    }
+    m_clAction.AddOption(csLoadText(TEXTE_ACTION_INSTALLER).pszGet());
+    m_clAction.AddOption(csLoadText(TEXTE_ACTION_DESINSTALLER).pszGet());
+    AddChild(&m_clAction);
+    _AddButtons();
+}
+
+bool CUpgradeOrInstallWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
+    if (pclSender == &m_clAction && eEvent == eEVENT_VALIDATED) {
+        return _bGoTo(&m_clOk);
+    }
+    return COkCancelWin::bOnEvent(pclSender, eEvent);
+}
+
+}  // namespace kalmo

@@ -1,10 +1,10 @@
 #include "samples/server/instance.h"
 
 #include <array>
+#include <vector>
 
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
-#include "framework/file_version.h"
 #include "framework/process_info.h"
 #include "framework/profile.h"
 #include "services/lance_processus.h"
@@ -55,21 +55,11 @@ bool bNameAllowed(std::wstring_view svName) {
     return !svName.empty() && svName.size() <= 100 && svName.find_first_not_of(svAllowed) == svName.npos;
 }
 
-CXYString<char> csOwnVersion() {
-    CPathBuffer szProgram;
-    CFileVersion clVersion;
-    CTString csVersion;
-    if (!GetModuleFileNameW(szProgram) || !clVersion.bInit(szProgram) ||
-        !clVersion.bGetString(L"\\StringFileInfo\\000004E4\\VersionVI", &csVersion)) {
-        return "?";
-    }
-    return csToUTF8(csVersion);
-}
-
-int nRunProgram(int nArgc, char** ppszArgv, int (*fnMain)(std::string_view)) {
+int nRunProgram(int nArgc, char** ppszArgv, int (*fnMain)(CArguments)) {
     SetLocaleUTF8();
     CLanceProcessus::sInit();
-    const int nCode = fnMain(nArgc > 1 ? ppszArgv[1] : "");
+    const std::vector<std::string_view> tabArgument(ppszArgv + (nArgc > 0 ? 1 : 0), ppszArgv + nArgc);
+    const int nCode = fnMain(tabArgument);
     CLanceProcessus::sTerm();
     return nCode;
 }

@@ -1,6 +1,7 @@
 #ifndef KALMO_SAMPLES_SERVER_INSTANCE_H
 #define KALMO_SAMPLES_SERVER_INSTANCE_H
 
+#include <span>
 #include <string_view>
 
 #include "framework/fs_path.h"
@@ -24,11 +25,16 @@ bool bReadInstance(STInstance* pstOut);
 /// True when a name can be part of a service's name: 1 to 100 letters, digits, "_" and "-".
 bool bNameAllowed(std::wstring_view svName);
 
-/// The version that the running program carries, "?" without one.
-CXYString<char> csOwnVersion();
+/// The arguments of a program, without its name.
+using CArguments = std::span<const std::string_view>;
 
-/// What a program's main does: prepares the process and calls fnMain with the first argument, or "".
-int nRunProgram(int nArgc, char** ppszArgv, int (*fnMain)(std::string_view));
+/// What a program is asked to do: its first argument, or "".
+inline std::string_view svModeOf(CArguments tabArgument) {
+    return tabArgument.empty() ? std::string_view() : tabArgument.front();
+}
+
+/// What a program's main does: prepares the process and calls fnMain.
+int nRunProgram(int nArgc, char** ppszArgv, int (*fnMain)(CArguments));
 
 }  // namespace kalmo::sample
 

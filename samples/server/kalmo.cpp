@@ -1,7 +1,9 @@
 // "kalmo": the daemon of one server instance.
 //
-//   kalmo --INSTALLER   registers and starts the service "ZDCS-" + name; 255 when it fails
-//   kalmo --service     serves until SIGTERM: greets every TCP connection on "AccessPort" with a line
+//   kalmo --INSTALLER   registers and starts the service "ZDCS-" + name; 255 when it fails; behind it
+//                       --CREATEUSER NAME --PWDC HEX makes an account
+//   kalmo --service     serves until SIGTERM: greets every TCP connection on "AccessPort" with a line, and
+//                       answers "LOGIN name password" with "OK" or "NO"
 //   kalmo --version     prints the version
 
 #include <dlfcn.h>
@@ -10,11 +12,15 @@
 
 #include <array>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "app/config/program_version.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "samples/server/accounts.h"
+#include "samples/server/failure.h"
 #include "samples/server/install_log.h"
 #include "samples/server/instance.h"
 #include "samples/server/registration.h"
@@ -51,8 +57,49 @@ bool bPrepareDatabase(const STInstance& rst, CInstallLog& rclLog) {
     return bOwned;
 }
 
-int nInstall(const STInstance& rst) {
+// The account that the arguments behind "--INSTALLER" ask for.
+struct STNewAccount {
+    std::string csName;  ///< Empty: none.
+    std::string csPassword;
+};
+
+// False, and told, when they make no sense.
+bool bReadArguments(CArguments tabArgument, STNewAccount* pst, CInstallLog& rclLog) {
+    if (tabArgument.empty()) {
+        return true;
+    }
+    if (tabArgument.size() != 4 || tabArgument[0] != "--CREATEUSER" || tabArgument[1].empty() ||
+        tabArgument[2] != "--PWDC") {
+        rclLog.Line(L"an account takes --CREATEUSER NAME --PWDC HEX");
+        return false;
+    }
+    const std::optional<std::string> csPassword = csDecipherPassword(tabArgument[1], tabArgument[3]);
+    if (!csPassword) {
+        rclLog.Line(L"no password of account " + csFromUTF8(tabArgument[1]) + L" stands behind --PWDC");
+        return false;
+    }
+    *pst = {std::string(tabArgument[1]), *csPassword};
+    return true;
+}
+
+bool bCreateAccount(const STInstance& rst, const STNewAccount& rstAccount, CInstallLog& rclLog) {
+    if (rstAccount.csName.empty()) {
+        return true;
+    }
+    const bool bMade = CAccounts(rst.clDatabaseRoot).bCreate(rstAccount.csName, rstAccount.csPassword);
+    rclLog.Line(L"account " + csFromUTF8(rstAccount.csName) + (bMade ? L": ok" : L": failed"));
+    return bMade;
+}
+
+int nInstall(const STInstance& rst, CArguments tabArgument) {
     CInstallLog clLog(rst.clDirectory);
+    if (const std::optional<int> nCode = nToldToFail(rst, L"kalmo", clLog)) {
+        return *nCode;
+    }
+    STNewAccount stAccount;
+    if (!bReadArguments(tabArgument, &stAccount, clLog)) {
+        return nInstallerFailed;
+    }
     if (!bNameAllowed(rst.csName)) {
         clLog.Line(L"the instance name \"" + rst.csName +
                    L"\" may hold letters, digits, \"_\" and \"-\" only");
@@ -62,7 +109,8 @@ int nInstall(const STInstance& rst) {
     STRegistration stService{L"ZDCS-" + rst.csName, L"ZDSQL server " + rst.csName, rst.clDirectory,
                              rst.csDaemonUser};
     const bool bDone = clManager.bInit(nullptr, 0) && stService.clProgram.bAppend(L"kalmo") &&
-                       bPrepareDatabase(rst, clLog) && bRegister(stService, clLog);
+                       bPrepareDatabase(rst, clLog) && bCreateAccount(rst, stAccount, clLog) &&
+                       bRegister(stService, clLog);
     return bDone ? 0 : nInstallerFailed;
 }
 
@@ -86,47 +134,56 @@ int nServe(STInstance& rst) {
         return 1;
     }
     CLanceProcessus clLogger;
-    const CTString csLog = rst.clDatabaseRoot.csGet() + L"__system/kalmo.log";
-    const wchar_t* tabLog[] = {csLog.pszGet()};
+    CFSPath clLog = rst.clDatabaseRoot;
+    if (!clLog.bAppend(L"__system/kalmo.log")) {
+        clLog = {};
+    }
+    const wchar_t* tabLog[] = {clLog.pszGet()};
     clLogger.bLanceProcessus((rst.clDirectory.csGet() + L"zdlogger").pszGet(), 1, tabLog, nullptr);
     const auto Log = [&clLogger](const std::string& cs) {
         clLogger.bEcritEntree((cs + "\n").data(), static_cast<unsigned>(cs.size() + 1));
     };
 
-    const CXYString<char> csVersion = csOwnVersion();
+    const CXYString<char> csVersion = csToUTF8(csGetOwnVersion());
     Log("start " + std::string(csVersion.svGet()) + ", dialect " + csDialect(rst));
-    ServeUntilTerminated(
-        clListener,
-        [&] {
-            std::array<char, 256> szLine{};
-            tvzdsrv_Greeting(szLine.data(), szLine.size(), csToUTF8(rst.csName).pszGet(), csVersion.pszGet());
-            return std::string(szLine.data()) + "\n";
-        },
-        [&] {
-            bReadInstance(&rst);
-            Log("configuration read again");
-        });
+    const auto Greeting = [&] {
+        std::array<char, 256> szLine{};
+        tvzdsrv_Greeting(szLine.data(), szLine.size(), csToUTF8(rst.csName).pszGet(), csVersion.pszGet());
+        return std::string(szLine.data()) + "\n";
+    };
+    const auto Answer = [&](std::string_view svLine) -> std::string {
+        static constexpr std::string_view svLogin = "LOGIN ";
+        const bool bIn = svLine.starts_with(svLogin) &&
+                         CAccounts(rst.clDatabaseRoot).bLogin(svLine.substr(svLogin.size()));
+        return bIn ? "OK\n" : "NO\n";
+    };
+    const auto Reload = [&] {
+        bReadInstance(&rst);
+        Log("configuration read again");
+    };
+    ServeUntilTerminated(clListener, {Greeting, Answer, Reload});
     Log("stop");
     return 0;
 }
 
-int nMain(std::string_view svMode) {
+int nMain(CArguments tabArgument) {
+    const std::string_view svMode = svModeOf(tabArgument);
     STInstance st;
     if (!bReadInstance(&st)) {
         std::fputs("kalmo: the path of the configuration is too long\n", stderr);
         return nInstallerFailed;
     }
     if (svMode == "--INSTALLER") {
-        return nInstall(st);
+        return nInstall(st, tabArgument.subspan(1));
     }
     if (svMode == "--service") {
         return nServe(st);
     }
     if (svMode == "--version") {
-        std::printf("kalmo %s\n", csOwnVersion().pszGet());
+        std::printf("kalmo %s\n", csToUTF8(csGetOwnVersion()).pszGet());
         return 0;
     }
-    std::fputs("Usage: kalmo --INSTALLER | --service | --version\n", stderr);
+    std::fputs("Usage: kalmo --INSTALLER [--CREATEUSER NAME --PWDC HEX] | --service | --version\n", stderr);
     return 2;
 }
 

@@ -9,12 +9,15 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "app/config/program_version.h"
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "samples/server/failure.h"
 #include "samples/server/install_log.h"
 #include "samples/server/instance.h"
 #include "samples/server/registration.h"
@@ -38,6 +41,9 @@ bool bServedFromElsewhere(CServiceManager& rclManager, const STInstance& rst) {
 
 int nInstall(const STInstance& rst) {
     CInstallLog clLog(rst.clDirectory);
+    if (const std::optional<int> nCode = nToldToFail(rst, L"kalmomanager", clLog)) {
+        return *nCode;
+    }
     CServiceManager clManager;
     clManager.bInit(nullptr, 0);
     if (bServedFromElsewhere(clManager, rst)) {
@@ -67,7 +73,7 @@ int nServe() {
         std::fprintf(stderr, "kalmomanager: cannot listen on %s\n", PSZ_SOCKET);
         return 1;
     }
-    ServeUntilTerminated(clListener, csInstances, [] {});
+    ServeUntilTerminated(clListener, {.fnGreeting = csInstances});
     return 0;
 }
 
@@ -78,10 +84,11 @@ int nList() {
     return bAnswered ? 0 : 1;
 }
 
-int nMain(std::string_view svMode) {
+int nMain(CArguments tabArgument) {
+    const std::string_view svMode = svModeOf(tabArgument);
     // The file is set-user-id root: whoever is not root may ask for the version and nothing else.
     if (svMode == "--version") {
-        std::printf("kalmomanager %s\n", csOwnVersion().pszGet());
+        std::printf("kalmomanager %s\n", csToUTF8(csGetOwnVersion()).pszGet());
         return 0;
     }
     if (::getuid() != 0) {

@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 namespace kalmo::sample {
 namespace {
@@ -19,6 +21,39 @@ sockaddr_un stUnixAddress(const char* pszPath) {
     st.sun_family = AF_UNIX;
     std::strncpy(st.sun_path, pszPath, sizeof st.sun_path - 1);
     return st;
+}
+
+constexpr std::size_t nMaxClients = 100;
+constexpr std::size_t nMaxLine = 1000;
+
+struct STClient {
+    CUniqueFd clSocket;
+    std::string csLine;  ///< What has come of it so far.
+};
+
+void Say(const STClient& rstClient, std::string_view svText) {
+    static_cast<void>(
+        ::send(rstClient.clSocket.nGet(), svText.data(), svText.size(), MSG_NOSIGNAL | MSG_DONTWAIT));
+}
+
+// Takes what a client has sent. False when the conversation is over.
+bool bKeep(STClient& rstClient, const STConversation& rst) {
+    std::array<char, 1024> tabPiece{};
+    const ssize_t n = ::recv(rstClient.clSocket.nGet(), tabPiece.data(), tabPiece.size(), MSG_DONTWAIT);
+    if (n <= 0) {
+        return n < 0 && (errno == EAGAIN || errno == EINTR);
+    }
+    rstClient.csLine.append(tabPiece.data(), static_cast<std::size_t>(n));
+    const std::size_t nEnd = rstClient.csLine.find('\n');
+    if (nEnd == std::string::npos) {
+        return rstClient.csLine.size() < nMaxLine;
+    }
+    std::string_view svLine = std::string_view(rstClient.csLine).substr(0, nEnd);
+    if (svLine.ends_with('\r')) {
+        svLine.remove_suffix(1);
+    }
+    Say(rstClient, rst.fnAnswer(svLine));
+    return false;
 }
 
 }  // namespace
@@ -62,8 +97,7 @@ CUniqueFd clListenUnix(const char* pszPath) {
     return clSocket;
 }
 
-void ServeUntilTerminated(const CUniqueFd& clListener, const std::function<std::string()>& fnAnswer,
-                          const std::function<void()>& fnReload) {
+void ServeUntilTerminated(const CUniqueFd& clListener, const STConversation& rst) {
     sigset_t stSignals;
     sigemptyset(&stSignals);
     for (const int nSignal : {SIGTERM, SIGINT, SIGHUP}) {
@@ -72,11 +106,15 @@ void ServeUntilTerminated(const CUniqueFd& clListener, const std::function<std::
     ::sigprocmask(SIG_BLOCK, &stSignals, nullptr);
     const CUniqueFd clSignals(::signalfd(-1, &stSignals, SFD_CLOEXEC));
 
-    pollfd tabPoll[2] = {{clListener.nGet(), POLLIN, 0}, {clSignals.nGet(), POLLIN, 0}};
+    std::vector<STClient> tabClient;
     for (;;) {
-        if (::poll(tabPoll, 2, -1) < 0) {
+        std::vector<pollfd> tabPoll = {{clListener.nGet(), POLLIN, 0}, {clSignals.nGet(), POLLIN, 0}};
+        for (const STClient& rstClient : tabClient) {
+            tabPoll.push_back({rstClient.clSocket.nGet(), POLLIN, 0});
+        }
+        if (::poll(tabPoll.data(), tabPoll.size(), -1) < 0) {
             if (errno == EINTR) {
-                continue;  // a child that ended, such as the logger; what poll told last time is over
+                continue;  // a child that ended, such as the logger
             }
             return;
         }
@@ -85,12 +123,19 @@ void ServeUntilTerminated(const CUniqueFd& clListener, const std::function<std::
             if (stSignal.ssi_signo != SIGHUP) {
                 return;
             }
-            fnReload();
+            rst.fnReload();
+        }
+        for (std::size_t n = tabClient.size(); n-- > 0;) {
+            if (tabPoll[n + 2].revents != 0 && !bKeep(tabClient[n], rst)) {
+                tabClient.erase(tabClient.begin() + static_cast<std::ptrdiff_t>(n));
+            }
         }
         if (tabPoll[0].revents != 0) {
-            const CUniqueFd clClient(::accept4(clListener.nGet(), nullptr, nullptr, SOCK_CLOEXEC));
-            const std::string csAnswer = fnAnswer();
-            static_cast<void>(::send(clClient.nGet(), csAnswer.data(), csAnswer.size(), MSG_NOSIGNAL));
+            STClient stClient{CUniqueFd(::accept4(clListener.nGet(), nullptr, nullptr, SOCK_CLOEXEC)), {}};
+            Say(stClient, rst.fnGreeting());
+            if (rst.fnAnswer && tabClient.size() < nMaxClients) {
+                tabClient.push_back(std::move(stClient));
+            }
         }
     }
 }

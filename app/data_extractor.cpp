@@ -3,10 +3,15 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <string>
 
 #include "app/archive_password.h"
+#include "app/config/server_config.h"
+#include "app/message.h"
+#include "app/texts.h"
 #include "app/trace.h"
+#include "app/upgrade_win.h"
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
@@ -22,6 +27,21 @@ constexpr mode_t unManagerMode = 04755;
 constexpr mode_t unFileMode = 0755;
 constexpr int nAttempts = 20;
 constexpr useconds_t unPauseMicros = 500'000;
+
+// Puts the parts that are not empty together, with a blank line between them.
+CTString csJoin(const CTString& csFirst, const CTString& csSecond) {
+    return csFirst.bEmpty() || csSecond.bEmpty() ? csFirst + csSecond : csFirst + L"\r\n\r\n" + csSecond;
+}
+
+// The results that the error table has no text for, as nobody but the archive raises them.
+unsigned unTextOfResult(int nCode) {
+    switch (nCode) {
+        case ARCHIVE_NOT_LOCATED:
+        case ARCHIVE_PASSWORD:
+        case ARCHIVE_DATA: return TEXTE_ILLISIBLE;
+        default: return TEXTE_NON_INSTALLE;
+    }
+}
 
 }  // namespace
 
@@ -56,12 +76,22 @@ bool CDataExtractor::bInit() {
     return eCode == ARCHIVE_OK;
 }
 
-bool CDataExtractor::bUpgrade(const wchar_t* pszDir, IInstallProgress* piProgress) {
-    return _bExtractFile(pszDir, piProgress);
+bool CDataExtractor::bUpgrade(const wchar_t* pszDir, CUpgradeWin* pclWindow) {
+    if (pclWindow == nullptr) {
+        return _bExtractFile(pszDir, nullptr, nullptr);
+    }
+    if (!_bExtractFile(pszDir, pclWindow, pclWindow->pclGetJauge())) {
+        return false;
+    }
+    CPathBuffer szConfPath;
+    if (CDiskFile::MakePath(szConfPath, pszDir, PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+        WriteTelemetryOn(szConfPath, pclWindow->nGetTelemetryOn());
+    }
+    return true;
 }
 
-bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, IInstallProgress* piProgress) {
-    const int nCount = static_cast<int>(rclGetRepertoire().dwTaille());
+bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, CWindow* pclWindow, CJauge* pclJauge) {
+    const int nCount = static_cast<int>(dwGetNbFile());
     for (int nRang = 0; nRang < nCount; ++nRang) {
         const CTString csName = rclGetRepertoire().pclGetEntree(nRang)->csGetNom();
         if (bEgalSansCasse(csName, PSZ_LICENCE)) {
@@ -72,8 +102,11 @@ bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, IInstallProgress* piPr
                        : _bInstalFile(pszDir, csName, unFileMode, false))) {
             return false;
         }
-        if (piProgress != nullptr) {
-            piProgress->FileInstalled();
+        if (pclJauge != nullptr) {
+            pclJauge->SetValue(pclJauge->dGetValue() + 1.0);
+        }
+        if (pclWindow != nullptr) {
+            pclWindow->Draw();
         }
     }
     return true;
@@ -109,10 +142,13 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
 }
 
 void CDataExtractor::_ShowError(const CXError* pclError) {
+    const int nSystemError = errno;
     if (pclError != nullptr) {
         m_rclTrace.Error(L"failure", *pclError);
+        ShowErrorBox(csJoin(pclError->pszGetSystemErrorMessage(), pclError->pszGetUserMessage()));
     } else {
-        m_rclTrace.Outcome(L"set owner and mode", false);
+        m_rclTrace.Outcome(L"failure", false);
+        ShowErrorBox(csFromUTF8(std::strerror(nSystemError)));
     }
 }
 
@@ -135,6 +171,9 @@ void CDataExtractor::_ProcessZipError(int nCode, std::wstring_view svName, std::
     }
     if (nCode == ARCHIVE_CREATE || nCode == ARCHIVE_DISK_FULL || nCode == ARCHIVE_WRITE) {
         clError.SetSystemErrorParam(static_cast<unsigned>(nSystemError), CTString(svPath).pszGet());
+    }
+    if (clError.unGetUserResource() == 0) {
+        clError.SetUserErrorMessage(csFormatText(unTextOfResult(nCode), svName).pszGet());
     }
     _ShowError(&clError);
 }

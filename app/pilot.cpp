@@ -1,15 +1,14 @@
 #include "app/pilot.h"
 
-#include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "app/config/server_config.h"
 #include "app/data_extractor.h"
-#include "app/shell_word.h"
+#include "app/install_steps.h"
+#include "app/server_services.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
@@ -21,7 +20,6 @@ namespace {
 
 constexpr const wchar_t* PSZ_SECTION_SERVER = L"SERVEUR";
 constexpr std::size_t nMaxServerName = 100;
-constexpr const wchar_t* PSZ_MANAGER_SERVICE = L"KalmoManager";
 constexpr const wchar_t* PSZ_MANAGER_PROGRAM = L"kalmomanager";
 constexpr const wchar_t* PSZ_MARKER = L"Install.log";
 
@@ -40,17 +38,6 @@ bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTStrin
                          (svPath.starts_with(L'.') && svPath.find(L'/') != std::wstring_view::npos);
     *pcsPath = CTString(bAsItIs ? L"" : L"./") + svPath;
     return true;
-}
-
-// Whether a key of the configuration now holds a value.
-bool bHolds(const wchar_t* pszConfPath, const wchar_t* pszKey, std::wstring_view svValue) {
-    std::array<wchar_t, nTailleMaxPath + 2> szValue{};
-    GetPrivateProfileString(PSZ_SECTION_INIT, pszKey, L"", szValue.data(), szValue.size(), pszConfPath);
-    return szValue.data() == svValue;
-}
-
-bool bRunning(CService& rclService) {
-    return rclService.eGetStatus() == eServiceRunning;
 }
 
 }  // namespace
@@ -91,15 +78,6 @@ bool CPilot::__bFail(std::wstring_view svWhat, std::wstring_view svWhy) {
     return false;
 }
 
-bool CPilot::__bTell(std::wstring_view svWhat, bool bSuccess, const CXError& rclError) {
-    if (bSuccess) {
-        m_clTrace.Step(svWhat, L"ok");
-    } else {
-        m_clTrace.Error(svWhat, rclError);
-    }
-    return bSuccess;
-}
-
 bool CPilot::__bReadText(const wchar_t* pszKey, std::size_t nMax, CTString* pcsValue) {
     // One character more than allowed tells a value that is too long from one that just fits.
     std::vector<wchar_t> tabValue(nMax + 2);
@@ -125,34 +103,14 @@ bool CPilot::__bReadServer(CTString* pcsName) {
 }
 
 CXPtr_deleteRCV<CService> CPilot::__pclGetServer(const CTString& csName) {
-    const CTString csService =
-        bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM) ? CTString(PSZ_MANAGER_SERVICE) : L"ZDCS-" + csName;
+    const CTString csService = bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM)
+                                   ? CTString(PSZ_MANAGER_SERVICE)
+                                   : CTString(PSZ_SERVICE_PREFIX) + csName;
     return m_clServiceManager.pclGetService(csService.pszGet(), 0);
 }
 
-bool CPilot::__bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svProgram) {
-    const std::string csCommand =
-        csShellWord(clInstallDir.csGetUTF8()) + std::string(svProgram) + " --INSTALLER 2>/dev/null";
-    const int nStatus = std::system(csCommand.c_str());
-    m_clTrace.Step(csFromUTF8(csCommand), csShellStatus(nStatus));
-    return nStatus != -1;
-}
-
-bool CPilot::__bWriteConfiguration(const CFSPath& clInstallDir, const CFSPath& clDatabaseDir, int nPort,
-                                   const CTString& csName) {
-    CPathBuffer szConfPath;
-    if (!CDiskFile::MakePath(szConfPath, clInstallDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
-        return __bFail(L"Repertoire", L"too long");
-    }
-    const std::wstring csPort = std::to_wstring(nPort);
-    WriteDBRootPath(szConfPath, clDatabaseDir.pszGet());
-    WriteServerPort(szConfPath, csPort.c_str());
-    WriteServerName(szConfPath, csName.pszGet());
-    const bool bWritten = bHolds(szConfPath, L"DBRootPath", clDatabaseDir.svGet()) &&
-                          bHolds(szConfPath, L"AccessPort", csPort) && bHolds(szConfPath, L"Name", csName);
-    // A key that cannot be written is missing, no more: the server starts with its default.
-    m_clTrace.Step(L"configuration " + CTString(szConfPath), bWritten ? L"ok" : L"failed");
-    return true;
+bool CPilot::__bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svCommand) {
+    return nRunServerProgram(clInstallDir, svCommand, "", std::string::npos, m_clTrace) != -1;
 }
 
 bool CPilot::__bInstall() {
@@ -182,15 +140,19 @@ bool CPilot::__bInstall() {
     }
     for (const CFSPath& rclDir : {clInstallDir, clDatabaseDir}) {
         CXError clError;
-        if (!__bTell(L"create directory " + rclDir.csGet(),
-                     CDiskFile::bCreateDirectory(rclDir.svGet(), &clError), clError)) {
+        if (!bCreateDirectory(rclDir.svGet(), m_clTrace, &clError)) {
             return false;
         }
     }
     // The result does not decide: the server's programs may be whole although a later entry failed.
     m_clTrace.Step(L"extract", clExtractor.bUpgrade(clInstallDir.pszGet(), nullptr) ? L"ok" : L"failed");
-    if (!__bWriteConfiguration(clInstallDir, clDatabaseDir, nPort, csName) ||
-        !__bRunInstallerMode(clInstallDir, "kalmomanager") || !__bRunInstallerMode(clInstallDir, "kalmo")) {
+    CPathBuffer szConfPath;
+    if (!CDiskFile::MakePath(szConfPath, clInstallDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+        return __bFail(L"Repertoire", L"too long");
+    }
+    WriteNewConfiguration(szConfPath, clDatabaseDir.pszGet(), std::to_wstring(nPort), csName, m_clTrace);
+    if (!__bRunInstallerMode(clInstallDir, "kalmomanager --INSTALLER") ||
+        !__bRunInstallerMode(clInstallDir, "kalmo --INSTALLER")) {
         return false;
     }
     __LogSuccess(clInstallDir.csGet());
@@ -208,7 +170,8 @@ bool CPilot::__bUpgrade() {
 }
 
 bool CPilot::__bUpgrade(CService& rclService, const CTString& csName) {
-    const CTString csDirectory = csGetProgramDirectory(&rclService);
+    CUpgradeServices clServices(rclService, m_clTrace);
+    const CTString& csDirectory = clServices.csGetDirectory();
     if (csDirectory.bEmpty()) {
         return __bFail(L"upgrade " + csName, L"the service tells no program");
     }
@@ -216,22 +179,11 @@ bool CPilot::__bUpgrade(CService& rclService, const CTString& csName) {
     if (!__bForgetSuccess(csDirectory) || !clExtractor.bInit()) {
         return false;
     }
-    const CXPtr_deleteRCV<CService> pclManager = __pclGetServer(PSZ_MANAGER_PROGRAM);
-    if (pclManager != nullptr && bRunning(*pclManager) &&
-        CDiskFile::bSameDirectoryName(csGetProgramDirectory(pclManager.get()), csDirectory)) {
-        m_clTrace.Step(L"stop KalmoManager", pclManager->bStop() ? L"ok" : L"failed");
-    }
-    if (bRunning(rclService)) {
-        m_clTrace.Step(L"stop " + csName, rclService.bStop() ? L"ok" : L"failed");
-    }
-    // A half-replaced instance is not started again.
+    clServices.StopAll();
     if (!clExtractor.bUpgrade(csDirectory.pszGet(), nullptr)) {
         return __bFail(L"extract", L"the stopped services stay stopped");
     }
-    if (pclManager != nullptr && !bRunning(*pclManager)) {
-        m_clTrace.Step(L"start KalmoManager", pclManager->bStart(nullptr) ? L"ok" : L"failed");
-    }
-    m_clTrace.Step(L"start " + csName, rclService.bStart(nullptr) ? L"ok" : L"failed");
+    clServices.StartAll();
     __LogSuccess(csDirectory);
     return true;
 }
@@ -266,7 +218,7 @@ bool CPilot::__bUnInstall() {
 
 bool CPilot::__bDelete(const CTString& csPath) {
     CXError clError;
-    return __bTell(L"delete " + csPath, CDiskFile::bDelete(csPath, &clError), clError);
+    return bDeleteFile(csPath, m_clTrace, &clError);
 }
 
 bool CPilot::__bRemoveFiles(const CTString& csProgram) {
@@ -290,9 +242,11 @@ bool CPilot::__bRemoveFiles(const CTString& csProgram) {
 
 bool CPilot::__bForgetSuccess(const CTString& csDir) {
     const CTString csMarker = csDir + PSZ_MARKER;
-    CXError clError;
-    return CDiskFile::bDelete(csMarker, &clError) || errno == ENOENT ||
-           __bTell(L"remove the marker of an earlier run, " + csMarker, false, clError);
+    if (CDiskFile::bDelete(csMarker) || errno == ENOENT) {
+        return true;
+    }
+    m_clTrace.Outcome(L"remove the marker of an earlier run, " + csMarker, false);
+    return false;
 }
 
 void CPilot::__LogSuccess(const CTString& csDir) {

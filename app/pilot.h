@@ -26,6 +26,8 @@ class CPilot {
     bool bCheckPilot(int nArgc, char** ppszArgv);
     /// Does the work. Non-zero on success; an unknown "MAJ" is returned as it is.
     int Pilot();
+    /// The trace that "/DEBUG=" asked for, for the interactive run as well.
+    [[nodiscard]] CTrace& rclGetTrace() noexcept { return m_clTrace; }
 
   private:
     /// The service of an instance or, for "kalmomanager" in any letter case, of the shared manager.
@@ -42,16 +44,11 @@ class CPilot {
     bool __bForgetSuccess(const CTString& csDir);
     void __LogSuccess(const CTString& csDir);
     /// Runs one of the server's programs in its installer mode. False only when no shell could run it.
-    bool __bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svProgram);
-    /// Writes the keys of a new instance. False only when the file's path is too long.
-    bool __bWriteConfiguration(const CFSPath& clInstallDir, const CFSPath& clDatabaseDir, int nPort,
-                               const CTString& csName);
+    bool __bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svCommand);
     /// Reads "Serveur". False, and told, when it is empty, too long or cannot be part of a service's name.
     bool __bReadServer(CTString* pcsName);
     /// A text of section "SERVEUR". False, and told, when it is empty or longer than nMax characters.
     bool __bReadText(const wchar_t* pszKey, std::size_t nMax, CTString* pcsValue);
-    /// Traces a step that fills an error object when it fails. Returns bSuccess.
-    bool __bTell(std::wstring_view svWhat, bool bSuccess, const CXError& rclError);
     /// Traces a failure. Returns false.
     bool __bFail(std::wstring_view svWhat, std::wstring_view svWhy);
 

@@ -3,19 +3,21 @@
 #include <cstdio>
 #include <string_view>
 
+#include "app/config/program_version.h"
+#include "app/interactive_run.h"
 #include "app/pilot.h"
-#include "app/version.h"
+#include "framework/conversion.h"
 
 namespace kalmo {
 namespace {
 
 constexpr const char* PSZ_HELP =
-    "Usage: kalmoinstall /PILOT=FILE [/DEBUG=FILE]\n"
+    "Usage: kalmoinstall [/PILOT=FILE] [/DEBUG=FILE]\n"
     "\n"
     "Installs, upgrades or uninstalls an instance of the ZDSQL database server from the payload\n"
-    "\"kalmoinstall.zip\" beside this program. Run it as root.\n"
+    "\"kalmoinstall.zip\" beside this program. Run it as root, from a terminal: dialogs lead through it.\n"
     "\n"
-    "  /PILOT=FILE   work unattended, as the parameter file says\n"
+    "  /PILOT=FILE   work unattended and without a terminal, as the parameter file says\n"
     "  /DEBUG=FILE   append a trace of every step to a file\n"
     "  --help        show this text\n"
     "  --version     show the version\n"
@@ -32,7 +34,7 @@ bool bAnswerAboutProgram(int nArgc, char** ppszArgv) {
             return true;
         }
         if (svArgument == "--version") {
-            std::puts("kalmoinstall " KALMO_VERSION);
+            std::printf("kalmoinstall %s\n", csToUTF8(csGetOwnVersion()).pszGet());
             return true;
         }
     }
@@ -50,8 +52,7 @@ void Run(int nArgc, char** ppszArgv) {
         clPilot.Pilot();
         return;
     }
-    std::fputs("kalmoinstall: only the unattended mode exists so far: give /PILOT=FILE (see --help).\n",
-               stderr);
+    RunInteractive(clPilot.rclGetTrace());
 }
 
 }  // namespace kalmo

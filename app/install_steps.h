@@ -1,0 +1,38 @@
+#ifndef KALMO_APP_INSTALL_STEPS_H
+#define KALMO_APP_INSTALL_STEPS_H
+
+#include <string_view>
+
+#include "framework/fs_path.h"
+
+/// What the interactive and the unattended run do alike to a machine, one step a function. Each tells the
+/// trace what it did and what came of it.
+namespace kalmo {
+
+class CTrace;
+class CXError;
+
+/// Creates a directory with those above it; an existing one is a success. A failure fills the error object.
+bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclError);
+/// Deletes a file. A failure fills the error object.
+bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError);
+
+/// Writes database root, port (decimal digits) and name, in this order, into an instance's configuration
+/// file. A key that cannot be written is missing, no more: the server starts with its default.
+void WriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
+                           const CTString& csName, CTrace& rclTrace);
+
+/// Runs one of the server's programs in the install directory, which ends in "/": svShown is the program's
+/// name with its arguments; svHidden follows it and is not traced. Its standard error is dropped. A command
+/// line of more than nMaxBytes is cut, and the trace says so. Returns the status as system() does.
+int nRunServerProgram(const CFSPath& rclDir, std::string_view svShown, std::string_view svHidden,
+                      std::size_t nMaxBytes, CTrace& rclTrace);
+
+/// Whether the system knows an account of that name.
+bool bSystemAccountExists(const CTString& csUser);
+/// Creates an account that nobody can log in with. True when it exists afterwards.
+bool bCreateSystemAccount(const CTString& csUser, CTrace& rclTrace);
+
+}  // namespace kalmo
+
+#endif

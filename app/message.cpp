@@ -1,0 +1,34 @@
+#include "app/message.h"
+
+#include "app/texts.h"
+#include "tui/key.h"
+#include "tui/msg_box.h"
+#include "tui/placement.h"
+#include "tui/screen.h"
+
+namespace kalmo {
+namespace {
+
+constexpr int BOX_WIDTH = 60;
+constexpr int BOX_HEIGHT = 20;
+
+void ShowBox(const CTString& csTitle, const CTString& csText) {
+    if (bDialogOpen()) {
+        ForgetKeys();
+        clMakeCentred<CMsgBox>(BOX_WIDTH, BOX_HEIGHT, csTitle.pszGet(), csText.pszGet(),
+                               CMsgBox::eTYPE::OneButton)
+            .Show();
+    }
+}
+
+}  // namespace
+
+void ShowErrorBox(const CTString& csText) {
+    ShowBox(csLoadText(TEXTE_ATTENTION), csText);
+}
+
+void ShowResultBox(const CTString& csText) {
+    ShowBox({}, csText);
+}
+
+}  // namespace kalmo

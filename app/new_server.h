@@ -1,0 +1,39 @@
+#ifndef KALMO_APP_NEW_SERVER_H
+#define KALMO_APP_NEW_SERVER_H
+
+#include "app/config/server_config.h"
+#include "app/data_extractor.h"
+#include "framework/fs_path.h"
+#include "services/service.h"
+
+/// The interactive installation of a new instance: its questions in their order, then the engine's work. An
+/// operator who cancels a question ends it, with nothing done to the machine.
+namespace kalmo {
+
+class CServiceManager;
+
+/// The whole installation. The payload is open; the list holds what is installed already. A directory that
+/// holds an instance turns it into the upgrade of that instance.
+void InstallNewServer(CDataExtractor* pclExtractor, CServiceManager* pclManager, CServiceList& rtabServer);
+
+/// Asks for the install directory, an absolute path. False when cancelled.
+bool bFindInstallDir(CPathBuffer& rszDir);
+
+/// The first listed service, the shared manager aside, whose program lies in that directory; null when there
+/// is none. It stays the list's.
+CService* pclCheckPathConflict(CServiceList& rtabServer, const wchar_t* pszDir);
+
+/// Asks for all settings but the telemetry choice. False when cancelled.
+bool bConfigNewServer(CServiceList& rtabServer, CDataExtractor::STInstallParam& rstParam);
+
+/// Gives the telemetry choice, 1 or 0: the known one or, when none is known, the operator's. False when
+/// cancelled.
+bool bChooseTelemetry(ETelemetryState eKnown, int& rnOn);
+
+/// Installs with a progress window. A shared manager that runs from the directory stands still meanwhile.
+void ExecuteInstallServer(CDataExtractor* pclExtractor, const wchar_t* pszDir, CServiceManager* pclManager,
+                          const CDataExtractor::STInstallParam& rstParam);
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,84 @@
+#include "app/server_services.h"
+
+#include <utility>
+
+#include "app/config/server_config.h"
+#include "app/trace.h"
+#include "framework/disk_file.h"
+
+namespace kalmo {
+namespace {
+
+CXPtr_deleteRCV<CService> pclGetKalmoManager(CServiceManager& rclManager) {
+    return rclManager.pclGetService(PSZ_MANAGER_SERVICE, 0);
+}
+
+bool bProgramIn(CService& rclService, std::wstring_view svDir) {
+    return CDiskFile::bSameDirectoryName(csGetProgramDirectory(&rclService), svDir);
+}
+
+}  // namespace
+
+void ListServer(CServiceManager& rclManager, CServiceList& rtabServer) {
+    unsigned dwCursor = 0;
+    while (CXPtr_deleteRCV<CService> pclService =
+               rclManager.pclEnumService(&dwCursor, PSZ_SERVICE_PREFIX, 0)) {
+        rtabServer.Add(std::move(pclService));
+    }
+    if (CXPtr_deleteRCV<CService> pclManager = pclGetKalmoManager(rclManager)) {
+        rtabServer.Add(std::move(pclManager));
+    }
+}
+
+CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, const wchar_t* pszDir) {
+    CXPtr_deleteRCV<CService> pclService = pclGetKalmoManager(*pclManager);
+    if (pclService != nullptr && !bProgramIn(*pclService, pszDir)) {
+        pclService.reset();
+    }
+    return pclService;
+}
+
+CTString csGetDisplayName(CService& rclService) {
+    const wchar_t* const pszDisplayName = rclService.pszGetDisplayName();
+    return pszDisplayName != nullptr ? pszDisplayName : rclService.pszGetName();
+}
+
+bool bRunning(CService& rclService) {
+    return rclService.eGetStatus() == eServiceRunning;
+}
+
+void StopService(CService& rclService, CTrace& rclTrace) {
+    rclTrace.Step(L"stop " + CTString(rclService.pszGetName()), rclService.bStop() ? L"ok" : L"failed");
+}
+
+void StartService(CService& rclService, CTrace& rclTrace) {
+    rclTrace.Step(L"start " + CTString(rclService.pszGetName()),
+                  rclService.bStart(nullptr) ? L"ok" : L"failed");
+}
+
+CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)
+    : m_rclInstance(rclInstance),
+      m_rclTrace(rclTrace),
+      m_csDirectory(csGetProgramDirectory(&rclInstance)),
+      m_pclKalmoManager(pclGetKalmoManager(*rclInstance.pclGetManager())) {
+    m_bManagerHere = m_pclKalmoManager != nullptr && bRunning(*m_pclKalmoManager) &&
+                     bProgramIn(*m_pclKalmoManager, m_csDirectory);
+}
+
+void CUpgradeServices::StopAll() {
+    if (m_bManagerHere) {
+        StopService(*m_pclKalmoManager, m_rclTrace);
+    }
+    if (bInstanceRunning()) {
+        StopService(m_rclInstance, m_rclTrace);
+    }
+}
+
+void CUpgradeServices::StartAll() {
+    if (m_pclKalmoManager != nullptr && !bRunning(*m_pclKalmoManager)) {
+        StartService(*m_pclKalmoManager, m_rclTrace);
+    }
+    StartService(m_rclInstance, m_rclTrace);
+}
+
+}  // namespace kalmo

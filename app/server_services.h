@@ -1,0 +1,57 @@
+#ifndef KALMO_APP_SERVER_SERVICES_H
+#define KALMO_APP_SERVER_SERVICES_H
+
+#include "framework/xy_string.h"
+#include "services/service_manager.h"
+
+/// The services of this product on a machine: the instances and the manager they share. Called by the
+/// interactive and the unattended run alike.
+namespace kalmo {
+
+class CTrace;
+
+/// Fills the list: every instance in the order of the manager's listing, then the shared manager if it is
+/// installed.
+void ListServer(CServiceManager& rclManager, CServiceList& rtabServer);
+
+/// The shared manager's service when its program lies in that directory, else null.
+CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, const wchar_t* pszDir);
+
+/// What a service is called on the screen: its description or, without one, its name.
+CTString csGetDisplayName(CService& rclService);
+
+bool bRunning(CService& rclService);
+/// Stop and start a service and trace it. What comes of it decides nothing: the run goes on.
+void StopService(CService& rclService, CTrace& rclTrace);
+void StartService(CService& rclService, CTrace& rclTrace);
+
+/// The services that an upgrade of one instance stops before and starts after it has replaced the files.
+///
+/// Owned by the upgrade. The shared manager is stopped only when it runs from this instance's directory, but
+/// started after every upgrade that finds it stopped. After a failed replacement the owner starts nothing:
+/// a half-replaced instance must not run.
+class CUpgradeServices {
+  public:
+    /// Looks the manager up. The instance is borrowed, and so is the trace.
+    CUpgradeServices(CService& rclInstance, CTrace& rclTrace);
+
+    /// True when the manager ran from the instance's directory when this object was made.
+    [[nodiscard]] bool bManagerHere() const noexcept { return m_bManagerHere; }
+    [[nodiscard]] bool bInstanceRunning() { return bRunning(m_rclInstance); }
+    /// The directory of the instance's program, with its trailing "/"; empty when the service tells none.
+    [[nodiscard]] const CTString& csGetDirectory() const noexcept { return m_csDirectory; }
+
+    void StopAll();
+    void StartAll();
+
+  private:
+    CService& m_rclInstance;
+    CTrace& m_rclTrace;
+    CTString m_csDirectory;
+    CXPtr_deleteRCV<CService> m_pclKalmoManager;  ///< Null when it is not installed.
+    bool m_bManagerHere = false;
+};
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,60 @@
+#include "app/shell_command.h"
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+
+#include "app/trace.h"
+#include "framework/conversion.h"
+#include "tui/screen.h"
+
+namespace kalmo {
+namespace {
+
+// What a status says, for the trace.
+std::wstring csStatus(int nStatus) {
+    if (nStatus == -1) {
+        return L"not run";
+    }
+    return WIFEXITED(nStatus) ? L"exit code " + std::to_wstring(WEXITSTATUS(nStatus))
+                              : L"killed by signal " + std::to_wstring(WTERMSIG(nStatus));
+}
+
+}  // namespace
+
+std::string csShellWord(std::string_view sv) {
+    static constexpr std::string_view svPlain =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-+=.,:@%/";
+    if (!sv.empty() && sv.find_first_not_of(svPlain) == std::string_view::npos) {
+        return std::string(sv);
+    }
+    std::string cs = "'";
+    for (const char c : sv) {
+        cs += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return cs + "'";
+}
+
+std::string csShellQuoted(std::string_view sv) {
+    std::string cs = "\"";
+    for (const char c : sv) {
+        if (std::string_view("\"\\$`").find(c) != std::string_view::npos) {
+            cs += '\\';
+        }
+        cs += c;
+    }
+    return cs + '"';
+}
+
+int nRunShell(const std::string& csCommand, CTrace& rclTrace, std::string_view svTold) {
+    const int nStatus = std::system(csCommand.c_str());
+    RepaintScreen();
+    rclTrace.Step(csFromUTF8(svTold.empty() ? csCommand : svTold), csStatus(nStatus));
+    return nStatus;
+}
+
+int nExitCode(int nStatus) {
+    return nStatus != -1 && WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
+}
+
+}  // namespace kalmo

@@ -1,0 +1,27 @@
+#include "app/upgrade_server.h"
+
+#include "app/config/server_config.h"
+#include "app/message.h"
+#include "app/new_server.h"
+#include "app/upgrade_win.h"
+#include "tui/placement.h"
+
+namespace kalmo {
+
+void UpgradeServer(CDataExtractor* pclExtractor, CService* pclService) {
+    CPathBuffer szConfPath;
+    GetZDConfPath(pclService, szConfPath);
+    int nTelemetryOn = 0;
+    if (bChooseTelemetry(eReadTelemetry(szConfPath), nTelemetryOn)) {
+        DoUpgradeServer(pclExtractor, pclService, nTelemetryOn);
+    }
+}
+
+void DoUpgradeServer(CDataExtractor* pclExtractor, CService* pclService, int nTelemetryOn) {
+    auto clWindow = clMakeCentred<CUpgradeWin>(CUpgradeWin::PREFERRED_WIDTH, CUpgradeWin::PREFERRED_HEIGHT,
+                                               pclService, pclExtractor, nTelemetryOn);
+    clWindow.Draw();
+    clWindow.MainLoop();
+}
+
+}  // namespace kalmo

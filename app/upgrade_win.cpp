@@ -1,0 +1,127 @@
+#include "app/upgrade_win.h"
+
+#include "app/config/server_config.h"
+#include "app/data_extractor.h"
+#include "app/message.h"
+#include "app/texts.h"
+#include "framework/file_version.h"
+#include "framework/fs_path.h"
+#include "framework/process_info.h"
+#include "tui/attribute.h"
+
+namespace kalmo {
+namespace {
+
+constexpr int BUTTON_WIDTH = 12;
+constexpr int BUTTON_HEIGHT = 4;
+constexpr int TEXT_COLUMN = 2;
+constexpr int STEPS_BESIDE_FILES = 2;
+
+int nButtonGap(int nWidth) {
+    return (nWidth - 2 * BUTTON_WIDTH) / 3;
+}
+
+// The version of a program file.
+CTString csVersion(std::wstring_view svProgram) {
+    CFileVersion clVersion;
+    CTString csVersion;
+    const bool bKnown = clVersion.bInit(svProgram) &&
+                        clVersion.bGetString(L"\\StringFileInfo\\000004E4\\VersionVI", &csVersion);
+    return bKnown ? csVersion : CTString(L"?");
+}
+
+}  // namespace
+
+CUpgradeWin::CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclService,
+                         CDataExtractor* pclExtractor, int nTelemetryOn)
+    : CWindow(nX, nY, nWidth, nHeight),
+      m_clStart(this, csLoadText(TEXTE_OUI).pszGet(), nButtonGap(nWidth), nHeight - 6, BUTTON_WIDTH,
+                BUTTON_HEIGHT),
+      m_clCancel(this, csLoadText(TEXTE_NON).pszGet(), 2 * nButtonGap(nWidth) + BUTTON_WIDTH, nHeight - 6,
+                 BUTTON_WIDTH, BUTTON_HEIGHT),
+      m_clJauge(this, 2, nHeight - 10, nWidth - 5, 3, 0, pclExtractor->dwGetNbFile() + STEPS_BESIDE_FILES,
+                csLoadText(TEXTE_MAJ_JAUGE).pszGet()),
+      m_dMaximum(pclExtractor->dwGetNbFile() + STEPS_BESIDE_FILES),
+      m_pclExtractor(pclExtractor),
+      m_pclService(pclService),
+      m_clServices(*pclService, pclExtractor->rclGetTrace()),
+      m_nTelemetryOn(nTelemetryOn) {
+    AddChild(&m_clStart);
+    AddChild(&m_clCancel);
+    AddChild(&m_clJauge);
+    m_clJauge.SetVisible(0);
+    _InitLibel();
+}
+
+void CUpgradeWin::_InitLibel() {
+    _ComputeLibel(csGetProgramWithoutArg(m_pclService));
+    CTString csManagerWarning;
+    CTString csInstanceWarning;
+    _GetKalmaoManager(&csManagerWarning);
+    if (m_clServices.bInstanceRunning()) {
+        csInstanceWarning = csFormatText(TEXTE_MAJ_ARRET_SERVEUR, csGetDisplayName(*m_pclService));
+    }
+    if (!csInstanceWarning.bEmpty() || !csManagerWarning.bEmpty()) {
+        m_csWarning = csLoadText(TEXTE_MAJ_ARRETS) + L"\n" + csInstanceWarning + L"\n" + csManagerWarning;
+    }
+    m_csPrompt = csLoadText(TEXTE_MAJ_QUESTION);
+}
+
+void CUpgradeWin::_ComputeLibel(const CTString& csProgramPath) {
+    CPathBuffer szConfPath;
+    GetZDConfPath(m_pclService, szConfPath);
+    CPathBuffer szInstaller{};
+    GetModuleFileNameW(szInstaller);
+    m_csDescription =
+        csFormatText(TEXTE_MAJ, csGetDisplayName(*m_pclService), nReadServerPort(szConfPath),
+                     m_clServices.csGetDirectory(), csVersion(csProgramPath), csVersion(szInstaller));
+}
+
+void CUpgradeWin::_GetKalmaoManager(CTString* pcsWarning) {
+    if (m_clServices.bManagerHere()) {
+        *pcsWarning = csLoadText(TEXTE_MAJ_ARRET_MANAGER);
+    }
+}
+
+bool CUpgradeWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
+    if (eEvent != eEVENT_PRESSED || (pclSender != &m_clStart && pclSender != &m_clCancel)) {
+        return false;
+    }
+    if (pclSender == &m_clStart) {
+        _Upgrade();
+    }
+    bRunning = 0;
+    return true;
+}
+
+void CUpgradeWin::_Upgrade() {
+    m_clJauge.SetVisible(1);
+    Draw();
+    m_clServices.StopAll();
+    __ShowStep(1);
+    if (!m_pclExtractor->bUpgrade(m_clServices.csGetDirectory().pszGet(), this)) {
+        return;
+    }
+    m_clServices.StartAll();
+    __ShowStep(m_dMaximum);
+    ShowResultBox(csLoadText(TEXTE_MAJ_FAITE));
+}
+
+void CUpgradeWin::__ShowStep(double dValue) {
+    SetJauge(dValue);
+    Draw();
+}
+
+// The description from the top, the warnings below it, the prompt right above the buttons. A long directory
+// or name takes several lines; what the gauge covers then has been read.
+void CUpgradeWin::_DrawWindow() {
+    CWindow::_DrawWindow();
+    const int nPromptRow = height - 7;
+    const int nColumns = width - 2 * TEXT_COLUMN - 1;
+    int nRow = 1;
+    nRow += _nSmartPrint(nRow, TEXT_COLUMN, m_csDescription.pszGet(), ATTR_BORDER, nColumns, nPromptRow);
+    _nSmartPrint(nRow, TEXT_COLUMN, m_csWarning.pszGet(), ATTR_BORDER, nColumns, nPromptRow);
+    _nSmartPrint(nPromptRow, TEXT_COLUMN, m_csPrompt.pszGet(), ATTR_BORDER, nColumns, nPromptRow + 1);
+}
+
+}  // namespace kalmo

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,9 +25,9 @@ std::wstring csVersion(const CFileVersion& rcl) {
     return std::wstring(cs.svGet());
 }
 
-std::wstring csVersionOfFile(std::wstring_view svPath) {
+std::wstring csVersionOfFile(const std::wstring& csPath) {
     CFileVersion cl;
-    const bool bInit = cl.bInit(svPath);
+    const bool bInit = cl.bInit(csPath);
     EXPECT_EQ(bInit, csVersion(cl) != svNone);
     return csVersion(cl);
 }
@@ -39,57 +39,12 @@ std::wstring csVersionOfBytes(std::string_view sv) {
     return csVersion(cl);
 }
 
-/// Makes small ELF files: a header, one program header, and the notes it tells of.
-struct STElfMaker {
-    bool m_bWide = true;
-    bool m_bBigEndian = false;
-    std::uint64_t m_u64Align = 4;
-
-    /// Numbers of unSize bytes each.
-    [[nodiscard]] std::string csInts(unsigned unSize, std::initializer_list<std::uint64_t> tabValue) const {
-        std::string cs;
-        for (const std::uint64_t u64 : tabValue) {
-            for (unsigned un = 0; un < unSize; ++un) {
-                cs += static_cast<char>(u64 >> 8 * (m_bBigEndian ? unSize - 1 - un : un));
-            }
-        }
-        return cs;
-    }
-    [[nodiscard]] std::string csMake(const std::string& csNotes) const {
-        const unsigned unWord = m_bWide ? 8 : 4;
-        const std::uint64_t u64Header = 40 + 3 * unWord;
-        const std::uint64_t u64Entry = 8 + 6 * unWord;
-        const std::uint64_t u64Size = csNotes.size();
-        std::string cs = std::string("\177ELF") + (m_bWide ? '\2' : '\1') + (m_bBigEndian ? '\2' : '\1');
-        cs.resize(16);
-        cs += csInts(2, {2, 62}) + csInts(4, {1}) + csInts(unWord, {0, u64Header, 0}) + csInts(4, {0}) +
-              csInts(2, {u64Header, u64Entry, 1, 0, 0, 0});
-        cs += csInts(4, {4}) + csInts(m_bWide ? 4 : 0, {0}) +
-              csInts(unWord, {u64Header + u64Entry, 0, 0, u64Size, u64Size}) + csInts(m_bWide ? 0 : 4, {0}) +
-              csInts(unWord, {m_u64Align});
-        return cs + csNotes;
-    }
-    /// A note with its padding.
-    [[nodiscard]] std::string csNote(std::string_view svOwner, std::uint32_t dwType,
-                                     std::string_view svText) const {
-        std::string cs = csInts(4, {svOwner.size(), svText.size(), dwType});
-        for (const std::string_view sv : {svOwner, svText}) {
-            cs += sv;
-            cs.resize((cs.size() + m_u64Align - 1) / m_u64Align * m_u64Align);
-        }
-        return cs;
-    }
-};
-
-constexpr std::string_view svFDO("FDO\0", 4);
-constexpr std::uint32_t dwPackage = 0xcafe1a7e;
-constexpr std::string_view svJson("{\"type\":\"deb\",\"version\":\"1.2\"}\0\0\0", 33);
-
 TEST(FileVersion, OfProgramsAndOtherFiles) {
     CPathBuffer szProgram;
     ASSERT_TRUE(GetModuleFileNameW(szProgram));
     EXPECT_EQ(csVersionOfFile(szProgram), L"12.3.4.5");
-    EXPECT_EQ(csVersionOfFile(csFromUTF8(KALMO_NOTED_OBJECT)), L"12.3.4.6");  // 32-bit, sections only
+    const CTString csObject = csFromUTF8(KALMO_NOTED_OBJECT);
+    EXPECT_EQ(csVersionOfFile(csObject.pszGet()), L"12.3.4.6") << "32-bit, sections only";
 
     const CTempFolder clFolder;
     clFolder.Write("empty", "");
@@ -100,67 +55,59 @@ TEST(FileVersion, OfProgramsAndOtherFiles) {
     }
 }
 
-TEST(FileVersion, WordSizesByteOrdersAndPadding) {
-    for (int n = 0; n < 8; ++n) {
-        STElfMaker cl;
-        cl.m_bWide = (n & 1) != 0;
-        cl.m_bBigEndian = (n & 2) != 0;
-        cl.m_u64Align = (n & 4) != 0 ? 8 : 4;
-        const std::string csOthers =
-            cl.csNote(std::string_view("GNU\0", 4), 3, "build id") + cl.csNote("", dwPackage, "") +
-            cl.csNote(std::string_view("FDX\0", 4), dwPackage, svJson) + cl.csNote(svFDO, 1, svJson);
-        EXPECT_EQ(csVersionOfBytes(cl.csMake(csOthers + cl.csNote(svFDO, dwPackage, svJson))), L"1.2") << n;
-        EXPECT_EQ(csVersionOfBytes(cl.csMake(csOthers)), svNone) << n;
+/// ELF files of other word sizes and byte orders, and what no linker writes.
+class MadeElf : public testing::Test {
+  protected:
+    void SetUp() override {
+        const std::string csCommand =
+            "cd '" + m_clFolder.clPath("").string() + "' && python3 " KALMO_MAKE_ELF;
+        ASSERT_EQ(std::system(csCommand.c_str()), 0);
+    }
+    [[nodiscard]] std::wstring csOf(const std::string& csFile) const {
+        return csVersionOfFile(m_clFolder.csWide(csFile));
+    }
+    const CTempFolder m_clFolder;
+};
+
+TEST_F(MadeElf, NotesAreToldApart) {
+    for (const char c : {'0', '1', '2', '3', '4', '5', '6', '7'}) {
+        EXPECT_EQ(csOf(std::string("behind others") + c), L"1.2") << c;
+        EXPECT_EQ(csOf(std::string("others") + c), svNone) << c;
+    }
+    EXPECT_EQ(csOf("plain"), L"1.2");
+    EXPECT_EQ(csOf("4096th note"), L"1.2");
+    EXPECT_EQ(csOf("4097th note"), svNone);
+    EXPECT_EQ(csOf("too long"), svNone);
+    for (const char c : {'0', '1', '2', '3', '4'}) {
+        EXPECT_EQ(csOf(std::string("no version") + c), svNone) << "or one that a terminal obeys: " << c;
     }
 }
 
-TEST(FileVersion, SizesThatLie) {
-    STElfMaker cl;
-    const std::string csGood = cl.csMake(cl.csNote(svFDO, dwPackage, svJson));
-    ASSERT_EQ(csVersionOfBytes(csGood), L"1.2");
-    const struct {
-        std::size_t nAt;
-        std::string_view svBytes;
-    } tabPatch[] = {
-        {0, "\x7E"},                                      // magic
-        {4, "\3"},                                        // class
-        {5, "\3"},                                        // byte order
-        {32, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"},         // e_phoff
-        {72, "\xF0\xFF\xFF\xFF\xFF\xFF\xFF\x7F"},         // p_offset
-        {96, std::string_view("\x0B\0\0\0\0\0\0\0", 8)},  // p_filesz
-        {96, std::string_view("\x20\0\0\0\0\0\0\0", 8)},  //
-        {120, "\3"},                                      // length of the owner
-        {124, "\xFF\xFF\xFF\xFF"},                        // length of the description
-        {124, std::string_view("\x25\0\0\0", 4)},         //
+TEST_F(MadeElf, SizesThatLie) {
+    const std::string csGood = m_clFolder.csRead("plain");
+    const auto csPatched = [&csGood](std::size_t nAt, std::string_view svBytes) {
+        return std::string(csGood).replace(nAt, svBytes.size(), svBytes);
     };
-    for (const auto& rst : tabPatch) {
-        std::string cs = csGood;
-        cs.replace(rst.nAt, rst.svBytes.size(), rst.svBytes);
-        EXPECT_EQ(csVersionOfBytes(cs), svNone) << rst.nAt;
+    const std::string csHuge(8, '\xFF');
+    const std::pair<std::size_t, std::string> tabPatch[] = {
+        {0, "\x7E"},                               // magic
+        {4, "\3"},                                 // class
+        {5, "\3"},                                 // byte order
+        {32, csHuge},                              // e_phoff
+        {72, "\xF0\xFF\xFF\xFF\xFF\xFF\xFF\x7F"},  // p_offset
+        {96, "\x0B"},                              // p_filesz
+        {96, "\x20"},                              //
+        {120, "\3"},                               // length of the owner
+        {124, csHuge.substr(4)},                   // length of the description
+        {124, "\x25"},                             //
+    };
+    for (const auto& [nAt, csBytes] : tabPatch) {
+        EXPECT_EQ(csVersionOfBytes(csPatched(nAt, csBytes)), svNone) << nAt;
     }
-    // Cut anywhere before the padding.
+    EXPECT_EQ(csVersionOfBytes(csPatched(96, csHuge)), L"1.2") << "beyond the file, but the note is whole";
+    EXPECT_EQ(csVersionOfBytes(csPatched(56, "\xFF\xFF")), L"1.2") << "e_phnum";
     for (std::size_t n = 0; n < csGood.size() - 3; ++n) {
-        EXPECT_EQ(csVersionOfBytes(csGood.substr(0, n)), svNone) << n;
-    }
-    // Sizes beyond the file, but a note that is whole: it is read.
-    std::string cs = csGood;
-    cs.replace(96, 8, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF");
-    cs.replace(56, 2, "\xFF\xFF");
-    EXPECT_EQ(csVersionOfBytes(cs), L"1.2");
-    EXPECT_EQ(csVersionOfBytes(
-                  cl.csMake(cl.csNote(svFDO, dwPackage, std::string(0x10001, ' ') + R"({"version":"1"})"))),
-              svNone);
-    // No more than 4096 notes are looked at.
-    const std::string csNote = cl.csNote(svFDO, dwPackage, svJson);
-    EXPECT_EQ(csVersionOfBytes(cl.csMake(std::string(49140, '\0') + csNote)), L"1.2");
-    EXPECT_EQ(csVersionOfBytes(cl.csMake(std::string(49152, '\0') + csNote)), svNone);
-}
-
-TEST(FileVersion, HoldsNothingATerminalObeys) {
-    STElfMaker cl;
-    for (const char* const psz : {R"({"version":"1\u001b[2J"})", R"({"version":"1\u009b2J"})",
-                                  R"({"version":""})", R"({"version":"1\n"})", "no object"}) {
-        EXPECT_EQ(csVersionOfBytes(cl.csMake(cl.csNote(svFDO, dwPackage, psz))), svNone) << psz;
+        EXPECT_EQ(csVersionOfBytes(csGood.substr(0, n)), svNone) << "cut at " << n;
     }
 }
 

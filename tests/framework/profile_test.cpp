@@ -37,19 +37,26 @@ std::string csWideFile(std::string_view svAscii) {
     return cs;
 }
 
-std::wstring csGet(const CTempFolder& rcl, const wchar_t* pszSection, const wchar_t* pszKey) {
-    std::array<wchar_t, 4000> szValue{};
-    const unsigned dwLength =
-        GetPrivateProfileString(pszSection, pszKey, L"(default)", szValue.data(),
-                                static_cast<unsigned>(szValue.size()), rcl.csWide("f.ini").c_str());
-    return {szValue.data(), dwLength};
-}
+class Profile : public testing::Test {
+  protected:
+    void File(std::string_view sv) const { m_clFolder.Write("f.ini", sv); }
+    [[nodiscard]] std::string csFile() const { return m_clFolder.csRead("f.ini"); }
+    [[nodiscard]] std::wstring csGet(const wchar_t* pszSection, const wchar_t* pszKey) const {
+        std::array<wchar_t, 4000> szValue{};
+        const unsigned dwLength =
+            GetPrivateProfileString(pszSection, pszKey, L"(default)", szValue.data(),
+                                    static_cast<unsigned>(szValue.size()), m_csPath.c_str());
+        return {szValue.data(), dwLength};
+    }
+    bool bSet(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszValue) {
+        return WritePrivateProfileString(pszSection, pszKey, pszValue, m_csPath.c_str());
+    }
 
-bool bSet(const CTempFolder& rcl, const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszValue) {
-    return WritePrivateProfileString(pszSection, pszKey, pszValue, rcl.csWide("f.ini").c_str());
-}
+    const CTempFolder m_clFolder;
+    const std::wstring m_csPath = m_clFolder.csWide("f.ini");
+};
 
-TEST(Profile, ReadsValues) {
+TEST_F(Profile, ReadsValues) {
     const std::pair<const char*, const wchar_t*> tabCase[] = {
         // Blanks, tabs and line ends.
         {"  [AB]\n\n  k \t = \t v w \n", L"v w "},
@@ -69,16 +76,15 @@ TEST(Profile, ReadsValues) {
         {"[AB]\n[C\n:[D]\nk=1\n", L"1"},
         {"k=1\n[AB\nk=2\n:[AB]\nk=3\n", L"(default)"},
     };
-    const CTempFolder clFolder;
     for (const auto& [pszFile, pszValue] : tabCase) {
         for (const bool bWide : {false, true}) {
-            clFolder.Write("f.ini", bWide ? csWideFile(pszFile) : pszFile);
-            EXPECT_EQ(csGet(clFolder, L"AB", L"k"), pszValue) << pszFile << bWide;
+            File(bWide ? csWideFile(pszFile) : pszFile);
+            EXPECT_EQ(csGet(L"AB", L"k"), pszValue) << pszFile << bWide;
         }
     }
 }
 
-TEST(Profile, WritesInPlace) {
+TEST_F(Profile, WritesInPlace) {
     const struct {
         const char* pszBefore;
         const wchar_t *pszKey, *pszValue;
@@ -112,70 +118,66 @@ TEST(Profile, WritesInPlace) {
         // A text that could not be read back.
         {"[AB]\nk=1\n", L"k", L"1\nl=2", nullptr},
     };
-    const CTempFolder clFolder;
     for (const auto& rst : tabCase) {
         for (const bool bWide : {false, true}) {
             const auto csAs = [bWide](const char* psz) { return bWide ? csWideFile(psz) : std::string(psz); };
-            clFolder.Write("f.ini", csAs(rst.pszBefore));
-            EXPECT_EQ(bSet(clFolder, L"AB", rst.pszKey, rst.pszValue), rst.pszAfter != nullptr);
-            EXPECT_EQ(clFolder.csRead("f.ini"), csAs(rst.pszAfter != nullptr ? rst.pszAfter : rst.pszBefore));
+            File(csAs(rst.pszBefore));
+            EXPECT_EQ(bSet(L"AB", rst.pszKey, rst.pszValue), rst.pszAfter != nullptr);
+            EXPECT_EQ(csFile(), csAs(rst.pszAfter != nullptr ? rst.pszAfter : rst.pszBefore));
         }
     }
 }
 
-TEST(Profile, CreatesAnEightBitFileAndKeepsTheIdentityOfOne) {
-    const CTempFolder clFolder;
-    EXPECT_TRUE(bSet(clFolder, L"INIT", L"Name", L"\u00E9t\u00E9"));
-    EXPECT_EQ(clFolder.csRead("f.ini"), "[INIT]\nName = \xC3\xA9t\xC3\xA9\n");
-
-    std::filesystem::create_hard_link(clFolder.clPath("f.ini"), clFolder.clPath("link"));
-    std::filesystem::permissions(clFolder.clPath("f.ini"), std::filesystem::perms(0600));
-    EXPECT_TRUE(bSet(clFolder, L"INIT", L"Name", L"x"));
-    EXPECT_EQ(clFolder.csRead("link"), "[INIT]\nName = x\n");
-    EXPECT_EQ(std::filesystem::status(clFolder.clPath("f.ini")).permissions(), std::filesystem::perms(0600));
+TEST_F(Profile, KeepsTheIdentityOfTheFile) {
+    EXPECT_TRUE(bSet(L"INIT", L"Name", L"\u00E9t\u00E9"));
+    EXPECT_EQ(csFile(), "[INIT]\nName = \xC3\xA9t\xC3\xA9\n");
+    std::filesystem::create_hard_link(m_csPath, m_clFolder.clPath("link"));
+    std::filesystem::permissions(m_csPath, std::filesystem::perms(0600));
+    EXPECT_TRUE(bSet(L"INIT", L"Name", L"x"));
+    EXPECT_EQ(m_clFolder.csRead("link"), "[INIT]\nName = x\n");
+    EXPECT_EQ(std::filesystem::status(m_csPath).permissions(), std::filesystem::perms(0600));
 }
 
-TEST(Profile, LinesHaveNoLengthLimit) {
-    const CTempFolder clFolder;
+TEST_F(Profile, LinesHaveNoLengthLimit) {
     for (const std::size_t nLength : {255U, 256U, 257U, 3900U}) {
         const std::wstring csLong(nLength, L'x');
-        clFolder.Write("f.ini", "[" + std::string(nLength, 'A') + "]\nk=1\n");
-        EXPECT_TRUE(bSet(clFolder, std::wstring(nLength, L'a').c_str(), L"k", csLong.c_str()));
-        EXPECT_EQ(csGet(clFolder, std::wstring(nLength, L'A').c_str(), L"k"), csLong);
+        File("[" + std::string(nLength, 'X') + "]\nk=1\n");
+        EXPECT_TRUE(bSet(csLong.c_str(), L"k", csLong.c_str()));
+        EXPECT_EQ(csGet(csLong.c_str(), L"k"), csLong);
     }
 }
 
-TEST(Profile, EveryByteAndUnitOutsideAChangeStays) {
-    const CTempFolder clFolder;
+TEST_F(Profile, EveryByteAndUnitOutsideAChangeStays) {
     // Bytes that are no UTF-8 and null characters in an 8-bit file; a null ends the value that holds it.
     const std::string csOdd = "\0[AB]\n[AB]\nn=v\0w\n\xFF\xC3=\xE9\n"s;
-    clFolder.Write("f.ini", csOdd + "k=1\n\0\n"s);
-    EXPECT_EQ(csGet(clFolder, L"AB", L"n"), L"v");
-    EXPECT_EQ(csGet(clFolder, L"AB", L"\xDCFF\xDCC3"), L"\xDCE9");
-    EXPECT_TRUE(bSet(clFolder, L"AB", L"k", L"\xDCE9"));
-    EXPECT_EQ(clFolder.csRead("f.ini"), csOdd + "k = \xE9\n\0\n"s);
-
-    // Half a unit at the end of a wide file stays behind what is appended.
-    clFolder.Write("f.ini", csWideFile("[AB]\nl=2") + "\n");
-    EXPECT_TRUE(bSet(clFolder, L"AB", L"k", L"v"));
-    EXPECT_EQ(clFolder.csRead("f.ini"), csWideFile("[AB]\nl=2\nk = v\n") + "\n");
-    EXPECT_EQ(csGet(clFolder, L"AB", L"k"), L"v");
+    const struct {
+        std::string csBefore;
+        const wchar_t *pszKey, *pszValue;
+        std::string csAfter;
+        const wchar_t* pszRead;
+    } tabCase[] = {
+        {csOdd + "k=1\n\0\n"s, L"k", L"\xDCE9", csOdd + "k = \xE9\n\0\n"s, L"\xDCE9"},
+        {csOdd, L"n", L"", "\0[AB]\n[AB]\nn = \n\xFF\xC3=\xE9\n"s, L""},
+        {csOdd, L"\xDCFF\xDCC3", L"x", "\0[AB]\n[AB]\nn=v\0w\n\xFF\xC3 = x\n"s, L"x"},
+        // Half a unit at the end of a wide file stays behind what is appended.
+        {csWideFile("[AB]\nl=2") + "\n", L"k", L"v", csWideFile("[AB]\nl=2\nk = v\n") + "\n", L"v"},
+        // Units of a wide file are wide characters; in an 8-bit file two of them mean one character.
+        {csWideFile("[AB]\n"), L"k\U0001F600", L"\u010A\U0001F600\xDC80",
+         csWideFile("[AB]\nk") + "\x3D\xD8\x00\xDE \0=\0 \0\x0A\x01\x3D\xD8\x00\xDE\x80\xDC\n\0"s,
+         L"\u010A\xD83D\xDE00\xDC80"},
+        {"", L"k", L"\xD83D\xDE00", "[AB]\nk = \xF0\x9F\x98\x80\n", L"\U0001F600"},
+    };
+    for (const auto& rst : tabCase) {
+        File(rst.csBefore);
+        EXPECT_TRUE(bSet(L"AB", rst.pszKey, rst.pszValue));
+        EXPECT_EQ(csFile(), rst.csAfter);
+        EXPECT_EQ(csGet(L"AB", rst.pszKey), rst.pszRead);
+    }
+    File(csOdd);
+    EXPECT_EQ(csGet(L"AB", L"n"), L"v");
 }
 
-TEST(Profile, UnitsOfAWideFileAreWideCharacters) {
-    const CTempFolder clFolder;
-    clFolder.Write("f.ini", csWideFile("[AB]\n"));
-    EXPECT_TRUE(bSet(clFolder, L"AB", L"k\U0001F600", L"\u010A\U0001F600\xDC80"));
-    EXPECT_EQ(clFolder.csRead("f.ini"),
-              csWideFile("[AB]\nk") + "\x3D\xD8\x00\xDE \0=\0 \0\x0A\x01\x3D\xD8\x00\xDE\x80\xDC\n\0"s);
-    EXPECT_EQ(csGet(clFolder, L"AB", L"k\U0001F600"), L"\u010A\xD83D\xDE00\xDC80");
-    // Units that were read mean one character in an 8-bit file.
-    clFolder.Write("f.ini", "");
-    EXPECT_TRUE(bSet(clFolder, L"AB", L"k", L"\xD83D\xDE00"));
-    EXPECT_EQ(clFolder.csRead("f.ini"), "[AB]\nk = \xF0\x9F\x98\x80\n");
-}
-
-TEST(Profile, FindsTheMarkAndPutsTheStreamBack) {
+TEST_F(Profile, FindsTheMarkAndPutsTheStreamBack) {
     const struct {
         std::string csFile;
         std::int64_t i64Before;
@@ -193,20 +195,17 @@ TEST(Profile, FindsTheMarkAndPutsTheStreamBack) {
     }
 }
 
-TEST(Profile, ListsSectionsAndKeys) {
-    const CTempFolder clFolder;
-    clFolder.Write("f.ini", " [A] x\nk1 =1\n  k2=\n:no=1\nnone\n[open\n=\n[B\0C]\n[D]\nk=1"s);
-    EXPECT_EQ(csGet(clFolder, nullptr, L"x"), L"A\r\nB\r\nD\r\n");
-    EXPECT_EQ(csGet(clFolder, L"a", nullptr), L"k1\r\nk2\r\n\r\n");
-    EXPECT_EQ(csGet(clFolder, L"B", nullptr), L"(default)");
-    clFolder.Write("f.ini", "no section\n");
-    EXPECT_EQ(csGet(clFolder, nullptr, nullptr), L"(default)");
+TEST_F(Profile, ListsSectionsAndKeys) {
+    File(" [A] x\nk1 =1\n  k2=\n:no=1\nnone\n[open\n=\n[B\0C]\n[D]\nk=1"s);
+    EXPECT_EQ(csGet(nullptr, L"x"), L"A\r\nB\r\nD\r\n");
+    EXPECT_EQ(csGet(L"a", nullptr), L"k1\r\nk2\r\n\r\n");
+    EXPECT_EQ(csGet(L"B", nullptr), L"(default)");
+    File("no section\n");
+    EXPECT_EQ(csGet(nullptr, nullptr), L"(default)");
 }
 
-TEST(Profile, ResultsAreCutToTheBuffer) {
-    const CTempFolder clFolder;
-    clFolder.Write("f.ini", "[Sec1]\nk=\u00E9bcd\nempty=\n[Sec2]\n");
-    const auto csFile = clFolder.csWide("f.ini");
+TEST_F(Profile, ResultsAreCutToTheBuffer) {
+    File("[Sec1]\nk=\u00E9bcd\nempty=\n[Sec2]\n");
     const struct {
         const wchar_t *pszSection, *pszKey;
         unsigned dwSize;
@@ -217,43 +216,40 @@ TEST(Profile, ResultsAreCutToTheBuffer) {
     for (const auto& rst : tabCase) {
         std::wstring sz(10, L'#');
         const unsigned dwLength = GetPrivateProfileStringW(rst.pszSection, rst.pszKey, L"default", sz.data(),
-                                                           rst.dwSize, csFile.c_str());
+                                                           rst.dwSize, m_csPath.c_str());
         EXPECT_EQ(dwLength, rst.csCut.size());
         EXPECT_EQ(sz, rst.csCut + L'\0' + std::wstring(9 - rst.csCut.size(), L'#'));
     }
     // The 8-bit call counts bytes, and passes on what is not asked for.
     std::string sz(6, '#');
-    const std::string csName = clFolder.clPath("f.ini");
+    const std::string csName = m_clFolder.clPath("f.ini");
     EXPECT_EQ(GetPrivateProfileStringA("Sec1", "k", "default", sz.data(), 4, csName.c_str()), 3U);
     EXPECT_EQ(sz, "\u00E9b\0##"s);
     EXPECT_EQ(GetPrivateProfileStringA(nullptr, nullptr, nullptr, sz.data(), 5, csName.c_str()), 4U);
     EXPECT_EQ(sz, "Sec1\0#"s);
     wchar_t c = L'#';
-    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", &c, 0, csFile.c_str()), 0U);
+    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", &c, 0, m_csPath.c_str()), 0U);
     EXPECT_EQ(c, L'#');
-    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"none", nullptr, &c, 1, csFile.c_str()), 0U);
+    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"none", nullptr, &c, 1, m_csPath.c_str()), 0U);
     EXPECT_EQ(c, L'\0');
 }
 
-TEST(Profile, ReadsIntegers) {
+TEST_F(Profile, ReadsIntegers) {
     constexpr std::pair<const char*, int> tabCase[] = {{"-4900", -4900},
                                                        {" 1x", 1},
                                                        {"", 0},
                                                        {"0x10", 0},
                                                        {"4294971196", INT_MAX},
                                                        {"000000000000000000012", 0}};
-    const CTempFolder clFolder;
-    const auto csFile = clFolder.csWide("f.ini");
     for (const auto& [pszValue, nValue] : tabCase) {
-        clFolder.Write("f.ini", "[AB]\nk="s + pszValue);
-        EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 7, csFile.c_str()), nValue) << pszValue;
+        File("[AB]\nk="s + pszValue);
+        EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 7, m_csPath.c_str()), nValue) << pszValue;
     }
 }
 
-TEST(Profile, AWriteThatFailsLeavesTheFile) {
-    const CTempFolder clFolder;
+TEST_F(Profile, AWriteThatFailsLeavesTheFile) {
     const std::string csBefore = "[AB]\nk=1\n" + std::string(5000, 'x') + "\n";
-    clFolder.Write("f.ini", csBefore);
+    File(csBefore);
 
     // No room for the longer file.
     rlimit stBefore{};
@@ -261,27 +257,26 @@ TEST(Profile, AWriteThatFailsLeavesTheFile) {
     const auto pfnBefore = ::signal(SIGXFSZ, SIG_IGN);
     const rlimit stLimit = {csBefore.size() + 5, stBefore.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &stLimit), 0);
-    const bool bSetLonger = bSet(clFolder, L"AB", L"k", L"a longer value");
+    const bool bSetLonger = bSet(L"AB", L"k", L"a longer value");
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &stBefore), 0);
     ::signal(SIGXFSZ, pfnBefore);
     EXPECT_FALSE(bSetLonger);
-    EXPECT_EQ(clFolder.csRead("f.ini"), csBefore);
+    EXPECT_EQ(csFile(), csBefore);
 
     // No memory for the rest of the file.
     constexpr std::uintmax_t unHuge = std::uintmax_t{1} << 48;  // more than addresses
-    clFolder.Write("f.ini", "[AB]\nk=1\n");
-    std::filesystem::resize_file(clFolder.clPath("f.ini"), unHuge);
-    EXPECT_FALSE(bSet(clFolder, L"AB", L"k", L"v"));
-    EXPECT_EQ(std::filesystem::file_size(clFolder.clPath("f.ini")), unHuge);
-    EXPECT_EQ(csGet(clFolder, L"AB", L"k"), L"1");
+    File("[AB]\nk=1\n");
+    std::filesystem::resize_file(m_clFolder.clPath("f.ini"), unHuge);
+    EXPECT_FALSE(bSet(L"AB", L"k", L"v"));
+    EXPECT_EQ(std::filesystem::file_size(m_clFolder.clPath("f.ini")), unHuge);
+    EXPECT_EQ(csGet(L"AB", L"k"), L"1");
 }
 
-TEST(Profile, FilesThatCannotBeUsed) {
-    const CTempFolder clFolder;
-    ASSERT_EQ(::mkfifo(clFolder.clPath("fifo").c_str(), 0600), 0);
-    ASSERT_EQ(::symlink("loop", clFolder.clPath("loop").c_str()), 0);
-    const std::wstring tabFile[] = {clFolder.csWide(""), clFolder.csWide("none/f.ini"),
-                                    clFolder.csWide("fifo"), clFolder.csWide("loop"),
+TEST_F(Profile, FilesThatCannotBeUsed) {
+    ASSERT_EQ(::mkfifo(m_clFolder.clPath("fifo").c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("loop", m_clFolder.clPath("loop").c_str()), 0);
+    const std::wstring tabFile[] = {m_clFolder.csWide(""), m_clFolder.csWide("none/f.ini"),
+                                    m_clFolder.csWide("fifo"), m_clFolder.csWide("loop"),
                                     L"/" + std::wstring(260, L'x')};
     std::array<wchar_t, 10> sz{};
     for (const std::wstring& rcs : tabFile) {
@@ -292,14 +287,14 @@ TEST(Profile, FilesThatCannotBeUsed) {
     EXPECT_EQ(GetPrivateProfileString(L"AB", L"k", L"def", sz.data(), 10, L"/dev/zero"), 3U);
     EXPECT_EQ(GetPrivateProfileString(L"AB", L"k", L"def", sz.data(), 10, nullptr), 3U);
     EXPECT_FALSE(WritePrivateProfileString(L"AB", L"k", L"v", nullptr));
-    EXPECT_FALSE(bSet(clFolder, nullptr, L"k", L"v"));
-    EXPECT_EQ(clFolder.csRead("f.ini"), "(none)");
-    EXPECT_TRUE(WritePrivateProfileStringA("AB", "\xC3\xA9", nullptr, clFolder.clPath("f.ini").c_str()));
-    EXPECT_EQ(clFolder.csRead("f.ini"), "");
+    EXPECT_FALSE(bSet(nullptr, L"k", L"v"));
+    EXPECT_EQ(csFile(), "(none)");
+    EXPECT_TRUE(WritePrivateProfileStringA("AB", "\xC3\xA9", nullptr, m_clFolder.clPath("f.ini").c_str()));
+    EXPECT_EQ(csFile(), "");
 }
 
 // The test runs in a file tree of its own, so that this account's home may be written to.
-TEST(Profile, FilesOfTheUser) {
+TEST_F(Profile, FilesOfTheUser) {
     ASSERT_STREQ(::getenv("KALMO_PRIVATE_ROOT"), "1");
     CFSPath clHome;
     ASSERT_TRUE(bGetHomeDirectory(&clHome));

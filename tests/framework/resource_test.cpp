@@ -37,11 +37,20 @@ class Resource : public testing::Test {
     }
 };
 
-std::wstring csLoad(unsigned unId, int nLangue) {
+/// A text, or "untouched" where there is none.
+std::wstring csLoad(unsigned unId, int nLangue = 0, const _stMyModuleInfo& rstModule = gstMyModuleInfo604) {
     CTString cs(L"untouched");
-    return DLLRES_bLoadString(&gstMyModuleInfo604, unId, &cs, nLangue)
-               ? std::wstring(cs.svGet())
-               : L"missing, " + std::wstring(cs.svGet());
+    const bool bLoaded = DLLRES_bLoadString(&rstModule, unId, &cs, nLangue);
+    EXPECT_EQ(bLoaded, cs != L"untouched") << unId;
+    return std::wstring(cs.svGet());
+}
+
+template <class... TArg>
+std::wstring csFormat(unsigned unId, const TArg&... arg) {
+    CTString cs(L"untouched");
+    const bool bFormatted = DLLRES_bFormatMessage(&gstMyModuleInfo604, unId, &cs, arg...);
+    EXPECT_EQ(bFormatted, cs != L"untouched") << unId;
+    return std::wstring(cs.svGet());
 }
 
 TEST(ResourceBlock, LaidOutAsEntriesByNumber) {
@@ -58,44 +67,32 @@ TEST(ResourceBlock, LaidOutAsEntriesByNumber) {
             tabNumber.push_back(unU16(n + 2));
         }
         EXPECT_EQ(n + 2, tab.size());
-        const auto itEnd = tabNumber.end();
-        EXPECT_TRUE(std::adjacent_find(tabNumber.begin(), itEnd, std::greater_equal<>()) == itEnd);
-        EXPECT_EQ(tabNumber.front(), 798U);
-        EXPECT_EQ(tabNumber.back(), 28865U);
+        EXPECT_EQ(std::ranges::adjacent_find(tabNumber, std::greater_equal<>()), tabNumber.end());
+        EXPECT_LE(tabNumber.size(), 121U);
         setNumbers.insert(tabNumber);
     }
-    EXPECT_EQ(setNumbers.size(), 1U);
-    EXPECT_LE(setNumbers.begin()->size(), 121U);
+    EXPECT_EQ(setNumbers.size(), 1U) << "the languages have the same texts";
 }
 
 // Every text that the installer shows, with the arguments it is shown with.
 TEST_F(Resource, EveryTextIsThereAndFormats) {
     for (const int nLangue : tabLANGUE) {
         CInformationModule::ms_nLangueFramework = nLangue;
-        std::set<std::wstring> tabSeen;
+        std::set<std::wstring> setSeen{L"", L"untouched"};
         for (const unsigned un : {798U,  809U,  810U,  818U,  4145U, 4146U, 4147U, 4148U, 4151U, 4152U, 4153U,
                                   4154U, 4155U, 4156U, 4157U, 4158U, 4159U, 4160U, 4171U, 4285U, 4286U, 4287U,
                                   4290U, 4293U, 4294U, 4296U, 4297U, 4298U, 4322U, 4323U, 4324U, 4325U, 4330U,
                                   4334U, 4548U, 4659U, 9218U, 9219U, 9766U, 9767U, 9768U, 28865U}) {
-            CTString cs;
-            EXPECT_TRUE(DLLRES_bFormatMessage(&gstMyModuleInfo604, un, &cs)) << un;
-            EXPECT_FALSE(cs.bEmpty()) << un;
-            EXPECT_TRUE(tabSeen.insert(std::wstring(cs.svGet())).second) << un << " repeats another text";
+            EXPECT_TRUE(setSeen.insert(csFormat(un)).second) << un;
+            EXPECT_EQ(csLoad(un).starts_with(L"[ ] "), un >= 4323 && un <= 4325) << un;
         }
         for (const unsigned un :
              {4291U, 4295U, 4299U, 4327U, 4328U, 4329U, 4661U, 4662U, 4664U, 4665U, 4666U, 4667U, 4668U}) {
-            CTString cs;
-            EXPECT_TRUE(DLLRES_bFormatMessage(&gstMyModuleInfo604, un, &cs, L"ARGUMENT")) << un;
-            EXPECT_NE(cs.svGet().find(L"ARGUMENT"), CTString::npos) << un;
+            EXPECT_NE(csFormat(un, L"ARGUMENT").find(L"ARGUMENT"), CTString::npos) << un;
         }
-        for (const unsigned un : {4323U, 4324U, 4325U}) {
-            EXPECT_TRUE(csLoad(un, 0).starts_with(L"[ ] ")) << un;
-        }
-        CTString cs;
-        EXPECT_TRUE(DLLRES_bFormatMessage(&gstMyModuleInfo604, 0x262B, &cs, L"account", L"password"));
-        EXPECT_TRUE(DLLRES_bFormatMessage(&gstMyModuleInfo604, 4300, &cs, 4900, L"name"));
-        EXPECT_TRUE(
-            DLLRES_bFormatMessage(&gstMyModuleInfo604, 4292, &cs, L"name", 4900, L"/dir", L"1.0", L"2.0"));
+        EXPECT_NE(csFormat(0x262B, L"account", L"password"), L"untouched");
+        EXPECT_NE(csFormat(4300, 4900, L"name"), L"untouched");
+        EXPECT_NE(csFormat(4292, L"name", 4900, L"/dir", L"1.0", L"2.0"), L"untouched");
     }
 }
 
@@ -106,55 +103,37 @@ TEST_F(Resource, LanguageChoosesTheBlock) {
         EXPECT_EQ(csLoad(4151, nEnglish), L"Cancel") << nEnglish;
     }
     CInformationModule::ms_nLangueFramework = LANGUE_ESPAGNOL;
-    EXPECT_EQ(csLoad(4151, 0), L"Anular");
+    EXPECT_EQ(csLoad(4151), L"Anular");
     int nElsewhere = LANGUE_FRANCAIS;
     CInformationModule::ms_pnLangueFramework = &nElsewhere;
-    EXPECT_EQ(csLoad(4151, 0), L"Annuler");
+    EXPECT_EQ(csLoad(4151), L"Annuler");
     CInformationModule::ms_pnLangueFramework = &CInformationModule::ms_nLangueFramework;
+
+    EXPECT_EQ(nChoisitLangue(nullptr, nullptr, nullptr), 9);
+    EXPECT_EQ(nChoisitLangue(nullptr, nullptr, "fr_FR.UTF-8"), 12);
+    EXPECT_EQ(nChoisitLangue(nullptr, "es", "fr"), 10);
+    EXPECT_EQ(nChoisitLangue("C", "fr", "fr"), 9);
+    EXPECT_EQ(nChoisitLangue("", "", "es_MX"), 10);
+    EXPECT_EQ(nChoisitLangue("f", nullptr, nullptr), 9);
 }
 
-TEST_F(Resource, LanguageOfTheEnvironment) {
-    const struct {
-        const char *pszLcAll, *pszLcMessages, *pszLang;
-        int nExpected;
-    } tabCase[] = {{nullptr, nullptr, nullptr, 9}, {nullptr, nullptr, "fr_FR.UTF-8", 12},
-                   {nullptr, "es", "fr", 10},      {"C", "fr", "fr", 9},
-                   {"", "", "es_MX", 10},          {"f", nullptr, nullptr, 9}};
-    for (const auto& rst : tabCase) {
-        EXPECT_EQ(nChoisitLangue(rst.pszLcAll, rst.pszLcMessages, rst.pszLang), rst.nExpected);
-    }
-}
-
-TEST_F(Resource, UnknownNumbersLeaveTheOutputAlone) {
+TEST_F(Resource, WhatFailsLeavesTheOutputAlone) {
     for (const int nLangue : tabLANGUE) {
         for (const unsigned un : {257U, 797U, 799U, 28866U, 65536U + 4146U, ~0U}) {
-            EXPECT_EQ(csLoad(un, nLangue), L"missing, untouched") << un;
+            EXPECT_EQ(csLoad(un, nLangue), L"untouched") << un;
             wchar_t szBuffer[4] = L"abc";
             EXPECT_EQ(DLLRES_nLoadString(&gstMyModuleInfo604, un, szBuffer, 4, nLangue), 0);
             EXPECT_STREQ(szBuffer, L"abc");
         }
     }
-    CTString cs(L"untouched");
+    EXPECT_EQ(csFormat(257), L"untouched");
+    EXPECT_EQ(csFormat(4666), L"untouched") << "without its argument";
     wchar_t* psz = nullptr;
-    EXPECT_FALSE(DLLRES_bFormatMessage(&gstMyModuleInfo604, 257, &cs));
-    EXPECT_FALSE(DLLRES_bFormatMessage(&gstMyModuleInfo604, 4666, &cs));
     EXPECT_EQ(DLLRES_nFormatMessage(&gstMyModuleInfo604, 4666, &psz), 0);
     EXPECT_EQ(psz, nullptr);
-    EXPECT_EQ(cs.svGet(), L"untouched");
     EXPECT_EQ(DLLRES_nFormatMessage(&gstMyModuleInfo604, 0x10C7, &psz, L"name"), 6);
     EXPECT_STREQ(psz, L"- name");
     LocalFree(psz);
-}
-
-TEST_F(Resource, TextsAreCutToTheBuffer) {
-    const std::wstring csWhole = csLoad(4156, LANGUE_FRANCAIS);
-    const int nWhole = static_cast<int>(csWhole.size());
-    for (const int nSize : {1, 10, nWhole, nWhole + 1, 300}) {
-        std::vector<wchar_t> tab(static_cast<std::size_t>(nSize), L'#');
-        const int nCut = std::min(nSize - 1, nWhole);
-        EXPECT_EQ(DLLRES_nLoadString(&gstMyModuleInfo604, 4156, tab.data(), nSize, LANGUE_FRANCAIS), nCut);
-        EXPECT_EQ(std::wstring(tab.data()), csWhole.substr(0, static_cast<std::size_t>(nCut)));
-    }
 }
 
 // A module of its own: 1 a text beyond the 16-bit characters, 2 one in an encoded mode, 3 one
@@ -171,13 +150,10 @@ bool bGetTestTexts(STRessourceModule* pstRequest) {
 
 TEST_F(Resource, StoredFormsAreDecoded) {
     const _stMyModuleInfo stModule{&bGetTestTexts};
-    CTString cs;
-    EXPECT_TRUE(DLLRES_bLoadString(&stModule, 1, &cs));
-    EXPECT_EQ(cs.svGet(), L"a\U0001F600b");
-    EXPECT_FALSE(DLLRES_bLoadString(&stModule, 2, &cs));
+    EXPECT_EQ(csLoad(1, 0, stModule), L"a\U0001F600b");
+    EXPECT_EQ(csLoad(2, 0, stModule), L"untouched");
     EXPECT_EQ(DLLRES_nGetUtilisation(&stModule, 2), 1 + 16 * 3);
-    EXPECT_TRUE(DLLRES_bLoadString(&stModule, 3, &cs));
-    EXPECT_EQ(cs.svGet(), L"a");
+    EXPECT_EQ(csLoad(3, 0, stModule), L"a");
 }
 
 // 1 two forms; 2 a text of 1000 characters; 3 a language; of others nothing, with an odd length.
@@ -191,49 +167,48 @@ int nOverride(unsigned unId, wchar_t* pszBuffer, int nSize, int nLangue) {
 
 TEST_F(Resource, OverrideIsAskedFirst) {
     DLLRES_SetLoadStringTVM(&nOverride);
-    EXPECT_EQ(csLoad(2, 0), std::wstring(1000, L'x'));
+    EXPECT_EQ(csLoad(2), std::wstring(1000, L'x'));
     CInformationModule::ms_nLangueFramework = LANGUE_FRANCAIS;
-    EXPECT_EQ(csLoad(3, 0), L"12");
-    EXPECT_EQ(csLoad(4151, 0), L"Annuler");
+    EXPECT_EQ(csLoad(3), L"12");
+    EXPECT_EQ(csLoad(4151), L"Annuler");
+    // Singular and plural are lines of one text.
+    const auto csForm = [](int nForm, auto... number) {
+        CTString cs(L"untouched");
+        const bool b = DLLRES_bFormatMessageSingulierPluriel(&gstMyModuleInfo604, nForm, 1, &cs, number...);
+        EXPECT_EQ(b, cs != L"untouched");
+        return std::wstring(cs.svGet());
+    };
+    EXPECT_EQ(csForm(0, 1), L"1 file\r\n");
+    EXPECT_EQ(csForm(1, 7), L"7 files");
+    EXPECT_EQ(csForm(2, 7), L"untouched");
+    EXPECT_EQ(csForm(1), L"untouched") << "without its argument";
     EXPECT_TRUE(DLLRES_bInit(nullptr, 0));
     DLLRES_Term();
-    EXPECT_EQ(csLoad(3, 0), L"missing, untouched");
+    EXPECT_EQ(csLoad(3), L"untouched");
 }
-
-TEST_F(Resource, SingularAndPluralAreLines) {
-    DLLRES_SetLoadStringTVM(&nOverride);
-    CTString cs;
-    EXPECT_TRUE(DLLRES_bFormatMessageSingulierPluriel(&gstMyModuleInfo604, 0, 1, &cs, 1));
-    EXPECT_EQ(cs.svGet(), L"1 file\r\n");
-    EXPECT_TRUE(DLLRES_bFormatMessageSingulierPluriel(&gstMyModuleInfo604, 1, 1, &cs, 7));
-    EXPECT_EQ(cs.svGet(), L"7 files");
-    EXPECT_FALSE(DLLRES_bFormatMessageSingulierPluriel(&gstMyModuleInfo604, 2, 1, &cs, 7));
-    EXPECT_FALSE(DLLRES_bFormatMessageSingulierPluriel(&gstMyModuleInfo604, 1, 1, &cs));
-    EXPECT_EQ(cs.svGet(), L"7 files");
-}
-
-int nSeenCommand = 0;
 
 TEST_F(Resource, OtherModulesDriveIt) {
-    wchar_t szBuffer[4] = L"";
-    STRequeteComposante stRequest;
-    stRequest.unNumber = 4151;
-    stRequest.pszBuffer = szBuffer;
-    stRequest.nSize = 4;
-    EXPECT_EQ(CommandeComposante(3, &stRequest), 1);
-    EXPECT_EQ(stRequest.nLength, 3);
-    EXPECT_STREQ(szBuffer, L"Can");
+    wchar_t szBuffer[9] = L"########";
+    STRequeteComposante stRequest{.unNumber = 4151, .pszBuffer = szBuffer};
+    for (const auto& [nSize, pszCut] :
+         {std::pair{4, L"Can"}, {6, L"Cance"}, {7, L"Cancel"}, {9, L"Cancel"}}) {
+        stRequest.nSize = nSize;
+        EXPECT_EQ(CommandeComposante(3, &stRequest), 1);
+        EXPECT_EQ(stRequest.nLength, std::min(nSize - 1, 6));
+        EXPECT_STREQ(szBuffer, pszCut);
+    }
     EXPECT_EQ(CommandeComposante(4, &stRequest), 1);
     stRequest.unNumber = 257;
-    EXPECT_EQ(CommandeComposante(3, &stRequest), 0);
+    for (const int nCommand : {1, 3, 4}) {
+        EXPECT_EQ(CommandeComposante(nCommand, &stRequest), 0);
+    }
     EXPECT_EQ(stRequest.nLength, 0);
-    EXPECT_EQ(CommandeComposante(4, &stRequest), 0);
-    EXPECT_EQ(CommandeComposante(1, &stRequest), 0);
     EXPECT_EQ(CommandeComposante(3, nullptr), 0);
     stRequest.pfnLoadString = &nOverride;
     EXPECT_EQ(CommandeComposante(2, &stRequest), 1);
     EXPECT_EQ(csLoad(3, 77), L"77");
 
+    static int nSeenCommand = 0;
     EXPECT_FALSE(DLLRES_bForceInitRessource(nullptr));
     EXPECT_TRUE(DLLRES_bForceInitRessource([](int nCommand, STRequeteComposante* pst) {
         nSeenCommand = pst->unNumber == 0 && pst->pszBuffer == nullptr && pst->nSize == 0 ? nCommand : -1;

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tools/text_compiler/catalogue.h"
@@ -12,26 +12,8 @@
 namespace kalmo {
 namespace {
 
-using testing::ElementsAre;
-using testing::StartsWith;
-
-TEST(TextCompiler, NamesTheLineOfAFault) {
-    const std::pair<const char*, const char*> tabCase[] = {
-        {"stray\n", "x.txt:1: text before"},
-        {"[1 5x1]\na\n[2 5x1]\n\n", "x.txt:3: the text is empty"},
-        {"[1 5x2]\n\na\n", "x.txt:1: the text is empty or begins"},
-        {"[1 5x1]\n\xC3\n", "x.txt:2: not valid UTF-8"},
-        {"[1 5x1]\na\r\n", "x.txt:2: control character"},
-        {"[1 5x1]\na \n", "x.txt:2: blank at the end"},
-        {"[0 5x1]\na\n", "x.txt:1: a header"},
-        {"[257 5x1]\na\n", "x.txt:1: a header"},
-        {"[1 5x0]\na\n", "x.txt:1: a header"},
-    };
-    for (const auto& [pszContent, pszWhere] : tabCase) {
-        CComplaints clComplaints;
-        stReadCatalogue("x.txt", pszContent, &clComplaints);
-        EXPECT_THAT(clComplaints.rtabGet(), ElementsAre(StartsWith(pszWhere))) << pszContent;
-    }
+MATCHER(StartsAsExpected, "") {
+    return std::get<0>(arg).starts_with(std::get<1>(arg));
 }
 
 std::string csManyTexts(int nCount) {
@@ -42,25 +24,35 @@ std::string csManyTexts(int nCount) {
     return cs;
 }
 
-TEST(TextCompiler, CataloguesMustAgree) {
+// What is said of two catalogues that should be the same texts in two languages.
+TEST(TextCompiler, NamesTheLineOfAFault) {
+    const std::string csGood = "[1 5x1]\na\n";
     const struct {
         std::string csFirst, csOther;
-        std::vector<std::string> tabExpected;
+        std::vector<std::string> tabComplaint;
     } tabCase[] = {
+        {"stray\n", "", {"1.txt:1: text before"}},
+        {"[1 5x1]\na\n[2 5x1]\n\n", "", {"1.txt:3: the text is empty"}},
+        {"[1 5x2]\n\na\n", "", {"1.txt:1: the text is empty or begins"}},
+        {"[1 5x1]\n\xC3\n", "", {"1.txt:2: not valid UTF-8"}},
+        {"[1 5x1]\na\r\n", "", {"1.txt:2: control character"}},
+        {"[1 5x1]\na \n", "", {"1.txt:2: blank at the end"}},
+        {"[0 5x1]\na\n", "", {"1.txt:1: a header"}},
+        {"[257 5x1]\na\n", "", {"1.txt:1: a header"}},
+        {"[1 5x0]\na\n", "", {"1.txt:1: a header"}},
+        // Together.
         {"[1 9x1]\n%1 %2!u!\n[2 5x1]\nb\n", "[2 5x1]\nB\n[1 9x1]\n%2!u!, %1!s!\n", {}},
         {csManyTexts(121), csManyTexts(121), {}},
         {csManyTexts(122), csManyTexts(122), {"1.txt:243: 122 texts", "2.txt:243: 122 texts"}},
-        {"[1 5x1]\na\n[2 5x1]\nb\n",
-         "[1 5x1]\na\n[3 5x1]\nc\n",
+        {csGood + "[2 5x1]\nb\n",
+         csGood + "[3 5x1]\nc\n",
          {"1.txt:3: number 2 is not in 2.txt", "2.txt:3: number 3 is not in 1.txt"}},
-        {"[1 5x1]\n%1\n", "[1 5x1]\na\n", {"2.txt:1: inserts differ"}},
+        {"[1 5x1]\n%1\n", csGood, {"2.txt:1: inserts differ"}},
         {"[1 5x1]\n%1!u!\n", "[1 5x1]\n%1!d!\n", {"2.txt:1: inserts differ"}},
-        {"[1 5x1]\n5 %\n", "[1 5x1]\na\n", {"1.txt:1: a percent sign"}},
-        {"[1 5x1]\na\n[1 5x1]\nb\n", "[1 5x1]\na\n", {"1.txt:3: number 1 again; first on line 1"}},
+        {"[1 5x1]\n5 %\n", csGood, {"1.txt:1: a percent sign"}},
+        {csGood + csGood, csGood, {"1.txt:3: number 1 again; first on line 1"}},
         {"[1 5x2]\na\n", "[1 5x3]\na\n", {"2.txt:1: room differs"}},
-        {"[1 5x2]\nabcde\nabcdef\n",
-         "[1 5x2]\na\n",
-         {"1.txt:1: line 2 of the text takes 6 columns in a room of 5"}},
+        {"[1 5x2]\nabcde\nabcdef\n", "[1 5x2]\na\n", {"1.txt:1: line 2 of the text takes 6 columns"}},
         {"[1 5x2]\na\nb\nc\n", "[1 5x2]\na\n", {"1.txt:1: the text takes 3 lines in a room of 2"}},
         {"[1 5x1]\n%%%1!d!abcd\n", "[1 5x1]\n\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9%1!d!\n", {}},
     };
@@ -68,11 +60,9 @@ TEST(TextCompiler, CataloguesMustAgree) {
         CComplaints clComplaints;
         const std::array<STCatalogue, 2> tab = {stReadCatalogue("1.txt", rst.csFirst, &clComplaints),
                                                 stReadCatalogue("2.txt", rst.csOther, &clComplaints)};
-        CheckCatalogues(tab, &clComplaints);
-        ASSERT_EQ(clComplaints.rtabGet().size(), rst.tabExpected.size()) << rst.csFirst;
-        for (std::size_t n = 0; n < rst.tabExpected.size(); ++n) {
-            EXPECT_THAT(clComplaints.rtabGet()[n], StartsWith(rst.tabExpected[n]));
-        }
+        CheckCatalogues(std::span(tab).first(rst.csOther.empty() ? 1 : 2), &clComplaints);
+        EXPECT_THAT(clComplaints.rtabGet(), testing::Pointwise(StartsAsExpected(), rst.tabComplaint))
+            << rst.csFirst;
     }
 }
 

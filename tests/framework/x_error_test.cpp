@@ -40,6 +40,10 @@ std::wstring csUser(const CXError& rcl) {
     return rcl.pszGetUserMessage();
 }
 
+std::wstring csDump(const CXError& rcl, eINFO eParts = eINFO::All) {
+    return std::wstring(rcl.StringDump(eParts).svGet());
+}
+
 TEST(XError, CodesOfTheInstaller) {
     const struct {
         unsigned unCode, unResource;
@@ -88,7 +92,7 @@ TEST(XError, WhatIsMissingDegrades) {
         clError.SetUserError(rst.pstModule, rst.unCode, L"one");
         EXPECT_EQ(clError.unGetUserResource(), rst.unResource);
         EXPECT_EQ(csUser(clError), rst.pszMessage);
-        EXPECT_EQ(clError.StringDump(eINFO::DebugMessages).svGet(), rst.pszDebug);
+        EXPECT_EQ(csDump(clError, eINFO::DebugMessages), rst.pszDebug);
     }
 }
 
@@ -115,7 +119,7 @@ TEST(XError, MessagesAddUp) {
     EXPECT_EQ(csUser(clError), csFormatted);
     clError.AddDebugMessage(L"two");
     clError.AddDebugMessageFirst(L"one");
-    EXPECT_EQ(clError.StringDump(eINFO::DebugMessages).svGet(), L"one\r\ntwo\r\n");
+    EXPECT_EQ(csDump(clError, eINFO::DebugMessages), L"one\r\ntwo\r\n");
 }
 
 TEST(XError, ItemsAreTypedAndDumpedInTheirFormat) {
@@ -138,53 +142,55 @@ TEST(XError, ItemsAreTypedAndDumpedInTheirFormat) {
               L"-EIT_THREAD : <main>\r\nEIT_HELPFILE : </%s/help>\r\nEIT_RECNUM : <-9223372036854775808>\r\n"
               L"EIT_BASECODE : <-3>\r\nEIT_DATAACCESS : <0xab>\r\nEIT_PILETL :\r\na\r\nb\r\n"
               L"EIT_EXCEPTIONJAVA\r\n");
-
     std::int64_t i64 = 7;
-    EXPECT_TRUE(clError.bGetInfo(EIT_BASECODE, &i64));
-    EXPECT_EQ(i64, -3);
     EXPECT_FALSE(clError.bGetInfo(EIT_HELPFILE, &i64));
+    EXPECT_EQ(i64, 7);
+    EXPECT_TRUE(clError.bGetInfo(EIT_BASECODE, &i64));
     EXPECT_EQ(i64, -3);
     clError.DeleteInfo(EIT_RECNUM);
     EXPECT_FALSE(clError.bHasInfo(EIT_RECNUM));
-    EXPECT_EQ(clError.GetInfo(EIT_RECNUM), nullptr);
     EXPECT_TRUE(clError.bHasInfo(EIT_THREAD));
 }
 
-TEST(XError, SystemErrors) {
+TEST(XError, TheWholeDump) {
     CXError clError;
     clError.SetSystemErrorParam(EACCES, L"/dir/\u00E9");
-    EXPECT_EQ(std::wstring(clError.pszGetSystemErrorMessage()), L"/dir/\u00E9: Permission denied");
+    EXPECT_EQ(csDump(clError, eINFO::SystemError), L"System error 13: /dir/\u00E9: Permission denied\r\n");
+    clError.SetUserError(&stBadModule, 30, L"one", L"two");
     clError.SetSystemError(ENOENT);
-    EXPECT_EQ(clError.StringDump(eINFO::All).svGet(), L"System error 2: No such file or directory\r\n");
-}
-
-/// An error with something of everything.
-void Fill(CXError* pclError, const wchar_t* pszName) {
-    pclError->SetUserError(&stBadModule, 30, pszName, L"x");
-    pclError->SetSystemErrorMessage(L"%1 full");
-    pclError->SetFunctionName(L"bDo");
-    pclError->SetDetailId(12);
-    pclError->SetErrorLevel(eERRORLEVEL::Warning);
-    pclError->AddInfo(EIT_DSTFILE, pszName);
-    pclError->AddDebugMessage(L"debug");
-}
-
-std::wstring csExpectedDump(const std::wstring& rcsRank, const std::wstring& rcsName,
-                            bool bUserMessage = true) {
-    return (bUserMessage ? rcsName + L" and x\r\n" : L"") + L"System error 0: %1 full\r\nIE" + rcsRank +
-           L"=7.30\r\nModule=<bad>\r\nVersion=<1.0>\r\nLevel=1\r\nFunction=<bDo>\r\nDetail=12\r\nEIT_DSTFILE "
-           L": <" +
-           rcsName + L">\r\ndebug\r\n";
+    clError.SetFunctionName(L"bDo");
+    clError.SetDetailId(12);
+    clError.SetErrorLevel(eERRORLEVEL::Warning);
+    clError.AddInfo(EIT_DSTFILE, L"/\u00E9");
+    clError.AddDebugMessage(L"debug");
+    clError.SetUserErrorMessage(L"%1 full");
+    const std::wstring csWhole =
+        L"%1 full\r\nSystem error 2: No such file or directory\r\nIE=7.30\r\nModule=<bad>\r\n"
+        L"Version=<1.0>\r\nLevel=1\r\nFunction=<bDo>\r\nDetail=12\r\nEIT_DSTFILE : </\u00E9>\r\ndebug\r\n";
+    EXPECT_EQ(csDump(clError), csWhole);
+    EXPECT_EQ(csDump(clError, eINFO::UserMessage | eINFO::Items), L"%1 full\r\nEIT_DSTFILE : </\u00E9>\r\n");
+    CMemoryStream clTrace;
+    EXPECT_TRUE(clError.TraceDump(&clTrace));
+    const CTLBIN& rtab = clTrace.rtabGetBytes();
+    EXPECT_EQ(std::string(rtab.begin(), rtab.end()), csToUTF8(csWhole).svGet());
 }
 
 TEST(XError, SubErrorsAreOwnedCopies) {
+    const auto csOf = [](const wchar_t* pszRank, const std::wstring& csName, bool bMessage = true) {
+        return (bMessage ? csName + L" and x\r\n" : L"") + L"IE" + pszRank +
+               L"=7.30\r\nModule=<bad>\r\nVersion=<1.0>\r\nLevel=2\r\nEIT_DSTFILE : <" + csName + L">\r\n";
+    };
+    const auto Fill = [](CXError& rcl, const wchar_t* pszName) {
+        rcl.SetUserError(&stBadModule, 30, pszName, L"x");
+        rcl.AddInfo(EIT_DSTFILE, pszName);
+    };
     CXError clTop;
-    Fill(&clTop, L"top");
+    Fill(clTop, L"top");
     {
         CXError clMiddle;
         CXError clLeaf;
-        Fill(&clLeaf, L"leaf");
-        Fill(&clMiddle, L"middle");
+        Fill(clLeaf, L"leaf");
+        Fill(clMiddle, L"middle");
         clMiddle.AddSubError(clLeaf);
         clTop.AddSubError(clMiddle);
         clTop.AddSubErrorLight(clMiddle);
@@ -194,29 +200,21 @@ TEST(XError, SubErrorsAreOwnedCopies) {
     }
     EXPECT_EQ(clTop.nGetNbSubError(), 4);
     EXPECT_EQ(clTop.pclGetSubError(4), nullptr);
-    const std::wstring csWhole = csExpectedDump(L"", L"top") + csExpectedDump(L"1", L"middle") +
-                                 csExpectedDump(L"1.1", L"leaf") + csExpectedDump(L"2", L"middle") +
-                                 csExpectedDump(L"3", L"middle", false) + csExpectedDump(L"3.1", L"leaf") +
-                                 csExpectedDump(L"4", L"middle", false);
-    EXPECT_EQ(clTop.StringDump(eINFO::All).svGet(), csWhole);
-    EXPECT_EQ(clTop.StringDump(eINFO::UserMessage | eINFO::Items).svGet(),
-              L"top and x\r\nEIT_DSTFILE : <top>\r\n");
-
-    CMemoryStream clTrace;
-    EXPECT_TRUE(clTop.TraceDump(&clTrace));
-    const CTLBIN& rtab = clTrace.rtabGetBytes();
-    EXPECT_EQ(std::string(rtab.begin(), rtab.end()), csToUTF8(csWhole).svGet());
-
+    const std::wstring csAlone = csOf(L"", L"top");
+    const std::wstring csWhole = csAlone + csOf(L"1", L"middle") + csOf(L"1.1", L"leaf") +
+                                 csOf(L"2", L"middle") + csOf(L"3", L"middle", false) +
+                                 csOf(L"3.1", L"leaf") + csOf(L"4", L"middle", false);
+    EXPECT_EQ(csDump(clTop), csWhole);
     CXError clCopy;
     clCopy.Copy(clTop);
     clCopy.Copy(clCopy);
     clTop.DeleteAllSubError();
-    EXPECT_EQ(clTop.StringDump(eINFO::All).svGet(), csExpectedDump(L"", L"top"));
-    EXPECT_EQ(clCopy.StringDump(eINFO::All).svGet(), csWhole);
+    EXPECT_EQ(csDump(clTop), csAlone);
+    EXPECT_EQ(csDump(clCopy), csWhole);
     clCopy.AddSubError(clCopy);
-    EXPECT_EQ(clCopy.pclGetSubError(4)->StringDump(eINFO::All).svGet(), csWhole);
+    EXPECT_EQ(csDump(*clCopy.pclGetSubError(4)), csWhole);
     clCopy.LightCopy(clTop);
-    EXPECT_EQ(clCopy.StringDump(eINFO::All).svGet(), csExpectedDump(L"", L"top"));
+    EXPECT_EQ(csDump(clCopy), csAlone);
 }
 
 TEST(XError, LivesByReferencesToo) {
@@ -224,7 +222,7 @@ TEST(XError, LivesByReferencesToo) {
     pclError->SetUserError(3, L"/archive");
     EXPECT_EQ(pclError->dwAddRef(), 2U);
     EXPECT_EQ(pclError->dwRelease(), 1U);
-    EXPECT_EQ(pclError->StringDump(eINFO::Context).svGet(),
+    EXPECT_EQ(csDump(*pclError, eINFO::Context),
               L"IE=604.3\r\nModule=<kalmoinstall>\r\nVersion=<25.0.98.0>\r\nLevel=2\r\n");
     EXPECT_EQ(pclError->dwRelease(), 0U);
 }

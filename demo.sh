@@ -1,15 +1,18 @@
 #!/bin/sh
 # Shows the main job on a real machine that is thrown away afterwards: installs what the build needs, builds
-# the installer and a sample server, and runs the unattended installation story with systemd and without.
+# the installer and a sample server, and opens the installer for whoever sits at the terminal. Without a
+# terminal, or when asked to, runs the unattended story with systemd and with SysV init instead.
 #
-#   ./demo.sh [--unattended]
+#   ./demo.sh [systemd | sysv | --unattended]
 set -eu
 cd "$(dirname "$0")"
 
-case ${1-} in
-    '' | --unattended) ;;
+kind=${1-systemd}
+case $kind in
+    systemd | sysv) [ -t 0 ] && [ -t 1 ] || kind=--unattended ;;
+    --unattended) ;;
     *)
-        echo "Usage: $0 [--unattended]" >&2
+        echo "Usage: $0 [systemd | sysv | --unattended]" >&2
         exit 2
         ;;
 esac
@@ -21,7 +24,17 @@ cmake --build --preset release --target payload_current payload_next >build/rele
     exit 1
 }
 
-for kind in systemd sysv; do
-    tests/machine/machine "$kind" --timeout 300 -- \
-        "$PWD/samples/story/unattended.sh" "$PWD/build/release/payload/current" "$PWD/build/release/payload/next"
-done
+# story KIND SCRIPT [OPTION...]
+story() {
+    story_kind=$1 script=$2
+    shift 2
+    tests/machine/machine "$story_kind" "$@" -- "$PWD/samples/story/$script" \
+        "$PWD/build/release/payload/current" "$PWD/build/release/payload/next"
+}
+
+if [ "$kind" = --unattended ]; then
+    story systemd unattended.sh --timeout 300
+    story sysv unattended.sh --timeout 300
+else
+    story "$kind" interactive.sh
+fi

@@ -112,15 +112,15 @@ void CUpgradeWin::__ShowStep(double dValue) {
     Draw();
 }
 
-// The description from the top, the warnings below it, the prompt right above the buttons. A long directory
-// or name takes several lines; what the gauge covers then has been read.
+// The description from the top, the warnings a line below it, the prompt right above the buttons. A long
+// directory or name takes several lines; what the gauge covers then has been read.
 void CUpgradeWin::_DrawWindow() {
     CWindow::_DrawWindow();
     const int nPromptRow = height - 7;
     const int nColumns = width - 2 * TEXT_COLUMN - 1;
-    int nRow = 1;
-    nRow += _nSmartPrint(nRow, TEXT_COLUMN, m_csDescription.pszGet(), ATTR_BORDER, nColumns, nPromptRow);
-    _nSmartPrint(nRow, TEXT_COLUMN, m_csWarning.pszGet(), ATTR_BORDER, nColumns, nPromptRow);
+    const int nLines =
+        _nSmartPrint(1, TEXT_COLUMN, m_csDescription.pszGet(), ATTR_BORDER, nColumns, nPromptRow);
+    _nSmartPrint(nLines + 2, TEXT_COLUMN, m_csWarning.pszGet(), ATTR_BORDER, nColumns, nPromptRow);
     _nSmartPrint(nPromptRow, TEXT_COLUMN, m_csPrompt.pszGet(), ATTR_BORDER, nColumns, nPromptRow + 1);
 }
 

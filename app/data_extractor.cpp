@@ -105,7 +105,8 @@ bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, CWindow* pclWindow, CJ
         if (pclJauge != nullptr) {
             pclJauge->SetValue(pclJauge->dGetValue() + 1.0);
         }
-        if (pclWindow != nullptr) {
+        // Most files move the bar by less than a column.
+        if (pclWindow != nullptr && (pclJauge == nullptr || pclJauge->bStale())) {
             pclWindow->Draw();
         }
     }

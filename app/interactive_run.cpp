@@ -2,14 +2,13 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
-
 #include "app/config/server_config.h"
 #include "app/data_extractor.h"
 #include "app/license.h"
 #include "app/message.h"
 #include "app/new_server.h"
 #include "app/server_services.h"
+#include "app/shell_command.h"
 #include "app/texts.h"
 #include "app/trace.h"
 #include "app/uninstall_win.h"
@@ -66,7 +65,7 @@ void RunInteractive(CTrace& rclTrace) {
         }
     }
     end_dialog();
-    static_cast<void>(std::system("clear 2>/dev/null"));
+    nRunShell("clear 2>/dev/null", rclTrace);
 }
 
 bool bRoot() {

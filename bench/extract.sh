@@ -9,16 +9,12 @@
 # Exit status: 0 every target is met, 1 one is missed, 2 the measurement could not be made.
 set -euo pipefail
 cd -- "$(dirname -- "$(realpath -- "${BASH_SOURCE[0]}")")/.."
+source bench/real_payload.sh
 
 # The targets: our time as a part of theirs, peak memory in KiB, growth of opening and of a lookup when the
 # entries grow tenfold. Linear is 10 and quadratic 100; a large directory no longer fits the processor's
 # caches, which alone makes it 10 to 18.
 MAX_OF_UNZIP=0.70 MAX_OF_BSDTAR=1.05 MAX_MEMORY=16384 MAX_OPEN_GROWTH=20 MAX_LOOKUP_GROWTH=1.5
-
-die() {
-    echo "${0##*/}: $*" >&2
-    exit 2
-}
 
 runs=5 megabytes=500 program=
 while (($# > 0)); do
@@ -40,20 +36,6 @@ fi
 work=$(mktemp -d "${TMPDIR:-/tmp}/kalmo-bench.XXXXXX")
 trap 'rm -rf -- "$work"' EXIT
 missed=0
-
-# Copies programs and libraries into $work/in until there are enough of them, keeping their paths.
-make_payload() {
-    local file magic bytes=0
-    while ((bytes < megabytes * 1000 * 1000)) && IFS= read -r -d '' file; do
-        IFS= read -r -n 4 magic <"$file" 2>/dev/null || continue
-        [[ $magic == $'\x7fELF' ]] || continue
-        mkdir -p -- "$work/in${file%/*}"
-        cp -- "$file" "$work/in$file"
-        bytes=$((bytes + $(stat -c %s -- "$file")))
-    done < <(find /usr/bin /usr/sbin /usr/lib -type f -size +3k -size -40M -print0 2>/dev/null | sort -z)
-    ((bytes >= megabytes * 1000 * 1000)) || die "only $bytes bytes of programs and libraries here"
-    (cd "$work/in" && zip -q -r ../payload.zip .)
-}
 
 # Runs one tool once: prints seconds by the clock, seconds of the processor, and peak memory in KiB.
 run_once() {
@@ -83,7 +65,8 @@ at_most() {
 }
 
 echo "making the payload of ${megabytes} MB ..." >&2
-make_payload
+make_real_payload "$work/in" "$megabytes"
+(cd "$work/in" && zip -q -r ../payload.zip .)
 declare -A best processor memory
 tools=(kalmo unzip bsdtar 7z)
 for ((run = 0; run <= runs; run++)); do

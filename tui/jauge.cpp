@@ -21,14 +21,18 @@ bool CJauge::bSetFocus(int /*bNewFocus*/) {
     return false;
 }
 
+int CJauge::__nBar() const noexcept {
+    return nGaugeBar(m_dValue, m_dMinimum, m_dMaximum, width - 2);
+}
+
 void CJauge::Draw() {
     if (m_bVisible == 0) {
         return;
     }
     DrawRectWithBorder(pGetWindow(), x, y, width, height, ATTR_BORDER, ATTR_FIELD_FILL);
     DrawTextLine(pGetWindow(), y, x + 2, ATTR_BORDER, m_csCaption, width - 3);
-    const int nBar = nGaugeBar(m_dValue, m_dMinimum, m_dMaximum, width - 2);
-    DrawRect(pGetWindow(), x + 1, y + 1, nBar, height - 2, ATTR_GAUGE_BAR);
+    m_nDrawnBar = __nBar();
+    DrawRect(pGetWindow(), x + 1, y + 1, m_nDrawnBar, height - 2, ATTR_GAUGE_BAR);
 }
 
 }  // namespace kalmo

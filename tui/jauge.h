@@ -20,13 +20,17 @@ class CJauge : public CWidget {
 
     /// The setters change nothing on the screen until the next Draw.
     void SetValue(double dValue) noexcept { m_dValue = dValue; }
-    void SetMinimum(double dMinimum) noexcept { m_dMinimum = dMinimum; }
     void SetMaximum(double dMaximum) noexcept { m_dMaximum = dMaximum; }
     /// An invisible gauge draws nothing.
     void SetVisible(int bVisible) noexcept { m_bVisible = bVisible; }
     [[nodiscard]] double dGetValue() const noexcept { return m_dValue; }
+    /// True when the bar that was drawn last is not as long as the value says now.
+    [[nodiscard]] bool bStale() const noexcept { return __nBar() != m_nDrawnBar; }
 
   private:
+    [[nodiscard]] int __nBar() const noexcept;
+
+    int m_nDrawnBar = -1;
     int m_bVisible = 1;
     double m_dValue = 0;
     double m_dMinimum;

@@ -1,0 +1,91 @@
+#!/bin/bash
+# Measures the interactive installer at an emulated terminal: how long after its start the licence is on the
+# screen, beyond what opening the payload takes, and how long an installation takes, compared with extracting the
+# payload alone. The server's programs in the payload do nothing, so that nothing of theirs is measured.
+#
+#   bench/install.sh [--runs N] [--megabytes N] [--build FOLDER]
+#
+# --build takes a build folder that is built already. Installs into a copy in memory of this machine. Needs root.
+# Exit status: 0 every target is met, 1 one is missed, 2 the measurement could not be made.
+set -euo pipefail
+cd -- "$(dirname -- "$(realpath -- "${BASH_SOURCE[0]}")")/.."
+source bench/real_payload.sh
+
+# The targets: seconds to the licence beyond opening, and the installation as a multiple of the extraction.
+MAX_LICENCE=0.050 MAX_INSTALLATION=1.05
+
+if [[ ${1-} != __inside ]]; then
+    runs=5 megabytes=500 build=
+    while (($# > 0)); do
+        case "$1" in
+            --runs) runs=${2:?} ;;
+            --megabytes) megabytes=${2:?} ;;
+            --build) build=$(realpath -- "${2:?}") ;;
+            *) die "unknown option $1" ;;
+        esac
+        shift 2
+    done
+    if [[ -z $build ]]; then
+        tools/install_packages.sh build bench demo
+        { cmake --preset release && cmake --build --preset release; } >&2
+        build=$PWD/build/release
+    fi
+    exec tests/support/in_private_root "$PWD/bench/install.sh" __inside "$build" "$runs" "$megabytes"
+fi
+
+build=$2 runs=$3 megabytes=$4
+work=/tmp/bench
+rm -f /bin/systemctl # in a changed root it succeeds without doing anything
+mkdir -p "$work/many" "$work/in"
+
+lesser() { awk -v a="$1" -v b="$2" 'BEGIN { print a < b ? a : b }'; }
+missed=0
+at_most() {
+    awk -v is="$1" -v limit="$2" 'BEGIN { exit !(is <= limit) }' && return
+    echo "MISSED: $3 is $1, the target is $2"
+    missed=1
+}
+
+# pack FOLDER: adds what an installation needs to the files in FOLDER and packs all beside the installer.
+pack() {
+    printf '#!/bin/sh\n' | tee "$1/kalmo" >"$1/kalmomanager"
+    echo 'A licence that fits the screen.' >"$1/license.txt"
+    mkdir "$1.run"
+    (cd "$1" && zip -q -X -r "$1.run/kalmoinstall.zip" .)
+    cp "$build/app/kalmoinstall" "$1.run/"
+}
+
+echo "making payloads of 10,000 entries and of ${megabytes} MB ..." >&2
+(cd "$work/many" && seq -f 'help-%08.0f' 10000 | xargs touch)
+make_real_payload "$work/in" "$megabytes"
+pack "$work/many"
+pack "$work/in"
+rm -rf "$work/many" "$work/in"
+
+licence=1000 opening=1000
+for ((run = 0; run < 2 * runs; run++)); do
+    licence=$(lesser "$licence" "$("$build/bench/install_bench" license "$work/many.run")")
+    read -r _ opened _ < <("$build/bench/extract_bench" open "$work/many.run/kalmoinstall.zip")
+    opening=$(lesser "$opening" "$opened")
+done
+beyond=$(awk "BEGIN { printf \"%.4f\", $licence - $opening }")
+echo "licence of a payload with 10,000 entries: $licence s, opening alone $opening s, $beyond s beyond"
+at_most "$beyond" "$MAX_LICENCE" "seconds to the licence beyond opening"
+
+installation=1000 extraction=1000
+for ((run = 0; run <= runs; run++)); do
+    rm -rf /usr/local/ZDSQL
+    seconds=$("$build/bench/install_bench" install "$work/in.run")
+    rm -rf /usr/local/ZDSQL
+    mkdir /usr/local/ZDSQL
+    start=$EPOCHREALTIME
+    "$build/bench/extract_bench" extract "$work/in.run/kalmoinstall.zip" /usr/local/ZDSQL
+    extracted=$(awk -v s="$start" -v e="$EPOCHREALTIME" 'BEGIN { print e - s }')
+    ((run > 0)) || continue # the first round warms the caches
+    installation=$(lesser "$installation" "$seconds")
+    extraction=$(lesser "$extraction" "$extracted")
+done
+ratio=$(awk "BEGIN { printf \"%.3f\", $installation / $extraction }")
+echo "installing $megabytes MB: $installation s, extracting alone $extraction s, $ratio times as long; best of $runs"
+at_most "$ratio" "$MAX_INSTALLATION" "the installation as a multiple of the extraction"
+exit "$missed"

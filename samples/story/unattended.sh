@@ -19,7 +19,8 @@ second="/srv/zd/second one" # a directory with a blank is a directory too
 work=$(mktemp -d)
 failures=0
 
-[ -e /run/systemd/system ] && init=systemd || init=sysv
+# shellcheck source=samples/story/server_state.sh
+source "$(dirname "$0")/server_state.sh"
 
 say() { printf '\n\033[1m%s\033[0m\n' "$*"; }
 
@@ -38,7 +39,6 @@ check() {
 
 # equal EXPECTED ACTUAL
 equal() { [ "$1" = "$2" ] || { printf 'expected: %s\nis:       %s\n' "$1" "$2"; false; }; }
-absent() { [ ! -e "$1" ] && [ ! -L "$1" ]; }
 
 # pilot FOLDER OPERATION NAME [DIRECTORY PORT]: one unattended run of the installer in FOLDER.
 pilot() {
@@ -52,49 +52,8 @@ pilot() {
         "$("$1/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace" 2>&1; echo $?)"
 }
 
-active() {
-    case $init in
-        systemd) systemctl is-active --quiet "$1" ;;
-        *) "/etc/init.d/$1" status ;;
-    esac || { cat "$work/trace"; false; }
-}
-
-# The process of a service.
-pid() {
-    case $init in
-        systemd) systemctl show --value --property=MainPID "$1" ;;
-        *) cat "/run/$1.pid" ;;
-    esac
-}
-
-# The line that a port answers; a service that was just started gets a moment.
-greeting() {
-    local tries=20 line
-    while ((tries-- > 0)); do
-        if exec 3<>"/dev/tcp/127.0.0.1/$1"; then
-            read -r line <&3
-            exec 3>&-
-            printf '%s\n' "$line"
-            return 0
-        fi 2>/dev/null
-        sleep 0.1
-    done
-    return 1
-}
+runs() { active "$1" || { cat "$work/trace"; false; }; }
 greets() { equal "$2" "$(greeting "$1")"; }
-
-registered() {
-    case $init in
-        systemd) [ -e "/etc/systemd/system/$1.service" ] && systemctl is-enabled --quiet "$1" ;;
-        *) [ -x "/etc/init.d/$1" ] && ls /etc/rc?.d/S??"$1" ;;
-    esac
-}
-unregistered() {
-    case $init in
-        systemd) absent "/etc/systemd/system/$1.service" && ! systemctl cat "$1" ;;
-        *) absent "/etc/init.d/$1" && ! ls /etc/rc?.d/???"$1" ;;
-    esac
-}
 
 version_of() { "$1/kalmoinstall" --version | sed 's/.* //'; }
 server_version() { "$1/tree/kalmo" --version | sed 's/.* //'; }
@@ -122,14 +81,14 @@ installed() { # DIRECTORY PORT NAME FOLDER
     check "every entry is in place with its mode, the licence is not" files_installed "$1" "$4"
     check "the configuration holds its keys in their order" config_is "$1" "$2" "$3"
     check "service ZDCS-$3 is registered" registered "ZDCS-$3"
-    check "service ZDCS-$3 is active" active "ZDCS-$3"
+    check "service ZDCS-$3 is active" runs "ZDCS-$3"
     check "port $2 answers" greets "$2" "ZDSQL $3 $(server_version "$4") ready"
 }
 
 say "Init system: $init. Install the first instance"
 pilot "$current" 2 first "$first" 4900
 installed "$first" 4900 first "$current"
-check "service KalmoManager is active" active KalmoManager
+check "service KalmoManager is active" runs KalmoManager
 
 say "Install a second instance beside it"
 pilot "$current" 2 second "$second" 4901
@@ -149,7 +108,7 @@ check "the running server is the new one" greets 4900 "ZDSQL first $(server_vers
 check "the configuration is as before, byte for byte" cmp "$work/before.ini" "$first/ZDConf.ini"
 check "the second instance never stopped" equal "$second_pid" "$(pid ZDCS-second)"
 check "the second instance is still the old one" greets 4901 "ZDSQL second $(server_version "$current") ready"
-check "service KalmoManager is active again" active KalmoManager
+check "service KalmoManager is active again" runs KalmoManager
 
 say "Upgrading the second instance leaves the manager of the first alone"
 manager_pid=$(pid KalmoManager)

@@ -7,6 +7,7 @@
 /// The texts of the flow, by their numbers. The catalogues tell what each says and takes.
 namespace kalmo {
 
+constexpr unsigned TEXTE_AIDE = 4162;  ///< version
 constexpr unsigned TEXTE_TERMINAL = 798;
 constexpr unsigned TEXTE_PAS_ROOT = 0x103C;
 constexpr unsigned TEXTE_DONNEES = 0x103D;

@@ -1,12 +1,11 @@
 #include "app/upgrade_win.h"
 
+#include "app/config/program_version.h"
 #include "app/config/server_config.h"
 #include "app/data_extractor.h"
 #include "app/message.h"
 #include "app/texts.h"
-#include "framework/file_version.h"
 #include "framework/fs_path.h"
-#include "framework/process_info.h"
 #include "tui/attribute.h"
 
 namespace kalmo {
@@ -19,15 +18,6 @@ constexpr int STEPS_BESIDE_FILES = 2;
 
 int nButtonGap(int nWidth) {
     return (nWidth - 2 * BUTTON_WIDTH) / 3;
-}
-
-// The version of a program file.
-CTString csVersion(std::wstring_view svProgram) {
-    CFileVersion clVersion;
-    CTString csVersion;
-    const bool bKnown = clVersion.bInit(svProgram) &&
-                        clVersion.bGetString(L"\\StringFileInfo\\000004E4\\VersionVI", &csVersion);
-    return bKnown ? csVersion : CTString(L"?");
 }
 
 }  // namespace
@@ -70,11 +60,9 @@ void CUpgradeWin::_InitLibel() {
 void CUpgradeWin::_ComputeLibel(const CTString& csProgramPath) {
     CPathBuffer szConfPath;
     GetZDConfPath(m_pclService, szConfPath);
-    CPathBuffer szInstaller{};
-    GetModuleFileNameW(szInstaller);
     m_csDescription =
         csFormatText(TEXTE_MAJ, csGetDisplayName(*m_pclService), nReadServerPort(szConfPath),
-                     m_clServices.csGetDirectory(), csVersion(csProgramPath), csVersion(szInstaller));
+                     m_clServices.csGetDirectory(), csGetProgramVersion(csProgramPath), csGetOwnVersion());
 }
 
 void CUpgradeWin::_GetKalmaoManager(CTString* pcsWarning) {

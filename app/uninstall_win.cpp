@@ -126,7 +126,7 @@ bool CUnInstallWin::_bRemoveService() {
     const CTString csWhat = L"unregister " + CTString(m_pclService->pszGetName());
     errno = 0;
     if (!m_pclService->bRemove()) {
-        const int nError = errno;
+        const int nError = errno != 0 ? errno : ENOTSUP;
         m_rclTrace.Outcome(csWhat, false);
         ShowErrorBox(csFormatText(TEXTE_RETRAIT_SERVICE_ERREUR, csFromUTF8(std::strerror(nError))));
         return false;

@@ -37,6 +37,7 @@ bool CService::__bRemoveSystemd() {
     const CTString csFragmentPath = CServiceManager::csGetSystemdProp("FragmentPath", pszGetName());
     const CTString csSourcePath = CServiceManager::csGetSystemdProp("SourcePath", pszGetName());
     if (!bCommandSystemctl(CTString(L"disable ") + __svName())) {
+        errno = EPERM;
         return false;
     }
     bCommandSystemctl(CTString(L"stop ") + __svName());

@@ -1,11 +1,9 @@
 // The measurements of bench/tui.sh.
 //
-//   tui_bench keys DIRECTORY      one line a kind of key: name, most bytes sent, median and longest seconds.
-//   The
-//                                 directory has thousands of sub-directories whose names begin with "d1".
-//   tui_bench fill DIRECTORY      two numbers: seconds to read and sort the directory's sub-directories, and
-//   to
-//                                 make a chooser that lists them; best of several
+//   tui_bench keys DIRECTORY    prints one line a kind of key: name, most bytes sent, median and longest
+//                               seconds. The directory has thousands of sub-directories "d1...".
+//   tui_bench fill DIRECTORY    prints two numbers: seconds to read and sort the directory's sub-directories,
+//                               and to make a chooser that lists them; the best of several.
 #include <dirent.h>
 
 #include <algorithm>

@@ -142,7 +142,7 @@ void CEntry::Draw() {
     const int nColumn = __nTextColumn();
     const int nCursorColumn = nColumns(m_csText.svGet().substr(0, nAt(m_nCursor)));
     const int nTotal = nColumns(m_csText.svGet());
-    m_nOffset = nEntryOffset(m_nOffset, nCursorColumn, nTotal, nVisible);
+    m_nOffset = nEntryOffset(m_nOffset, nCursorColumn, nTotal, nVisible, bFocus != 0);
     const int nDrawn = std::clamp(nTotal - m_nOffset, 0, nVisible);
 
     switch (m_eStyle) {

@@ -10,7 +10,7 @@ namespace kalmo {
 ///
 /// Left, Right, Backspace and Delete edit; blank, "." and "/" and whatever iswgraph accepts are inserted, so
 /// also a curses key code that no other rule handles and that is the number of such a character. A text that
-/// does not fit, cursor included, is scrolled so that the cursor stays inside the field.
+/// does not fit, with the focus cursor included, is scrolled so that the cursor stays inside the field.
 class CEntry : public CWidget {
   public:
     /// The cursor starts at the end of the text. The label stands on the top border.

@@ -28,7 +28,10 @@ std::wstring csCentredCaption(std::wstring_view svCaption, int nWidth) {
     return csOut;
 }
 
-int nEntryOffset(int nOffset, int nCursor, int nTotal, int nVisible) noexcept {
+int nEntryOffset(int nOffset, int nCursor, int nTotal, int nVisible, bool bFocus) noexcept {
+    if (!bFocus && nTotal <= nVisible) {
+        return 0;
+    }
     const int nLast = std::max(0, nTotal + 1 - nVisible);  // The cursor has a cell behind the text too.
     const int nFollow =
         std::clamp(nOffset, nCursor - nVisible + 1, std::max(nCursor, nCursor - nVisible + 1));

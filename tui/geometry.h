@@ -19,8 +19,8 @@ std::wstring csCentredCaption(std::wstring_view svCaption, int nWidth);
 
 /// How many columns of a text are scrolled out so that the cursor's cell lies in a field of nVisible columns.
 /// nOffset is what is scrolled out now, nCursor the cursor's column in the text, nTotal the columns of the
-/// text.
-int nEntryOffset(int nOffset, int nCursor, int nTotal, int nVisible) noexcept;
+/// text. Without the focus no cursor is shown, and a text that just fits is not scrolled for its sake.
+int nEntryOffset(int nOffset, int nCursor, int nTotal, int nVisible, bool bFocus) noexcept;
 
 /// Length of a gauge's bar in nWidth columns, rounded to the nearest and never outside of 0 to nWidth.
 int nGaugeBar(double dValue, double dMinimum, double dMaximum, int nWidth) noexcept;

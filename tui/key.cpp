@@ -11,7 +11,9 @@
 namespace kalmo {
 namespace {
 
-// Whether a key may still come after a read failed with this error.
+// Whether a key may still come after a read failed with this error. The ones named here pass: nothing was
+// read, a signal came in between, the input does not block, the bytes are no character. Any other one, such
+// as that of a terminal that hung up or of a closed descriptor, would come again at once and for ever.
 bool bInputAlive(int nError) {
     if (nError != 0 && nError != EINTR && nError != EAGAIN && nError != EILSEQ) {
         return false;

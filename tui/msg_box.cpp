@@ -30,9 +30,9 @@ CMsgBox::CMsgBox(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitl
     : CWindow(nX, nY, nWidth, nHeight),
       m_clText(this, pszText),
       m_csTitle(pszTitle),
-      m_csText(pszText),
       m_nResult(eType == eTYPE::TwoButtons ? RESULT_SECOND : RESULT_OK),
-      m_eType(eType) {
+      m_eType(eType),
+      m_csText(pszText) {
     const int nRow = nHeight - 6;
     if (eType == eTYPE::TwoButtons) {
         const int nGap = (nWidth - 2 * BUTTON_WIDTH) / 3;

@@ -57,9 +57,9 @@ class CMsgBox : public CWindow {
     std::optional<CButton> m_clFirst;
     std::optional<CButton> m_clSecond;
     CTString m_csTitle;
-    CTString m_csText;
     int m_nResult;
     eTYPE m_eType;
+    CTString m_csText;  ///< For standard error, where no screen is open.
 };
 
 }  // namespace kalmo

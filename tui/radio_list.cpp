@@ -21,7 +21,7 @@ void CRadioList::AddOption(const wchar_t* pszOption) {
 }
 
 int CRadioList::nGetSelectedItem() const {
-    return m_nChosen;
+    return m_nChosen >= 0 && m_nChosen < __nCount() ? m_nChosen : -1;
 }
 
 void CRadioList::Select(int nOption) {
@@ -43,21 +43,24 @@ bool CRadioList::bOnKeyEvent(int nKey) {
 }
 
 bool CRadioList::__bUp() {
-    return __bMoveTo(m_nCursor > 0 ? m_nCursor - 1 : __nCount() - 1);
+    return __bMoveTo(__nCursor() > 0 ? __nCursor() - 1 : __nCount() - 1);
 }
 
 bool CRadioList::__bDown() {
-    return __bMoveTo(m_nCursor + 1 < __nCount() ? m_nCursor + 1 : 0);
+    return __bMoveTo(__nCursor() + 1 < __nCount() ? __nCursor() + 1 : 0);
 }
 
 bool CRadioList::__bMoveTo(int nOption) {
-    m_nCursor = std::clamp(nOption, 0, std::max(0, __nCount() - 1));
-    _Redraw();
+    if (!m_tabOption.empty()) {
+        m_nCursor = nOption;
+        _Redraw();
+    }
     return true;
 }
 
 bool CRadioList::__bChoose() {
-    if (m_nCursor < __nCount()) {
+    if (!m_tabOption.empty()) {
+        m_nCursor = __nCursor();
         m_nChosen = m_nCursor;
         _Redraw();
         _bSendEvent(eEVENT_SELECTED);
@@ -67,7 +70,7 @@ bool CRadioList::__bChoose() {
 
 bool CRadioList::__bValidate() {
     __bChoose();
-    if (m_nCursor < __nCount()) {
+    if (!m_tabOption.empty()) {
         _bSendEvent(eEVENT_VALIDATED);
     }
     return true;
@@ -92,7 +95,7 @@ void CRadioList::Draw() {
 }
 
 void CRadioList::__DrawOption(int nOption, int nRow) {
-    const bool bCursor = bFocus != 0 && nOption == m_nCursor;
+    const bool bCursor = bFocus != 0 && nOption == __nCursor();
     const chtype attrText = bCursor ? ATTR_SELECTED : ATTR_NORMAL;
     const chtype attrMark = bCursor ? ATTR_MARK_FOCUS : ATTR_MARK;
     const int nRoom = width - 3 - m_bShadow;  // From the bracket to the frame.

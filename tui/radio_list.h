@@ -14,7 +14,8 @@ namespace kalmo {
 /// option under the cursor and send eEVENT_SELECTED, the Enter keys eEVENT_VALIDATED after it.
 class CRadioList : public CWidget {
   public:
-    /// nSelected: the option chosen at first, by the number it will have.
+    /// nSelected: the option chosen at first, by the number it will have; with a number that no option gets,
+    /// none is chosen until the operator does.
     CRadioList(CWindow* pclParent, int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitle,
                int bShadow, int nSelected);
 
@@ -23,7 +24,7 @@ class CRadioList : public CWidget {
 
     /// Appends an option; they are numbered from 0.
     virtual void AddOption(const wchar_t* pszOption);
-    /// The number of the chosen option.
+    /// The number of the chosen option, -1 while there is none.
     [[nodiscard]] virtual int nGetSelectedItem() const;
     /// Chooses an option and puts the cursor on it; a number that has none is ignored.
     virtual void Select(int nOption);
@@ -35,6 +36,8 @@ class CRadioList : public CWidget {
     bool __bValidate();
     bool __bMoveTo(int nOption);
     [[nodiscard]] int __nCount() const noexcept { return static_cast<int>(m_tabOption.size()); }
+    /// The option under the cursor: the first one where the constructor was given none that exists.
+    [[nodiscard]] int __nCursor() const noexcept { return m_nCursor < __nCount() ? m_nCursor : 0; }
     /// Draws an option on a row of the window.
     void __DrawOption(int nOption, int nRow);
 

@@ -6,8 +6,8 @@
 namespace kalmo {
 
 /// Opens the screen: curses on standard input and output, keypad codes, keys one by one and without echo, the
-/// colours, the background. From here on the terminal is given back in its former state whatever ends the
-/// process (see terminal_guard.h).
+/// colours, the background. From here on the terminal is given back in its former state on exit, at the
+/// usual signals and at a crash (see terminal_guard.h).
 ///
 /// False, with nothing printed and nothing changed, where there is no usable terminal: standard output is
 /// none, or TERM is unset, unknown or names a terminal whose cursor cannot be placed. The caller then reports

@@ -66,10 +66,11 @@ void GiveTerminalBack() {
     while (nDone < g_stGuard.nLeave) {
         const ssize_t nWritten =
             ::write(g_stGuard.nFd, g_stGuard.tabLeave.data() + nDone, g_stGuard.nLeave - nDone);
-        if (nWritten < 0 && errno != EINTR) {
+        if (nWritten > 0) {
+            nDone += static_cast<std::size_t>(nWritten);
+        } else if (nWritten == 0 || errno != EINTR) {
             break;
         }
-        nDone += nWritten > 0 ? static_cast<std::size_t>(nWritten) : 0;
     }
     if (g_stGuard.bLineSettings) {
         ::tcsetattr(g_stGuard.nFd, TCSANOW, &g_stGuard.stLineSettings);

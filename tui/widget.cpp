@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cwchar>
 #include <string>
 
@@ -87,14 +88,14 @@ void CWidget::_PrintW(WINDOW* pWindow, int nRow, int nColumn, const wchar_t* psz
 }
 
 void CWidget::_PrintA(WINDOW* pWindow, int nRow, int nColumn, const char* pszFormat, ...) {
-    std::string csText(1024, '\0');  // Wider than any screen.
     std::va_list stArguments;
     va_start(stArguments, pszFormat);
-    const int nLength = std::vsnprintf(csText.data(), csText.size(), pszFormat, stArguments);
+    char* pszText = nullptr;
+    const int nLength = ::vasprintf(&pszText, pszFormat, stArguments);
     va_end(stArguments);
-    if (nLength > 0) {
-        csText.resize(std::min(static_cast<std::size_t>(nLength), csText.size() - 1));
-        DrawTextLine(pWindow, nRow, nColumn, A_NORMAL, csFromUTF8(csText), INT_MAX);
+    if (nLength >= 0) {
+        _PrintAttributSansFormatA(pWindow, nRow, nColumn, A_NORMAL, pszText);
+        std::free(pszText);
     }
 }
 

@@ -8,11 +8,26 @@
 namespace kalmo {
 namespace {
 
-// Characters of the run that a text starts with: a word, or the blanks before the next one. None in front of
-// a line end.
-std::size_t nRunLength(std::wstring_view sv) {
-    const std::size_t nWord = std::min(sv.find_first_of(L" \t\r\n"), sv.size());
-    return nWord > 0 ? nWord : std::min(sv.find_first_not_of(L" \t"), sv.size());
+struct STRun {
+    std::size_t nLength = 0;  ///< Characters.
+    int nWidth = 0;           ///< Columns.
+};
+
+// The run that a text starts with: a word, or the blanks before the next one; none in front of a line end.
+// Measures no further than the first character beyond nRoom columns: a word may be as long as the whole text.
+STRun stMeasureRun(std::wstring_view sv, int nRoom) {
+    constexpr std::wstring_view BLANK = L" \t";
+    const bool bWord = !sv.empty() && BLANK.find(sv.front()) == BLANK.npos;
+    STRun st;
+    for (const wchar_t c : sv) {
+        const bool bEnd = c == L'\r' || c == L'\n' || (BLANK.find(c) == BLANK.npos) != bWord;
+        if (bEnd || st.nWidth > nRoom) {
+            break;
+        }
+        ++st.nLength;
+        st.nWidth += nColumns(c);
+    }
+    return st;
 }
 
 // Characters that fit into a line, one at least so that a wide character cannot hold up a narrow line.
@@ -24,12 +39,12 @@ std::size_t nLineLength(std::wstring_view sv, int nMaxWidth) {
     std::size_t nLength = 0;
     int nWidth = 0;
     while (true) {
-        const std::wstring_view svRun = sv.substr(nLength, nRunLength(sv.substr(nLength)));
-        nWidth += nColumns(svRun);
+        const STRun stRun = stMeasureRun(sv.substr(nLength), nMaxWidth - nWidth);
+        nWidth += stRun.nWidth;
         if (nWidth > nMaxWidth) {
-            return nLength > 0 ? nLength : nHardCut(svRun, nMaxWidth);
+            return nLength > 0 ? nLength : nHardCut(sv.substr(0, stRun.nLength), nMaxWidth);
         }
-        nLength += svRun.size();
+        nLength += stRun.nLength;
         if (nWidth == nMaxWidth || nLength == sv.size() || sv[nLength] == L'\r' || sv[nLength] == L'\n') {
             return nLength;
         }

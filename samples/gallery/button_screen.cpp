@@ -9,8 +9,8 @@ namespace {
 // Two buttons; the first one switches the second one on and off.
 class CButtonScreen : public CGalleryWin {
   public:
-    CButtonScreen()
-        : CGalleryWin(L"Buttons"),
+    CButtonScreen(int nX, int nY, int nWidth, int nHeight)
+        : CGalleryWin(nX, nY, nWidth, nHeight, L"Buttons"),
           m_clSwitch(this, L"Switch the other", width / 2, 3, 4),
           m_clOther(this, L"Other", 6, 8, 16, 4) {
         m_clOther.SetEnable(0);
@@ -44,7 +44,7 @@ class CButtonScreen : public CGalleryWin {
 }  // namespace
 
 CTString csShowButtons(const CTString& /*rcsArgument*/) {
-    CButtonScreen clScreen;
+    auto clScreen = clMakeScreen<CButtonScreen>();
     clScreen.Show();
     return L"the other button was pressed " + std::to_wstring(clScreen.nGetPressed()) + L" times";
 }

@@ -8,8 +8,8 @@ namespace {
 // The second box can be reached only while the first one is checked.
 class CCheckBoxScreen : public CGalleryWin {
   public:
-    CCheckBoxScreen()
-        : CGalleryWin(L"Check boxes"),
+    CCheckBoxScreen(int nX, int nY, int nWidth, int nHeight)
+        : CGalleryWin(nX, nY, nWidth, nHeight, L"Check boxes"),
           m_clBackup(this, L"Make a backup before the upgrade", 4, 4, width - 8, 1, 1),
           m_clVerify(
               this,
@@ -39,7 +39,7 @@ class CCheckBoxScreen : public CGalleryWin {
 }  // namespace
 
 CTString csShowCheckBoxes(const CTString& /*rcsArgument*/) {
-    CCheckBoxScreen clScreen;
+    auto clScreen = clMakeScreen<CCheckBoxScreen>();
     clScreen.Show();
     return clScreen.bVerify() ? L"a verified backup" : clScreen.bBackup() ? L"a backup" : L"no backup";
 }

@@ -2,9 +2,9 @@
 
 #include "samples/gallery/screens.h"
 #include "tui/directory.h"
-#include "tui/geometry.h"
 #include "tui/license_win.h"
 #include "tui/msg_box.h"
+#include "tui/placement.h"
 
 namespace kalmo {
 namespace {
@@ -15,11 +15,7 @@ constexpr int CHOOSER_WIDTH = 64;
 constexpr int CHOOSER_HEIGHT = 24;
 
 int nShowBox(const wchar_t* pszTitle, const CTString& rcsText, CMsgBox::eTYPE eType) {
-    const int nWidth = nDialogSize(BOX_WIDTH, COLS);
-    const int nHeight = nDialogSize(BOX_HEIGHT, LINES);
-    return CMsgBox(nCentred(nWidth, COLS), nCentred(nHeight, LINES), nWidth, nHeight, pszTitle,
-                   rcsText.pszGet(), eType)
-        .Show();
+    return clMakeCentred<CMsgBox>(BOX_WIDTH, BOX_HEIGHT, pszTitle, rcsText.pszGet(), eType).Show();
 }
 
 const wchar_t* pszExampleLicense() {
@@ -50,20 +46,17 @@ CTString csShowQuestion(const CTString& rcsArgument) {
 }
 
 CTString csShowDirectory(const CTString& rcsArgument) {
-    const int nWidth = nDialogSize(CHOOSER_WIDTH, COLS);
-    const int nHeight = nDialogSize(CHOOSER_HEIGHT, LINES);
-    CDirectory clDirectory(nCentred(nWidth, COLS), nCentred(nHeight, LINES), nWidth, nHeight,
-                           L"Choose a directory", rcsArgument.bEmpty() ? L"/usr/" : rcsArgument.pszGet());
+    auto clDirectory = clMakeCentred<CDirectory>(CHOOSER_WIDTH, CHOOSER_HEIGHT, L"Choose a directory",
+                                                 rcsArgument.bEmpty() ? L"/usr/" : rcsArgument.pszGet());
     clDirectory.Draw();
     clDirectory.MainLoop();
     return L"result " + std::to_wstring(clDirectory.nGetResult()) + L", " + clDirectory.pszGetDir();
 }
 
 CTString csShowLicense(const CTString& rcsArgument) {
-    const int nWidth = nDialogSize(CLicenseWin::PREFERRED_WIDTH, COLS);
-    const int nHeight = nDialogSize(CLicenseWin::PREFERRED_HEIGHT, LINES);
-    CLicenseWin clLicense(nCentred(nWidth, COLS), nCentred(nHeight, LINES), nWidth, nHeight,
-                          rcsArgument.bEmpty() ? pszExampleLicense() : rcsArgument.pszGet());
+    auto clLicense =
+        clMakeCentred<CLicenseWin>(CLicenseWin::PREFERRED_WIDTH, CLicenseWin::PREFERRED_HEIGHT,
+                                   rcsArgument.bEmpty() ? pszExampleLicense() : rcsArgument.pszGet());
     clLicense.Draw();
     clLicense.MainLoop();
     return clLicense.bAccepted() ? L"accepted" : L"refused";

@@ -9,8 +9,8 @@ namespace {
 // Every kind of field but the path field, which the directory chooser shows. Enter moves to the next one.
 class CEntryScreen : public CGalleryWin {
   public:
-    CEntryScreen()
-        : CGalleryWin(L"Entry fields"),
+    CEntryScreen(int nX, int nY, int nWidth, int nHeight)
+        : CGalleryWin(nX, nY, nWidth, nHeight, L"Entry fields"),
           m_clName(this, L"Server", 3, 2, 34, 3, L"Name", eBORDER_FRAME),
           m_clPort(this, L"4900", 40, 2, 14, 3, L"Port", eBORDER_FRAME),
           m_clAccount(this, L"root", 3, 5, 34, 4, L"Account (lower case)", eBORDER_SHADOW),
@@ -59,7 +59,7 @@ class CEntryScreen : public CGalleryWin {
 }  // namespace
 
 CTString csShowEntries(const CTString& /*rcsArgument*/) {
-    CEntryScreen clScreen;
+    auto clScreen = clMakeScreen<CEntryScreen>();
     clScreen.Show();
     return clScreen.csValues();
 }

@@ -1,19 +1,9 @@
 #include "samples/gallery/gallery_win.h"
 
-#include "tui/geometry.h"
-
 namespace kalmo {
-namespace {
 
-constexpr int PREFERRED_WIDTH = 64;
-constexpr int PREFERRED_HEIGHT = 20;
-
-}  // namespace
-
-CGalleryWin::CGalleryWin(const wchar_t* pszTitle)
-    : CWindow(nCentred(nDialogSize(PREFERRED_WIDTH, COLS), COLS),
-              nCentred(nDialogSize(PREFERRED_HEIGHT, LINES), LINES), nDialogSize(PREFERRED_WIDTH, COLS),
-              nDialogSize(PREFERRED_HEIGHT, LINES)),
+CGalleryWin::CGalleryWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitle)
+    : CWindow(nX, nY, nWidth, nHeight),
       m_clNext(this, L"Next", width - 16, height - 6, 12, 4),
       m_csTitle(pszTitle) {}
 

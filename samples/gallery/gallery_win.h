@@ -1,20 +1,22 @@
 #ifndef KALMO_SAMPLES_GALLERY_GALLERY_WIN_H
 #define KALMO_SAMPLES_GALLERY_GALLERY_WIN_H
 
+#include <utility>
+
 #include "framework/xy_string.h"
 #include "tui/button.h"
+#include "tui/placement.h"
 #include "tui/window.h"
 
 namespace kalmo {
 
-/// A dialog of the gallery: 64 by 20 cells, smaller on a small screen, with a title and a button "Next" that
-/// ends it.
+/// A dialog of the gallery with a title and a button "Next" that ends it.
 ///
 /// A screen derives this class, has its controls as members, adds them in Tab order in its constructor and
-/// calls _AddNext last.
+/// calls _AddNext last. Its constructor begins with position and size, as that of every dialog does.
 class CGalleryWin : public CWindow {
   public:
-    explicit CGalleryWin(const wchar_t* pszTitle);
+    CGalleryWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitle);
 
     /// Shows the dialog until it is left.
     void Show();
@@ -30,6 +32,12 @@ class CGalleryWin : public CWindow {
   private:
     CTString m_csTitle;
 };
+
+/// Makes a screen in the middle, 64 by 20 cells, smaller where the terminal is.
+template <class TScreen, class... TArg>
+[[nodiscard]] TScreen clMakeScreen(TArg&&... arg) {
+    return clMakeCentred<TScreen>(64, 20, std::forward<TArg>(arg)...);
+}
 
 }  // namespace kalmo
 

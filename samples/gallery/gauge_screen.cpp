@@ -15,8 +15,8 @@ constexpr int STEPS = 8;
 // A gauge that a button moves, and labels with and without a frame.
 class CGaugeScreen : public CGalleryWin {
   public:
-    CGaugeScreen()
-        : CGalleryWin(L"Gauge and labels"),
+    CGaugeScreen(int nX, int nY, int nWidth, int nHeight)
+        : CGalleryWin(nX, nY, nWidth, nHeight, L"Gauge and labels"),
           m_clFramed(this, L"A label breaks its text at the words and may have a frame of its own.", 3, 3, 30,
                      5, 1, ATTR_BORDER),
           m_clPlain(this, L"Without one it is just text.", 38, 4, 20, 2, 0, ATTR_BORDER),
@@ -50,7 +50,7 @@ class CGaugeScreen : public CGalleryWin {
 }  // namespace
 
 CTString csShowGauge(const CTString& /*rcsArgument*/) {
-    CGaugeScreen clScreen;
+    auto clScreen = clMakeScreen<CGaugeScreen>();
     clScreen.Show();
     return std::to_wstring(clScreen.nGetSteps()) + L" steps";
 }

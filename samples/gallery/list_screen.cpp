@@ -13,8 +13,10 @@ constexpr int DEFAULT_COUNT = 30;
 // A long list whose chosen lines, space or Enter, are copied to a short sorted one with a shadow.
 class CListScreen : public CGalleryWin {
   public:
-    explicit CListScreen(int nCount)
-        : CGalleryWin(L"Lists"), m_clAll(this, 3, 3, 28, 10, 0), m_clChosen(this, 33, 3, 24, 10, 1) {
+    CListScreen(int nX, int nY, int nWidth, int nHeight, int nCount)
+        : CGalleryWin(nX, nY, nWidth, nHeight, L"Lists"),
+          m_clAll(this, 3, 3, 28, 10, 0),
+          m_clChosen(this, 33, 3, 24, 10, 1) {
         m_clAll.AddLine(L"A line that is longer than the list is wide");
         for (int n = 2; n <= nCount; ++n) {
             m_clAll.AddLine((L"Line " + std::to_wstring(n)).c_str());
@@ -51,8 +53,8 @@ class CListScreen : public CGalleryWin {
 }  // namespace
 
 CTString csShowLists(const CTString& rcsArgument) {
-    CListScreen clScreen(rcsArgument.bEmpty()
-                             ? DEFAULT_COUNT
+    auto clScreen = clMakeScreen<CListScreen>(
+        rcsArgument.bEmpty() ? DEFAULT_COUNT
                              : static_cast<int>(std::wcstol(rcsArgument.pszGet(), nullptr, 10)));
     clScreen.Show();
     return clScreen.csChosen();

@@ -56,7 +56,9 @@ class CStepper : public CWidget {
 
 class COwnControlScreen : public CGalleryWin {
   public:
-    COwnControlScreen() : CGalleryWin(L"A control of one's own"), m_clStepper(this, 4, 4, 12, 1, 12) {
+    COwnControlScreen(int nX, int nY, int nWidth, int nHeight)
+        : CGalleryWin(nX, nY, nWidth, nHeight, L"A control of one's own"),
+          m_clStepper(this, 4, 4, 12, 1, 12) {
         AddChild(&m_clStepper);
         _AddNext();
     }
@@ -70,7 +72,7 @@ class COwnControlScreen : public CGalleryWin {
 }  // namespace
 
 CTString csShowOwnControl(const CTString& /*rcsArgument*/) {
-    COwnControlScreen clScreen;
+    auto clScreen = clMakeScreen<COwnControlScreen>();
     clScreen.Show();
     return std::to_wstring(clScreen.nGetValue());
 }

@@ -1,35 +1,40 @@
 #include <string>
 
-#include "samples/gallery/gallery_win.h"
 #include "samples/gallery/screens.h"
+#include "tui/ok_cancel_win.h"
+#include "tui/placement.h"
 #include "tui/radio_list.h"
 
 namespace kalmo {
 namespace {
 
-// Enter on an option moves on to "Next", space only chooses.
-class CRadioScreen : public CGalleryWin {
+// Asks for one of three answers. Space chooses one, Enter also moves on to OK.
+class CRadioScreen : public COkCancelWin {
   public:
-    CRadioScreen()
-        : CGalleryWin(L"Radio list"),
+    CRadioScreen(int nX, int nY, int nWidth, int nHeight)
+        : COkCancelWin(nX, nY, nWidth, nHeight),
           m_clList(this, 3, 2, 40, 11, L"What happens to the data of the old version?", 1, 1) {
         m_clList.AddOption(L"It is deleted");
         m_clList.AddOption(L"It is kept");
         m_clList.AddOption(L"It is packed into an archive");
         AddChild(&m_clList);
-        _AddNext();
+        _AddButtons();
     }
 
     bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override {
         if (pclSender == &m_clList && eEvent == eEVENT_VALIDATED) {
-            bSetFocus(&m_clNext);
-            Draw();
-            return true;
+            return _bGoTo(&m_clOk);
         }
-        return CGalleryWin::bOnEvent(pclSender, eEvent);
+        return COkCancelWin::bOnEvent(pclSender, eEvent);
     }
 
     [[nodiscard]] int nGetOption() const { return m_clList.nGetSelectedItem(); }
+
+  protected:
+    void _DrawWindow() override {
+        COkCancelWin::_DrawWindow();
+        _DrawTitle(1, 2, L"Radio list");
+    }
 
   private:
     CRadioList m_clList;
@@ -38,9 +43,10 @@ class CRadioScreen : public CGalleryWin {
 }  // namespace
 
 CTString csShowRadioList(const CTString& /*rcsArgument*/) {
-    CRadioScreen clScreen;
-    clScreen.Show();
-    return L"option " + std::to_wstring(clScreen.nGetOption());
+    auto clScreen = clMakeCentred<CRadioScreen>(64, 20);
+    clScreen.Draw();
+    clScreen.MainLoop();
+    return clScreen.nGetResult() == 1 ? L"option " + std::to_wstring(clScreen.nGetOption()) : L"cancelled";
 }
 
 }  // namespace kalmo

@@ -18,8 +18,9 @@ CTString csExample() {
 // A text to read; the window notices when its end was seen.
 class CTextScreen : public CGalleryWin {
   public:
-    explicit CTextScreen(const CTString& rcsText)
-        : CGalleryWin(L"Scrollable text"), m_clText(this, rcsText.pszGet(), 2, 2, width - 5, height - 9) {
+    CTextScreen(int nX, int nY, int nWidth, int nHeight, const CTString& rcsText)
+        : CGalleryWin(nX, nY, nWidth, nHeight, L"Scrollable text"),
+          m_clText(this, rcsText.pszGet(), 2, 2, width - 5, height - 9) {
         AddChild(&m_clText);
         _AddNext();
         if (!m_clText.bScrollable()) {
@@ -45,7 +46,7 @@ class CTextScreen : public CGalleryWin {
 }  // namespace
 
 CTString csShowText(const CTString& rcsArgument) {
-    CTextScreen clScreen(rcsArgument.bEmpty() ? csExample() : rcsArgument);
+    auto clScreen = clMakeScreen<CTextScreen>(rcsArgument.bEmpty() ? csExample() : rcsArgument);
     clScreen.Show();
     return clScreen.bEndSeen() ? L"read to the end" : L"not read to the end";
 }

@@ -41,170 +41,131 @@ class Directory : public testing::Test {
     }
 };
 
-// The cells of a row between two columns, without trailing blanks.
-std::string csCells(const Terminal& rcl, int nRow, int nFirst, int nLast) {
-    std::string cs;
-    for (int nColumn = nFirst; nColumn <= nLast; ++nColumn) {
-        cs += rcl.clScreen().stCell(nRow, nColumn).csText;
-    }
+// What stands in the path field of a chooser 64 columns wide on 80 by 24, or on a row of its list.
+std::string csLine(const CTuiTerminal& rcl, int nRow) {
+    const std::string cs = rcl.csText(nRow, 12, 53);
     return cs.substr(0, cs.find_last_not_of(' ') + 1);
 }
 
-// What stands in the path field of a chooser 64 columns wide on 80 by 24.
-std::string csPath(const Terminal& rcl) {
-    return csCells(rcl, 5, 12, 64);
-}
-
-// The selected line of its list.
-std::string csSelected(const Terminal& rcl) {
+// Path and, behind a blank, the selected line.
+std::string csChosen(const CTuiTerminal& rcl) {
     for (int nRow = 9; nRow < 14; ++nRow) {
-        const STLook stLook = rcl.clScreen().stCell(nRow, 12).stLook;
-        if (stLook.nBackground == 4 || stLook.bReverse) {
-            return csCells(rcl, nRow, 12, 65);
+        const std::string csLook = rcl.csLooks(nRow, 12, 1);
+        if (csLook == "s" || csLook == "r") {
+            return csLine(rcl, 5) + " " + csLine(rcl, nRow);
         }
     }
     return "nothing";
 }
 
 TEST_F(Directory, LooksLikeThis) {
-    Terminal clTerminal(tabCommand(TREE + "/"), {.nColumns = 54, .nRows = 24});
-    ASSERT_TRUE(clTerminal.bSettle());
+    CTuiTerminal clTerminal(tabCommand(TREE + "/"), {.nColumns = 54, .nRows = 24});
     EXPECT_EQ(clTerminal.clScreen().stCursor(), (STCursor{5, 22, true, true}));
-    EXPECT_EQ(clTerminal.csText(), R"(
-
-
-  +-----------------------------------------------+
-  | Choose a directory                            |
-  |  +----------------------------------------+   |
-  |  |/tmp/kalmo-tree/                        |   |
-  |  +----------------------------------------+   |
-  |                                               |
-  |  +-----------------------------------------+  |
-  |  |..                                       |  |
-  |  |.hidden                                  |  |
-  |  |alpha                                    |  |
-  |  |bad?                                     |  |
-  |  |Beta                                     |  |
-  |  +-----------------------------------------+  |
-  |                                               |
-  |         +-------+           +-------+         |
-  |         |  OK   |           |Cancel |         |
-  |         +-------+           +-------+         |
-  |                                               |
-  +-----------------------------------------------+
-)");
-    EXPECT_EQ(clTerminal.clScreen().csLooks(LEGEND), R"(
-......................................................
-......................................................
-..wwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwww...
-..wwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwn..
-..wwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwn..
-..wwwwnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnwnwwwn..
-..wwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwnwwwn..
-..wwwwnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnwwwn..
-..wwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwn..
-..wwwwssnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnwwwwwn..
-..wwwwnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnswwwwn..
-..wwwwnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnswwwwn..
-..wwwwnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnswwwwn..
-..wwwwnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnswwwwn..
-..wwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwn..
-..wwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwn..
-..wwwwwwwwwwbbbbbbbbbwwwwwwwwwwwbbbbbbbbbwwwwwwwwwwn..
-..wwwwwwwwwwbbbbbbbbbnwwwwwwwwwwbbbbbbbbbnwwwwwwwwwn..
-..wwwwwwwwwwbbbbbbbbbnwwwwwwwwwwbbbbbbbbbnwwwwwwwwwn..
-..wwwwwwwwwwwnnnnnnnnnwwwwwwwwwwwnnnnnnnnnwwwwwwwwwn..
-..wwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwwn..
-...nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn..
-......................................................
-......................................................
+    EXPECT_EQ(clTerminal.csShow(), R"(
+                                                       ......................................................
+                                                       ......................................................
+  +-----------------------------------------------+    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrr...
+  | Choose a directory                            |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+  |  +----------------------------------------+   |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+  |  |/tmp/kalmo-tree/                        |   |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrnrrrn..
+  |  +----------------------------------------+   |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrnrrrn..
+  |                                               |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrrrn..
+  |  +-----------------------------------------+  |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+  |  |..                                       |  |    ..rrrrssnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrrrrrn..
+  |  |.hidden                                  |  |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrrrn..
+  |  |alpha                                    |  |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrrrn..
+  |  |bad?                                     |  |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrrrn..
+  |  |Beta                                     |  |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrrrn..
+  |  +-----------------------------------------+  |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+  |                                               |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+  |         +-------+           +-------+         |    ..rrrrrrrrrrbbbbbbbbbrrrrrrrrrrrbbbbbbbbbrrrrrrrrrrn..
+  |         |  OK   |           |Cancel |         |    ..rrrrrrrrrrbbbbbbbbbnrrrrrrrrrrbbbbbbbbbnrrrrrrrrrn..
+  |         +-------+           +-------+         |    ..rrrrrrrrrrbbbbbbbbbnrrrrrrrrrrbbbbbbbbbnrrrrrrrrrn..
+  |                                               |    ..rrrrrrrrrrrnnnnnnnnnrrrrrrrrrrrnnnnnnnnnrrrrrrrrrn..
+  +-----------------------------------------------+    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+                                                       ...nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn..
+                                                       ......................................................
+                                                       ......................................................
 )");
 }
 
 TEST_F(Directory, ListsWhatIsThere) {
-    Terminal clTerminal(tabCommand(TREE + "/"), {});
-    ASSERT_TRUE(clTerminal.bType({"Tab"}));
+    CTuiTerminal clTerminal(tabCommand(TREE + "/"));
+    ASSERT_TRUE(clTerminal.bPress("Tab"));
     for (const char* psz : {"..", ".hidden", "alpha", "bad?", "Beta", "beta2", "e\u0301", "link", "locked",
                             "with blank", "Zeta", "日本語", "日本語"}) {
-        EXPECT_EQ(csSelected(clTerminal), psz);
-        ASSERT_TRUE(clTerminal.bType({"Down"}));
+        EXPECT_EQ(csChosen(clTerminal), TREE + "/ " + psz);
+        ASSERT_TRUE(clTerminal.bPress("Down"));
     }
+}
+
+// "~" stands for the tree.
+std::string csWithTree(std::string cs) {
+    return cs.replace(0, cs.starts_with('~') ? 1 : 0, cs.starts_with('~') ? TREE : "");
 }
 
 TEST_F(Directory, IsWalkedWithKeys) {
     const struct {
-        std::string csStart;
-        std::vector<std::string_view> tabKey;
-        std::string csPath;
-        std::string csSelected;
+        const char* pszStart;
+        const char* pszKeys;
+        const char* pszChosen;
     } TAB[] = {
         // Type-ahead: case-sensitive, the first line that begins so, or else the first line.
-        {TREE + "/", {"a"}, TREE + "/a", "alpha"},
-        {TREE + "/", {"b", "e"}, TREE + "/be", "beta2"},
-        {TREE + "/", {"B"}, TREE + "/B", "Beta"},
-        {TREE + "/", {"z"}, TREE + "/z", ".."},
-        {TREE + "/", {"w", "i", "x"}, TREE + "/wix", ".."},
-        {TREE + "/wix", {"Backspace"}, TREE + "/wi", "with blank"},
-        {TREE + "/al", {"Delete", "Left", "Delete"}, TREE + "/a", "alpha"},
+        {"~/", "a", "~/a alpha"},
+        {"~/", "b e", "~/be beta2"},
+        {"~/", "B", "~/B Beta"},
+        {"~/", "z", "~/z .."},
+        {"~/", "w i x", "~/wix .."},
+        {"~/wix", "Backspace", "~/wi with blank"},
+        {"~/al", "Delete Left Delete", "~/a alpha"},
         // Above a path without "/" at its start there is nothing to go to.
-        {"usr/lo", {"Tab", "Enter"}, "usr/lo", ".."},
+        {"usr/lo", "Tab Enter", "usr/lo .."},
         // White space cannot be typed.
-        {TREE + "/with", {" "}, TREE + "/with_", ".."},
+        {"~/with", "Space", "~/with_ .."},
         // An edit of the directory lists it anew, and so does a "/".
-        {TREE + "/alpha", {"/"}, TREE + "/alpha/", ".."},
-        {TREE + "/alpha/", {"i"}, TREE + "/alpha/i", "inner"},
-        {TREE + "/alpha/", {"Backspace"}, TREE + "/alpha", "alpha"},
-        {TREE + "/alpha/inner",
-         {"Left", "Left", "Left", "Left", "Left", "Left", "Backspace", "x"},
-         TREE + "/alphx/inner",
-         ".."},
+        {"~/alpha", "/", "~/alpha/ .."},
+        {"~/alpha/", "i", "~/alpha/i inner"},
+        {"~/alpha/", "Backspace", "~/alpha alpha"},
+        {"~/alpha/inner", "Left*6 Backspace x", "~/alphx/inner .."},
         // Into a directory and out again.
-        {TREE + "/", {"Tab", "Down", "Down", " "}, TREE + "/alpha/", ".."},
-        {TREE + "/alpha/", {"Tab", "Enter"}, TREE + "/", ".."},
-        {TREE + "/al", {"Tab", "Down", "Down", "Enter", "Down", "Enter"}, TREE + "/alpha/inner/", ".."},
-        {TREE + "/wi", {"h", "Backspace", "Tab", "Enter"}, TREE + "/with blank/", ".."},
-        {TREE + "/", {"日", "Tab", "Enter"}, TREE + "/日本語/", ".."},
-        {TREE + "/l", {"i", "Tab", "Enter", "Down"}, TREE + "/link/", "inner"},
-        {TREE + "/b", {"a", "Tab", "Enter", "Down"}, TREE + "/bad?/", "seen"},
-        {TREE + "/l", {"o", "Tab", "Enter", "Down"}, TREE + "/locked/", ".."},
-        {TREE + "/nowhere/", {"Tab", "Down", "Enter"}, TREE + "/", ".."},
+        {"~/", "Tab Down*2 Space", "~/alpha/ .."},
+        {"~/alpha/", "Tab Enter", "~/ .."},
+        {"~/al", "Tab Down*2 Enter Down Enter", "~/alpha/inner/ .."},
+        {"~/wi", "h Backspace Tab Enter", "~/with blank/ .."},
+        {"~/", "日 Tab Enter", "~/日本語/ .."},
+        {"~/l", "i Tab Enter Down", "~/link/ inner"},
+        {"~/b", "a Tab Enter Down", "~/bad?/ seen"},
+        {"~/l", "o Tab Enter Down", "~/locked/ .."},
+        {"~/nowhere/", "Tab Down Enter", "~/ .."},
         // The top has nothing above it; its "/" stays.
-        {"/usr/", {"Tab", "Enter"}, "/", "bin"},
-        {"/", {"Backspace", "Left", "Tab", "Up"}, "/", "bin"},
-        {"/", {"Left", "u", "s"}, "/us", "usr"},
+        {"/usr/", "Tab Enter", "/ bin"},
+        {"/", "Backspace Left Tab Up", "/ bin"},
+        {"/", "Left u s", "/us usr"},
         // Without a "/" the top is listed, and typing selects the first line.
-        {"x", {"Backspace", "b", "o"}, "bo", "bin"},
-        {"x", {"Backspace", "Tab", "Down", "Up", "Enter"}, "/bin/", ".."},
+        {"x", "Backspace b o", "bo bin"},
+        {"x", "Backspace Tab Down Up Enter", "/bin/ .."},
     };
     for (const auto& rst : TAB) {
-        Terminal clTerminal(tabCommand(rst.csStart), {});
-        for (const std::string_view sv : rst.tabKey) {
-            ASSERT_TRUE(clTerminal.bType({sv}));
-        }
-        EXPECT_EQ(csPath(clTerminal), rst.csPath) << rst.csStart << testing::PrintToString(rst.tabKey);
-        EXPECT_EQ(csSelected(clTerminal), rst.csSelected)
-            << rst.csStart << testing::PrintToString(rst.tabKey);
+        CTuiTerminal clTerminal(tabCommand(csWithTree(rst.pszStart)));
+        ASSERT_TRUE(clTerminal.bPress(rst.pszKeys));
+        EXPECT_EQ(csChosen(clTerminal), csWithTree(rst.pszChosen)) << rst.pszStart << ' ' << rst.pszKeys;
     }
 }
 
 TEST_F(Directory, ReturnsThePath) {
     const struct {
-        std::vector<std::string_view> tabKey;
-        std::string csReport;
+        const char* pszKeys;
+        const char* pszReport;
     } TAB[] = {
-        {{"Enter"}, "directory: result 1, " + TREE + "/x"},
-        {{"y", "KeypadEnter"}, "directory: result 1, " + TREE + "/xy"},
-        {{"Tab", "Tab", "Enter"}, "directory: result 1, " + TREE + "/x"},
-        {{"Tab", "Tab", "Tab", " "}, "directory: result 0, " + TREE + "/x"},
-        {{"Tab", "Tab", "Tab", "Tab", "Enter"}, "directory: result 1, " + TREE + "/x"},
+        {"Enter", "1, /tmp/kalmo-tree/x"},       {"y KeypadEnter", "1, /tmp/kalmo-tree/xy"},
+        {"Tab*2 Enter", "1, /tmp/kalmo-tree/x"}, {"Tab*3 Space", "0, /tmp/kalmo-tree/x"},
+        {"Tab*4 Enter", "1, /tmp/kalmo-tree/x"},
     };
     for (const auto& rst : TAB) {
-        Terminal clTerminal(tabCommand(TREE + "/x"), {});
-        for (const std::string_view sv : rst.tabKey) {
-            ASSERT_TRUE(clTerminal.bType({sv}));
-        }
+        CTuiTerminal clTerminal(tabCommand(TREE + "/x"));
+        ASSERT_TRUE(clTerminal.bPress(rst.pszKeys));
         EXPECT_EQ(clTerminal.nWaitEnd(), 0);
-        EXPECT_EQ(clTerminal.csText(), "\n" + rst.csReport + "\n");
+        EXPECT_EQ(clTerminal.csText(), std::string("\ndirectory: result ") + rst.pszReport + "\n");
     }
 }
 
@@ -212,13 +173,13 @@ TEST_F(Directory, HoldsTenThousandDirectories) {
     for (int n = 0; n < 10'000; ++n) {
         ASSERT_EQ(::mkdir((TREE + "/Beta/d" + std::to_string(10'000 + n)).c_str(), 0755), 0);
     }
-    Terminal clTerminal(tabCommand(TREE + "/Beta/"), {});
-    ASSERT_TRUE(clTerminal.bType({"d", "19999"}));
-    EXPECT_EQ(csSelected(clTerminal), "d19999");
-    EXPECT_EQ(csCells(clTerminal, 9, 12, 64), "d19995");  // The last page.
-    ASSERT_TRUE(clTerminal.bType({"Tab", "Up", "Up", "Up", "Up", "Up"}));
-    EXPECT_EQ(csSelected(clTerminal), "d19994");
-    EXPECT_EQ(csCells(clTerminal, 9, 12, 64), "d19994");
+    CTuiTerminal clTerminal(tabCommand(TREE + "/Beta/"));
+    ASSERT_TRUE(clTerminal.bPress("d 19999"));
+    EXPECT_EQ(csChosen(clTerminal), TREE + "/Beta/d19999 d19999");
+    EXPECT_EQ(csLine(clTerminal, 9), "d19995");  // The last page.
+    ASSERT_TRUE(clTerminal.bPress("Tab Up*5"));
+    EXPECT_EQ(csChosen(clTerminal), TREE + "/Beta/d19999 d19994");
+    EXPECT_EQ(csLine(clTerminal, 9), "d19994");
 }
 
 }  // namespace

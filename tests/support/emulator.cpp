@@ -1,5 +1,6 @@
 #include "tests/support/emulator.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -27,18 +28,6 @@ constexpr std::array TAB_KEY{
     STKeyName{"End", VTERM_KEY_END},
     STKeyName{"PageUp", VTERM_KEY_PAGEUP},
     STKeyName{"PageDown", VTERM_KEY_PAGEDOWN},
-    STKeyName{"F1", VTERM_KEY_FUNCTION(1)},
-    STKeyName{"F2", VTERM_KEY_FUNCTION(2)},
-    STKeyName{"F3", VTERM_KEY_FUNCTION(3)},
-    STKeyName{"F4", VTERM_KEY_FUNCTION(4)},
-    STKeyName{"F5", VTERM_KEY_FUNCTION(5)},
-    STKeyName{"F6", VTERM_KEY_FUNCTION(6)},
-    STKeyName{"F7", VTERM_KEY_FUNCTION(7)},
-    STKeyName{"F8", VTERM_KEY_FUNCTION(8)},
-    STKeyName{"F9", VTERM_KEY_FUNCTION(9)},
-    STKeyName{"F10", VTERM_KEY_FUNCTION(10)},
-    STKeyName{"F11", VTERM_KEY_FUNCTION(11)},
-    STKeyName{"F12", VTERM_KEY_FUNCTION(12)},
     STKeyName{"KeypadEnter", VTERM_KEY_KP_ENTER},
 };
 
@@ -116,13 +105,19 @@ void CEmulator::Resize(int nRows, int nColumns) {
 }
 
 bool CEmulator::bPressKey(std::string_view svName) {
+    int nKey = VTERM_KEY_NONE;
     for (const STKeyName& rst : TAB_KEY) {
-        if (rst.svName == svName) {
-            vterm_keyboard_key(m_pclTerm.get(), static_cast<VTermKey>(rst.nKey), VTERM_MOD_NONE);
-            return true;
-        }
+        nKey = rst.svName == svName ? rst.nKey : nKey;
     }
-    return false;
+    int nFunction = 0;
+    char cRest = 0;
+    if (std::sscanf(std::string(svName).c_str(), "F%2d%c", &nFunction, &cRest) == 1) {
+        nKey = VTERM_KEY_FUNCTION(nFunction);
+    }
+    if (nKey != VTERM_KEY_NONE) {
+        vterm_keyboard_key(m_pclTerm.get(), static_cast<VTermKey>(nKey), VTERM_MOD_NONE);
+    }
+    return nKey != VTERM_KEY_NONE;
 }
 
 STCell CEmulator::stCell(int nRow, int nColumn) const {
@@ -141,31 +136,41 @@ unsigned CEmulator::unPaletteColour(int nIndex) const {
 }
 
 std::string CEmulator::csText() const {
-    return __csPicture([](const STCell& rst) { return rst.csText == NO_BREAK_SPACE ? " " : rst.csText; });
-}
-
-std::string CEmulator::csLooks(std::span<const STLegend> tabLegend) const {
-    return __csPicture([tabLegend](const STCell& rst) {
-        for (const STLegend& rstLegend : tabLegend) {
-            if (rstLegend.stLook == rst.stLook) {
-                return std::string(1, rstLegend.cLetter);
-            }
-        }
-        return std::string(rst.stLook == STLook{} ? " " : "?");
-    });
-}
-
-std::string CEmulator::__csPicture(const std::function<std::string(const STCell&)>& Draw) const {
-    std::string csPicture;
+    std::string cs;
     for (int nRow = 0; nRow < m_nRows; ++nRow) {
-        csPicture += '\n';
-        for (int nColumn = 0; nColumn < m_nColumns; ++nColumn) {
-            csPicture += Draw(stCell(nRow, nColumn));
-        }
-        csPicture.resize(csPicture.find_last_not_of(' ') + 1);
+        cs += '\n' + csText(nRow, 0, m_nColumns);
+        cs.resize(cs.find_last_not_of(' ') + 1);
     }
-    csPicture.resize(csPicture.find_last_not_of('\n') + 1);
-    return csPicture + '\n';
+    cs.resize(cs.find_last_not_of('\n') + 1);
+    return cs + '\n';
+}
+
+std::string CEmulator::csText(int nRow, int nColumn, int nWidth) const {
+    std::string cs;
+    for (int n = nColumn; n < std::min(nColumn + nWidth, m_nColumns); ++n) {
+        const std::string csCell = stCell(nRow, n).csText;
+        cs += csCell == NO_BREAK_SPACE ? " " : csCell;
+    }
+    return cs;
+}
+
+std::string CEmulator::csLooks(std::span<const STLegend> tabLegend, int nRow, int nColumn, int nWidth) const {
+    std::string cs;
+    for (int n = nColumn; n < std::min(nColumn + nWidth, m_nColumns); ++n) {
+        const STLook stLook = stCell(nRow, n).stLook;
+        const auto it = std::find_if(tabLegend.begin(), tabLegend.end(),
+                                     [&](const STLegend& rst) { return rst.stLook == stLook; });
+        cs += it != tabLegend.end() ? it->cLetter : stLook == STLook{} ? ' ' : '?';
+    }
+    return cs;
+}
+
+std::string CEmulator::csShow(std::span<const STLegend> tabLegend) const {
+    std::string cs = "\n";
+    for (int nRow = 0; nRow < m_nRows; ++nRow) {
+        cs += csText(nRow, 0, m_nColumns) + ' ' + csLooks(tabLegend, nRow, 0, m_nColumns) + '\n';
+    }
+    return cs;
 }
 
 int CEmulator::__nOnProperty(VTermProp eProperty, VTermValue* punValue, void* pclSelf) {

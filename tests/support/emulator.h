@@ -56,7 +56,7 @@ class CEmulator {
     void Feed(std::string_view svBytes);
     void Resize(int nRows, int nColumns);
     /// Presses a key: "Enter", "Tab", "Backspace", "Escape", "Up", "Down", "Left", "Right", "Insert",
-    /// "Delete", "Home", "End", "PageUp", "PageDown", "KeypadEnter", "F1" to "F12". False for any other name.
+    /// "Delete", "Home", "End", "PageUp", "PageDown", "KeypadEnter", "F1" and so on. False for another name.
     bool bPressKey(std::string_view svName);
 
     [[nodiscard]] int nRows() const noexcept { return m_nRows; }
@@ -71,9 +71,14 @@ class CEmulator {
     /// that is not empty. A line feed comes first, so that the text compares with a raw string whose picture
     /// starts on a line of its own.
     [[nodiscard]] std::string csText() const;
+    /// Cells of a row as text, as far as the screen goes.
+    [[nodiscard]] std::string csText(int nRow, int nColumn, int nWidth) const;
     /// The same with each cell's look as its letter in the legend, " " for the plain look and "?" for one
     /// that the legend does not have.
-    [[nodiscard]] std::string csLooks(std::span<const STLegend> tabLegend) const;
+    [[nodiscard]] std::string csLooks(std::span<const STLegend> tabLegend, int nRow, int nColumn,
+                                      int nWidth) const;
+    /// The whole screen: a line feed, then each row as its text, a blank, its looks and a line feed.
+    [[nodiscard]] std::string csShow(std::span<const STLegend> tabLegend) const;
 
   private:
     struct CFree {
@@ -84,7 +89,6 @@ class CEmulator {
     static int __nOnMoveCursor(VTermPos stNew, VTermPos stOld, int nVisible, void* pclSelf);
     static int __nOnCommand(const char* pcCommand, std::size_t nLength, void* pclSelf);
     void __SetPaletteColour(std::string_view svArguments);
-    [[nodiscard]] std::string __csPicture(const std::function<std::string(const STCell&)>& Draw) const;
 
     std::unique_ptr<VTerm, CFree> m_pclTerm;
     VTermScreen* m_pclScreen;

@@ -154,6 +154,20 @@ bool Terminal::bType(std::initializer_list<std::string_view> tabKey) {
     return true;
 }
 
+bool Terminal::bPress(std::string_view svKeys) {
+    bool bSettled = bSettle();
+    std::istringstream clItems{std::string(svKeys)};
+    for (std::string csItem; bSettled && clItems >> csItem;) {
+        const std::size_t nStar = csItem.find('*');
+        const std::string csKey = csItem.substr(0, nStar);
+        const int nTimes = nStar == csItem.npos ? 1 : std::stoi(csItem.substr(nStar + 1));
+        for (int n = 0; n < nTimes; ++n) {
+            bSettled = bSettled && bType({csKey == "Space" ? " " : csKey});
+        }
+    }
+    return bSettled;
+}
+
 void Terminal::Send(std::string_view svBytes) {
     while (!svBytes.empty() && m_clMaster.bValid()) {
         const ssize_t nWritten = ::write(m_clMaster.nGet(), svBytes.data(), svBytes.size());

@@ -50,6 +50,9 @@ class Terminal {
     /// Presses keys one after the other: each item is a key's name (see CEmulator::bPressKey) or else a text
     /// to type. Returns, after each item, what bSettle says; false at once when that fails.
     bool bType(std::initializer_list<std::string_view> tabKey);
+    /// The same with the items in one text, blanks between them, for tables: "Tab Down*3 Space abc" presses
+    /// Down three times and the space bar once.
+    bool bPress(std::string_view svKeys);
     /// Sends bytes as they are and does not wait.
     void Send(std::string_view svBytes);
 

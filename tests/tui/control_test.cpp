@@ -1,142 +1,117 @@
 #include <gtest/gtest.h>
 
-#include "tests/tui/recorder.h"
-#include "tests/tui/scene_terminal.h"
+#include <cwchar>
+
 #include "tui/button.h"
-#include "tui/check_box.h"
-#include "tui/jauge.h"
-#include "tui/key.h"
+#include "tui/entry.h"
+#include "tui/list.h"
+#include "tui/msg_box.h"
 #include "tui/radio_list.h"
 
 namespace kalmo {
 namespace {
 
-TEST(Controls, ReportTheirKeys) {
-    CRecorder clWindow(0, 0, 40, 20);
-    clWindow.pclAdd<CButton>(L"OK", 1, 1, 10, 4);
-    auto* const pclBox = clWindow.pclAdd<CCheckBox>(L"label", 1, 6, 20, 1, 0);
-    auto* const pclRadio = clWindow.pclAdd<CRadioList>(1, 8, 20, 8, L"title", 0, 1);
+int nDescending(const wchar_t* pszLeft, const wchar_t* pszRight) {
+    return std::wcsncmp(pszRight, pszLeft, 1);
+}
 
-    clWindow.Press({TOUCHE_ENTREE, KEY_ENTER, TOUCHE_ESPACE, 'x', KEY_DOWN});
-    EXPECT_EQ(clWindow.csTakeEvents(), " 0:0 0:0 0:0");
-
-    clWindow.Press({TOUCHE_TAB, TOUCHE_ENTREE, KEY_ENTER, 'x'});
-    EXPECT_TRUE(pclBox->bIsChecked());
-    clWindow.Press({TOUCHE_ESPACE});
-    EXPECT_FALSE(pclBox->bIsChecked());
-    EXPECT_EQ(clWindow.csTakeEvents(), " 1:8 1:8");
-
-    clWindow.Press({TOUCHE_TAB, KEY_UP, TOUCHE_ENTREE});
-    EXPECT_EQ(clWindow.csTakeEvents(), "");  // no option yet
-    EXPECT_EQ(pclRadio->nGetSelectedItem(), 1);
-    for (const wchar_t* const psz : {L"a", L"b", L"c"}) {
-        pclRadio->AddOption(psz);
+TEST(Controls, AListHoldsCopiesOfItsLines) {
+    CWindow clWindow(0, 0, 40, 20);
+    CList clList(&clWindow, 1, 1, 20, 7, 0);
+    EXPECT_EQ(clList.pszGetSelectedLine(), nullptr);
+    for (wchar_t szLine[] = L"line 0"; szLine[5] < L'5'; ++szLine[5]) {
+        clList.AddLine(szLine);
     }
-    pclRadio->Select(0);
-    pclRadio->Select(3);
-    EXPECT_EQ(pclRadio->nGetSelectedItem(), 0);
-    clWindow.Press({KEY_UP, TOUCHE_ESPACE});  // round to the last
-    EXPECT_EQ(pclRadio->nGetSelectedItem(), 2);
-    clWindow.Press({KEY_DOWN, KEY_DOWN, KEY_ENTER, KEY_UP, TOUCHE_ENTREE});  // and round to the first
-    EXPECT_EQ(pclRadio->nGetSelectedItem(), 0);
-    EXPECT_EQ(clWindow.csTakeEvents(), " 2:2 2:2 2:3 2:2 2:3");
+    EXPECT_FALSE(clList.bScrollable());
+    clList.AddLine(nullptr);
+    EXPECT_TRUE(clList.bScrollable());
+    EXPECT_EQ(clList.nGetNbItem(), 6);
+    EXPECT_STREQ(clList[5], L"");
+    EXPECT_EQ(clList[6], nullptr);
+    EXPECT_EQ(clList[-1], nullptr);
+    for (const int nLine : {4, 6, -1}) {
+        clList.Select(nLine);
+        EXPECT_EQ(clList.nGetSelectedLine(), 4);
+    }
+    EXPECT_STREQ(clList.pszGetSelectedLine(), L"line 4");
+    clList.ClearList();
+    EXPECT_EQ(clList.nGetNbItem(), 0);
+    EXPECT_EQ(clList.nGetSelectedLine(), 0);
 }
 
-TEST(ControlScreen, Fields) {
-    CSceneTerminal clTerminal("fields", 60, 16);
-    EXPECT_EQ(clTerminal.csShow(), R"(
- +-------------------------------------------------------+
- | +-------+  +---------+  +-------------+    +------+   |
- | |  OK   |  |Disabled |  | Made to fit |    |      |   |
- | +-------+  +---------+  +-------------+    |Much t|   |
- |                                            +------+   |
- |                                                       |
- | +-Server-----+  +-Much longe+               +------+  |
- | |name        |  |text       |   bare        |grey  |  |
- | +------------+  +-----------+               +------+  |
- |                                             +-A lon+  |
- | [ ]keep the       +--------------+  plain   |      |  |
- |    settings today |A framed text |  text    +------+  |
- |                   |that is longer|  +-Progress-------+|
- | [X]wide           +--------------+  |                ||
- +-------------------------------------+----------------++
-
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrr..
-.rrbbbbbbbbbrrnnnnnnnnnnnrrbbbbbbbbbbbbbbbrrrrbbbbbbbbrrrrn.
-.rrbBBBBBBBbnrnnnnnnnnnnnnrbbbbbbbbbbbbbbbnrrrbbbbbbbbnrrrn.
-.rrbbbbbbbbbnrnnnnnnnnnnnnrbbbbbbbbbbbbbbbnrrrbbbbbbbbnrrrn.
-.rrrnnnnnnnnnrrnnnnnnnnnnnrrnnnnnnnnnnnnnnnrrrbbbbbbbbnrrrn.
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrnnnnnnnnrrrn.
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn.
-.rrrnnnnnnnnnnnnrrrrnnnnnnnnnnnrnrrnnnnrrrrrrrrrddddnnrrrrn.
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrnrrrrrrrrrrrrrrrrrrrrrrrrrn.
-.rrrrrrrrrrrrrrrrrrrnnnnnnnnnnnnnrrrrrrrrrrrrrrrrrrrrrrrrrn.
-.rrnnnrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrssssssrrrggggggrrrrn.
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrssssrrrrrrrrrrrrrrrn.
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn.
-.rrnmnrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrggggggnnnnnnnnnnrrn.
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn.
-..nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.
-)");
-    EXPECT_FALSE(clTerminal.clScreen().stCursor().bVisible);
-    ASSERT_TRUE(clTerminal.bType({"Tab", "Tab", "Tab"}));
-    EXPECT_EQ(clTerminal.clScreen().stCursor(), (STCursor{7, 8, true, true}));
-    ASSERT_TRUE(clTerminal.bType({"Left", "Left"}));
-    EXPECT_EQ(clTerminal.clScreen().stCursor(), (STCursor{7, 6, true, true}));
-    ASSERT_TRUE(clTerminal.bType({"Tab", "Tab", "Tab", " "}));
-    EXPECT_FALSE(clTerminal.clScreen().stCursor().bVisible);
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csText(), 10, 3, 14), "[X]keep the   ");
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 10, 3, 14), "sMssssssssssrr");
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 11, 3, 16), "rrrsssssssssssss");
-    ASSERT_TRUE(clTerminal.bType({"Tab", "Enter"}));
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csText(), 13, 3, 7), "[ ]wide");
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 13, 3, 7), "sssssss");
-    EXPECT_EQ(clTerminal.csEnd(), " 8:8 9:8");
+TEST(Controls, AListKeepsEqualLinesInOrder) {
+    CWindow clWindow(0, 0, 40, 20);
+    CList clList(&clWindow, 1, 1, 20, 7, 0);
+    for (int n = 0; n < 100; ++n) {
+        clList.AddLine((std::wstring(1, static_cast<wchar_t>(L'a' + n % 3)) + std::to_wstring(n)).c_str());
+    }
+    clList.SortLine(nDescending);
+    for (int n = 1; n < 100; ++n) {
+        const wchar_t* const pszBefore = clList[n - 1];
+        const wchar_t* const psz = clList[n];
+        EXPECT_TRUE(pszBefore[0] > psz[0] ||
+                    std::wcstol(pszBefore + 1, nullptr, 10) < std::wcstol(psz + 1, nullptr, 10))
+            << n;
+    }
 }
 
-TEST(ControlScreen, Lists) {
-    CSceneTerminal clTerminal("lists", 50, 14);
-    EXPECT_EQ(clTerminal.csShow(), R"(
- +---------------------------------------------+
- |+------------+ +-------+  +---------------+  |
- ||zero        | |a      |  |               |  |
- ||one         | |B      |  | Choose an     |  |
- ||two words o | |C      |  | item          |  |
- ||three       | |d      |  |---------------|  |
- || our        | |e      |  | ( ) upgrade   |  |
- |+------------+ +-------+  | (X) install   |  |
- |+------------+            | ( ) uninstall |  |
- ||one line    | +--------+ +---------------+  |
- ||eleven wide | |fits    |                    |
- ||longer than | +--------+                    |
- ++------------+-------------------------------+
+TEST(Controls, ARadioListChoosesOnlyWhatItHas) {
+    CWindow clWindow(0, 0, 40, 20);
+    for (const int nChosen : {-7, 0, 2, 3}) {
+        CRadioList clRadio(&clWindow, 1, 8, 20, 8, L"title", 0, nChosen);
+        EXPECT_EQ(clRadio.nGetSelectedItem(), -1);
+        for (const wchar_t* const psz : {L"a", L"b", L"c"}) {
+            clRadio.AddOption(psz);
+        }
+        EXPECT_EQ(clRadio.nGetSelectedItem(), nChosen == 0 || nChosen == 2 ? nChosen : -1);
+        clRadio.bOnKeyEvent(' ');
+        EXPECT_EQ(clRadio.nGetSelectedItem(), nChosen == 2 ? 2 : 0);
+        for (const int nOption : {1, 3, -1}) {
+            clRadio.Select(nOption);
+            EXPECT_EQ(clRadio.nGetSelectedItem(), 1);
+        }
+    }
+}
 
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrr..
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn.
-.rrrrrrnnnnnnnrrrrnnnnnnnrnrrnnnnnnnnnnnnnnnrnrrn.
-.rrnnnnnnnnnnnsrrrnnnnnnnrnrrnnnnnnnnnnnnnnnrnrrn.
-.rrnnnnnnnnnnnsrrrsnnnnnnrnrrnnnnnnnnnnnnnnnrnrrn.
-.rrnnnnnnnnnnnsrrrnnnnnnnrnrrrrrrrrrrrrrrrrrrnrrn.
-.rrrnnnnnnnnnnsrrrnnnnnnnrnrrnnmnnnnnnnnnnnnrnrrn.
-.rrrrrrrrrrrrrrrrrrrrrrrrrnrrnnmnnnnnnnnnnnnrnrrn.
-.rrrrrrrrrrrrrrrrrnnnnnnnnnrrnnmnnnnnnnnnnnnrnrrn.
-.rrnnnnnnnnnnnrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrnrrn.
-.rrnnnnnnnnnnnsrrrnnnnnnnnrrrnnnnnnnnnnnnnnnnnrrn.
-.rrnnnnnnnnnnnsrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn.
-.rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn.
-..nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.
-)");
-    ASSERT_TRUE(clTerminal.bType({"Right", "Right", "Right", "Right", "Right", "Right", "Right"}));
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csText(), 4, 3, 11), "ords of tex");
-    ASSERT_TRUE(clTerminal.bType({"Left", "Left", "Left", "Down", "Down", "Down", "Down", "Down"}));
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csText(), 2, 3, 12), "e           ");
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 2, 3, 12), "nnnnnnnnnnnr");  // thumb of the scroll bar
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 6, 3, 12), "rrnnnnnnnnns");  // selected; sideways thumb
-    ASSERT_TRUE(clTerminal.bType({"Tab", "Tab", "Tab", "Up"}));
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 6, 3, 12), "srnnnnnnnnns");
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csLooks(), 6, 30, 13), "sMsssssssssnn");  // the cursor's option
-    EXPECT_EQ(clTerminal.csPart(clTerminal.csText(), 7, 30, 13), "(X) install  ");
-    EXPECT_EQ(clTerminal.csEnd(), " 0:1 0:1 0:1 0:1 0:1");
+TEST(Controls, AnEntryIsGivenAnyText) {
+    CWindow clWindow(0, 0, 40, 10);
+    CEntry clEntry(&clWindow, nullptr, 1, 1, 20, 3, L"", CWidget::eBORDER_FRAME);
+    clEntry.SetMaxLength(4);
+    clEntry.SetText(L"beyond");
+    clEntry.bOnKeyEvent('x');
+    EXPECT_STREQ(clEntry.pszGetText(), L"beyond");
+    EXPECT_EQ(clEntry.nGetCursor(), 6);
+    clEntry.SetMaxLength(-1);
+    clEntry.bOnKeyEvent('x');
+    EXPECT_STREQ(clEntry.pszGetText(), L"beyondx");
+}
+
+TEST(Controls, TheFocusGoesOnlyWhereItMay) {
+    CWindow clWindow(0, 0, 40, 20);
+    CButton clFirst(&clWindow, L"0", 1, 1, 10, 4);
+    CButton clSecond(&clWindow, L"1", 1, 1, 10, 4);
+    clWindow.AddChild(&clFirst);
+    clWindow.AddChild(&clSecond);
+    EXPECT_TRUE(clFirst.bHasFocus());
+    EXPECT_TRUE(clWindow.bSetFocus(&clSecond));
+    EXPECT_TRUE(clSecond.bHasFocus());
+    EXPECT_EQ(clWindow.OnKeyEvent('x'), 1);
+    clFirst.SetEnable(0);
+    EXPECT_FALSE(clWindow.bSetFocus(&clFirst));
+    EXPECT_FALSE(clFirst.bHasFocus() || clSecond.bHasFocus());
+}
+
+TEST(Controls, WithoutAScreenTheLoopEndsAndABoxIsPrinted) {
+    CWindow clWindow(0, 0, 40, 20);
+    CButton clButton(&clWindow, L"OK", 1, 1, 10, 4);
+    clWindow.AddChild(&clButton);
+    clWindow.Draw();
+    clWindow.MainLoop();
+    EXPECT_EQ(clWindow.pGetWindow(), nullptr);
+
+    testing::internal::CaptureStderr();
+    CMsgBox(0, 0, 60, 13, L"Ti\x1B[2Jtle", L"one\r\n\ttwo\x07\u009B\xDC9B", CMsgBox::eTYPE::OneButton).Show();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Ti?[2Jtle\none\n\ttwo???\n");
 }
 
 }  // namespace

@@ -1,40 +1,69 @@
-// Shows one dialog of the toolkit, named by the first argument, until F1 is pressed or the input ends; then
-// prints what its controls reported. Exit status 3 where there is no usable terminal.
+// Shows one dialog of the toolkit until F1 is pressed or the input ends.
+//
+//   tui_scene SCENE                  one of the scenes below
+//   tui_scene controls [CONTROL...]  controls side by side: KIND, KIND=TEXT or KIND=COUNT, with "-" in front
+//                                    a disabled one
+//   tui_scene twice                  a scene on a screen that is closed and, after a line was read, opened
+//                                    again
+//
+// Then prints "report:", the states of the controls that have one and the events.
+// Exit status 3 where there is no usable terminal.
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "framework/conversion.h"
 #include "framework/process_info.h"
-#include "tests/tui/recorder.h"
 #include "tui/attribute.h"
 #include "tui/button.h"
 #include "tui/check_box.h"
+#include "tui/dir_entry.h"
 #include "tui/drawing.h"
-#include "tui/entry.h"
+#include "tui/entry_lower.h"
 #include "tui/jauge.h"
 #include "tui/key.h"
 #include "tui/libel.h"
+#include "tui/num_entry.h"
 #include "tui/radio_list.h"
 #include "tui/screen.h"
 #include "tui/scrollable_libel.h"
+#include "tui/window.h"
 
 namespace kalmo {
 namespace {
 
-// A dialog whose controls are made by the scenes.
-class CScene : public CRecorder {
+// A dialog whose controls are made by the scenes. It notes each of their events as " control:event", the
+// controls numbered in Tab order.
+class CScene : public CWindow {
   public:
-    using CRecorder::CRecorder;
+    using CWindow::CWindow;
 
+    template <class TControl, class... TArg>
+    TControl* pclAdd(TArg&&... arg) {
+        auto pclControl = std::make_unique<TControl>(this, std::forward<TArg>(arg)...);
+        TControl* const pcl = pclControl.get();
+        m_tabControl.push_back(std::move(pclControl));
+        AddChild(pcl);
+        return pcl;
+    }
+
+    bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override {
+        const auto it = std::find_if(m_tabControl.begin(), m_tabControl.end(),
+                                     [pclSender](const auto& rpcl) { return rpcl.get() == pclSender; });
+        m_csEvents += " " + std::to_string(it - m_tabControl.begin()) + ":" + std::to_string(eEvent);
+        return true;
+    }
     int OnKeyEvent(int nKey) override {
         if (nKey == KEY_F(1)) {
             bRunning = 0;
@@ -43,12 +72,48 @@ class CScene : public CRecorder {
         return m_OnKey && m_OnKey(nKey) ? 1 : CWindow::OnKeyEvent(nKey);
     }
 
+    std::vector<std::unique_ptr<CWidget>> m_tabControl;
+    std::string m_csEvents;
     std::function<bool(int nKey)> m_OnKey;  ///< Sees each key first; true when it was for it.
+    std::vector<std::string> m_tabWanted;   ///< The controls that arguments of the program ask for.
+    bool m_bPrimitives = false;
+
+  protected:
+    // Shows, where asked for, the drawing primitives, also where they leave the window, and the ways to
+    // print.
+    void _DrawWindow() override {
+        CWindow::_DrawWindow();
+        if (!m_bPrimitives) {
+            return;
+        }
+        DrawRectWithBorderAndShadow(pWin, 2, 1, 10, 5, ATTR_BORDER, ATTR_FIELD_FILL, ATTR_TRACK, 0);
+        DrawRectWithBorder(pWin, 14, 1, 6, 4, ATTR_CAPTION, ATTR_GAUGE_BAR);
+        DrawBorder(pWin, 22, 1, 4, 2, ATTR_MARK);
+        DrawRect(pWin, 30, 9, 40, 40, ATTR_TRACK);
+        DrawRect(pWin, 2, 8, 5, 0, ATTR_TRACK);
+        DrawBorder(pWin, -1, 7, 4, 1, ATTR_NORMAL);
+        _DrawTitle(0, 2, L"A title that is longer than the window is wide");
+        _PrintAttributSansFormatW(pWin, 6, 2, ATTR_NORMAL, L"wide");
+        _PrintAttributSansFormatA(pWin, 7, 4, ATTR_SELECTED, "narrow \xC3\xA9\xFF");
+        _PrintW(pWin, 8, 4, L"%d of %ls", 7, L"nine");
+        _PrintA(pWin, 9, 2, "%s=%03d", "port", 49);
+        _PrintA(pWin, 10, 4, "%s%2000s", "a text that is longer than its window", "");
+        _PrintA(pWin, 50, 2, "%s", "outside");
+        m_csEvents =
+            " " + std::to_string(SmartPrint(5, 18, L"sixteen columns. are kept\nfor this", ATTR_NORMAL, -1)) +
+            " " + std::to_string(SmartPrint(5, 2, nullptr, ATTR_NORMAL, 9));
+    }
 };
 
 void Run(CScene& rclScene) {
     rclScene.Draw();
     rclScene.MainLoop();
+}
+
+void AddLines(CList* pclList, std::initializer_list<const wchar_t*> tabLine) {
+    for (const wchar_t* const psz : tabLine) {
+        pclList->AddLine(psz);
+    }
 }
 
 void Fields(CScene& rclScene) {
@@ -59,7 +124,7 @@ void Fields(CScene& rclScene) {
     rclScene.pclAdd<CEntry>(L"name", 2, 6, 14, 3, L"Server", CWidget::eBORDER_FRAME);
     rclScene.pclAdd<CEntry>(L"text", 18, 6, 14, 4, L"Much longer label", CWidget::eBORDER_SHADOW);
     rclScene.pclAdd<CEntry>(L"bare", 34, 7, 10, 1, L"unseen", CWidget::eBORDER_NONE)->SetMaxLength(12);
-    rclScene.pclAdd<CEntry>(L"grey", 46, 6, 8, 3, L"", CWidget::eBORDER_FRAME)->SetEnable(0);
+    rclScene.pclAdd<CEntry>(L"greyed", 46, 6, 8, 3, L"", CWidget::eBORDER_FRAME)->SetEnable(0);
     rclScene.pclAdd<CCheckBox>(L"keep the settings today", 2, 10, 18, 2, 0);
     rclScene.pclAdd<CCheckBox>(L"wide", 2, 13, 10, 1, 1);
     rclScene.pclAdd<CLibel>(L"A framed text that is longer than its frame", 20, 10, 16, 4, 1, ATTR_BORDER);
@@ -71,14 +136,10 @@ void Fields(CScene& rclScene) {
 
 void Lists(CScene& rclScene) {
     CList* const pclLong = rclScene.pclAdd<CList>(1, 1, 14, 7, 0);
-    for (const wchar_t* const psz : {L"zero", L"one", L"two words of text", L"three", L"four", L"five",
-                                     L"six", L"seven", L"eight", L"nine", L"ten", L"eleven"}) {
-        pclLong->AddLine(psz);
-    }
+    AddLines(pclLong, {L"zero", L"one", L"two words of text", L"three", L"four", L"five", L"six", L"seven",
+                       L"eight", L"nine", L"ten", L"eleven"});
     CList* const pclShort = rclScene.pclAdd<CList>(16, 1, 10, 8, 1);
-    for (const wchar_t* const psz : {L"e", L"B", L"d", L"a", L"C"}) {
-        pclShort->AddLine(psz);
-    }
+    AddLines(pclShort, {L"e", L"B", L"d", L"a", L"C"});
     pclShort->SortLine(::wcscasecmp);
     pclShort->Select(2);
     rclScene.pclAdd<CScrollableLibel>(L"fits", 16, 9, 10, 3);
@@ -106,46 +167,17 @@ void Lists(CScene& rclScene) {
 
 // Texts that a careless toolkit would let break the screen.
 void Strange(CScene& rclScene) {
-    CList* const pclList = rclScene.pclAdd<CList>(1, 1, 12, 10, 0);
-    for (const wchar_t* const psz : {L"bell\x07 esc\x1B[2J", L"raw\xDCFF\xDC80", L"tab\there",
-                                     L"日本語日本語", L"e\x0301te\x0301", L"\x0301start",
-                                     L"\x202E"
-                                     L"dlrow",
-                                     L"\x9B"
-                                     L"31m"}) {
-        pclList->AddLine(psz);
-    }
+    AddLines(rclScene.pclAdd<CList>(1, 1, 12, 10, 0),
+             {L"bell\x07 esc\x1B[2J", L"raw\xDCFF\xDC80", L"tab\there", L"日本語日本語", L"e\x0301te\x0301",
+              L"\x0301start", L"\u202Edlrow", L"\u009B31m"});
     rclScene.pclAdd<CEntry>(L"日本語", 14, 1, 7, 3, L"日本語日本語", CWidget::eBORDER_FRAME);
     rclScene.pclAdd<CButton>(L"日本語", 22, 1, 8, 4);
     rclScene.pclAdd<CLibel>(L"日本語 日本語", 14, 6, 7, 4, 1, ATTR_BORDER);
 }
 
-// The drawing primitives, also where they leave the window, and the ways to print.
-class CPrimitives : public CScene {
-  public:
-    using CScene::CScene;
-
-  protected:
-    void _DrawWindow() override {
-        CScene::_DrawWindow();
-        DrawRectWithBorderAndShadow(pWin, 2, 1, 10, 5, ATTR_BORDER, ATTR_FIELD_FILL, ATTR_TRACK, 0);
-        DrawRectWithBorder(pWin, 14, 1, 6, 4, ATTR_CAPTION, ATTR_GAUGE_BAR);
-        DrawBorder(pWin, 22, 1, 4, 2, ATTR_MARK);
-        DrawRect(pWin, 30, 9, 40, 40, ATTR_TRACK);
-        DrawRect(pWin, 2, 8, 5, 0, ATTR_TRACK);
-        DrawBorder(pWin, -1, 7, 4, 1, ATTR_NORMAL);
-        _DrawTitle(0, 2, L"A title that is longer than the window is wide");
-        _PrintAttributSansFormatW(pWin, 6, 2, ATTR_NORMAL, L"wide");
-        _PrintAttributSansFormatA(pWin, 7, 4, ATTR_SELECTED, "narrow \xC3\xA9\xFF");
-        _PrintW(pWin, 8, 4, L"%d of %ls", 7, L"nine");
-        _PrintA(pWin, 9, 2, "%s=%03d", "port", 49);
-        _PrintA(pWin, 10, 4, "%s", "a text that is longer than its window");
-        _PrintA(pWin, 50, 2, "%s", "outside");
-        Note(" " +
-             std::to_string(SmartPrint(5, 18, L"sixteen columns. are kept\nfor this", ATTR_NORMAL, -1)) +
-             " " + std::to_string(SmartPrint(5, 2, nullptr, ATTR_NORMAL, 9)));
-    }
-};
+void Primitives(CScene& rclScene) {
+    rclScene.m_bPrimitives = true;
+}
 
 // A dialog that opens another one on top of itself.
 void Nested(CScene& rclScene) {
@@ -193,39 +225,132 @@ void Crash(CScene& rclScene) {
     };
 }
 
-void Nothing(CScene& /*rclScene*/) {}
+// A control that an argument of the program asks for: KIND, KIND=TEXT or KIND=COUNT.
+struct STWanted {
+    CScene& rclScene;
+    int nX;
+    CTString csText;
+    int nCount;  ///< of lines
+};
 
-struct STScene {
+template <class TEntry, int... ARG>
+void AddEntry(const STWanted& rst) {
+    rst.rclScene.pclAdd<TEntry>(rst.csText.pszGet(), rst.nX, 1, 10, 3, L"", CWidget::eBORDER_FRAME, ARG...);
+}
+
+void AddText(const STWanted& rst) {
+    const std::wstring csText(static_cast<std::size_t>(rst.nCount), L'\n');
+    rst.rclScene.pclAdd<CScrollableLibel>(csText.c_str(), rst.nX, 1, 8, 5);
+}
+
+void AddList(const STWanted& rst) {
+    CList* const pcl = rst.rclScene.pclAdd<CList>(rst.nX, 1, 8, 4, 0);
+    for (int n = 0; n < rst.nCount; ++n) {
+        pcl->AddLine(L"l");
+    }
+}
+
+void AddRadio(const STWanted& rst) {
+    CRadioList* const pcl = rst.rclScene.pclAdd<CRadioList>(rst.nX, 1, 8, 8, L"r", 0, 0);
+    for (int n = 0; n < rst.nCount; ++n) {
+        pcl->AddOption(L"o");
+    }
+}
+
+constexpr struct {
+    std::string_view svKind;
+    void (*pfnAdd)(const STWanted& rst);
+} TAB_KIND[] = {
+    {"button", [](const STWanted& rst) { rst.rclScene.pclAdd<CButton>(L"b", rst.nX, 1, 8, 4); }},
+    {"box", [](const STWanted& rst) { rst.rclScene.pclAdd<CCheckBox>(L"b", rst.nX, 1, 8, 1, 0); }},
+    {"label", [](const STWanted& rst) { rst.rclScene.pclAdd<CLibel>(L"l", rst.nX, 1, 8, 1, 0, A_NORMAL); }},
+    {"gauge", [](const STWanted& rst) { rst.rclScene.pclAdd<CJauge>(rst.nX, 1, 8, 3, 0.0, 1.0, L""); }},
+    {"entry", AddEntry<CEntry>},
+    {"number", AddEntry<CNumEntry>},
+    {"lower", AddEntry<CEntryLower>},
+    {"path", AddEntry<CDirEntry, 1>},
+    {"unguarded", AddEntry<CDirEntry, 0>},
+    {"text", AddText},
+    {"list", AddList},
+    {"radio", AddRadio},
+};
+
+void Controls(CScene& rclScene) {
+    for (int nX = 1; std::string_view svWanted : rclScene.m_tabWanted) {
+        const bool bOff = svWanted.starts_with('-');
+        svWanted.remove_prefix(bOff ? 1 : 0);
+        const std::string_view svKind = svWanted.substr(0, svWanted.find('='));
+        const CTString csText = csFromUTF8(svWanted.substr(std::min(svKind.size() + 1, svWanted.size())));
+        for (const auto& rst : TAB_KIND) {
+            if (rst.svKind == svKind) {
+                rst.pfnAdd(
+                    {rclScene, nX, csText, static_cast<int>(std::wcstol(csText.pszGet(), nullptr, 10))});
+            }
+        }
+        rclScene.m_tabControl.back()->SetEnable(bOff ? 0 : 1);
+        nX += 10;
+    }
+}
+
+// An entry's text with "|" in front of the cursor; a box's mark; the number of what is selected.
+std::string csState(const CWidget* pclControl) {
+    if (const auto* const pclEntry = dynamic_cast<const CEntry*>(pclControl)) {
+        CTString cs = pclEntry->pszGetText();
+        cs.Insert(static_cast<std::size_t>(pclEntry->nGetCursor()), L"|");
+        return std::string(" ") + csToUTF8(cs).pszGet();
+    }
+    if (const auto* const pclBox = dynamic_cast<const CCheckBox*>(pclControl)) {
+        return pclBox->bIsChecked() ? " x" : " o";
+    }
+    if (const auto* const pclList = dynamic_cast<const CList*>(pclControl)) {
+        return " " + std::to_string(pclList->nGetSelectedLine());
+    }
+    const auto* const pclRadio = dynamic_cast<const CRadioList*>(pclControl);
+    return pclRadio == nullptr ? "" : " " + std::to_string(pclRadio->nGetSelectedItem());
+}
+
+constexpr struct {
     std::string_view svName;
     void (*pfnFill)(CScene& rclScene);
     int nWidth = 36;
     int nHeight = 12;
-};
-constexpr STScene TAB_SCENE[] = {
-    {"fields", Fields, 58, 16}, {"lists", Lists, 48, 14}, {"strange", Strange},
-    {"nested", Nested},         {"primitives", Nothing},  {"crash", Crash},
+} TAB_SCENE[] = {
+    {"fields", Fields, 58, 16}, {"lists", Lists, 48, 14},   {"twice", Lists, 48, 14},
+    {"controls", Controls, 78}, {"primitives", Primitives}, {"strange", Strange},
+    {"nested", Nested},         {"crash", Crash},
 };
 
-int nMain(std::string_view svScene) {
+std::string csRun(const std::vector<std::string>& tabArgument) {
+    std::string csReport;
+    for (const auto& rst : TAB_SCENE) {
+        if (rst.svName == tabArgument[1]) {
+            CScene clScene(1, 0, rst.nWidth, rst.nHeight);
+            clScene.m_tabWanted.assign(tabArgument.begin() + 2, tabArgument.end());
+            rst.pfnFill(clScene);
+            Run(clScene);
+            for (const auto& rpcl : clScene.m_tabControl) {
+                csReport += csState(rpcl.get());
+            }
+            csReport += clScene.m_csEvents;
+        }
+    }
+    return csReport;
+}
+
+int nMain(const std::vector<std::string>& tabArgument) {
     SetLocaleUTF8();
     if (!init_dialog()) {
         return 3;
     }
-    std::string csEvents;
-    for (const STScene& rst : TAB_SCENE) {
-        if (svScene != rst.svName) {
-            continue;
-        }
-        const std::unique_ptr<CScene> pclScene =
-            svScene == "primitives"
-                ? std::unique_ptr<CScene>(std::make_unique<CPrimitives>(1, 0, rst.nWidth, rst.nHeight))
-                : std::make_unique<CScene>(1, 0, rst.nWidth, rst.nHeight);
-        rst.pfnFill(*pclScene);
-        Run(*pclScene);
-        csEvents = pclScene->csTakeEvents();
-    }
+    std::string csReport = csRun(tabArgument);
     end_dialog();
-    std::printf("events:%s\n", csEvents.c_str());
+    if (tabArgument[1] == "twice") {
+        std::puts("closed");
+        std::getchar();
+        csReport += init_dialog() ? csRun(tabArgument) : "not opened";
+        end_dialog();
+    }
+    std::printf("report:%s\n", csReport.c_str() + (csReport.empty() ? 0 : 1));
     return 0;
 }
 
@@ -233,5 +358,5 @@ int nMain(std::string_view svScene) {
 }  // namespace kalmo
 
 int main(int nArgc, char** ppszArgv) {
-    return nArgc == 2 ? kalmo::nMain(ppszArgv[1]) : 2;
+    return nArgc >= 2 ? kalmo::nMain({ppszArgv, ppszArgv + nArgc}) : 2;
 }

@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include "tests/gallery/gallery.h"
+
+namespace kalmo {
+namespace {
+
+TEST(Dialogs, LookLikeThis) {
+    const struct {
+        const char* pszScreen;
+        int nColumns, nRows;
+        const char* pszPicture;
+    } TAB[] = {{"question", 66, 17, R"(
+                                                                   ..................................................................
+                                                                   ..................................................................
+   +---------------------------------------------------------+     ...rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrr....
+   |+Installation-------------------------------------------+|     ...rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn...
+   ||This directory holds a server already.                 ||     ...rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrrn...
+   ||Upgrade it?                                            ||     ...rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrrn...
+   ||                                                       ||     ...rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrrn...
+   |+-------------------------------------------------------+|     ...rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn...
+   |                                                         |     ...rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn...
+   |           +---------+             +---------+           |     ...rrrrrrrrrrrrbbbbbbbbbbbrrrrrrrrrrrrrbbbbbbbbbbbrrrrrrrrrrrrn...
+   |           |   Yes   |             |   No    |           |     ...rrrrrrrrrrrrbBBBBBBBBBbnrrrrrrrrrrrrbbbbbbbbbbbnrrrrrrrrrrrn...
+   |           +---------+             +---------+           |     ...rrrrrrrrrrrrbbbbbbbbbbbnrrrrrrrrrrrrbbbbbbbbbbbnrrrrrrrrrrrn...
+   |                                                         |     ...rrrrrrrrrrrrrnnnnnnnnnnnrrrrrrrrrrrrrnnnnnnnnnnnrrrrrrrrrrrn...
+   +---------------------------------------------------------+     ...rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn...
+                                                                   ....nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn...
+                                                                   ..................................................................
+                                                                   ..................................................................
+)"},
+               {"license", 50, 20, R"(
+                                                   ..................................................
+                                                   ..................................................
+  +-------------------------------------------+    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrr...
+  | Licence agreement                         |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+  |+-----------------------------------------+|    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+  ||SAMPLE LICENCE                           ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrrrn..
+  ||                                         ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrn..
+  ||1. This licence shows how a long text is ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrn..
+  ||read: line by line or page by page, and  ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrn..
+  ||how it can be accepted only when its     ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrn..
+  |+-----------------------------------------+|    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+  |                                           |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+  |      +---------+        +---------+       |    ..rrrrrrrnnnnnnnnnnnrrrrrrrrbbbbbbbbbbbrrrrrrrrn..
+  |      |I accept |        |I refuse |       |    ..rrrrrrrnnnnnnnnnnnnrrrrrrrbbbbbbbbbbbnrrrrrrrn..
+  |      +---------+        +---------+       |    ..rrrrrrrnnnnnnnnnnnnrrrrrrrbbbbbbbbbbbnrrrrrrrn..
+  |                                           |    ..rrrrrrrrnnnnnnnnnnnrrrrrrrrnnnnnnnnnnnrrrrrrrn..
+  +-------------------------------------------+    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
+                                                   ...nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn..
+                                                   ..................................................
+                                                   ..................................................
+)"}};
+    for (const auto& rst : TAB) {
+        CGallery clGallery({rst.pszScreen}, {.nColumns = rst.nColumns, .nRows = rst.nRows});
+        EXPECT_EQ(clGallery.csShow(), rst.pszPicture);
+        EXPECT_FALSE(clGallery.clScreen().stCursor().bVisible);
+    }
+}
+
+TEST(Dialogs, ReturnWhatWasPressed) {
+    const std::string csLong = "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n13";
+    const struct {
+        std::vector<std::string> tabArgument;
+        const char* pszKeys;
+        const char* pszReport;
+        int nColumns = 80;
+        int nRows = 24;
+    } TAB[] = {
+        {{"message"}, "Enter", "message: result 0"},
+        {{"message"}, "x Escape Up Tab*2 Space", "message: result 0"},
+        {{"message", csLong}, "Tab Enter PageDown Tab KeypadEnter", "message: result 0"},
+        {{"question"}, "Enter", "question: result 1"},
+        {{"question"}, "Tab Space", "question: result 2"},
+        {{"question"}, "Tab*2 Enter", "question: result 1"},
+        {{"question", csLong}, "Tab*2 Enter Tab*2 Enter", "question: result 2"},
+        // The licence's text has the focus first; Tab leads past the disabled button.
+        {{"license"}, "Enter Tab Enter", "license: refused"},
+        {{"license"}, "Down Tab Enter", "license: refused"},
+        {{"license"}, "Down PageDown*3 Up PageUp Tab Enter", "license: accepted"},
+        {{"license"}, "PageDown*3 Tab*2 Enter", "license: refused"},
+        {{"license", "Short."}, "Enter", "license: accepted"},
+        {{"license", "Short."}, "Tab Enter", "license: refused"},
+        {{"license", "Short."}, "Tab*2 Enter", "license: accepted"},
+        {{"license"}, "PageDown*3 Tab Enter", "license: refused", 80, 15},  // nothing of it could be seen
+        {{"license"}, "PageDown*3 Tab Enter", "license: r", 10, 24},
+        {{"radio-list"}, "Down Enter Enter", "radio-list: option 2"},
+        {{"radio-list"}, "Up Space Tab*2 Space", "radio-list: cancelled"},
+        {{"radio-list"}, "Tab*3 Up Enter Enter", "radio-list: option 0"},
+    };
+    for (const auto& rst : TAB) {
+        CGallery clGallery(rst.tabArgument,
+                           {.nColumns = rst.nColumns, .nRows = rst.nRows, .tabEnvironment = {"ESCDELAY=10"}});
+        EXPECT_TRUE(clGallery.bPress(rst.pszKeys));
+        EXPECT_EQ(clGallery.nWaitEnd(), 0);
+        const std::string csShown = clGallery.csText();
+        EXPECT_EQ(csShown.substr(1, csShown.find('\n', 1) - 1), rst.pszReport) << rst.pszKeys;
+    }
+}
+
+TEST(Dialogs, ShowTheirTexts) {
+    const struct {
+        std::vector<std::string> tabArgument;
+        const char* pszKeys;
+        const char* pszShown;
+        const char* pszEnvironment = "LC_ALL=C.UTF-8";
+        int nRows = 24;
+    } TAB[] = {
+        {{"message", std::string(60, 'a') + "\nzwei\n日本語\x1b[2J\n4\n5"},
+         "Tab Down PageDown Up",
+         "||zwei                                                   ||\n"
+         "          ||日本語?[2J                                             ||\n"
+         "          ||4                                                      ||\n",
+         "LC_ALL=C.UTF-8",
+         17},
+        {{"license", "One.\r\n\r\n  two   " + std::string(75, 'x') + "\nthree"},
+         "",
+         R"(
+  ||One.                                                                   ||
+  ||                                                                       ||
+  ||  two                                                                  ||
+  ||xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx ||
+  ||xxxxx                                                                  ||
+  ||three                                                                  ||
+)"},
+        {{"question"}, "", "|   Oui   |             |   Non   |", "LC_ALL=fr_FR.UTF-8"},
+        {{"question"}, "", "|   Sí    |             |   No    |", "LC_ALL=es_ES.UTF-8"},
+        {{"question"}, "", "|   Yes   |             |   No    |", "LC_ALL=de_DE.UTF-8"},
+    };
+    for (const auto& rst : TAB) {
+        CGallery clGallery(rst.tabArgument, {.nRows = rst.nRows, .tabEnvironment = {rst.pszEnvironment}});
+        ASSERT_TRUE(clGallery.bPress(rst.pszKeys));
+        EXPECT_NE(clGallery.csText().find(rst.pszShown), std::string::npos) << clGallery.csText();
+    }
+}
+
+// Without input every dialog ends as if it had been cancelled. Without a terminal a box goes to standard
+// error, with not one control sequence.
+TEST(Dialogs, EndWithoutInputAndWithoutATerminal) {
+    const char* const NO_TERMINAL = "\nGallery\nThe gallery needs a terminal.\n";
+    const struct {
+        const char* pszCommand;
+        const char* pszType;
+        const char* pszShown;
+    } TAB[] = {
+        {"$0 question </dev/null", "xterm", "\nquestion: result 2\n"},
+        {"$0 directory /usr/ <&-", "xterm", "\ndirectory: result 0, /usr/\n"},
+        {"$0 license </dev/null", "xterm", "\nlicense: refused\n"},
+        {"$0 radio-list </dev/null", "xterm", "\nradio-list: cancelled\n"},
+        {"$0 message", "unheard-of", NO_TERMINAL},
+        {"$0 message", "dumb", NO_TERMINAL},
+        {"$0 message", "unknown", NO_TERMINAL},
+        {"$0 message", "", NO_TERMINAL},
+        {"unset TERM; $0 message", "xterm", NO_TERMINAL},
+        {"$0 message | cat", "xterm", NO_TERMINAL},
+        {"$0 nonsense", "xterm", "\nusage: gallery [SCREEN [ARGUMENT] | --list]\n"},
+        {"$0 message a b", "xterm", "\nusage: gallery [SCREEN [ARGUMENT] | --list]\n"},
+    };
+    for (const auto& rst : TAB) {
+        Terminal clTerminal({"sh", "-c", rst.pszCommand, KALMO_GALLERY}, {.csType = rst.pszType});
+        clTerminal.nWaitEnd();
+        EXPECT_EQ(clTerminal.csText(), rst.pszShown) << rst.pszCommand;
+        EXPECT_EQ(rst.pszShown == NO_TERMINAL, clTerminal.u64Received() == 40) << rst.pszCommand;
+        EXPECT_TRUE(clTerminal.bCooked());
+    }
+}
+
+}  // namespace
+}  // namespace kalmo

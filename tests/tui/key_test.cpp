@@ -1,0 +1,175 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/tui/tui_terminal.h"
+
+namespace kalmo {
+namespace {
+
+TEST(Keys, DoWhatTheControlsSay) {
+    const struct {
+        const char* pszControls;
+        const char* pszKeys;
+        const char* pszReport;
+        const char* pszType = "xterm-256color";
+    } TAB[] = {
+        {"button", "Enter KeypadEnter Space x Down", "0:0 0:0 0:0"},
+        {"box", "Enter Space Enter x", "x 0:8 0:8 0:8"},
+        {"box", "KeypadEnter", "o"},  // not one of its keys
+
+        {"entry=", "a Space . / é 日", "a ./é日|"},
+        {"entry=", "a Left b", "a|b"},        // on the last character: appended behind it
+        {"entry=abc", "Left x y", "abcx|y"},  // ... and the cursor moves on by one
+        {"entry=abc", "Left*2 x y", "axy|bc"},
+        {"entry=abc", "Left*4 x", "x|abc"},
+        {"entry=abc", "Right x", "abcx|"},
+        {"entry=abc", "Left*2 Right*4", "abc|"},
+        {"entry=abc", "Backspace*4", "|"},
+        {"entry=abc", "Backspace*2", "a|", "vt220"},  // whose Backspace is the character 127
+        {"entry=abc", "Left Backspace", "a|c"},
+        {"entry=abc", "Delete", "abc|"},
+        {"entry=abc", "Left*2 Delete*3", "a|"},
+        {"entry=abc", "Left*3 Backspace Left", "|abc"},  // refused, though the codes are those of letters
+        {"entry=", "PageDown Up", "Œă|"},                // taken as the letters of these codes
+        {"entry=a", "Escape \x07 \u009B", "a|"},
+        {"entry=a", "Enter KeypadEnter b", "ab| 0:7 0:7"},
+        {"number=4", "9 x Space . \u0663 0", "490|"},
+        {"lower=X", "A b É 7", "Xabé7|"},
+
+        {"path=/usr/", "l", "/usr/l| 0:6"},
+        {"path=/usr", "/", "/usr/| 0:5"},
+        {"path=/usr/lib", "Left*5 x", "/usx|r/lib 0:5"},
+        {"path=/usr/lib", "Left*4 x", "/usrx|/lib 0:5"},
+        {"path=/usr/lib", "Left*3 x", "/usr/x|lib 0:6"},
+        {"path=/usr/lib", "Space", "/usr/lib_| 0:6"},
+        {"path=/usr/l", "Backspace", "/usr/| 0:6 0:6"},
+        {"path=/usr/", "Backspace", "/usr| 0:5 0:6"},  // the directory went with its "/"
+        {"path=/usr/lib", "Left*4 Backspace", "/us|/lib 0:5 0:6"},
+        {"path=/usr/lib", "Left*3 Delete", "/usr/|ib 0:6"},
+        {"path=/usr/lib", "Left*4 Delete", "/usr|lib 0:5"},
+        {"path=/a", "Delete", "/a|"},
+        {"path=/", "Backspace Left Backspace", "/|"},
+        {"path=/ab", "Left*4 Backspace", "/|ab"},
+        {"path=ab", "Left*2 Backspace Delete", "|b 0:6"},  // nothing to guard
+        {"unguarded=/a", "Left*2 Delete", "|a 0:5"},
+
+        {"list=3", "Up Down*3 Space", "2 0:1 0:1 0:2"},
+        {"list=3", "Down Enter KeypadEnter Left Right PageDown x Up", "0 0:1 0:2 0:3 0:2 0:3 0:1"},
+        {"list=0", "Down Up Space Enter Right", "0"},
+        {"radio=3", "Down KeypadEnter", "1 0:2 0:3"},
+        {"radio=3", "Up Space", "2 0:2"},  // round to the last
+        {"radio=3", "Up*3 Down*3 Enter x", "0 0:2 0:3"},
+        {"radio=3", "Up Down Enter", "0 0:2 0:3"},  // and round to the first
+        {"radio=0", "Up Down Space Enter", "-1"},
+        {"text=9", "Up PageDown Down*2 Up Enter Space", "-1"},
+        {"text=9", "PageDown*2", "-1 0:4"},
+        {"text=9", "PageDown*2 Down PageDown", "-1 0:4"},
+        {"text=9", "PageDown Down*3 Up Down", "-1 0:4 0:4"},
+        {"text=9", "PageDown*2 PageUp*3 PageDown Down*2", "-1 0:4"},
+
+        {"", "Tab Enter x", ""},
+        {"button button", "Tab Enter Tab Tab Space", "1:0 1:0"},
+        {"button label -button gauge text=3 -entry=q entry=", "Tab x Tab Space Tab y", "-1 q| xy| 0:0"},
+        {"text=3 box", "Tab Space Tab Space", "-1 o 1:8 1:8"},
+    };
+    for (const auto& rst : TAB) {
+        CTuiTerminal clTerminal(TUI_SCENE " controls " + std::string(rst.pszControls),
+                                {.csType = rst.pszType, .tabEnvironment = {"ESCDELAY=10"}});
+        EXPECT_TRUE(clTerminal.bPress(rst.pszKeys));
+        EXPECT_EQ(clTerminal.csEnd(), rst.pszReport) << rst.pszControls << ": " << rst.pszKeys;
+    }
+}
+
+TEST(Keys, TheCursorShowsWhereOneTypes) {
+    const struct {
+        const char* pszType;
+        const char* pszKeys;
+        STCursor stCursor;
+    } TAB[] = {
+        {"xterm-256color", "Left*2", {2, 4, true, true}},
+        {"vt220", "Left", {2, 5, true, false}},  // has one kind of visible only
+        {"xterm-256color", "Tab", {2, 13, false, true}},
+        {"vt220", "Tab", {2, 13, false, false}},
+        {"xterm-256color", "Tab*2", {2, 6, true, true}},
+    };
+    for (const auto& rst : TAB) {
+        CTuiTerminal clTerminal(TUI_SCENE " controls entry=abc button", {.csType = rst.pszType});
+        EXPECT_TRUE(clTerminal.bPress(rst.pszKeys));
+        const STCursor& rstCursor = clTerminal.clScreen().stCursor();
+        EXPECT_EQ(rstCursor.bVisible, rst.stCursor.bVisible) << rst.pszType << ' ' << rst.pszKeys;
+        if (rst.stCursor.bVisible) {
+            EXPECT_EQ(rstCursor, rst.stCursor) << rst.pszType << ' ' << rst.pszKeys;
+        }
+    }
+}
+
+TEST(Keys, AnEntryScrollsInsideItsField) {
+    CTuiTerminal clTerminal(TUI_SCENE " fields", {.nColumns = 60, .nRows = 16});
+    const struct {
+        const char* pszKeys;
+        int nColumn;
+        const char* pszField;
+        int nCursor;
+    } TAB[] = {
+        {"Tab*3 56789ab", 3, "|name56789ab |", 15},
+        {"c", 3, "|ame56789abc |", 15},
+        {"Tab*6", 3, "|name56789abc|", 0},  // without the focus all of it
+        {"Tab*2 d e f", 3, "|56789abcdef |", 15},
+        {"Left*14", 3, "|ame56789abcd|", 4},
+        {"Tab*2 and Space so Space on", 35, "eand so o   |g", 44},
+        {"Backspace*6", 35, "barean      |g", 41},
+    };
+    for (const auto& rst : TAB) {
+        ASSERT_TRUE(clTerminal.bPress(rst.pszKeys));
+        EXPECT_EQ(clTerminal.csText(7, rst.nColumn, 14), rst.pszField) << rst.pszKeys;
+        if (rst.nCursor > 0) {
+            EXPECT_EQ(clTerminal.clScreen().stCursor().nColumn, rst.nCursor) << rst.pszKeys;
+        }
+    }
+    EXPECT_EQ(clTerminal.csLooks(7, 35, 14), "nnnnnnrrrrrrrd");  // no fill of its own
+}
+
+TEST(Keys, AListSelectsAndScrolls) {
+    CTuiTerminal clTerminal(TUI_SCENE " lists", {.nColumns = 50, .nRows = 14});
+    const struct {
+        const char* pszKeys;
+        int nRow, nColumn;
+        const char* pszText;
+        const char* pszLooks;
+    } TAB[] = {
+        {"Right*7", 4, 3, "ords of tex ", "nnnnnnnnnnns"},        // as far as the longest line
+        {"Left*3 Down*5", 2, 3, "e           ", "nnnnnnnnnnnr"},  // the thumb of the scroll bar
+        {"", 6, 3, "v           ", "rrnnnnnnnnns"},               // selected; the sideways thumb
+        {"F2", 2, 3, "ven         ", "nnnnnnnnnnns"},             // the last of twelve
+        {"F3 Up", 2, 3, "e           ", "rnnnnnnnnnnr"},          // the third, then the second
+        {"Left*4", 2, 3, "one         ", "rrrnnnnnnnnr"},
+        {"Tab", 2, 3, "one         ", "sssnnnnnnnnr"},
+        {"Tab Down", 9, 3, "eleven wide ", "nnnnnnnnnnnr"},  // the text, cut hard
+        {"", 11, 3, " that       ", "nnnnnnnnnnns"},
+        {"PageDown", 11, 3, "last        ", "nnnnnnnnnnnr"},
+        {"Tab Up", 6, 30, "( ) upgrade  ", "sMsssssssssnn"},     // the cursor's option
+        {"", 7, 30, "(X) install  ", "nmnnnnnnnnnnn"},           // the chosen one
+        {"Tab Right F4", 2, 3, "another long", "rrrrrrrrrrrr"},  // cleared and filled again
+        {"", 3, 17, "|B       ", "rnnnnnnns"},                   // six lines in five rows
+    };
+    for (const auto& rst : TAB) {
+        ASSERT_TRUE(clTerminal.bPress(rst.pszKeys));
+        const int nWidth = static_cast<int>(std::strlen(rst.pszLooks));
+        EXPECT_EQ(clTerminal.csText(rst.nRow, rst.nColumn, nWidth), rst.pszText) << rst.pszKeys;
+        EXPECT_EQ(clTerminal.csLooks(rst.nRow, rst.nColumn, nWidth), rst.pszLooks) << rst.pszKeys;
+    }
+}
+
+// A key that changes one line does not send the screen.
+TEST(Keys, SendLittle) {
+    CTuiTerminal clTerminal(TUI_SCENE " lists", {.nColumns = 50, .nRows = 14});
+    for (const char* const pszKey : {"Down", "Up", "Tab", "Tab", "Down"}) {
+        const std::uint64_t u64Before = clTerminal.u64Received();
+        ASSERT_TRUE(clTerminal.bPress(pszKey));
+        EXPECT_LT(clTerminal.u64Received() - u64Before, 200U) << pszKey;
+    }
+}
+
+}  // namespace
+}  // namespace kalmo

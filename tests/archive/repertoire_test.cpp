@@ -24,55 +24,45 @@ std::wstring csNames(const CRepertoire& rcl) {
     return cs;
 }
 
-class Repertoire : public testing::Test {
-  protected:
-    void SetUp() override {
-        for (const wchar_t* const psz : {L"bin/kalmo", L"BIN/KALMO", L"empty/", L"readme"}) {
-            ASSERT_TRUE(m_cl.bAjouteEntree(clEntry(psz, std::wstring_view(psz) == L"empty/" ? 0 : 9)));
-        }
+TEST(Repertoire, ChangesKeepRanksCountsAndIndexTogether) {
+    CRepertoire cl;
+    for (const wchar_t* const psz : {L"bin/kalmo", L"BIN/KALMO", L"empty/", L"readme"}) {
+        ASSERT_TRUE(cl.bAjouteEntree(clEntry(psz, std::wstring_view(psz) == L"empty/" ? 0 : 9)));
     }
-    CRepertoire m_cl;
-};
+    EXPECT_EQ(cl.lRang(L"bin\\Kalmo"), 0);
+    EXPECT_EQ(cl.lRang(L"bin"), -1);
+    EXPECT_EQ(cl.lRangCasse(L"BIN\\KALMO"), 1);
+    EXPECT_EQ(cl.lRangCasse(L"Bin/Kalmo"), -1);
+    EXPECT_TRUE(cl.bTrouve(L"EMPTY/"));
+    EXPECT_EQ(cl.pclGetEntree(-1), nullptr);
+    EXPECT_EQ(cl.pclGetEntree(4), nullptr);
 
-TEST_F(Repertoire, FindsNamesWithoutRegardToCaseAndSeparator) {
-    EXPECT_EQ(m_cl.lRang(L"bin\\Kalmo"), 0);
-    EXPECT_EQ(m_cl.lRang(L"README"), 3);
-    EXPECT_EQ(m_cl.lRang(L"bin"), -1);
-    EXPECT_TRUE(m_cl.bTrouve(L"EMPTY/"));
-    EXPECT_EQ(m_cl.lRangCasse(L"BIN\\KALMO"), 1);
-    EXPECT_EQ(m_cl.lRangCasse(L"Bin/Kalmo"), -1);
-    EXPECT_EQ(m_cl.dwTaille(), 4U);
-    EXPECT_EQ(m_cl.dwNombreFichier(), 3U);
-    EXPECT_EQ(m_cl.pclGetEntree(-1), nullptr);
-    EXPECT_EQ(m_cl.pclGetEntree(4), nullptr);
-}
-
-TEST_F(Repertoire, ChangesKeepRanksCountsAndIndexTogether) {
-    m_cl.ForceRepVideAlaFin();
-    EXPECT_EQ(csNames(m_cl), L"bin/kalmo BIN/KALMO readme empty/ ");
-    EXPECT_EQ(m_cl.lRang(L"empty/"), 3);
-    EXPECT_EQ(m_cl.dwNombreFichier(), 3U);
-    EXPECT_TRUE(m_cl.bChangeChemin(0, L"lib\\old"));
-    EXPECT_TRUE(m_cl.bChangeChemin(2, L"doc/"));
-    EXPECT_FALSE(m_cl.bChangeChemin(4, L"doc/"));
-    EXPECT_EQ(csNames(m_cl), L"lib/old/kalmo BIN/KALMO doc/readme empty/ ");
-    EXPECT_EQ(m_cl.lRang(L"bin/kalmo"), 1);
-    m_cl.SupprimeElement(1);
-    m_cl.SupprimeElement(7);
-    EXPECT_EQ(csNames(m_cl), L"lib/old/kalmo doc/readme empty/ ");
-    EXPECT_EQ(m_cl.lRang(L"bin/kalmo"), -1);
-    EXPECT_EQ(m_cl.lRang(L"doc/readme"), 1);
-    m_cl.SupprimeElement(2);
-    EXPECT_EQ(m_cl.dwNombreFichier(), 2U);
-    m_cl.Vide();
-    EXPECT_EQ(m_cl.dwTaille() + m_cl.dwNombreFichier(), 0U);
-    EXPECT_EQ(m_cl.lRang(L"doc/readme"), -1);
+    cl.ForceRepVideAlaFin();
+    EXPECT_EQ(csNames(cl), L"bin/kalmo BIN/KALMO readme empty/ ");
+    EXPECT_EQ(cl.lRang(L"empty/"), 3);
+    EXPECT_EQ(cl.dwTaille(), 4U);
+    EXPECT_EQ(cl.dwNombreFichier(), 3U);
+    EXPECT_TRUE(cl.bChangeChemin(0, L"lib\\old"));
+    EXPECT_TRUE(cl.bChangeChemin(2, L"doc/"));
+    EXPECT_FALSE(cl.bChangeChemin(4, L"doc/"));
+    EXPECT_EQ(csNames(cl), L"lib/old/kalmo BIN/KALMO doc/readme empty/ ");
+    EXPECT_EQ(cl.lRang(L"bin/kalmo"), 1);
+    cl.SupprimeElement(1);
+    cl.SupprimeElement(7);
+    EXPECT_EQ(csNames(cl), L"lib/old/kalmo doc/readme empty/ ");
+    EXPECT_EQ(cl.lRang(L"bin/kalmo"), -1);
+    EXPECT_EQ(cl.lRang(L"doc/readme"), 1);
+    cl.SupprimeElement(2);
+    EXPECT_EQ(cl.dwNombreFichier(), 2U);
+    cl.Vide();
+    EXPECT_EQ(cl.dwTaille() + cl.dwNombreFichier(), 0U);
+    EXPECT_EQ(cl.lRang(L"doc/readme"), -1);
 }
 
 // "AZ" and "B9" have one hash, and so has every row of them. Such names once made opening take minutes.
-TEST(RepertoireNames, AllWithOneHashAreNoSlower) {
+TEST(Repertoire, NamesThatShareAHashAreNoSlower) {
     CRepertoire cl;
-    const auto Name = [](int n) {
+    const auto csName = [](int n) {
         std::wstring cs;
         for (int nBit = 0; nBit < 16; ++nBit) {
             cs += (n >> nBit & 1) != 0 ? L"AZ" : L"b9";
@@ -80,18 +70,16 @@ TEST(RepertoireNames, AllWithOneHashAreNoSlower) {
         return cs;
     };
     for (int n = 0; n < 0x10000; ++n) {
-        ASSERT_TRUE(cl.bAjouteEntree(clEntry(Name(n).c_str())));
+        ASSERT_TRUE(cl.bAjouteEntree(clEntry(csName(n).c_str())));
     }
+    ASSERT_TRUE(cl.bAjouteEntree(clEntry(csName(77).c_str())));
     for (int n = 0; n < 0x10000; ++n) {
-        ASSERT_EQ(cl.lRang(Name(n)), n);
+        ASSERT_EQ(cl.lRang(csName(n)), n) << "the first of a name stays";
     }
-    EXPECT_EQ(cl.lRang(L"BA" + Name(0)), -1);
-    ASSERT_TRUE(cl.bAjouteEntree(clEntry(Name(77).c_str())));
-    EXPECT_EQ(cl.lRang(Name(77)), 77) << "the first of a name stays";
+    EXPECT_EQ(cl.lRang(L"BA" + csName(0)), -1);
 }
 
-TEST(RepertoireFile, ComesBackAsItWasWritten) {
-    const CTempFolder clFolder;
+TEST(Repertoire, ComesBackAsItWasWritten) {
     CRepertoire clWritten;
     for (int n = 0; n < 3000; ++n) {  // more than one block of entries
         CRepEntree cl = clEntry((L"\u00E9\xDCFF/Name" + std::to_wstring(n)).c_str(),
@@ -99,6 +87,7 @@ TEST(RepertoireFile, ComesBackAsItWasWritten) {
         cl.SetCrypte(n % 2 == 0, CTString(L"not written"));
         ASSERT_TRUE(clWritten.bAjouteEntree(std::move(cl)));
     }
+    const CTempFolder clFolder;
     CDiskFile clFile;
     ASSERT_TRUE(clFile.bOpen(clFolder.csWide("directory"), CDiskFile::eMODE::Create));
     ASSERT_EQ(clWritten.eEcrit(clFile), ARCHIVE_OK);
@@ -115,22 +104,24 @@ TEST(RepertoireFile, ComesBackAsItWasWritten) {
     EXPECT_EQ(rcl.rstGetTimes().stAcces.nMinute, 63);
     EXPECT_EQ(rcl.dwGetAttribut(), 7U);
     EXPECT_TRUE(rcl.bCrypte());
-    EXPECT_TRUE(rcl.bMdpOK(L""));
+    EXPECT_TRUE(rcl.bMdpOK(L"")) << "the password is not written";
     EXPECT_FALSE(clWritten.pclGetEntree(2222)->bMdpOK(L""));
     EXPECT_TRUE(clWritten.pclGetEntree(2221)->bMdpOK(L""));
-    EXPECT_EQ(clFolder.csRead("directory").find("not written"), std::string::npos);
 
     // Cut anywhere, or claiming what is not there, it is no directory at all.
-    const std::string csBytes = clFolder.csRead("directory");
-    for (const std::size_t nLength : {std::size_t{0}, std::size_t{11}, std::size_t{40}, csBytes.size() - 1}) {
-        CMemoryStream clCut(CTLBIN(csBytes.begin(), csBytes.begin() + static_cast<std::ptrdiff_t>(nLength)));
+    const std::string csFile = clFolder.csRead("directory");
+    const CTLBIN tabFile(csFile.begin(), csFile.end());
+    for (const std::size_t nLength : {std::size_t{0}, std::size_t{11}, std::size_t{40}, tabFile.size() - 1}) {
+        CTLBIN tab = tabFile;
+        tab.resize(nLength);
+        CMemoryStream clCut(tab);
         EXPECT_FALSE(clRead.bLit(clCut));
         EXPECT_EQ(clRead.dwTaille(), 0U);
     }
     for (const std::size_t nChanged : {0U, 4U, 11U, 15U}) {  // signature, version, count, length of a name
-        std::string cs = csBytes;
-        cs[nChanged] = '\x7F';
-        CMemoryStream clChanged(CTLBIN(cs.begin(), cs.end()));
+        CTLBIN tab = tabFile;
+        tab[nChanged] = 0x7F;
+        CMemoryStream clChanged(tab);
         EXPECT_FALSE(clRead.bLit(clChanged));
     }
 }

@@ -15,6 +15,7 @@
 #include "services/service.h"
 #include "tui/attribute.h"
 #include "tui/placement.h"
+#include "tui/screen.h"
 
 namespace kalmo {
 namespace {
@@ -125,8 +126,11 @@ bool CUnInstallWin::_bStopService() {
 bool CUnInstallWin::_bRemoveService() {
     const CTString csWhat = L"unregister " + CTString(m_pclService->pszGetName());
     errno = 0;
-    if (!m_pclService->bRemove()) {
-        const int nError = errno != 0 ? errno : ENOTSUP;
+    const bool bRemoved = m_pclService->bRemove();
+    const int nError = errno != 0 ? errno : ENOTSUP;
+    RepaintScreen();  // the tools of an init system complain on the terminal
+    if (!bRemoved) {
+        errno = nError;
         m_rclTrace.Outcome(csWhat, false);
         ShowErrorBox(csFormatText(TEXTE_RETRAIT_SERVICE_ERREUR, csFromUTF8(std::strerror(nError))));
         return false;

@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
-#include "tests/gallery/gallery.h"
+#include "tests/tui/tui_terminal.h"
 
 namespace kalmo {
 namespace {
+
+std::vector<std::string> tabCommand(std::vector<std::string> tabArgument) {
+    tabArgument.insert(tabArgument.begin(), KALMO_GALLERY);
+    return tabArgument;
+}
 
 TEST(Dialogs, LookLikeThis) {
     const struct {
@@ -52,7 +57,8 @@ TEST(Dialogs, LookLikeThis) {
                                                    ..................................................
 )"}};
     for (const auto& rst : TAB) {
-        CGallery clGallery({rst.pszScreen}, {.nColumns = rst.nColumns, .nRows = rst.nRows});
+        CTuiTerminal clGallery(std::string(KALMO_GALLERY " ") + rst.pszScreen,
+                               {.nColumns = rst.nColumns, .nRows = rst.nRows});
         EXPECT_EQ(clGallery.csShow(), rst.pszPicture);
         EXPECT_FALSE(clGallery.clScreen().stCursor().bVisible);
     }
@@ -84,13 +90,19 @@ TEST(Dialogs, ReturnWhatWasPressed) {
         {{"license", "Short."}, "Tab*2 Enter", "license: accepted"},
         {{"license"}, "PageDown*3 Tab Enter", "license: refused", 80, 15},  // nothing of it could be seen
         {{"license"}, "PageDown*3 Tab Enter", "license: r", 10, 24},
+        {{"directory", "/no/x"}, "Enter", "directory: result 1, /no/x"},
+        {{"directory", "/no/x"}, "y KeypadEnter", "directory: result 1, /no/xy"},
+        {{"directory", "/no/x"}, "Tab*2 Enter", "directory: result 1, /no/x"},
+        {{"directory", "/no/x"}, "Tab*3 Space", "directory: result 0, /no/x"},
+        {{"directory", "/no/x"}, "Tab*4 Enter", "directory: result 1, /no/x"},
         {{"radio-list"}, "Down Enter Enter", "radio-list: option 2"},
         {{"radio-list"}, "Up Space Tab*2 Space", "radio-list: cancelled"},
         {{"radio-list"}, "Tab*3 Up Enter Enter", "radio-list: option 0"},
     };
     for (const auto& rst : TAB) {
-        CGallery clGallery(rst.tabArgument,
-                           {.nColumns = rst.nColumns, .nRows = rst.nRows, .tabEnvironment = {"ESCDELAY=10"}});
+        CTuiTerminal clGallery(
+            tabCommand(rst.tabArgument),
+            {.nColumns = rst.nColumns, .nRows = rst.nRows, .tabEnvironment = {"ESCDELAY=10"}});
         EXPECT_TRUE(clGallery.bPress(rst.pszKeys));
         EXPECT_EQ(clGallery.nWaitEnd(), 0);
         const std::string csShown = clGallery.csText();
@@ -128,7 +140,8 @@ TEST(Dialogs, ShowTheirTexts) {
         {{"question"}, "", "|   Yes   |             |   No    |", "LC_ALL=de_DE.UTF-8"},
     };
     for (const auto& rst : TAB) {
-        CGallery clGallery(rst.tabArgument, {.nRows = rst.nRows, .tabEnvironment = {rst.pszEnvironment}});
+        CTuiTerminal clGallery(tabCommand(rst.tabArgument),
+                               {.nRows = rst.nRows, .tabEnvironment = {rst.pszEnvironment}});
         ASSERT_TRUE(clGallery.bPress(rst.pszKeys));
         EXPECT_NE(clGallery.csText().find(rst.pszShown), std::string::npos) << clGallery.csText();
     }

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "tests/gallery/gallery.h"
+#include "tests/tui/tui_terminal.h"
 
 namespace kalmo {
 namespace {
@@ -33,7 +33,7 @@ class Directory : public testing::Test {
 
     // The chooser, run by somebody who may not read everything.
     std::vector<std::string> tabCommand(const std::string& rcsPath) const {
-        std::vector<std::string> tab = CGallery::tabCommand({"directory", rcsPath});
+        std::vector<std::string> tab{KALMO_GALLERY, "directory", rcsPath};
         if (::geteuid() == 0) {
             tab.insert(tab.begin(), {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"});
         }
@@ -149,23 +149,6 @@ TEST_F(Directory, IsWalkedWithKeys) {
         CTuiTerminal clTerminal(tabCommand(csWithTree(rst.pszStart)));
         ASSERT_TRUE(clTerminal.bPress(rst.pszKeys));
         EXPECT_EQ(csChosen(clTerminal), csWithTree(rst.pszChosen)) << rst.pszStart << ' ' << rst.pszKeys;
-    }
-}
-
-TEST_F(Directory, ReturnsThePath) {
-    const struct {
-        const char* pszKeys;
-        const char* pszReport;
-    } TAB[] = {
-        {"Enter", "1, /tmp/kalmo-tree/x"},       {"y KeypadEnter", "1, /tmp/kalmo-tree/xy"},
-        {"Tab*2 Enter", "1, /tmp/kalmo-tree/x"}, {"Tab*3 Space", "0, /tmp/kalmo-tree/x"},
-        {"Tab*4 Enter", "1, /tmp/kalmo-tree/x"},
-    };
-    for (const auto& rst : TAB) {
-        CTuiTerminal clTerminal(tabCommand(TREE + "/x"));
-        ASSERT_TRUE(clTerminal.bPress(rst.pszKeys));
-        EXPECT_EQ(clTerminal.nWaitEnd(), 0);
-        EXPECT_EQ(clTerminal.csText(), std::string("\ndirectory: result ") + rst.pszReport + "\n");
     }
 }
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/gallery/gallery.h"
 #include "tests/support/svg_screen.h"
+#include "tests/tui/tui_terminal.h"
 
 namespace kalmo {
 namespace {
@@ -43,7 +43,7 @@ bool bPicture(const STPicture& rst, const std::string& rcsDirectory, bool bCheck
     CTuiTerminal clTerminal(
         rst.csScreen == "directory"
             ? std::vector<std::string>{"unshare", "--mount", "sh", "-c", PSZ_CHOOSER, KALMO_GALLERY}
-            : CGallery::tabCommand({rst.csScreen}));
+            : std::vector<std::string>{KALMO_GALLERY, rst.csScreen});
     if (!clTerminal.bPress(rst.pszKeys) || !clTerminal.clScreen().bAlternateScreen()) {
         std::fprintf(stderr, "%s: the gallery did not show it\n", rst.csScreen.c_str());
         return false;

@@ -196,37 +196,23 @@ int CEmulator::__nOnMoveCursor(VTermPos stNew, VTermPos /*stOld*/, int /*nVisibl
 }
 
 int CEmulator::__nOnCommand(const char* pcCommand, std::size_t nLength, void* pclSelf) {
-    auto& rclSelf = *static_cast<CEmulator*>(pclSelf);
-    const std::string_view sv(pcCommand, nLength);
-    if (sv.starts_with("4;")) {
-        rclSelf.__SetPaletteColour(sv.substr(2));
-        return 1;
-    }
-    if (sv == "104") {
-        const CEmulator clFresh(1, 1, {});
-        for (int nIndex = 0; nIndex < 16; ++nIndex) {
-            VTermColor st{};
-            vterm_state_get_palette_color(vterm_obtain_state(clFresh.m_pclTerm.get()), nIndex, &st);
-            vterm_state_set_palette_color(vterm_obtain_state(rclSelf.m_pclTerm.get()), nIndex, &st);
-        }
-        return 1;
-    }
-    return 0;
-}
-
-// The arguments of OSC 4: "8;rgb:RR/GG/BB".
-void CEmulator::__SetPaletteColour(std::string_view svArguments) {
+    VTermState* const pclState = vterm_obtain_state(static_cast<CEmulator*>(pclSelf)->m_pclTerm.get());
+    const std::string csCommand(pcCommand, nLength);
     int nIndex = 0;
-    unsigned unRed = 0;
-    unsigned unGreen = 0;
-    unsigned unBlue = 0;
-    if (std::sscanf(std::string(svArguments).c_str(), "%d;rgb:%2x/%2x/%2x", &nIndex, &unRed, &unGreen,
-                    &unBlue) == 4) {
-        VTermColor st{};
-        vterm_color_rgb(&st, static_cast<std::uint8_t>(unRed), static_cast<std::uint8_t>(unGreen),
-                        static_cast<std::uint8_t>(unBlue));
-        vterm_state_set_palette_color(vterm_obtain_state(m_pclTerm.get()), nIndex, &st);
+    unsigned tab[3] = {};
+    VTermColor st{};
+    if (std::sscanf(csCommand.c_str(), "4;%d;rgb:%2x/%2x/%2x", &nIndex, &tab[0], &tab[1], &tab[2]) == 4) {
+        vterm_color_rgb(&st, static_cast<std::uint8_t>(tab[0]), static_cast<std::uint8_t>(tab[1]),
+                        static_cast<std::uint8_t>(tab[2]));
+        vterm_state_set_palette_color(pclState, nIndex, &st);
+        return 1;
     }
+    const CEmulator clFresh(1, 1, {});
+    for (nIndex = 0; csCommand == "104" && nIndex < 16; ++nIndex) {
+        vterm_state_get_palette_color(vterm_obtain_state(clFresh.m_pclTerm.get()), nIndex, &st);
+        vterm_state_set_palette_color(pclState, nIndex, &st);
+    }
+    return 1;
 }
 
 }  // namespace kalmo

@@ -88,7 +88,6 @@ class CEmulator {
     static int __nOnProperty(VTermProp eProperty, VTermValue* punValue, void* pclSelf);
     static int __nOnMoveCursor(VTermPos stNew, VTermPos stOld, int nVisible, void* pclSelf);
     static int __nOnCommand(const char* pcCommand, std::size_t nLength, void* pclSelf);
-    void __SetPaletteColour(std::string_view svArguments);
 
     std::unique_ptr<VTerm, CFree> m_pclTerm;
     VTermScreen* m_pclScreen;

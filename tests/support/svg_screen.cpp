@@ -15,31 +15,14 @@ constexpr int BASE_LINE = 14;
 constexpr unsigned PLAIN_FOREGROUND = 0xE5E5E5;
 constexpr unsigned PLAIN_BACKGROUND = 0x000000;
 
-struct STPaint {
-    unsigned unForeground;
-    unsigned unBackground;
-    bool bBold;
-    bool bUnderline;
-    friend bool operator==(const STPaint&, const STPaint&) = default;
-};
-
-STPaint stPaint(const CEmulator& rclScreen, const STLook& rst) {
-    STPaint st{rst.nForeground < 0 ? PLAIN_FOREGROUND : rclScreen.unPaletteColour(rst.nForeground),
-               rst.nBackground < 0 ? PLAIN_BACKGROUND : rclScreen.unPaletteColour(rst.nBackground), rst.bBold,
-               rst.bUnderline};
-    if (rst.bReverse) {
-        std::swap(st.unForeground, st.unBackground);
-    }
-    return st;
+[[gnu::format(printf, 1, 2)]] std::string csFormat(const char* pszFormat, ...) {
+    char szBuffer[512];
+    va_list tabArgument;
+    va_start(tabArgument, pszFormat);
+    std::vsnprintf(szBuffer, sizeof szBuffer, pszFormat, tabArgument);
+    va_end(tabArgument);
+    return szBuffer;
 }
-
-// Neighbouring cells of a row that are painted alike.
-struct STRun {
-    int nColumn = 0;
-    int nCells = 0;
-    STPaint stPaint{};
-    std::string csText;
-};
 
 std::string csEscape(const std::string& rcs) {
     std::string csResult;
@@ -49,51 +32,28 @@ std::string csEscape(const std::string& rcs) {
     return csResult;
 }
 
-[[gnu::format(printf, 1, 2)]] std::string csFormat(const char* pszFormat, ...) {
-    char szBuffer[256];
-    va_list tabArgument;
-    va_start(tabArgument, pszFormat);
-    std::vsnprintf(szBuffer, sizeof szBuffer, pszFormat, tabArgument);
-    va_end(tabArgument);
-    return szBuffer;
-}
-
-std::string csDrawRun(const STRun& rst, int nRow) {
-    const int nLeft = rst.nColumn * CELL_WIDTH;
+// Neighbouring cells of one look.
+std::string csDrawRun(const CEmulator& rclScreen, STLook st, int nRow, int nColumn, int nWidth) {
+    unsigned unInk = st.nForeground < 0 ? PLAIN_FOREGROUND : rclScreen.unPaletteColour(st.nForeground);
+    unsigned unPaper = st.nBackground < 0 ? PLAIN_BACKGROUND : rclScreen.unPaletteColour(st.nBackground);
+    if (st.bReverse) {
+        std::swap(unInk, unPaper);
+    }
+    const int nLeft = nColumn * CELL_WIDTH;
     const int nTop = nRow * CELL_HEIGHT;
     std::string cs;
-    if (rst.stPaint.unBackground != PLAIN_BACKGROUND) {
+    if (unPaper != PLAIN_BACKGROUND) {
         cs += csFormat("<rect x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\" fill=\"#%06x\"/>\n", nLeft, nTop,
-                       rst.nCells * CELL_WIDTH, CELL_HEIGHT, rst.stPaint.unBackground);
+                       nWidth * CELL_WIDTH, CELL_HEIGHT, unPaper);
     }
-    if (rst.csText.find_first_not_of(' ') != std::string::npos) {
+    const std::string csText = rclScreen.csText(nRow, nColumn, nWidth);
+    if (csText.find_first_not_of(' ') != std::string::npos) {
         cs += csFormat("<text x=\"%d\" y=\"%d\" textLength=\"%d\" fill=\"#%06x\"%s%s>", nLeft,
-                       nTop + BASE_LINE, rst.nCells * CELL_WIDTH, rst.stPaint.unForeground,
-                       rst.stPaint.bBold ? " font-weight=\"bold\"" : "",
-                       rst.stPaint.bUnderline ? " text-decoration=\"underline\"" : "");
-        cs += csEscape(rst.csText) + "</text>\n";
+                       nTop + BASE_LINE, nWidth * CELL_WIDTH, unInk, st.bBold ? " font-weight=\"bold\"" : "",
+                       st.bUnderline ? " text-decoration=\"underline\"" : "");
+        cs += csEscape(csText) + "</text>\n";
     }
     return cs;
-}
-
-std::string csDrawRow(const CEmulator& rclScreen, int nRow) {
-    std::string csRow;
-    STRun stRun;
-    for (int nColumn = 0; nColumn < rclScreen.nColumns(); ++nColumn) {
-        STCell stCell = rclScreen.stCell(nRow, nColumn);
-        const STPaint stCellPaint = stPaint(rclScreen, stCell.stLook);
-        if (stRun.nCells > 0 && stCellPaint != stRun.stPaint) {
-            csRow += csDrawRun(stRun, nRow);
-            stRun = STRun();
-        }
-        if (stRun.nCells == 0) {
-            stRun.nColumn = nColumn;
-            stRun.stPaint = stCellPaint;
-        }
-        ++stRun.nCells;
-        stRun.csText += stCell.csText == "\u00A0" ? " " : stCell.csText;
-    }
-    return csRow + csDrawRun(stRun, nRow);
 }
 
 }  // namespace
@@ -107,7 +67,13 @@ std::string csSvgOfScreen(const CEmulator& rclScreen) {
         "<rect width=\"%d\" height=\"%d\" fill=\"#%06x\"/>\n",
         nWidth, nHeight, nWidth, nHeight, LETTER_SIZE, nWidth, nHeight, PLAIN_BACKGROUND);
     for (int nRow = 0; nRow < rclScreen.nRows(); ++nRow) {
-        cs += csDrawRow(rclScreen, nRow);
+        for (int nStart = 0, nEnd = 0; nStart < rclScreen.nColumns(); nStart = nEnd) {
+            const STLook stLook = rclScreen.stCell(nRow, nStart).stLook;
+            while (nEnd < rclScreen.nColumns() && rclScreen.stCell(nRow, nEnd).stLook == stLook) {
+                ++nEnd;
+            }
+            cs += csDrawRun(rclScreen, stLook, nRow, nStart, nEnd - nStart);
+        }
     }
     if (const STCursor& rst = rclScreen.stCursor(); rst.bVisible) {
         cs += csFormat(

@@ -67,32 +67,6 @@ bool bSleepsInRead(const std::string& rcsFolder, dev_t unTerminal) {
            (st.st_rdev == unTerminal || st.st_rdev == makedev(5, 0));
 }
 
-std::vector<std::string> tabMakeEnvironment(const Terminal::STOptions& rst) {
-    std::vector<std::string> tabChange{"TERM=" + rst.csType, "LC_ALL=C.UTF-8", "LINES", "COLUMNS"};
-    tabChange.insert(tabChange.end(), rst.tabEnvironment.begin(), rst.tabEnvironment.end());
-    std::vector<std::string> tabResult;
-    for (char** ppsz = environ; *ppsz != nullptr; ++ppsz) {
-        tabResult.emplace_back(*ppsz);
-    }
-    for (const std::string& rcs : tabChange) {
-        const std::string csName = rcs.substr(0, rcs.find('='));
-        std::erase_if(tabResult, [&](const std::string& rcsOld) { return rcsOld.starts_with(csName + "="); });
-        if (rcs != csName) {
-            tabResult.push_back(rcs);
-        }
-    }
-    return tabResult;
-}
-
-std::vector<char*> tabPointers(const std::vector<std::string>& tabText) {
-    std::vector<char*> tab;
-    for (const std::string& rcs : tabText) {
-        tab.push_back(const_cast<char*>(rcs.c_str()));
-    }
-    tab.push_back(nullptr);
-    return tab;
-}
-
 }  // namespace
 
 Terminal::Terminal(const std::vector<std::string>& tabArgument, STOptions stOptions)
@@ -107,13 +81,16 @@ Terminal::Terminal(const std::vector<std::string>& tabArgument, STOptions stOpti
         Die("pseudo-terminal");
     }
     Resize(m_stOptions.nColumns, m_stOptions.nRows);
-    __Start(tabArgument);
-}
-
-void Terminal::__Start(const std::vector<std::string>& tabArgument) {
-    const std::vector<std::string> tabEnvironment = tabMakeEnvironment(m_stOptions);
-    const std::vector<char*> tabArgv = tabPointers(tabArgument);
-    const std::vector<char*> tabEnvp = tabPointers(tabEnvironment);
+    // env sets the environment and becomes the program.
+    std::vector<std::string> tabCommand{
+        "env", "-u", "LINES", "-u", "COLUMNS", "TERM=" + m_stOptions.csType, "LC_ALL=C.UTF-8"};
+    tabCommand.insert(tabCommand.end(), m_stOptions.tabEnvironment.begin(), m_stOptions.tabEnvironment.end());
+    tabCommand.insert(tabCommand.end(), tabArgument.begin(), tabArgument.end());
+    std::vector<char*> tabArgv;
+    for (std::string& rcs : tabCommand) {
+        tabArgv.push_back(rcs.data());
+    }
+    tabArgv.push_back(nullptr);
     m_nPid = ::fork();
     if (m_nPid < 0) {
         Die("fork");
@@ -124,7 +101,7 @@ void Terminal::__Start(const std::vector<std::string>& tabArgument) {
             ::signal(nSignal, SIG_DFL);
         }
         if (::login_tty(m_clSlave.nGet()) == 0) {
-            ::execvpe(tabArgv[0], tabArgv.data(), tabEnvp.data());
+            ::execvp(tabArgv[0], tabArgv.data());
         }
         ::_exit(127);
     }

@@ -33,8 +33,8 @@ class Terminal {
         std::string csType = "xterm-256color";
         int nColumns = 80;
         int nRows = 24;
-        /// "NAME=VALUE" on top of the caller's environment; "NAME" takes one away. LC_ALL is C.UTF-8 unless
-        /// set here, LINES and COLUMNS never get through.
+        /// "NAME=VALUE" on top of the caller's environment. LC_ALL is C.UTF-8 unless set here, LINES and
+        /// COLUMNS do not get through.
         std::vector<std::string> tabEnvironment = {};
         /// Longest wait of any operation.
         std::chrono::milliseconds stPatience = std::chrono::seconds(20);
@@ -90,7 +90,6 @@ class Terminal {
   private:
     using CClock = std::chrono::steady_clock;
 
-    void __Start(const std::vector<std::string>& tabArgument);
     void __Drain();
     bool __bEnded();
     [[nodiscard]] bool __bWaitsForKey() const;

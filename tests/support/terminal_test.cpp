@@ -36,14 +36,6 @@ TEST(Terminal, SendsTheKeysOfItsMode) {
 )");
 }
 
-TEST(Terminal, LosesPatience) {
-    Terminal clTerminal({"sh", "-c", "printf out; sleep 100"}, {.stPatience = std::chrono::milliseconds(50)});
-    EXPECT_FALSE(clTerminal.bSettle());
-    EXPECT_FALSE(clTerminal.bWaitText("never"));
-    EXPECT_EQ(clTerminal.nWaitEnd(), -1);
-    EXPECT_EQ(clTerminal.csText(), "\nout\n");
-}
-
 // Hundreds of keys, each read back at once: a settled screen is never a stale one.
 TEST(Terminal, IsSettledOnlyWhenTheKeyWasDealtWith) {
     Terminal clTerminal({"sh", "-c", "stty -echo; while read x; do tput clear; echo $x; done"});

@@ -150,9 +150,9 @@ TEST(Pictures, WindowsGoAndTheScreenIsWholeAgainAtEverySize) {
  | +-------+                       |
  |                      +-----------------+
  |                      |                 |
- |                      |   +-------+     |
- |                      |   | Above |     |
- |                      |   +-------+     |
+ |                      |   +--------+    |
+ |                      |   |Above   |    |
+ |                      |   +--------+    |
  |                      |                 |
  +----------------------+-----------------+
 )");
@@ -167,7 +167,7 @@ TEST(Pictures, WindowsGoAndTheScreenIsWholeAgainAtEverySize) {
                                           {20, 8},
                                           {46, 14}}) {
         clTerminal.Resize(nColumns, nRows);
-        ASSERT_TRUE(clTerminal.bPress("Up")) << nColumns << 'x' << nRows;
+        ASSERT_TRUE(clTerminal.bPress("Right")) << nColumns << 'x' << nRows;
         if (nColumns == 46) {
             EXPECT_EQ(clTerminal.csShow(), csBoth);
         } else if (nColumns > 9) {

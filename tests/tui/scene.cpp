@@ -185,7 +185,7 @@ void Nested(CScene& rclScene) {
     rclScene.m_OnKey = [&rclScene](int nKey) {
         if (nKey == KEY_F(2)) {
             CScene clUpper(24, 4, 20, 8);
-            clUpper.pclAdd<CButton>(L"Above", 4, 2, 10, 4);
+            clUpper.pclAdd<CEntry>(L"Above", 4, 2, 10, 3, L"", CWidget::eBORDER_FRAME);
             Run(clUpper);
         }
         if (nKey == KEY_F(2) || nKey == KEY_F(3)) {

@@ -61,24 +61,19 @@ TEST(Screen, OpensAgain) {
 }
 
 TEST(Screen, TheLoopEndsWithItsInput) {
-    const std::string csScene = std::string(TUI_SCENE) + " lists";
     const struct {
-        const char* pszWhat;
-        std::string csCommand;
-        const char* pszExpected;
-    } TAB[] = {
-        {"empty", csScene + " </dev/null", "report:0 2 -1 -1 1\n"},
-        {"closed", csScene + " <&-", "report:0 2 -1 -1 1\n"},
-        {"exhausted", "printf '  ' | " + csScene, "report:0 2 -1 -1 1 0:2 0:2\n"},
-        {"broken", "printf ' \\377' | " + csScene, "report:0 2 -1 -1 1 0:2\n"},
-    };
+        const char* pszCommand;
+        const char* pszReport;
+    } TAB[] = {{"$0 lists </dev/null", "report:0 2 -1 -1 1\n"},
+               {"$0 lists <&-", "report:0 2 -1 -1 1\n"},
+               {"printf '  ' | $0 lists", "report:0 2 -1 -1 1 0:2 0:2\n"},
+               {"printf ' \\377' | $0 lists", "report:0 2 -1 -1 1 0:2\n"}};  // no character
     for (const auto& rst : TAB) {
-        Terminal clTerminal({"sh", "-c", rst.csCommand});
-        EXPECT_EQ(clTerminal.nWaitEnd(), 0) << rst.pszWhat;
-        EXPECT_NE(clTerminal.csText().find(rst.pszExpected), std::string::npos)
-            << rst.pszWhat << clTerminal.csText();
+        Terminal clTerminal({"sh", "-c", rst.pszCommand, TUI_SCENE});
+        EXPECT_EQ(clTerminal.nWaitEnd(), 0) << rst.pszCommand;
+        EXPECT_NE(clTerminal.csText().find(rst.pszReport), std::string::npos) << clTerminal.csText();
     }
-    Terminal clHungUp({"sh", "-c", "trap '' HUP; exec " + csScene});
+    Terminal clHungUp({"sh", "-c", "trap '' HUP; exec $0 lists", TUI_SCENE});
     ASSERT_TRUE(clHungUp.bSettle());
     clHungUp.HangUp();
     EXPECT_EQ(clHungUp.nWaitEnd(), 0);

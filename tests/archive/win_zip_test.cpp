@@ -1,9 +1,6 @@
 #include "archive/win_zip.h"
 
-#include <gtest/gtest.h>
-
-#include "tests/archive/crafted_zip.h"
-#include "tests/support/temp_folder.h"
+#include "tests/archive/made_zips.h"
 
 namespace kalmo {
 namespace {
@@ -11,7 +8,7 @@ namespace {
 // A record reader over bytes in memory.
 class CReader : public CWinZip {
   public:
-    explicit CReader(std::string_view svBytes) : m_clStream(tabBytes(svBytes)) {
+    explicit CReader(CTLBIN tab) : m_clStream(std::move(tab)) {
         SetStream(&m_clStream, 0);
         m_eOpened = OuvreZip(L"", 0);
     }
@@ -31,30 +28,26 @@ class CReader : public CWinZip {
     CMemoryStream m_clStream;
 };
 
-TEST(WinZip, LocatesAndReadsInPieces) {
-    STCraftedZip st;
-    st.tabEntry.resize(3);
-    st.tabEntry[0].csName = "Dir\\one.txt";
-    st.tabEntry[1].csName = "dir/ONE.txt";
-    st.tabEntry[1].bDeflate = true;
-    for (int n = 0; n < 20000; ++n) {
-        st.tabEntry[1].csData += std::to_string(n * n);
-    }
-    st.tabEntry[2].csName = "mixed/a\\b";
-    st.tabEntry[2].dwCrc = st.tabEntry[2].dwLocalCrc = 1;
-    CReader cl(st.csBytes());
+using WinZip = CMadeZips;
+
+TEST_F(WinZip, LocatesAndReadsInPieces) {
+    CReader cl(tabBytes("walked"));
     ASSERT_EQ(cl.m_eOpened, ARCHIVE_OK);
     std::size_t nRead = 1;
     EXPECT_FALSE(cl.bReadCurrentFileInZip(nullptr, 0, &nRead)) << "nothing is open";
     EXPECT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_NO_CURRENT);
 
+    std::string csSquares;
+    for (int n = 0; n < 20000; ++n) {
+        csSquares += std::to_string(n * n);
+    }
     ASSERT_EQ(cl.LocateFile(L"dir\\ONE.txt", true), ARCHIVE_OK);
     EXPECT_EQ(cl.LocateFile(L"DIR/one.txt", true), ARCHIVE_NOT_LOCATED);
     EXPECT_EQ(cl.LocateFile(L"one.txt", false), ARCHIVE_NOT_LOCATED);
     EXPECT_STREQ(cl.CurrentFile_szName(), L"dir/ONE.txt") << "the one before stays";
     for (const std::size_t nPiece : {1U, 7U, 4096U, 32768U, 1000000U}) {
         ASSERT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_OK);
-        EXPECT_TRUE(cl.csReadAll(nPiece) == st.tabEntry[1].csData) << nPiece;
+        EXPECT_TRUE(cl.csReadAll(nPiece) == csSquares) << nPiece;
         EXPECT_EQ(cl.CloseCurrentFileInZip(1, 0), ARCHIVE_OK);
     }
     // A reading that is broken off has no CRC to compare; opening another entry closes it.
@@ -70,42 +63,24 @@ TEST(WinZip, LocatesAndReadsInPieces) {
     EXPECT_STREQ(cl.CurrentFile_szName(), L"");
 }
 
-TEST(WinZip, CodesOfItsOwn) {
-    STCraftedZip st;
-    EXPECT_EQ(CReader(st.csBytes() + "PK\5\6 too short").m_eOpened, ARCHIVE_READ);
-    EXPECT_EQ(CReader("no archive").m_eOpened, ARCHIVE_BAD);
-    st.tabEntry[0].wFlags = wFLAG_CRYPTE;
-    CReader cl(st.csBytes());
+TEST_F(WinZip, CodesOfItsOwn) {
+    EXPECT_EQ(CReader(tabBytes("short end")).m_eOpened, ARCHIVE_READ);
+    EXPECT_EQ(CReader({}).m_eOpened, ARCHIVE_BAD);
+    CReader cl(tabBytes("listed"));
     ASSERT_EQ(cl.FirstFile(), ARCHIVE_OK);
     EXPECT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_CIPHER);
-
-    const CTempFolder clFolder;
-    clFolder.Write("yes", st.csBytes());
-    clFolder.Write("no", "PK");
-    EXPECT_TRUE(CWinZip::bFichierZip(clFolder.csWide("yes")));
-    EXPECT_FALSE(CWinZip::bFichierZip(clFolder.csWide("no")));
-    EXPECT_FALSE(CWinZip::bFichierZip(clFolder.csWide("missing")));
+    EXPECT_TRUE(CWinZip::bFichierZip(m_clFolder.csWide("sound")));
+    EXPECT_FALSE(CWinZip::bFichierZip(m_clFolder.csWide("refused.1")));
+    EXPECT_FALSE(CWinZip::bFichierZip(m_clFolder.csWide("missing")));
 }
 
-TEST(WinZip, KeepsWhatTheRecordsSay) {
-    STCraftedZip st;
-    st.csPrefix = "12345";
-    st.csComment = "caf\xE9 \x80";
-    st.wDisk = st.wDirectoryDisk = 3;
-    STCraftedEntry& rst = st.tabEntry[0];
-    rst.csName = "l" + std::string(270, 'o') + "ng";
-    rst.csExtra = "extra";
-    rst.csComment = "entry comment";
-    rst.wDisk = 3;
-    st.tabEntry.resize(2);
-    st.tabEntry.push_back(st.tabEntry[0]);
-    st.tabEntry[2].csLocalName = st.tabEntry[2].csName + "er";  // differs behind the part that is used
-    CReader cl(st.csBytes());
+TEST_F(WinZip, KeepsWhatTheRecordsSay) {
+    CReader cl(tabBytes("long names"));
     EXPECT_EQ(cl.csGetCommentaire().svGet(), L"caf\u00E9 \u20AC");
     EXPECT_EQ(cl.u64GetPrefixe(), 5U);
     ASSERT_EQ(cl.FirstFile(), ARCHIVE_OK);
     EXPECT_EQ(cl.pstGetCurrent()->csNom.svGet(), L"l" + std::wstring(259, L'o'));
-    EXPECT_EQ(cl.pstGetCurrent()->tabExtra, tabBytes("extra"));
+    EXPECT_EQ(cl.pstGetCurrent()->tabExtra, (CTLBIN{'e', 'x', 't', 'r', 'a'}));
     EXPECT_EQ(cl.OpenCurrentFileInZip(), ARCHIVE_OK);
     EXPECT_EQ(cl.csReadAll(100), "hello, archive");
     EXPECT_EQ(cl.NextFile(0), ARCHIVE_OK);

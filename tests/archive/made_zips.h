@@ -1,0 +1,41 @@
+#ifndef KALMO_TESTS_ARCHIVE_MADE_ZIPS_H
+#define KALMO_TESTS_ARCHIVE_MADE_ZIPS_H
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "archive/tv_win_zip.h"
+#include "framework/memory_stream.h"
+#include "tests/support/temp_folder.h"
+
+namespace kalmo {
+
+/// A test with the archives of make_zips.py in its folder.
+class CMadeZips : public testing::Test {
+  protected:
+    void SetUp() override {
+        const std::string csCommand =
+            "cd '" + m_clFolder.clPath("").string() + "' && python3 " KALMO_MAKE_ZIPS;
+        ASSERT_EQ(std::system(csCommand.c_str()), 0);
+    }
+    /// The bytes of an archive, to be read from memory.
+    [[nodiscard]] CTLBIN tabBytes(const std::string& csName) const {
+        const std::string cs = m_clFolder.csRead(csName);
+        return {cs.begin(), cs.end()};
+    }
+
+    const CTempFolder m_clFolder;
+};
+
+/// Extracts into memory: the text, or "!" and the code.
+inline std::string csExtract(CTVWinZip& rcl, std::wstring_view svName = L"a.txt") {
+    CTLBIN tab;
+    const eARCHIVE e = rcl.eExtraitFichier(svName, &tab, 0, nullptr, 0, nullptr);
+    return e == ARCHIVE_OK ? std::string(tab.begin(), tab.end()) : "!" + std::to_string(e);
+}
+
+}  // namespace kalmo
+
+#endif

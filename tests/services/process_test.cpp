@@ -79,16 +79,12 @@ TEST(CommandLine, SplitsAtSpacesAndGroupsByQuotes) {
 }
 
 TEST_F(ProcessTest, AThousandInARowWithTheirExitCodes) {
-    CLanceProcessus clProcess;
     for (unsigned dw = 0; dw < 1000; ++dw) {
+        CLanceProcessus clProcess;
         ASSERT_TRUE(bLaunchShell(&clProcess, L"echo $$; exit " + std::to_wstring(dw % 256))) << dw;
-        if (dw % 3 == 0) {
-            ASSERT_TRUE(clProcess.bLitSortieEtAttendFinExecution(nullptr, nullptr));
-        } else if (dw % 3 == 1) {
-            ASSERT_TRUE(bEventually([&] { return clProcess.bProcessusTermine(); }));
-        }
+        ASSERT_TRUE(dw % 3 != 0 || clProcess.bLitSortieEtAttendFinExecution(nullptr, nullptr));
+        ASSERT_TRUE(dw % 3 != 1 || bEventually([&] { return clProcess.bProcessusTermine(); }));
         ASSERT_EQ(dwAwait(&clProcess), dw % 256);
-        clProcess.bLibere();
     }
 }
 
@@ -142,18 +138,11 @@ TEST_F(ProcessTest, LaunchesWritesAndReadsInPieces) {
     EXPECT_TRUE(clProcess.bEcritEntree("two\n", 4));
     EXPECT_TRUE(bEventually([&] { return !clProcess.bLitSortie_NonBloquant(&csOutput); }));
     EXPECT_EQ(csOutput.svGet(), "one\ntwo\n");
-
-    // A child that never reads: no SIGPIPE, and nothing hangs.
-    const std::string csMuch(1 << 20, 'x');
-    clProcess.bLibere();
-    ASSERT_TRUE(bLaunchShell(&clProcess, L"sleep 0.3; exit 3"));
-    EXPECT_FALSE(clProcess.bEcritEntree(csMuch.data(), 1 << 20));
-    EXPECT_EQ(dwAwait(&clProcess), 3U);
 }
 
 TEST_F(ProcessTest, WaitingWithoutReadingHangsOnNothing) {
-    const auto clStart = std::chrono::steady_clock::now();
     // A full pipe, an input that does not end, a process left behind that holds the pipe much longer.
+    const auto clStart = std::chrono::steady_clock::now();
     for (const wchar_t* const psz :
          {L"head -c 1000000 /dev/zero; exit 6", L"cat >/dev/null; exit 6", L"sleep 8 & exit 6"}) {
         CLanceProcessus clProcess;
@@ -161,7 +150,13 @@ TEST_F(ProcessTest, WaitingWithoutReadingHangsOnNothing) {
         EXPECT_EQ(dwAwait(&clProcess), 6U);
     }
     EXPECT_LT(std::chrono::steady_clock::now() - clStart, 5s);
+    // A child that never reads: no SIGPIPE.
+    const std::string csMuch(1 << 20, 'x');
     CLanceProcessus clProcess;
+    ASSERT_TRUE(bLaunchShell(&clProcess, L"sleep 0.3; exit 3"));
+    EXPECT_FALSE(clProcess.bEcritEntree(csMuch.data(), 1 << 20));
+    EXPECT_EQ(dwAwait(&clProcess), 3U);
+    clProcess.bLibere();
     ASSERT_TRUE(clProcess.bLanceProcessus(L"/bin/sleep", L"60", nullptr));
     clProcess.Kill();
     EXPECT_EQ(dwAwait(&clProcess), 9U);
@@ -170,8 +165,7 @@ TEST_F(ProcessTest, WaitingWithoutReadingHangsOnNothing) {
 TEST_F(ProcessTest, ChildrenThatEndInABurstAreAllCollected) {
     std::deque<CLanceProcessus> tabKept(100);
     {
-        // All their signals are merged into one.
-        const CSignalBlock clBlock{SIGCHLD};
+        const CSignalBlock clBlock{SIGCHLD};  // all their signals are merged into one
         for (unsigned dw = 0; dw < 100; ++dw) {
             ASSERT_TRUE(bLaunchShell(&tabKept[dw], L"exit " + std::to_wstring(dw)));
             CLanceProcessus clLeftAlone;

@@ -51,16 +51,13 @@ TEST(SystemctlOutput, UnitNames) {
     EXPECT_EQ(csNames("a.service.service\n  b.service", L""), L"a|  b|marked");
 }
 
-std::wstring csMarked(const std::string& csScript, std::string_view svMarker, std::size_t nMaxLine) {
+std::wstring csProgram(const std::string& csScript, std::string_view svMarker = svProgramMarker,
+                       std::size_t nMaxLine = nMaxProgramLine) {
     CMemoryStream clScript(CTLBIN(csScript.begin(), csScript.end()));
     CTString csText(L"-");
     const bool bFound = bReadMarkedText(clScript, svMarker, nMaxLine, &csText);
     EXPECT_EQ(bFound, csText != L"-");
     return std::wstring(csText.svGet());
-}
-
-std::wstring csProgram(const std::string& csScript) {
-    return csMarked(csScript, svProgramMarker, nMaxProgramLine);
 }
 
 TEST(InitScript, MarkedText) {
@@ -76,7 +73,7 @@ TEST(InitScript, MarkedText) {
     EXPECT_EQ(csProgram(std::string(142, '#') + "Program=\"abc\"\n"), L"-");
     EXPECT_EQ(csProgram(std::string(150, '#') + "Program=\"abc\""), L"abc");
     const std::string csLongName = std::string(237, '#') + "Name=\"abcdef\"";
-    EXPECT_EQ(csMarked(csLongName, svDisplayNameMarker, nMaxDisplayNameLine), L"abcdef");
+    EXPECT_EQ(csProgram(csLongName, svDisplayNameMarker, nMaxDisplayNameLine), L"abcdef");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "services/service.h"
 
 #include <cerrno>
+#include <tuple>
 
 #include "tests/services/stand_in.h"
 
@@ -18,13 +19,8 @@ TEST_F(ServiceManagerTest, TheFirstOfSeveralSignsDecides) {
         EXPECT_TRUE(m_clManager.bInit(L"only the first time counts", 0xF003F));
         return CServiceManager::ms_eDistri;
     };
-    struct STCase {
-        const char* pszPath;
-        std::string csText;
-        int nDistri;
-    };
     // In the order in which they are looked at: each one decides while all those behind it are there too.
-    const STCase tabCase[] = {
+    const std::tuple<const char*, std::string, int> tabCase[] = {
         {PSZ_SYSTEMCTL, "#!/bin/sh\n[ \"$*\" = '--no-pager --no-legend' ]\n", 7},
         {"/etc/debian_version", "", 0},
         {"/etc/mandrake-release", "", 2},
@@ -40,11 +36,11 @@ TEST_F(ServiceManagerTest, TheFirstOfSeveralSignsDecides) {
         {"/etc/init.d/function", "", 1},
         {"/etc/init.d/functions", "", 0},
     };
-    for (const STCase& rst : tabCase) {
-        Write(rst.pszPath, "");
+    for (const auto& [pszPath, csText, nDistri] : tabCase) {
+        Write(pszPath, "");
     }
-    for (const STCase& rst : tabCase) {
-        EXPECT_EQ(nDetect(rst.pszPath, rst.csText), rst.nDistri) << rst.pszPath;
+    for (const auto& [pszPath, csText, nDistri] : tabCase) {
+        EXPECT_EQ(nDetect(pszPath, csText), nDistri) << pszPath;
     }
     EXPECT_EQ(nDetect("/etc/redhat-release", "Red Hat Linux release 9"), 1);
     EXPECT_EQ(nDetect("/etc/redhat-release", "FEDORA Core"), 3);
@@ -109,33 +105,30 @@ TEST_F(ServiceTest, SysVCommandsAndWhatTheySilence) {
         Tool(PSZ_SCRIPT, std::string("echo out; echo \"err $*\" >&2; exit ") + (bWorks ? "0" : "3"));
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        for (const bool bDone :
-             {m_clService.bStart(nullptr), m_clService.bStart(L"a \u00E9"), m_clService.bStop(),
-              m_clService.bRestart(), m_clService.bSendControlCommand(dwControlStop),
-              m_clService.bSendControlCommand(dwControlReload)}) {
-            EXPECT_EQ(bDone, bWorks);
-        }
+        EXPECT_EQ(m_clService.bStart(nullptr), bWorks);
+        EXPECT_EQ(m_clService.bStart(L"a \u00E9"), bWorks);
+        EXPECT_EQ(m_clService.bStop(), bWorks);
+        EXPECT_EQ(m_clService.bRestart(), bWorks);
+        EXPECT_EQ(m_clService.bSendControlCommand(dwControlStop), bWorks);
+        EXPECT_EQ(m_clService.bSendControlCommand(dwControlReload), bWorks);
         EXPECT_FALSE(m_clService.bSendControlCommand(2));
         EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "err start\nerr start a \xC3\xA9\n");
         EXPECT_EQ(csTakeRecord(),
                   "svc start\nsvc start a \xC3\xA9\nsvc stop\nsvc restart\nsvc stop\nsvc reload\n");
     }
-}
-
-TEST_F(ServiceTest, Status) {
-    const auto nStatus = [this](const char* pszTool, const char* pszBody) {
-        Tool(pszTool, pszBody);
-        return static_cast<int>(m_clService.eGetStatus());
-    };
-    EXPECT_EQ(nStatus(PSZ_SCRIPT, "exit 0"), 4);
-    EXPECT_EQ(nStatus(PSZ_SCRIPT, "exit 1"), 8);
-    EXPECT_EQ(nStatus(PSZ_SCRIPT, "exit 2"), 1);
+    // The status.
+    for (const auto& [pszBody, nStatus] : {std::pair("exit 0", 4), {"exit 1", 8}, {"exit 2", 1}}) {
+        Tool(PSZ_SCRIPT, pszBody);
+        EXPECT_EQ(m_clService.eGetStatus(), nStatus);
+    }
     std::filesystem::permissions(PSZ_SCRIPT, std::filesystem::perms(0644));
     EXPECT_EQ(m_clService.eGetStatus(), -1);
     CServiceManager::ms_eDistri = eSystemd;
-    EXPECT_EQ(nStatus(PSZ_SYSTEMCTL, "echo ActiveState=Reloading"), 4);
-    EXPECT_EQ(nStatus(PSZ_SYSTEMCTL, "echo ActiveState=maintenance"), 1);
+    for (const auto& [pszBody, nStatus] : {std::pair("Reloading", 4), {"maintenance", 1}}) {
+        Tool(PSZ_SYSTEMCTL, std::string("echo ActiveState=") + pszBody);
+        EXPECT_EQ(m_clService.eGetStatus(), nStatus);
+    }
 }
 
 TEST_F(ServiceTest, SystemdRemovalGoesInOrder) {

@@ -27,8 +27,8 @@ constexpr struct {
  | |name        |  |text       |   bare        |greyed|  |   .rrrnnnnnnnnnnnnrrrrnnnnnnnnnnnrnrrnnnnrrrrrrrrrddddddrrrrn.
  | +------------+  +-----------+               +------+  |   .rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrnrrrrrrrrrrrrrrrrrrrrrrrrrn.
  |                                             +-A lon+  |   .rrrrrrrrrrrrrrrrrrrnnnnnnnnnnnnnrrrrrrrrrrrrrrrrrrrrrrrrrn.
- | [ ]keep the       +--------------+  plain   |      |  |   .rrnnnrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrssssssrrrggggggrrrrn.
- |    settings today |A framed text |  text    +------+  |   .rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrssssrrrrrrrrrrrrrrrn.
+ | [ ]keep it        +--------------+  plain   |      |  |   .rrnnnrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrssssssrrrggggggrrrrn.
+ |    running today  |A framed text |  text    +------+  |   .rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrssssrrrrrrrrrrrrrrrn.
  |                   |that is longer|  +-Progress-------+|   .rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn.
  | [X]wide           +--------------+  |                ||   .rrnmnrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrggggggnnnnnnnnnnrrn.
  +-------------------------------------+----------------++   .rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn.

@@ -125,7 +125,7 @@ void Fields(CScene& rclScene) {
     rclScene.pclAdd<CEntry>(L"text", 18, 6, 14, 4, L"Much longer label", CWidget::eBORDER_SHADOW);
     rclScene.pclAdd<CEntry>(L"bare", 34, 7, 10, 1, L"unseen", CWidget::eBORDER_NONE)->SetMaxLength(12);
     rclScene.pclAdd<CEntry>(L"greyed", 46, 6, 8, 3, L"", CWidget::eBORDER_FRAME)->SetEnable(0);
-    rclScene.pclAdd<CCheckBox>(L"keep the settings today", 2, 10, 18, 2, 0);
+    rclScene.pclAdd<CCheckBox>(L"keep it running today", 2, 10, 18, 2, 0);
     rclScene.pclAdd<CCheckBox>(L"wide", 2, 13, 10, 1, 1);
     rclScene.pclAdd<CLibel>(L"A framed text that is longer than its frame", 20, 10, 16, 4, 1, ATTR_BORDER);
     rclScene.pclAdd<CLibel>(L"plain text", 38, 10, 6, 2, 0, ATTR_SELECTED);

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -15,23 +14,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Runs a shell command in a folder. Archivers mark names as UTF-8 only where the locale is.
-void Shell(const fs::path& rclFolder, const std::string& csCommand) {
-    const std::string cs =
-        "export LC_ALL=C.UTF-8; cd '" + rclFolder.string() + "' && { " + csCommand + "; } >/dev/null";
-    ASSERT_EQ(std::system(cs.c_str()), 0) << csCommand;
-}
-
-// The originals: texts, noise, a program, nothing at all, in folders and with awkward names. So many small
-// ones for split sets that the directory crosses from one volume to the next.
-void MakeOriginals(const fs::path& rclFolder, int nSmallOnes = 30) {
-    fs::create_directory(rclFolder);
-    Shell(rclFolder, R"(mkdir -p lib/deep/er 'empty folder'
+// The originals, in the folder "in": texts, noise, a program, nothing at all, in folders and with awkward
+// names.
+void MakeOriginals(const CTempFolder& rcl, int nSmallOnes = 30) {
+    ASSERT_TRUE(rcl.bShell(R"(mkdir -p in/lib/deep/er in/'empty folder' && cd in
         head -c 200000 /dev/urandom >noise.bin; head -c 32768 noise.bin >exactly32768; : >nothing
         seq 50000 >lib/text.txt; printf 1 >'lib/deep/er/one byte'
         cp /bin/ls lib/program.so; chmod 4751 lib/program.so
         split -n l/)" + std::to_string(nSmallOnes) +
-                         " -a 3 exactly32768 a_name_of_some_length_so_that_the_directory_grows_");
+                           " -a 3 exactly32768 a_name_of_some_length_so_that_the_directory_grows_"));
 }
 
 // Opens FOLDER/a.zip and extracts all of it into FOLDER/out.
@@ -67,9 +58,9 @@ const STArchiver tabArchiver[] = {
     {"zip64", "zip -q -r -X -fz ../a.zip . && grep -aq 'PK\006\007' ../a.zip"},
     {"streamed", "zip -q -r - . | cat >../a.zip && grep -aq 'PK\007\010' ../a.zip"},
     {"streamed_enciphered", "zip -q -r -P 'pass word' - . | cat >../a.zip"},
-    {"7z", "7z a -tzip -bd -y ../a.zip ."},
-    {"7z_stored", "7z a -tzip -mm=Copy -bd -y ../a.zip ."},
-    {"7z_enciphered", "7z a -tzip -mem=ZipCrypto '-ppass word' -bd -y ../a.zip ."},
+    {"7z", "7z a -tzip -bd -y ../a.zip . >/dev/null"},
+    {"7z_stored", "7z a -tzip -mm=Copy -bd -y ../a.zip . >/dev/null"},
+    {"7z_enciphered", "7z a -tzip -mem=ZipCrypto '-ppass word' -bd -y ../a.zip . >/dev/null"},
     {"bsdtar", "bsdtar --format zip -c -f ../a.zip *"},
     {"bsdtar_stored", "bsdtar --format zip --options zip:compression=store -c -f ../a.zip *"},
     {"bsdtar_enciphered",
@@ -91,18 +82,22 @@ const STArchiver tabArchiver[] = {
      "c)\""},
 };
 
+// Archivers mark names as UTF-8 only where the locale is.
+const std::string csInUtf8 = "export LC_ALL=C.UTF-8; ";
+
 class Archiver : public testing::TestWithParam<STArchiver> {};
 
 TEST_P(Archiver, EveryByteComesBack) {
     const std::string csName = GetParam().pszName;
     const CTempFolder clFolder;
-    MakeOriginals(clFolder.clPath("in"), csName.starts_with("split") ? 650 : 30);
-    Shell(clFolder.clPath("in"), GetParam().pszCommand);
+    // For split sets so many small ones that the directory crosses from one volume to the next.
+    MakeOriginals(clFolder, csName.starts_with("split") ? 650 : 30);
+    ASSERT_TRUE(clFolder.bShell(csInUtf8 + "cd in; " + GetParam().pszCommand));
     CTVWinZip cl;
     ASSERT_EQ(cl.eMotDePasse(L"pass word"), ARCHIVE_OK);
     Extract(cl, clFolder);
-    fs::remove(clFolder.clPath("in/empty folder"));  // directories without files are not kept
-    Shell(clFolder.clPath(""), "diff -r in out && test ! -u out/lib/program.so");
+    // Directories without files are not kept, nor are set-id bits.
+    EXPECT_TRUE(clFolder.bShell("rmdir in/'empty folder' && diff -r in out && test ! -u out/lib/program.so"));
     if (csName.ends_with("enciphered")) {
         ASSERT_EQ(cl.eMotDePasse(nullptr), ARCHIVE_OK);
         CTLBIN tab;
@@ -124,13 +119,14 @@ TEST(ArchiverNames, CodePage437AndUtf8) {
         {"python3 -c 'import zipfile as z\n"
          "z.ZipFile(\"a.zip\", \"w\").writestr(\"\\u20ac/\\U0001f600.txt\", \"body\")'",
          L"\u20AC/\U0001F600.txt"},
-        {"echo >'\xE2\x82\xAC\xC3\xA9' && 7z a -tzip -bd -y a.zip '\xE2\x82\xAC\xC3\xA9'", L"\u20AC\u00E9"},
+        {"echo >'\xE2\x82\xAC\xC3\xA9' && 7z a -tzip -bd -y a.zip '\xE2\x82\xAC\xC3\xA9' >/dev/null",
+         L"\u20AC\u00E9"},
         {"echo >'\xE2\x82\xAC\xC3\xA9' && bsdtar --format zip -c -f a.zip '\xE2\x82\xAC\xC3\xA9'",
          L"\u20AC\u00E9"},
     };
     for (const auto& [pszCommand, pszName] : tabCase) {
         const CTempFolder clFolder;
-        Shell(clFolder.clPath(""), pszCommand);
+        ASSERT_TRUE(clFolder.bShell(csInUtf8 + pszCommand));
         CTVWinZip cl;
         Extract(cl, clFolder);
         EXPECT_STREQ(cl.pszNomFichier(0), pszName);
@@ -141,9 +137,9 @@ TEST(ArchiverNames, CodePage437AndUtf8) {
 TEST(ArchiverCounts, NoneAndAHundredThousand) {
     const CTempFolder clFolder;
     CTVWinZip cl;
-    Shell(clFolder.clPath(""),
-          "python3 -m zipfile -c none.zip && seq -f '%06.0f' 100000 >list && mkdir in && cd in && "
-          "xargs touch <../list && echo last >100000 && zip -q -X -fz -r ../many.zip .");
+    ASSERT_TRUE(clFolder.bShell(R"(python3 -m zipfile -c none.zip
+        seq -f %06.0f 100000 >list && mkdir in && cd in && xargs touch <../list && echo last >100000
+        zip -q -X -fz -r ../many.zip .)"));
     ASSERT_EQ(cl.eOuvreArchive(clFolder.csWide("none.zip"), 0, 0), ARCHIVE_OK);
     EXPECT_EQ(cl.dwNombreFichier(), 0U);
     ASSERT_EQ(cl.eOuvreArchive(clFolder.csWide("many.zip"), 0, 0), ARCHIVE_OK);
@@ -156,8 +152,8 @@ TEST(ArchiverCounts, NoneAndAHundredThousand) {
 
 TEST(ArchiverVolumes, AMissingOneIsACleanFailure) {
     const CTempFolder clFolder;
-    MakeOriginals(clFolder.clPath("in"));
-    Shell(clFolder.clPath("in"), "zip -q -r -0 -s 64k ../a.zip lib noise.bin && rm ../a.z02");
+    MakeOriginals(clFolder);
+    ASSERT_TRUE(clFolder.bShell("cd in; zip -q -r -0 -s 64k ../a.zip lib noise.bin && rm ../a.z02"));
     CTVWinZip cl;
     ASSERT_EQ(cl.eOuvreArchive(clFolder.csWide("a.zip"), 0, 0), ARCHIVE_OK);
     int nGood = 0;

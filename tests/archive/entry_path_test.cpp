@@ -83,12 +83,9 @@ TEST(EntryPath, DirectoriesAreMadeBelowTheRoot) {
 
 TEST(EntryPath, NothingBelowTheRootIsFollowed) {
     const CTempFolder clFolder;
-    fs::create_directories(clFolder.clPath("root/sub"));
-    fs::create_directory(clFolder.clPath("outside"));
-    fs::create_directory_symlink(clFolder.clPath("outside"), clFolder.clPath("root/link"));
-    fs::create_directory_symlink("nowhere", clFolder.clPath("root/sub/dangling"));
-    fs::create_directory_symlink(clFolder.clPath("root"), clFolder.clPath("way"));
-    clFolder.Write("root/file", "");
+    ASSERT_TRUE(
+        clFolder.bShell("mkdir -p root/sub outside; touch root/file; ln -s root way; "
+                        "ln -s ../outside root/link; ln -s nowhere root/sub/dangling"));
     for (const wchar_t* const psz : {L"link/evil", L"link/a/b/evil", L"sub/dangling/evil", L"file/evil"}) {
         CFSPath clPath;
         errno = 0;

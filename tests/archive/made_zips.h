@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "archive/tv_win_zip.h"
@@ -15,11 +14,7 @@ namespace kalmo {
 /// A test with the archives of make_zips.py in its folder.
 class CMadeZips : public testing::Test {
   protected:
-    void SetUp() override {
-        const std::string csCommand =
-            "cd '" + m_clFolder.clPath("").string() + "' && python3 " KALMO_MAKE_ZIPS;
-        ASSERT_EQ(std::system(csCommand.c_str()), 0);
-    }
+    void SetUp() override { ASSERT_TRUE(m_clFolder.bShell("python3 " KALMO_MAKE_ZIPS)); }
     /// The bytes of an archive, to be read from memory.
     [[nodiscard]] CTLBIN tabBytes(const std::string& csName) const {
         const std::string cs = m_clFolder.csRead(csName);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -58,11 +57,7 @@ TEST(FileVersion, OfProgramsAndOtherFiles) {
 /// ELF files of other word sizes and byte orders, and what no linker writes.
 class MadeElf : public testing::Test {
   protected:
-    void SetUp() override {
-        const std::string csCommand =
-            "cd '" + m_clFolder.clPath("").string() + "' && python3 " KALMO_MAKE_ELF;
-        ASSERT_EQ(std::system(csCommand.c_str()), 0);
-    }
+    void SetUp() override { ASSERT_TRUE(m_clFolder.bShell("python3 " KALMO_MAKE_ELF)); }
     [[nodiscard]] std::wstring csOf(const std::string& csFile) const {
         return csVersionOfFile(m_clFolder.csWide(csFile));
     }

@@ -26,20 +26,19 @@ using namespace std::string_literals;
 using eMODE = CDiskFile::eMODE;
 
 TEST(FSPath, JoinsUpTo260Characters) {
-    const struct {
-        std::wstring csPath, csName, csJoined;  // an empty result: refused
-    } tabCase[] = {{L"", L"a", L"a"},
-                   {L"/", L"a", L"/a"},
-                   {L"\\a\\", L"b\\c", L"/a/b/c"},
-                   {L"/a", L"", L"/a/"},
-                   {std::wstring(258, L'x'), L"y", std::wstring(258, L'x') + L"/y"},
-                   {std::wstring(259, L'x'), L"y", L""},
-                   {L"/a", std::wstring(L"b\0c", 3), L""}};
-    for (const auto& rst : tabCase) {
+    using CCase = std::array<std::wstring, 3>;  // path, name, result; empty: refused
+    for (const auto& [csPath, csName, csJoined] :
+         {CCase{L"", L"a", L"a"},
+          {L"/", L"a", L"/a"},
+          {L"\\a\\", L"b\\c", L"/a/b/c"},
+          {L"/a", L"", L"/a/"},
+          {std::wstring(258, L'x'), L"y", std::wstring(258, L'x') + L"/y"},
+          {std::wstring(259, L'x'), L"y", L""},
+          {L"/a", std::wstring(L"b\0c", 3), L""}}) {
         CFSPath clPath;
-        ASSERT_TRUE(clPath.bSet(rst.csPath));
-        EXPECT_EQ(clPath.bAppend(rst.csName), !rst.csJoined.empty());
-        EXPECT_EQ(clPath.svGet(), rst.csJoined.empty() ? rst.csPath : rst.csJoined);
+        ASSERT_TRUE(clPath.bSet(csPath));
+        EXPECT_EQ(clPath.bAppend(csName), !csJoined.empty());
+        EXPECT_EQ(clPath.svGet(), csJoined.empty() ? csPath : csJoined);
     }
     CPathBuffer szPath;
     EXPECT_TRUE(CDiskFile::MakePath(szPath, L"/a/", L"ZDConf", L"ini"));
@@ -49,12 +48,13 @@ TEST(FSPath, JoinsUpTo260Characters) {
 }
 
 TEST(FSPath, Splits) {
-    const wchar_t* const tabCase[][4] = {{L"/a/b.c.d", L"/a/", L"b.c", L"d"},
-                                         {L"a\\b.", L"a\\", L"b", L""},
-                                         {L"/a.b/", L"/a.b/", L"", L""},
-                                         {L".d", L"", L"", L"d"},
-                                         {L"b", L"", L"b", L""}};
-    for (const auto& [pszPath, pszDirectory, pszBase, pszExtension] : tabCase) {
+    using CCase = std::array<const wchar_t*, 4>;
+    for (const auto& [pszPath, pszDirectory, pszBase, pszExtension] :
+         {CCase{L"/a/b.c.d", L"/a/", L"b.c", L"d"},
+          {L"a\\b.", L"a\\", L"b", L""},
+          {L"/a.b/", L"/a.b/", L"", L""},
+          {L".d", L"", L"", L"d"},
+          {L"b", L"", L"b", L""}}) {
         const STPathParts st = CFSPath::stSplit(pszPath);
         EXPECT_EQ(st.svDirectory, pszDirectory);
         EXPECT_EQ(st.svBaseName, pszBase);
@@ -70,12 +70,11 @@ TEST(DiskFile, RefusesPathsThatMustNotBeUsed) {
     csLongest.resize(nTailleMaxPath, L'\u00E9');
     CDiskFile clFile;
     EXPECT_TRUE(clFile.bOpen(csLongest, eMODE::Create));
-    const std::pair<std::wstring, int> tabCase[] = {{csLongest + L"x", ENAMETOOLONG},
-                                                    {clFolder.csWide("a") + std::wstring(1, L'\0'), EINVAL},
-                                                    {L"", EINVAL},
-                                                    {clFolder.csWide(""), EISDIR},
-                                                    {clFolder.csWide("none/a"), ENOENT}};
-    for (const auto& [csPath, nError] : tabCase) {
+    for (const auto& [csPath, nError] : {std::pair(csLongest + L"x", ENAMETOOLONG),
+                                         {clFolder.csWide("a") + L'\0', EINVAL},
+                                         {L"", EINVAL},
+                                         {clFolder.csWide(""), EISDIR},
+                                         {clFolder.csWide("none/a"), ENOENT}}) {
         EXPECT_FALSE(clFile.bOpen(csPath, eMODE::Create));
         EXPECT_EQ(errno, nError) << csPath.size();
         EXPECT_FALSE(CDiskFile::bFileExists(csPath));
@@ -85,31 +84,23 @@ TEST(DiskFile, RefusesPathsThatMustNotBeUsed) {
 // Neither a link's target nor another name of the file is written to, and no pipe.
 TEST(DiskFile, CreateWritesNowhereElse) {
     const CTempFolder clFolder;
-    const std::string csPath = clFolder.clPath("f");
-    const std::string csOther = clFolder.clPath("other");
     const auto Create = [&clFolder] {
         CDiskFile clFile;
         EXPECT_TRUE(clFile.bOpen(clFolder.csWide("f"), eMODE::Create, 0600) && clFile.bWrite("new", 3));
     };
     clFolder.Write("other", "other file");
-    for (int n = 0; n < 4; ++n) {
-        ::unlink(csPath.c_str());
-        ASSERT_EQ(n == 0   ? ::symlink("other", csPath.c_str())
-                  : n == 1 ? ::symlink("none", csPath.c_str())
-                  : n == 2 ? ::link(csOther.c_str(), csPath.c_str())
-                           : ::mkfifo(csPath.c_str(), 0600),
-                  0);
+    for (const char* const pszPutInTheWay : {"ln -s other f", "ln -s none f", "ln other f", "mkfifo f"}) {
+        ASSERT_TRUE(clFolder.bShell(std::string("rm -f f; ") + pszPutInTheWay));
         Create();
         EXPECT_EQ(clFolder.csRead("other") + "|" + clFolder.csRead("none") + "|" + clFolder.csRead("f"),
                   "other file|(none)|new");
     }
     // A plain file stays the same one, with its permissions.
-    clFolder.Write("f", "longer than before");
-    ASSERT_EQ(::chmod(csPath.c_str(), 0640), 0);
-    std::ifstream clBefore(csPath);
+    ASSERT_TRUE(clFolder.bShell("rm f; echo longer than before >f; chmod 640 f"));
+    std::ifstream clBefore(clFolder.clPath("f"));
     Create();
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(clBefore), {}), "new");
-    EXPECT_EQ(std::filesystem::status(csPath).permissions(), std::filesystem::perms(0640));
+    EXPECT_EQ(std::filesystem::status(clFolder.clPath("f")).permissions(), std::filesystem::perms(0640));
 }
 
 TEST(DiskFile, Directories) {
@@ -118,11 +109,9 @@ TEST(DiskFile, Directories) {
     EXPECT_TRUE(CDiskFile::bCreateDirectory(clFolder.csWide("x/../y")));
     EXPECT_TRUE(CDiskFile::bDirectoryExists(clFolder.csWide("y")));
     EXPECT_TRUE(CDiskFile::bCreateDirectory(L"/"));
-    clFolder.Write("file", "");
+    ASSERT_TRUE(clFolder.bShell("touch file; ln -s a link"));
     EXPECT_FALSE(CDiskFile::bCreateDirectory(clFolder.csWide("file")));
     EXPECT_EQ(errno, ENOTDIR);
-
-    ASSERT_EQ(::symlink("a", clFolder.clPath("link").c_str()), 0);
     const auto bSame = [](const std::wstring& csLeft, const std::wstring& csRight) {
         const bool b = CDiskFile::bSameDirectoryName(csLeft, csRight);
         EXPECT_EQ(CDiskFile::bSameDirectoryName(csRight, csLeft), b);
@@ -219,13 +208,9 @@ TEST(ReadCache, ForgetsItsWindowWhenAReadFails) {
 
 TEST(FileSearch, FindsByPatternAndKind) {
     const CTempFolder clFolder;
-    for (const char* const psz :
-         {"tva.so", "tv.so", "tv[1].so", "tv1.so", "TVB.so", ".tvc.so", "tv\xFF.so"}) {
-        clFolder.Write(psz, "");
-    }
-    std::filesystem::create_directory(clFolder.clPath("tvd.so"));
-    ASSERT_EQ(::symlink("tva.so", clFolder.clPath("tvl.so").c_str()), 0);
-    ASSERT_EQ(::symlink("none", clFolder.clPath("tvx.so").c_str()), 0);
+    ASSERT_TRUE(
+        clFolder.bShell("touch tva.so tv.so 'tv[1].so' tv1.so TVB.so .tvc.so 'tv\xFF.so'"
+                        "; mkdir tvd.so; ln -s tva.so tvl.so; ln -s none tvx.so"));
     using CNames = std::set<std::wstring>;
     const auto setFind = [&clFolder](const char* pszPattern, unsigned dwMask) {
         CNames setFound;

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <climits>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "framework/conversion.h"
@@ -53,7 +53,7 @@ class Profile : public testing::Test {
     }
 
     const CTempFolder m_clFolder;
-    const std::wstring m_csPath = m_clFolder.csWide("f.ini");
+    std::wstring m_csPath = m_clFolder.csWide("f.ini");
 };
 
 TEST_F(Profile, ReadsValues) {
@@ -131,8 +131,7 @@ TEST_F(Profile, WritesInPlace) {
 TEST_F(Profile, KeepsTheIdentityOfTheFile) {
     EXPECT_TRUE(bSet(L"INIT", L"Name", L"\u00E9t\u00E9"));
     EXPECT_EQ(csFile(), "[INIT]\nName = \xC3\xA9t\xC3\xA9\n");
-    std::filesystem::create_hard_link(m_csPath, m_clFolder.clPath("link"));
-    std::filesystem::permissions(m_csPath, std::filesystem::perms(0600));
+    ASSERT_TRUE(m_clFolder.bShell("ln f.ini link; chmod 600 f.ini"));
     EXPECT_TRUE(bSet(L"INIT", L"Name", L"x"));
     EXPECT_EQ(m_clFolder.csRead("link"), "[INIT]\nName = x\n");
     EXPECT_EQ(std::filesystem::status(m_csPath).permissions(), std::filesystem::perms(0600));
@@ -178,20 +177,14 @@ TEST_F(Profile, EveryByteAndUnitOutsideAChangeStays) {
 }
 
 TEST_F(Profile, FindsTheMarkAndPutsTheStreamBack) {
-    const struct {
-        std::string csFile;
-        std::int64_t i64Before;
-        bool bWide;
-        std::int64_t i64After;
-    } tabCase[] = {{"\xFF\xFE[\0"s, 0, true, 2},
-                   {"\xFF\xFE[\0"s, 1, true, 1},
-                   {"\xFE\xFF\0["s, 0, false, 0},
-                   {"[A]", 3, false, 3}};
-    for (const auto& rst : tabCase) {
-        CMemoryStream clStream(CTLBIN(rst.csFile.begin(), rst.csFile.end()));
-        clStream.bSeek(rst.i64Before);
-        EXPECT_EQ(bFichierUnicode(clStream), rst.bWide);
-        EXPECT_EQ(clStream.i64GetPosition(), rst.i64After);
+    for (const auto& [csBytes, nBefore, bWide, nAfter] : {std::tuple("\xFF\xFE[\0"s, 0, true, 2),
+                                                          {"\xFF\xFE[\0"s, 1, true, 1},
+                                                          {"\xFE\xFF\0["s, 0, false, 0},
+                                                          {"[A]"s, 3, false, 3}}) {
+        CMemoryStream clStream(CTLBIN(csBytes.begin(), csBytes.end()));
+        clStream.bSeek(nBefore);
+        EXPECT_EQ(bFichierUnicode(clStream), bWide);
+        EXPECT_EQ(clStream.i64GetPosition(), nAfter);
     }
 }
 
@@ -220,6 +213,11 @@ TEST_F(Profile, ResultsAreCutToTheBuffer) {
         EXPECT_EQ(dwLength, rst.csCut.size());
         EXPECT_EQ(sz, rst.csCut + L'\0' + std::wstring(9 - rst.csCut.size(), L'#'));
     }
+    wchar_t c = L'#';
+    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", &c, 0, m_csPath.c_str()), 0U);
+    EXPECT_EQ(c, L'#');
+    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"none", nullptr, &c, 1, m_csPath.c_str()), 0U);
+    EXPECT_EQ(c, L'\0');
     // The 8-bit call counts bytes, and passes on what is not asked for.
     std::string sz(6, '#');
     const std::string csName = m_clFolder.clPath("f.ini");
@@ -227,21 +225,15 @@ TEST_F(Profile, ResultsAreCutToTheBuffer) {
     EXPECT_EQ(sz, "\u00E9b\0##"s);
     EXPECT_EQ(GetPrivateProfileStringA(nullptr, nullptr, nullptr, sz.data(), 5, csName.c_str()), 4U);
     EXPECT_EQ(sz, "Sec1\0#"s);
-    wchar_t c = L'#';
-    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", &c, 0, m_csPath.c_str()), 0U);
-    EXPECT_EQ(c, L'#');
-    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"none", nullptr, &c, 1, m_csPath.c_str()), 0U);
-    EXPECT_EQ(c, L'\0');
 }
 
 TEST_F(Profile, ReadsIntegers) {
-    constexpr std::pair<const char*, int> tabCase[] = {{"-4900", -4900},
-                                                       {" 1x", 1},
-                                                       {"", 0},
-                                                       {"0x10", 0},
-                                                       {"4294971196", INT_MAX},
-                                                       {"000000000000000000012", 0}};
-    for (const auto& [pszValue, nValue] : tabCase) {
+    for (const auto& [pszValue, nValue] : {std::pair("-4900", -4900),
+                                           {" 1x", 1},
+                                           {"", 0},
+                                           {"0x10", 0},
+                                           {"4294971196", INT_MAX},
+                                           {"000000000000000000012", 0}}) {
         File("[AB]\nk="s + pszValue);
         EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 7, m_csPath.c_str()), nValue) << pszValue;
     }
@@ -273,21 +265,20 @@ TEST_F(Profile, AWriteThatFailsLeavesTheFile) {
 }
 
 TEST_F(Profile, FilesThatCannotBeUsed) {
-    ASSERT_EQ(::mkfifo(m_clFolder.clPath("fifo").c_str(), 0600), 0);
-    ASSERT_EQ(::symlink("loop", m_clFolder.clPath("loop").c_str()), 0);
-    const std::wstring tabFile[] = {m_clFolder.csWide(""), m_clFolder.csWide("none/f.ini"),
-                                    m_clFolder.csWide("fifo"), m_clFolder.csWide("loop"),
-                                    L"/" + std::wstring(260, L'x')};
-    std::array<wchar_t, 10> sz{};
-    for (const std::wstring& rcs : tabFile) {
-        EXPECT_EQ(GetPrivateProfileString(L"AB", L"k", L"def", sz.data(), 10, rcs.c_str()), 3U);
-        EXPECT_EQ(sz.data(), std::wstring(L"def"));
-        EXPECT_FALSE(WritePrivateProfileString(L"AB", L"k", L"v", rcs.c_str()));
+    ASSERT_TRUE(m_clFolder.bShell("mkfifo fifo; ln -s loop loop"));
+    for (const std::wstring& rcs :
+         {m_clFolder.csWide(""), m_clFolder.csWide("none/f.ini"), m_clFolder.csWide("fifo"),
+          m_clFolder.csWide("loop"), L"/" + std::wstring(260, L'x')}) {
+        m_csPath = rcs;
+        EXPECT_EQ(csGet(L"AB", L"k"), L"(default)");
+        EXPECT_FALSE(bSet(L"AB", L"k", L"v"));
     }
-    EXPECT_EQ(GetPrivateProfileString(L"AB", L"k", L"def", sz.data(), 10, L"/dev/zero"), 3U);
-    EXPECT_EQ(GetPrivateProfileString(L"AB", L"k", L"def", sz.data(), 10, nullptr), 3U);
-    EXPECT_FALSE(WritePrivateProfileString(L"AB", L"k", L"v", nullptr));
+    m_csPath = L"/dev/zero";
+    EXPECT_EQ(csGet(L"AB", L"k"), L"(default)");
+    m_csPath = m_clFolder.csWide("f.ini");
     EXPECT_FALSE(bSet(nullptr, L"k", L"v"));
+    EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 3, nullptr), 3);
+    EXPECT_FALSE(WritePrivateProfileString(L"AB", L"k", L"v", nullptr));
     EXPECT_EQ(csFile(), "(none)");
     EXPECT_TRUE(WritePrivateProfileStringA("AB", "\xC3\xA9", nullptr, m_clFolder.clPath("f.ini").c_str()));
     EXPECT_EQ(csFile(), "");

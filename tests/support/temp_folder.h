@@ -40,6 +40,10 @@ class CTempFolder {
         std::ifstream clFile(clPath(svName), std::ios::binary);
         return clFile ? std::string{std::istreambuf_iterator<char>(clFile), {}} : "(none)";
     }
+    /// Runs a shell command in the folder; true when it succeeds.
+    [[nodiscard]] bool bShell(const std::string& csCommand) const {
+        return std::system(("cd '" + m_clPath.string() + "' && {\n" + csCommand + "\n}").c_str()) == 0;
+    }
 
   private:
     std::filesystem::path m_clPath;

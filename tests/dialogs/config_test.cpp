@@ -76,32 +76,44 @@ TEST(ConfigWin, RefusesTheNameAndThePortOfAnotherServer) {
 }
 
 TEST(ConfigWin, AsksWhetherToCreateAnUnknownAccount) {
-    const char* const QUESTION = "|Create the account \"nobody-here\"?";
     const struct {
         std::vector<STServer> tabServer;
         const char* pszAccount;
         std::vector<std::string_view> tabAnswer;
-        const char* pszSeen;  // After the answer; null where the dialog has ended.
+        const char* pszSeen;                     // After the answer; null where the dialog has ended.
+        std::vector<std::string_view> tabLeave;  // Then.
         const char* pszReport;
     } TAB[] = {
-        {{}, "nobody-here", {"Enter"}, nullptr, "1 ZDSQL|4900|nobody-here"},
-        {{}, "Nobody-HERE", {"Tab", "Enter"}, "|nobody-here ", "0 ZDSQL|4900|nobody-here"},
-        {{{"ZDCS-ZDSQL", "-"}}, "nobody-here", {"Tab", "Enter"}, "-TCP port-", "0 ZDSQL|4900|nobody-here"},
-        {{{"ZDCS-ZDSQL", "-"}}, "nobody-here", {"Enter", "Enter"}, "-TCP port-", "0 ZDSQL|4900|nobody-here"},
-        {{}, "daemon", {}, nullptr, "1 ZDSQL|4900|daemon"},
-        {{}, "ROOT", {}, nullptr, "1 ZDSQL|4900|root"},
+        {{}, "nobody-here", {"Enter"}, nullptr, {}, "1 ZDSQL|4900|nobody-here"},
+        {{}, "Nobody-HERE", {"Tab", "Enter"}, "|nobody-here ", {"Tab", "Enter"}, "0 ZDSQL|4900|nobody-here"},
+        {{{"ZDCS-ZDSQL", "-"}},
+         "no-body",
+         {"Tab", "Enter"},
+         "|no-body ",
+         {"Tab", "Enter"},
+         "0 ZDSQL|4900|no-body"},
+        // The next question finds the dialog in its place behind it.
+        {{{"ZDCS-ZDSQL", "-"}},
+         "no-body",
+         {"Enter"},
+         "|    |+Attention-",
+         {"Enter", "Tab", "Enter"},
+         "0 ZDSQL|4900|no-body"},
+        {{}, "daemon", {}, nullptr, {}, "1 ZDSQL|4900|daemon"},
+        {{}, "ROOT", {}, nullptr, {}, "1 ZDSQL|4900|root"},
     };
     for (const auto& rst : TAB) {
         const CTempFolder clFolder;
         CDialogTerminal clTerminal(tabArgument(clFolder, rst.tabServer));
         ASSERT_TRUE(clTerminal.bType({"Tab", "Tab", "Backspace", "Backspace", "Backspace", "Backspace",
                                       rst.pszAccount, "Tab", "Enter"}));
-        EXPECT_EQ(clTerminal.bShows(QUESTION), !rst.tabAnswer.empty()) << clTerminal.csText();
+        EXPECT_EQ(clTerminal.bShows("|Create the account \"no"), !rst.tabAnswer.empty())
+            << clTerminal.csText();
         clTerminal.bTypeAll(rst.tabAnswer);
         if (rst.pszSeen != nullptr) {
             EXPECT_TRUE(clTerminal.bShows(rst.pszSeen)) << clTerminal.csText();
-            clTerminal.bType({"Tab", "Enter"});
         }
+        clTerminal.bTypeAll(rst.tabLeave);
         EXPECT_EQ(clTerminal.csReport(), rst.pszReport);
     }
 }

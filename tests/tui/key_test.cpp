@@ -54,24 +54,24 @@ TEST(Keys, DoWhatTheControlsSay) {
         {"path=ab", "Left*2 Backspace Delete", "|b 0:6"},  // nothing to guard
         {"unguarded=/a", "Left*2 Delete", "|a 0:5"},
 
-        {"list=3", "Up Down*3 Space", "2 0:1 0:1 0:2"},
-        {"list=3", "Down Enter KeypadEnter Left Right PageDown x Up", "0 0:1 0:2 0:3 0:2 0:3 0:1"},
-        {"list=0", "Down Up Space Enter Right", "0"},
-        {"radio=3", "Down KeypadEnter", "1 0:2 0:3"},
-        {"radio=3", "Up Space", "2 0:2"},  // round to the last
-        {"radio=3", "Up*3 Down*3 Enter x", "0 0:2 0:3"},
-        {"radio=3", "Up Down Enter", "0 0:2 0:3"},  // and round to the first
-        {"radio=0", "Up Down Space Enter", "-1"},
-        {"text=9", "Up PageDown Down*2 Up Enter Space", "-1"},
-        {"text=9", "PageDown*2", "-1 0:4"},
-        {"text=9", "PageDown*2 Down PageDown", "-1 0:4"},
-        {"text=9", "PageDown Down*3 Up Down", "-1 0:4 0:4"},
-        {"text=9", "PageDown*2 PageUp*3 PageDown Down*2", "-1 0:4"},
+        {"list=abc", "Up Down*3 Space", "2 0:1 0:1 0:2"},
+        {"list=abc", "Down Enter KeypadEnter Left Right PageDown x Up", "0 0:1 0:2 0:3 0:2 0:3 0:1"},
+        {"list=", "Down Up Space Enter Right", "0"},
+        {"radio=abc", "Down KeypadEnter", "1 0:2 0:3"},
+        {"radio=abc", "Up Space", "2 0:2"},  // round to the last
+        {"radio=abc", "Up*3 Down*3 Enter x", "0 0:2 0:3"},
+        {"radio=abc", "Up Down Enter", "0 0:2 0:3"},  // and round to the first
+        {"radio=", "Up Down Space Enter", "-1"},
+        {"text=123456789", "Up PageDown Down*2 Up Enter Space", "-1"},
+        {"text=123456789", "PageDown*2", "-1 0:4"},
+        {"text=123456789", "PageDown*2 Down PageDown", "-1 0:4"},
+        {"text=123456789", "PageDown Down*3 Up Down", "-1 0:4 0:4"},
+        {"text=123456789", "PageDown*2 PageUp*3 PageDown Down*2", "-1 0:4"},
 
         {"", "Tab Enter x", ""},
         {"button button", "Tab Enter Tab Tab Space", "1:0 1:0"},
-        {"button label -button gauge text=3 -entry=q entry=", "Tab x Tab Space Tab y", "-1 q| xy| 0:0"},
-        {"text=3 box", "Tab Space Tab Space", "-1 o 1:8 1:8"},
+        {"button label -button gauge text=123 -entry=q entry=", "Tab x Tab Space Tab y", "-1 q| xy| 0:0"},
+        {"text=123 box", "Tab Space Tab Space", "-1 o 1:8 1:8"},
     };
     for (const auto& rst : TAB) {
         CTuiTerminal clTerminal(TUI_SCENE " controls " + std::string(rst.pszControls),
@@ -141,7 +141,7 @@ TEST(Keys, AListSelectsAndScrolls) {
         {"Right*7", 4, 3, "ords of tex ", "nnnnnnnnnnns"},        // as far as the longest line
         {"Left*3 Down*5", 2, 3, "e           ", "nnnnnnnnnnnr"},  // the thumb of the scroll bar
         {"", 6, 3, "v           ", "rrnnnnnnnnns"},               // selected; the sideways thumb
-        {"F2", 2, 3, "ven         ", "nnnnnnnnnnns"},             // the last of twelve
+        {"F3", 2, 3, "ven         ", "nnnnnnnnnnns"},             // the last of twelve
         {"F3 Up", 2, 3, "e           ", "rnnnnnnnnnnr"},          // the third, then the second
         {"Left*4", 2, 3, "one         ", "rrrnnnnnnnnr"},
         {"Tab", 2, 3, "one         ", "sssnnnnnnnnr"},

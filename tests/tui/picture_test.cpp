@@ -139,15 +139,15 @@ TEST(Pictures, NoTextBreaksTheScreen) {
 }
 
 TEST(Pictures, WindowsGoAndTheScreenIsWholeAgainAtEverySize) {
-    CTuiTerminal clTerminal(TUI_SCENE " nested", {.nColumns = 46, .nRows = 14});
+    CTuiTerminal clTerminal(TUI_SCENE " controls button", {.nColumns = 46, .nRows = 14});
     const std::string csBelow = clTerminal.csShow();
     ASSERT_TRUE(clTerminal.bPress("F2"));
     const std::string csBoth = clTerminal.csShow();
     EXPECT_EQ(clTerminal.csText(), R"(
  +---------------------------------+
- | +-------+                       |
- | | Below |                       |
- | +-------+                       |
+ |+-----+                          |
+ ||  b  |                          |
+ |+-----+                          |
  |                      +-----------------+
  |                      |                 |
  |                      |   +--------+    |
@@ -156,16 +156,10 @@ TEST(Pictures, WindowsGoAndTheScreenIsWholeAgainAtEverySize) {
  |                      |                 |
  +----------------------+-----------------+
 )");
-    for (const auto& [nColumns, nRows] : {std::pair(1, 1),
-                                          {46, 14},
-                                          {9, 3},
-                                          {1, 14},
-                                          {40, 1},
-                                          {132, 50},
-                                          {12, 6},
-                                          {26, 7},
-                                          {20, 8},
-                                          {46, 14}}) {
+    const struct {
+        int nColumns, nRows;
+    } TAB[] = {{1, 1}, {46, 14}, {9, 3}, {1, 14}, {40, 1}, {132, 50}, {12, 6}, {26, 7}, {20, 8}, {46, 14}};
+    for (const auto& [nColumns, nRows] : TAB) {
         clTerminal.Resize(nColumns, nRows);
         ASSERT_TRUE(clTerminal.bPress("Right")) << nColumns << 'x' << nRows;
         if (nColumns == 46) {

@@ -1,8 +1,8 @@
 // Shows one dialog of the toolkit until F1 is pressed or the input ends.
 //
 //   tui_scene SCENE                  one of the scenes below
-//   tui_scene controls [CONTROL...]  controls side by side: KIND, KIND=TEXT or KIND=COUNT, with "-" in front
-//                                    a disabled one
+//   tui_scene controls [CONTROL...]  controls side by side: KIND or KIND=TEXT, with "-" in front a disabled
+//                                    one
 //   tui_scene twice                  a scene on a screen that is closed and, after a line was read, opened
 //                                    again
 //
@@ -17,7 +17,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -43,6 +42,28 @@
 namespace kalmo {
 namespace {
 
+// Deaths on demand, by keys that no control takes.
+void Die(int nKey) {
+    switch (nKey) {
+        case 'A' - '@': std::abort();
+        case 'B' - '@': std::raise(SIGSEGV); break;
+        case 'D' - '@': {  // reads behind its memory, which a sanitizer notices
+            const std::vector<char> tabByte(10);
+            volatile std::size_t unIndex = 10;
+            std::exit(1 + (tabByte.data()[unIndex] & 1));
+        }
+        case 'E' - '@': std::exit(5);
+        case 'F' - '@':  // only a child dies
+            if (const pid_t nChild = ::fork(); nChild == 0) {
+                std::raise(SIGTERM);
+            } else {
+                ::waitpid(nChild, nullptr, 0);
+            }
+            break;
+        default: break;
+    }
+}
+
 // A dialog whose controls are made by the scenes. It notes each of their events as " control:event", the
 // controls numbered in Tab order.
 class CScene : public CWindow {
@@ -65,17 +86,25 @@ class CScene : public CWindow {
         return true;
     }
     int OnKeyEvent(int nKey) override {
-        if (nKey == KEY_F(1)) {
-            bRunning = 0;
-            return 1;
+        auto* const pclList = m_tabControl.empty() ? nullptr : dynamic_cast<CList*>(m_tabControl[0].get());
+        switch (nKey) {
+            case KEY_F(1): bRunning = 0; return 1;
+            case KEY_F(2): __RunAbove(); break;
+            case KEY_F(3): pclList->Select(pclList->nGetSelectedLine() == 11 ? 2 : 11); break;
+            case KEY_F(4):
+                pclList->ClearList();
+                pclList->AddLine(L"another long line");
+                dynamic_cast<CList&>(*m_tabControl[1]).AddLine(L"sixth");
+                break;
+            default: Die(nKey); return CWindow::OnKeyEvent(nKey);
         }
-        return m_OnKey && m_OnKey(nKey) ? 1 : CWindow::OnKeyEvent(nKey);
+        Draw();
+        return 1;
     }
 
     std::vector<std::unique_ptr<CWidget>> m_tabControl;
     std::string m_csEvents;
-    std::function<bool(int nKey)> m_OnKey;  ///< Sees each key first; true when it was for it.
-    std::vector<std::string> m_tabWanted;   ///< The controls that arguments of the program ask for.
+    std::vector<std::string> m_tabWanted;  ///< The controls that arguments of the program ask for.
     bool m_bPrimitives = false;
 
   protected:
@@ -103,12 +132,15 @@ class CScene : public CWindow {
             " " + std::to_string(SmartPrint(5, 18, L"sixteen columns. are kept\nfor this", ATTR_NORMAL, -1)) +
             " " + std::to_string(SmartPrint(5, 2, nullptr, ATTR_NORMAL, 9));
     }
-};
 
-void Run(CScene& rclScene) {
-    rclScene.Draw();
-    rclScene.MainLoop();
-}
+  private:
+    static void __RunAbove() {
+        CScene clAbove(24, 4, 20, 8);
+        clAbove.pclAdd<CEntry>(L"Above", 4, 2, 10, 3, L"", CWidget::eBORDER_FRAME);
+        clAbove.Draw();
+        clAbove.MainLoop();
+    }
+};
 
 void AddLines(CList* pclList, std::initializer_list<const wchar_t*> tabLine) {
     for (const wchar_t* const psz : tabLine) {
@@ -149,20 +181,6 @@ void Lists(CScene& rclScene) {
     for (const wchar_t* const psz : {L"upgrade", L"install", L"uninstall everything"}) {
         pclRadio->AddOption(psz);
     }
-    rclScene.m_OnKey = [&rclScene, pclLong, pclShort](int nKey) {
-        switch (nKey) {
-            case KEY_F(2): pclLong->Select(11); break;
-            case KEY_F(3): pclLong->Select(2); break;
-            case KEY_F(4):
-                pclLong->ClearList();
-                pclLong->AddLine(L"another long line");
-                pclShort->AddLine(L"sixth");
-                break;
-            default: return false;
-        }
-        rclScene.Draw();
-        return true;
-    };
 }
 
 // Texts that a careless toolkit would let break the screen.
@@ -179,81 +197,37 @@ void Primitives(CScene& rclScene) {
     rclScene.m_bPrimitives = true;
 }
 
-// A dialog that opens another one on top of itself.
-void Nested(CScene& rclScene) {
-    rclScene.pclAdd<CButton>(L"Below", 2, 1, 10, 4);
-    rclScene.m_OnKey = [&rclScene](int nKey) {
-        if (nKey == KEY_F(2)) {
-            CScene clUpper(24, 4, 20, 8);
-            clUpper.pclAdd<CEntry>(L"Above", 4, 2, 10, 3, L"", CWidget::eBORDER_FRAME);
-            Run(clUpper);
-        }
-        if (nKey == KEY_F(2) || nKey == KEY_F(3)) {
-            rclScene.Draw();
-            return true;
-        }
-        return false;
-    };
-}
-
-// Deaths on demand.
-void Crash(CScene& rclScene) {
-    rclScene.pclAdd<CButton>(L"Alive", 2, 1, 10, 4);
-    struct sigaction stInterrupt {};  // without SA_RESTART: reads fail
-    stInterrupt.sa_handler = [](int) {};
-    ::sigaction(SIGUSR1, &stInterrupt, nullptr);
-    rclScene.m_OnKey = [](int nKey) {
-        switch (nKey) {
-            case 'a': std::abort();
-            case 'e': std::exit(5);
-            case 's': std::raise(SIGSEGV); break;
-            case 'f':  // only a child dies
-                if (const pid_t nChild = ::fork(); nChild == 0) {
-                    std::raise(SIGTERM);
-                } else {
-                    ::waitpid(nChild, nullptr, 0);
-                }
-                break;
-            case 'h': {  // reads behind its memory, which a sanitizer notices
-                const std::vector<char> tabByte(10);
-                volatile std::size_t unIndex = 10;
-                std::exit(1 + (tabByte.data()[unIndex] & 1));
-            }
-            default: break;
-        }
-        return false;
-    };
-}
-
-// A control that an argument of the program asks for: KIND, KIND=TEXT or KIND=COUNT.
+// A control that an argument of the program asks for: KIND or KIND=TEXT. Each character is a line of a list.
 struct STWanted {
     CScene& rclScene;
     int nX;
-    CTString csText;
-    int nCount;  ///< of lines
+    std::wstring csText;
 };
 
 template <class TEntry, int... ARG>
 void AddEntry(const STWanted& rst) {
-    rst.rclScene.pclAdd<TEntry>(rst.csText.pszGet(), rst.nX, 1, 10, 3, L"", CWidget::eBORDER_FRAME, ARG...);
+    rst.rclScene.pclAdd<TEntry>(rst.csText.c_str(), rst.nX, 1, 10, 3, L"", CWidget::eBORDER_FRAME, ARG...);
 }
 
 void AddText(const STWanted& rst) {
-    const std::wstring csText(static_cast<std::size_t>(rst.nCount), L'\n');
-    rst.rclScene.pclAdd<CScrollableLibel>(csText.c_str(), rst.nX, 1, 8, 5);
+    std::wstring csLines;
+    for (const wchar_t c : rst.csText) {
+        csLines += {c, L'\n'};
+    }
+    rst.rclScene.pclAdd<CScrollableLibel>(csLines.c_str(), rst.nX, 1, 8, 5);
 }
 
 void AddList(const STWanted& rst) {
     CList* const pcl = rst.rclScene.pclAdd<CList>(rst.nX, 1, 8, 4, 0);
-    for (int n = 0; n < rst.nCount; ++n) {
-        pcl->AddLine(L"l");
+    for (const wchar_t c : rst.csText) {
+        pcl->AddLine(std::wstring(1, c).c_str());
     }
 }
 
 void AddRadio(const STWanted& rst) {
     CRadioList* const pcl = rst.rclScene.pclAdd<CRadioList>(rst.nX, 1, 8, 8, L"r", 0, 0);
-    for (int n = 0; n < rst.nCount; ++n) {
-        pcl->AddOption(L"o");
+    for (const wchar_t c : rst.csText) {
+        pcl->AddOption(std::wstring(1, c).c_str());
     }
 }
 
@@ -283,8 +257,7 @@ void Controls(CScene& rclScene) {
         const CTString csText = csFromUTF8(svWanted.substr(std::min(svKind.size() + 1, svWanted.size())));
         for (const auto& rst : TAB_KIND) {
             if (rst.svKind == svKind) {
-                rst.pfnAdd(
-                    {rclScene, nX, csText, static_cast<int>(std::wcstol(csText.pszGet(), nullptr, 10))});
+                rst.pfnAdd({rclScene, nX, std::wstring(csText.svGet())});
             }
         }
         rclScene.m_tabControl.back()->SetEnable(bOff ? 0 : 1);
@@ -316,8 +289,7 @@ constexpr struct {
     int nHeight = 12;
 } TAB_SCENE[] = {
     {"fields", Fields, 58, 16}, {"lists", Lists, 48, 14},   {"twice", Lists, 48, 14},
-    {"controls", Controls, 78}, {"primitives", Primitives}, {"strange", Strange},
-    {"nested", Nested},         {"crash", Crash},
+    {"controls", Controls},     {"primitives", Primitives}, {"strange", Strange},
 };
 
 std::string csRun(const std::vector<std::string>& tabArgument) {
@@ -327,7 +299,8 @@ std::string csRun(const std::vector<std::string>& tabArgument) {
             CScene clScene(1, 0, rst.nWidth, rst.nHeight);
             clScene.m_tabWanted.assign(tabArgument.begin() + 2, tabArgument.end());
             rst.pfnFill(clScene);
-            Run(clScene);
+            clScene.Draw();
+            clScene.MainLoop();
             for (const auto& rpcl : clScene.m_tabControl) {
                 csReport += csState(rpcl.get());
             }
@@ -338,6 +311,9 @@ std::string csRun(const std::vector<std::string>& tabArgument) {
 }
 
 int nMain(const std::vector<std::string>& tabArgument) {
+    struct sigaction stInterrupt {};  // without SA_RESTART: reads fail
+    stInterrupt.sa_handler = [](int) {};
+    ::sigaction(SIGUSR1, &stInterrupt, nullptr);
     SetLocaleUTF8();
     if (!init_dialog()) {
         return 3;

@@ -19,10 +19,10 @@ TEST(Screen, GivesTheTerminalBackHoweverItEnds) {
                {SIGHUP, "", 128 + SIGHUP},
                {SIGQUIT, "", 128 + SIGQUIT},
                {0, "\x03", 128 + SIGINT},
-               {0, "e", 5},
-               {0, "a", 128 + SIGABRT},
-               {0, "s", -1},
-               {0, "h", -1},
+               {0, "\x05", 5},
+               {0, "\x01", 128 + SIGABRT},
+               {0, "\x02", -1},
+               {0, "\x04", -1},
                {SIGSEGV, "", 128 + SIGSEGV},
                {SIGABRT, "", 128 + SIGABRT}};
     for (const char* const pszType : {"xterm-256color", "vt220"}) {
@@ -31,7 +31,7 @@ TEST(Screen, GivesTheTerminalBackHoweverItEnds) {
             // A signal sent from outside is left to us; the sanitizers make a death of their own of it.
             const char* const pszOptions = rst.nSignal == 0 ? "" : "handle_segv=0:handle_abort=0";
             CTuiTerminal clTerminal(
-                TUI_SCENE " crash",
+                TUI_SCENE " controls button",
                 {.csType = pszType, .tabEnvironment = {std::string("ASAN_OPTIONS=") + pszOptions}});
             EXPECT_FALSE(clTerminal.bCooked());
             if (rst.nSignal != 0) {
@@ -80,11 +80,11 @@ TEST(Screen, TheLoopEndsWithItsInput) {
 }
 
 TEST(Screen, OutlivesInterruptedReadsAndDyingChildren) {
-    CTuiTerminal clTerminal(TUI_SCENE " crash");
+    CTuiTerminal clTerminal(TUI_SCENE " controls button");
     const std::string csBefore = clTerminal.csShow();
     for (int n = 0; n < 3; ++n) {
         clTerminal.Signal(SIGUSR1);
-        ASSERT_TRUE(clTerminal.bPress("f"));
+        ASSERT_TRUE(clTerminal.bPress("\x06"));
     }
     EXPECT_EQ(clTerminal.csShow(), csBefore);
     EXPECT_FALSE(clTerminal.bCooked());

@@ -38,11 +38,6 @@ CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, 
     return pclService;
 }
 
-CTString csGetDisplayName(CService& rclService) {
-    const wchar_t* const pszDisplayName = rclService.pszGetDisplayName();
-    return pszDisplayName != nullptr ? pszDisplayName : rclService.pszGetName();
-}
-
 bool bRunning(CService& rclService) {
     return rclService.eGetStatus() == eServiceRunning;
 }

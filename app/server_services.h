@@ -17,9 +17,6 @@ void ListServer(CServiceManager& rclManager, CServiceList& rtabServer);
 /// The shared manager's service when its program lies in that directory, else null.
 CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, const wchar_t* pszDir);
 
-/// What a service is called on the screen: its description or, without one, its name.
-CTString csGetDisplayName(CService& rclService);
-
 bool bRunning(CService& rclService);
 /// Stop and start a service and trace it. What comes of it decides nothing: the run goes on.
 void StopService(CService& rclService, CTrace& rclTrace);

@@ -45,6 +45,11 @@ bool bIsManager(const CService& rclService) {
     return bEgalSansCasse(rclService.pszGetName(), PSZ_MANAGER_SERVICE);
 }
 
+CTString csGetDisplayName(CService& rclService) {
+    const wchar_t* const pszDisplayName = rclService.pszGetDisplayName();
+    return pszDisplayName != nullptr ? pszDisplayName : rclService.pszGetName();
+}
+
 CTString csGetProgramWithoutArg(CService* pclService) {
     CTString csProgram(pclService->pszBinaryPathName());
     csProgram.Truncate(csProgram.svGet().find(L" --"));

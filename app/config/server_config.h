@@ -46,6 +46,9 @@ int nReadServerPort(const wchar_t* pszConfPath);
 /// True for the shared manager's service, whatever the letter case of its name.
 bool bIsManager(const CService& rclService);
 
+/// What a service is called on the screen: its description or, without one, its name.
+CTString csGetDisplayName(CService& rclService);
+
 /// The program of a service: its command line cut before the first " --", without spaces at the end.
 /// Empty when the service tells none.
 CTString csGetProgramWithoutArg(CService* pclService);

@@ -25,11 +25,6 @@ std::wstring_view svInstanceName(const CService& rclService) {
     return svService.substr(std::min(svService.size(), std::wstring_view(PSZ_SERVICE_PREFIX).size()));
 }
 
-const wchar_t* pszShownName(CService& rclService) {
-    const wchar_t* const pszDisplayName = rclService.pszGetDisplayName();
-    return pszDisplayName != nullptr ? pszDisplayName : rclService.pszGetName();
-}
-
 }  // namespace
 
 CConfigWin::CConfigWin(int nX, int nY, int nWidth, int nHeight, CServiceList& rclServices)
@@ -69,6 +64,7 @@ bool CConfigWin::_bCheck() {
     if (!__bCheckAccount()) {
         return false;
     }
+    // An empty field reads as 0, a number that no long holds as the nearest one.
     const long nPort = std::wcstol(m_clPort.pszGetText(), nullptr, 10);
     for (const auto& rpclService : m_rclServices) {
         if (!bIsManager(*rpclService) && (!__bCheckName(*rpclService) || !_bCheckPort(nPort, *rpclService))) {
@@ -106,7 +102,7 @@ bool CConfigWin::_bCheckPort(long nPort, CService& rclService) {
     if (nPort != nUsed) {
         return true;
     }
-    _ShowConflict(csFormatText(TEXTE_CONFLIT_PORT, nUsed, pszShownName(rclService)).pszGet());
+    _ShowConflict(csFormatText(TEXTE_CONFLIT_PORT, nUsed, csGetDisplayName(rclService)).pszGet());
     return false;
 }
 

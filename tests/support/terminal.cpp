@@ -12,6 +12,7 @@
 #include <unistd.h>
 #include <utmp.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -86,11 +87,9 @@ Terminal::Terminal(const std::vector<std::string>& tabArgument, STOptions stOpti
         "env", "-u", "LINES", "-u", "COLUMNS", "TERM=" + m_stOptions.csType, "LC_ALL=C.UTF-8"};
     tabCommand.insert(tabCommand.end(), m_stOptions.tabEnvironment.begin(), m_stOptions.tabEnvironment.end());
     tabCommand.insert(tabCommand.end(), tabArgument.begin(), tabArgument.end());
-    std::vector<char*> tabArgv;
-    for (std::string& rcs : tabCommand) {
-        tabArgv.push_back(rcs.data());
-    }
-    tabArgv.push_back(nullptr);
+    std::vector<char*> tabArgv(tabCommand.size() + 1);
+    std::transform(tabCommand.begin(), tabCommand.end(), tabArgv.begin(),
+                   [](std::string& rcs) { return rcs.data(); });
     m_nPid = ::fork();
     if (m_nPid < 0) {
         Die("fork");

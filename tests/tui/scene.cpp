@@ -86,15 +86,15 @@ class CScene : public CWindow {
         return true;
     }
     int OnKeyEvent(int nKey) override {
-        auto* const pclList = m_tabControl.empty() ? nullptr : dynamic_cast<CList*>(m_tabControl[0].get());
+        const auto List = [this](std::size_t n) -> CList& { return dynamic_cast<CList&>(*m_tabControl[n]); };
         switch (nKey) {
             case KEY_F(1): bRunning = 0; return 1;
             case KEY_F(2): __RunAbove(); break;
-            case KEY_F(3): pclList->Select(pclList->nGetSelectedLine() == 11 ? 2 : 11); break;
+            case KEY_F(3): List(0).Select(List(0).nGetSelectedLine() == 11 ? 2 : 11); break;
             case KEY_F(4):
-                pclList->ClearList();
-                pclList->AddLine(L"another long line");
-                dynamic_cast<CList&>(*m_tabControl[1]).AddLine(L"sixth");
+                List(0).ClearList();
+                List(0).AddLine(L"another long line");
+                List(1).AddLine(L"sixth");
                 break;
             default: Die(nKey); return CWindow::OnKeyEvent(nKey);
         }

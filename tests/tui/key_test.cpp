@@ -108,17 +108,16 @@ TEST(Keys, AnEntryScrollsInsideItsField) {
     CTuiTerminal clTerminal(TUI_SCENE " fields", {.nColumns = 60, .nRows = 16});
     const struct {
         const char* pszKeys;
-        int nColumn;
         const char* pszField;
-        int nCursor;
+        int nColumn, nCursor;
     } TAB[] = {
-        {"Tab*3 56789ab", 3, "|name56789ab |", 15},
-        {"c", 3, "|ame56789abc |", 15},
-        {"Tab*6", 3, "|name56789abc|", 0},  // without the focus all of it
-        {"Tab*2 d e f", 3, "|56789abcdef |", 15},
-        {"Left*14", 3, "|ame56789abcd|", 4},
-        {"Tab*2 and Space so Space on", 35, "eand so o   |g", 44},
-        {"Backspace*6", 35, "barean      |g", 41},
+        {"Tab*3 56789ab", "|name56789ab |", 3, 15},
+        {"c", "|ame56789abc |", 3, 15},
+        {"Tab*6", "|name56789abc|", 3, 0},  // without the focus all of it
+        {"Tab*2 d e f", "|56789abcdef |", 3, 15},
+        {"Left*14", "|ame56789abcd|", 3, 4},
+        {"Tab*2 and Space so Space on", "eand so o   |g", 35, 44},
+        {"Backspace*6", "barean      |g", 35, 41},
     };
     for (const auto& rst : TAB) {
         ASSERT_TRUE(clTerminal.bPress(rst.pszKeys));

@@ -10,21 +10,21 @@ namespace {
 
 TEST(Screen, GivesTheTerminalBackHoweverItEnds) {
     const struct {
-        int nSignal;         ///< Sent, or else ...
-        const char* pszKey;  ///< ... pressed.
+        const char* pszKey;  ///< Pressed, or else ...
+        int nSignal;         ///< ... sent.
         int nStatus;         ///< -1: whatever the sanitizers make of it.
-    } TAB[] = {{0, "F1", 0},
-               {SIGINT, "", 128 + SIGINT},
-               {SIGTERM, "", 128 + SIGTERM},
-               {SIGHUP, "", 128 + SIGHUP},
-               {SIGQUIT, "", 128 + SIGQUIT},
-               {0, "\x03", 128 + SIGINT},
-               {0, "\x05", 5},
-               {0, "\x01", 128 + SIGABRT},
-               {0, "\x02", -1},
-               {0, "\x04", -1},
-               {SIGSEGV, "", 128 + SIGSEGV},
-               {SIGABRT, "", 128 + SIGABRT}};
+    } TAB[] = {{"F1", 0, 0},
+               {"", SIGINT, 128 + SIGINT},
+               {"", SIGTERM, 128 + SIGTERM},
+               {"", SIGHUP, 128 + SIGHUP},
+               {"", SIGQUIT, 128 + SIGQUIT},
+               {"\x03", 0, 128 + SIGINT},
+               {"\x05", 0, 5},
+               {"\x01", 0, 128 + SIGABRT},
+               {"\x02", 0, -1},
+               {"\x04", 0, -1},
+               {"", SIGSEGV, 128 + SIGSEGV},
+               {"", SIGABRT, 128 + SIGABRT}};
     for (const char* const pszType : {"xterm-256color", "vt220"}) {
         for (const auto& rst : TAB) {
             SCOPED_TRACE(std::string(pszType) + " " + std::to_string(rst.nSignal) + " " + rst.pszKey);

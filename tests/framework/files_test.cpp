@@ -129,6 +129,7 @@ TEST(DiskFile, LoadsAndSetsTimes) {
     EXPECT_EQ(cs, std::string(4096, 'x'));
     EXPECT_FALSE(CDiskFile::bLoad(clFolder.csWide("f"), 4095, &cs));
     EXPECT_EQ(errno, EFBIG);
+    EXPECT_FALSE(CDiskFile::bLoad(clFolder.csWide("none"), 4096, &cs));
     EXPECT_TRUE(CDiskFile::bLoad(L"/proc/self/status", 100000, &cs));
     EXPECT_TRUE(cs.starts_with("Name:"));
 

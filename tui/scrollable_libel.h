@@ -8,8 +8,8 @@ namespace kalmo {
 /// A long text to read, cut into lines and scrolled by line (Up, Down) or page (Page Up, Page Down).
 ///
 /// It takes the focus only when the text does not fit. eEVENT_END_REACHED is sent when a key has scrolled the
-/// last line into view. No line is selected, and no key selects one; the base's
-/// Select and ClearList would, and are not meant for a text.
+/// last line into view. No line is selected, and no key selects one; Select and ClearList of the base would,
+/// and are not meant for a text.
 class CScrollableLibel : public CList {
   public:
     CScrollableLibel(CWindow* pclParent, const wchar_t* pszText, int nX, int nY, int nWidth, int nHeight);

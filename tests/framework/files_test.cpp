@@ -191,10 +191,10 @@ TEST(ReadCache, ForgetsItsWindowWhenAReadFails) {
     CReadCache clCache(clFile, 2);
     char szRead[7] = {};
     ASSERT_TRUE(clFile.bOpen(clFolder.csWide("f"), eMODE::Read));
-    EXPECT_TRUE(clCache.bReadAll(szRead, 2));
+    EXPECT_TRUE(clCache.bReadAll(szRead, 1));
     clFile.bClose();
-    EXPECT_FALSE(clCache.bReadAll(szRead, 2));
-    EXPECT_EQ(clCache.i64GetPosition(), 2);
+    EXPECT_FALSE(clCache.bReadAll(szRead, 3)) << "the second byte is still there";
+    EXPECT_EQ(clCache.i64GetPosition(), 1);
     clFolder.Write("f", "ABCDEF");
     ASSERT_TRUE(clFile.bOpen(clFolder.csWide("f"), eMODE::Read));
     EXPECT_TRUE(clCache.bSeek(0) && clCache.bReadAll(szRead, 6));

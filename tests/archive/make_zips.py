@@ -152,7 +152,7 @@ opened("hello, archive", offset=SATURATED, extra=block(0))
 opened("hello, archive", size=SATURATED, offset=SATURATED, extra=block(14, 0))
 opened("hello, archive", offset=SATURATED, extra=block(99, 99, 0))
 opened("hello, archive", extra=block(99, 99, 99))  # nothing to replace
-opened("!3", size=SATURATED, extra=struct.pack("<HH", 0x5455, 0) + block(14))
+opened("!3", size=SATURATED, extra=struct.pack("<HHQ", 0x5455, 8, 14) + block(14))
 opened("!3", size=SATURATED, extra=struct.pack("<HHQ", 1, 9, 14))
 
 write("one bad", archive(entry(b"b.txt", local=dict(method=14)), entry()))

@@ -24,6 +24,7 @@ MACHINE=( # the throwaway machine of tests/machine/
     util-linux                 # unshare, nsenter, setpriv, mount
     passwd                     # useradd, which an installation calls
     procps
+    strace                     # writes down what the installer runs
 )
 ARCHIVERS=(                    # independent tools that write and read the archives of the tests
     unzip p7zip-full libarchive-tools python3

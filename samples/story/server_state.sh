@@ -56,3 +56,11 @@ unregistered() {
         *) absent "/etc/init.d/$1" && ! ls /etc/rc?.d/???"$1" ;;
     esac
 }
+
+# The operator stops a service.
+service_stop() {
+    case $init in
+        systemd) systemctl stop "$1" ;;
+        *) "/etc/init.d/$1" stop ;;
+    esac
+}

@@ -1,0 +1,121 @@
+// What goes wrong is told, and the terminal is left in order.
+
+#include <csignal>
+
+#include "tests/interactive/story.h"
+
+namespace kalmo {
+namespace {
+
+TEST_F(CStory, NothingBeginsWithoutRightsAndPayload) {
+    const struct {
+        const char* pszPrepare;
+        const char* pszText;
+        std::vector<std::string> tabLauncher = {};
+    } TAB[] = {
+        {"", "{103C}", {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"}},
+        {"rm kalmoinstall.zip", "{103D}"},
+        {"truncate -s -30 kalmoinstall.zip", "{103D}"},
+        {"zip -qd kalmoinstall.zip license.txt", "{103D}"},
+        {"echo licence >license.txt; zip -q0 kalmoinstall.zip license.txt; sed -i s/licence/license/ "
+         "kalmoinstall.zip",
+         "{103D}"},
+    };
+    for (const auto& rst : TAB) {
+        SCOPED_TRACE(rst.pszPrepare);
+        SetUp();
+        csShell("cd /srv/dist/current; " + std::string(rst.pszPrepare));
+        const std::string csBefore = csFiles();
+        Run("Attention / " + std::string(rst.pszText) + " / OK", {.tabLauncher = rst.tabLauncher});
+        EXPECT_TRUE(csFiles() == csBefore);
+    }
+}
+
+TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
+    const struct {
+        const char* pszPrepare;
+        std::string csScript;
+        const char* pszThen;
+        std::vector<std::string> tabLauncher = {};
+    } TAB[] = {
+        // Of the codes of the server's programs 255 alone is a failure. The log is shown whole.
+        {"echo 255 >kalmomanager.fail; seq -f 'line %g é' 40 >>kalmomanager.fail",
+         R"(@directory
+            @config
+            @account
+            @telemetry
+            Attention / kalmomanager was told to end with 255 / line 1 é / line 2 é / * => Tab PageDown*9
+            Attention / * / line 39 é / line 40 é / OK => Tab Enter)",
+         "unregistered ZDCS-ZDSQL"},
+        {"echo 255 >kalmo.fail", R"(@directory
+            @config
+            @account
+            @telemetry
+            Attention / * / systemctl restart KalmoManager: ok / kalmo was told to end with 255 / OK)",
+         "active KalmoManager && unregistered ZDCS-ZDSQL"},
+        {"echo 254 >kalmo.fail; echo 1 >kalmomanager.fail",
+         "@directory\n@config\n@account\n@telemetry\n@installed",
+         "unregistered KalmoManager && unregistered ZDCS-ZDSQL"},
+        // An account that useradd refuses, and that the server then does not find.
+        {"", R"(@directory
+            @config => Tab*2 Backspace*4 a:b Tab Enter
+            Attention / {1235|a:b} / Yes No
+            @account
+            @telemetry
+            Attention / {1236|a:b} / OK
+            Attention / * / no such account: a:b / OK)",
+         "grep -q 'DaemonUser = a:b' ZDConf.ini"},
+        // A directory that cannot be created, an owner that cannot be set.
+        {"", R"(@directory => Backspace*15 proc/zd Enter
+            @config
+            @account
+            @telemetry
+            Attention / /proc/zd/: No such file or directory / OK)",
+         "absent kalmo"},
+        {"",
+         "@directory\n@config\n@account\n@telemetry\nAttention / Operation not permitted / OK",
+         "test -e kalmomanager && absent ZDConf.ini",
+         {"env", "ASAN_OPTIONS=detect_leaks=0", "strace", "-qq", "-o/dev/null", "-e",
+          "inject=chown,lchown,fchown,fchownat:error=EPERM"}},
+        // A command line that is too long is cut; so is the password in it, which the server then refuses.
+        {"", "@directory\n@config\n@account => Enter " + std::string(190, 'a') + R"( Enter*2
+            @telemetry
+            Attention / * / no password of account Admin stands behind PWDC / OK)",
+         "grep -q 'kalmo --INSTALLER .*cut to 260 bytes' /tmp/trace"},
+    };
+    for (const auto& rst : TAB) {
+        SCOPED_TRACE(rst.csScript);
+        SetUp();
+        csShell("mkdir -p /usr/local/ZDSQL; cd /usr/local/ZDSQL; " + std::string(rst.pszPrepare));
+        Run("@licence\n" + rst.csScript, {.tabLauncher = rst.tabLauncher});
+        EXPECT_TRUE(bShell("cd /usr/local/ZDSQL; " + std::string(rst.pszThen)));
+    }
+}
+
+TEST_F(CStory, ABusyProgramIsWaitedFor) {
+    const auto Occupy = [this](const std::string& rcsSeconds) {
+        SetUp();
+        csShell("mkdir -p /usr/local/ZDSQL; cd /usr/local/ZDSQL; cp /bin/sleep zdlogger; ./zdlogger " +
+                rcsSeconds + " >/dev/null 2>&1 &");
+    };
+    const std::string csAsked = "@licence\n@directory\n@config\n@account\n@telemetry\n";
+    Occupy("3");
+    Run(csAsked + "@installed");
+    Occupy("60");
+    Run(csAsked + "Attention / /usr/local/ZDSQL/zdlogger: Text file busy / {123C|zdlogger} / OK");
+
+    // Whoever does not want to wait gets a terminal in order back.
+    Start({});
+    std::vector<STStep> tab = tabSteps(csAsked);
+    tab.back().csKeys = "Enter";
+    Walk(tab);
+    rclTerminal().Send("\r");
+    ASSERT_TRUE(rclTerminal().bWaitText("Installing the server"));
+    rclTerminal().Send("\x03");
+    EXPECT_EQ(rclTerminal().nWaitEnd(), 128 + SIGINT);
+    EXPECT_TRUE(rclTerminal().bCooked());
+    EXPECT_FALSE(rclTerminal().clScreen().bAlternateScreen());
+}
+
+}  // namespace
+}  // namespace kalmo

@@ -1,0 +1,203 @@
+// Installing: every language from start to end, every kind of terminal, a second server, what is run.
+
+#include "tests/interactive/story.h"
+
+namespace kalmo {
+namespace {
+
+constexpr const char* PSZ_INSTALL = "@licence\n@directory\n@config\n@account\n@telemetry\n@installed";
+constexpr const char* PSZ_UPGRADE = R"(
+    @licence
+    @action
+    @toupgrade
+    {10C4|ZDSQL server ZDSQL|4900|/usr/local/ZDSQL/|)" KALMO_VERSION R"(|26.0.3.0}
+        / {10C8} / {10C7|ZDSQL server ZDSQL} / {10C6} / {10C5} / {1038} {1039}
+    @upgraded)";
+constexpr const char* PSZ_UNINSTALL = "@licence\n@action => Down*2 Enter*2\n@toremove\n@removed";
+
+/// What holds with systemd and without.
+class CEverywhere : public CStory {
+  protected:
+    /// The server of the directory that is proposed runs, with the settings that are proposed.
+    static void ExpectServer(const std::string& rcsVersion) {
+        EXPECT_TRUE(bShell("for s in ZDCS-ZDSQL KalmoManager; do registered $s && active $s || exit; done"));
+        EXPECT_EQ(csShell("say_to 4900 'LOGIN Admin '; login 4900 Admin no"),
+                  "ZDSQL ZDSQL " + rcsVersion + " ready\nOK\nNO");
+        EXPECT_EQ(
+            csShell("cd /usr/local/ZDSQL; cat ZDConf.ini; stat -c '%a %U %n' kalmo* zdlogger help/* tv*"),
+            R"([INIT]
+DBRootPath = %%EXE%%/BDD
+AccessPort = 4900
+Name = ZDSQL
+[TELEMETRY]
+ACTIVE = 1
+755 root kalmo
+4755 root kalmomanager
+755 root zdlogger
+755 root help/readme.txt
+755 root tvsqlsrv.so
+755 root tvzdsrv.so)");
+    }
+};
+
+class CFromStartToEnd : public CEverywhere, public testing::WithParamInterface<const char*> {};
+
+TEST_P(CFromStartToEnd, AServerIsInstalledUpgradedAndUninstalled) {
+    Run(PSZ_INSTALL, {.csLanguage = GetParam()});
+    ExpectServer(KALMO_VERSION);
+    Run(PSZ_UPGRADE, {.csPayload = "next", .csLanguage = GetParam()});
+    ExpectServer("26.0.3.0");
+    Run(PSZ_UNINSTALL, {.csLanguage = GetParam()});
+    EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL && active KalmoManager && ! greeting 4900"));
+    Run(R"(
+        @licence
+        @manage => Down Enter*2
+        @toremove
+        {10E9|ZDSQL server manager} / {10E3} / {10E4} / {10E5} / {1032})",
+        {.csLanguage = GetParam()});
+    EXPECT_TRUE(bShell("unregistered KalmoManager"));
+    EXPECT_EQ(csShell("cd /usr/local/ZDSQL && echo $(find . -type f | sort)"),
+              "./BDD/__system/kalmo.log ./INSTALL.LOG ./ZDConf.ini ./help/readme.txt");
+}
+
+INSTANTIATE_TEST_SUITE_P(Everywhere, CFromStartToEnd, testing::Values("en"));
+INSTANTIATE_TEST_SUITE_P(Languages, CFromStartToEnd, testing::Values("fr", "es"));
+
+TEST_F(CEverywhere, EveryTerminalWillDo) {
+    constexpr const char* PSZ_NARROW = R"(
+        {103E} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / I accept I refuse => Down*40 Tab Enter
+        {1031} / /usr/local/ZDSQL / OK Cancel
+        Server name / ZDSQL / TCP port / 4900 OK Cancel / System account that runs the server / root => Enter*3
+        {2626} / {2627} / Admin / {2628} => Enter*3
+        Telemetry sends technical data about the use of
+            / [X]Send technical data about the use of this / server / OK Cancel => Enter*2
+        {103B} / Administrator account: Admin / OK)";
+    const struct {
+        const char* pszScript;
+        STStart stStart;
+    } TAB[] = {{PSZ_INSTALL, {.csType = "xterm", .nColumns = 132, .nRows = 50}},
+               {PSZ_INSTALL, {.csType = "vt100"}},
+               {PSZ_NARROW, {.nColumns = 60, .nRows = 16}}};
+    for (const auto& rst : TAB) {
+        SCOPED_TRACE(testing::Message() << rst.stStart.csType << " " << rst.stStart.nColumns);
+        SetUp();
+        Run(rst.pszScript, rst.stStart);
+        ExpectServer(KALMO_VERSION);
+    }
+}
+
+TEST_F(CEverywhere, TheseCommandsAreRunAndNoOthers) {
+    const std::string csInstall = R"(
+sh: /usr/local/ZDSQL/kalmomanager --INSTALLER 2>/dev/null
+sh: /usr/local/ZDSQL/kalmo --INSTALLER 2>/dev/null)";
+    const std::string csList = R"(
+/bin/systemctl list-units --all --type=service --full --no-pager --no-legend)";
+    const std::string csManager = R"(
+/bin/systemctl --property=Description,ExecStart,Type show KalmoManager)";
+    const std::string csServers = csList + csList + R"( --plain
+/bin/systemctl --property=Description,ExecStart,Type show ZDCS-ZDSQL)" +
+                                  csManager;
+    const struct {
+        const char* pszScript;
+        const char* pszPayload;
+        std::string csSystemd;
+        std::string csSysV;
+    } TAB[] = {
+        {PSZ_INSTALL, "current", csList + csManager + csManager + csInstall, csInstall},
+        {PSZ_UPGRADE, "next", csServers + csManager + R"(
+/bin/systemctl --property=ActiveState show KalmoManager
+/bin/systemctl --property=ActiveState show ZDCS-ZDSQL
+/bin/systemctl stop KalmoManager
+/bin/systemctl --property=ActiveState show ZDCS-ZDSQL
+/bin/systemctl stop ZDCS-ZDSQL
+/bin/systemctl --property=ActiveState show KalmoManager
+/bin/systemctl start KalmoManager
+/bin/systemctl start ZDCS-ZDSQL)",
+         R"(
+/etc/init.d/KalmoManager status
+/etc/init.d/ZDCS-ZDSQL status
+sh: /etc/init.d/KalmoManager stop >/dev/null 2>/dev/null
+/etc/init.d/ZDCS-ZDSQL status
+sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null
+/etc/init.d/KalmoManager status
+sh: /etc/init.d/KalmoManager start >/dev/null
+sh: /etc/init.d/ZDCS-ZDSQL start >/dev/null)"},
+        {PSZ_UNINSTALL, "current", csServers + R"(
+/bin/systemctl stop ZDCS-ZDSQL
+/bin/systemctl --property=FragmentPath show ZDCS-ZDSQL
+/bin/systemctl --property=SourcePath show ZDCS-ZDSQL
+/bin/systemctl disable ZDCS-ZDSQL
+/bin/systemctl stop ZDCS-ZDSQL
+/bin/systemctl daemon-reload)",
+         R"(
+sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null
+sh: update-rc.d -f ZDCS-ZDSQL remove >/dev/null)"},
+    };
+    for (const auto& rst : TAB) {
+        Run(rst.pszScript, {.csPayload = rst.pszPayload, .bRecord = true});
+        EXPECT_EQ(csCommands(), "/bin/systemctl --no-pager --no-legend" +
+                                    (bShell("[ $init = systemd ]") ? rst.csSystemd : rst.csSysV) +
+                                    "\nsh: clear 2>/dev/null");
+        csShell("greeting 4900; for n in {1..50}; do active KalmoManager && break; sleep 0.1; done");
+    }
+}
+
+TEST_F(CStory, AccountsAreAskedForAndMade) {
+    Run(R"(
+        @licence
+        @directory
+        @config => Tab*2 Backspace*4 KDaemon Tab Enter
+        {103A} / {1235|kdaemon} / Yes No => Tab Enter
+        {1033} / ZDSQL / {1034} / 4900 / {1233} / kdaemon / OK Cancel
+        {103A} / {1235|kdaemon} / Yes No
+        @account => Backspace*5 chef Space "l'été" Space $x Enter pass Space wörd Enter*2
+        @telemetry => Space Enter*2
+        {103B} / {262B|chef "l'été" $x|pass wörd} / OK)",
+        {.bRecord = true});
+    EXPECT_THAT(csCommands(), testing::HasSubstr(R"(
+sh: /usr/sbin/useradd -s/bin/false -M kdaemon 2>/dev/null
+sh: /usr/local/ZDSQL/kalmomanager --INSTALLER 2>/dev/null
+sh: /usr/local/ZDSQL/kalmo --INSTALLER --CREATEUSER "chef \"l'été\" \$x" --PWDC HEX 2>/dev/null
+)"));
+    EXPECT_EQ(csShell(R"X(
+        name="chef \"l'été\" \$x"
+        login 4900 "$name" "pass wörd"; login 4900 "$name" pass; login 4900 Admin ""
+        grep -E "DaemonUser|ACTIVE" /usr/local/ZDSQL/ZDConf.ini
+        stat -c %U /proc/$(pid ZDCS-ZDSQL)
+        getent passwd kdaemon | cut -d: -f7
+        grep -c wörd /tmp/trace)X"),
+              "OK\nNO\nNO\nDaemonUser = kdaemon\nACTIVE = 0\nkdaemon\n/bin/false\n0");
+}
+
+TEST_F(CStory, ASecondServerGetsItsOwnNamePortAndDirectory) {
+    Install("first", 4900);
+    const std::string csBefore = csProcesses("ZDCS-first KalmoManager");
+    Run(R"(
+        @licence
+        @action => Down Enter*2
+        {1031} / * => Backspace*15 srv/zd/second Enter
+        @config => Backspace*5 FIRST Enter*3
+        {103A} / {10CB|FIRST} / OK
+        {1033} / FIRST / * => Tab*2 Backspace*5 second Enter*3
+        {103A} / {10CC|4900|ZDSQL server first} / OK
+        {1033} / second / {1034} / 4900 / * => Tab*3 Backspace*4 4951 Enter*2
+        @account
+        @telemetry
+        @installed)");
+    EXPECT_EQ(csShell("greeting 4951; greeting 4900"),
+              "ZDSQL second " KALMO_VERSION " ready\nZDSQL first " KALMO_VERSION " ready");
+    EXPECT_EQ(csFate("ZDCS-first KalmoManager", csBefore), "==");
+
+    // The directory of a server means that server, however it is written.
+    Run(R"(
+        @licence
+        @action => Down Enter*2
+        {1031} / * => Backspace*15 srv//zd/first/../second/ Enter
+        Server: ZDSQL server second / Port: 4951 / Directory: /srv/zd/second/ / * / Yes No
+        @upgraded)",
+        {.csPayload = "next"});
+    EXPECT_EQ(csShell("greeting 4951"), "ZDSQL second 26.0.3.0 ready");
+}
+
+}  // namespace
+}  // namespace kalmo

@@ -1,0 +1,269 @@
+#include "tests/interactive/story.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <sstream>
+
+namespace kalmo {
+namespace {
+
+// Screens of server "ZDSQL" with what is proposed for it; keys that go on, keys that give up.
+constexpr const char* PSZ_SCREENS = R"(
+    @licence    {103E} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / * / {103F} {1040} => Down*40 Tab Enter => Tab Enter
+    @directory  {1031} / /usr/local/ZDSQL / .. / * / {1032} {1037} => Enter => Tab*3 Enter
+    @config     {1033} / ZDSQL / {1034} / 4900 / {1233} / root / {1032} {1037} => Enter*3 => Tab*4 Enter
+    @account    {2626} / {2627} / Admin / {2628} / {1032} {1037} => Enter*3 => Tab*3 Enter
+    @telemetry  {2402} / [X]{2403} / {1032} {1037} => Enter*2 => Tab*2 Enter
+    @installed  {103B} / {10C3|Admin} / {1032} => Enter
+    @action     {10BD} / (X) {10BE} / ( ) {10BF} / ( ) {10E2} / {1032} {1037} => Enter*2 => Tab*2 Enter
+    @manage     {10BD} / (X) {10BF} / ( ) {10E2} / {1032} {1037} => Enter*2 => Tab*2 Enter
+    @toupgrade  {10C2} / * / {1032} {1037} => Enter*2 => Tab*2 Enter
+    @toremove   {10EA} / * / {1032} {1037} => Enter*2 => Tab*2 Enter
+    @upgraded   {10C9} / {1032} => Enter
+    @removed    {10E9|ZDSQL server ZDSQL} / {10E3} / {10E4} / {10E5}* / {1032} => Enter
+    @box        {103A} / * / {1032} => Enter
+)";
+
+constexpr const char* PSZ_RECORD = "/tmp/record";
+
+// Takes every server off the machine, and the folders and accounts of the stories.
+constexpr const char* PSZ_CLEAR = R"(
+    umount -q /etc/systemd/system/multi-user.target.wants
+    for service in $(ls /etc/systemd/system /etc/init.d | grep -xE '(ZDCS-.*|KalmoManager)(\.service)?' | sort -u); do
+        service=${service%.service}
+        service_stop $service
+        case $init in
+            systemd) systemctl disable $service; rm -f /etc/systemd/system/$service.service ;;
+            *) rm -f /etc/init.d/$service; update-rc.d $service remove ;;
+        esac
+    done
+    [ $init != systemd ] || { systemctl daemon-reload; systemctl reset-failed; }
+    rm -rf /usr/local/ZDSQL /srv/zd /srv/dist /tmp/record* /tmp/trace
+    userdel kdaemon
+    for version in current next; do
+        mkdir -p /srv/zd /srv/dist/$version
+        cp "$KALMO_PAYLOAD/$version/"kalmoinstall* /srv/dist/$version
+    done
+)";
+
+std::string csReplaced(std::string cs, const std::string& rcsOld, const std::string& rcsNew) {
+    for (std::size_t n = 0; (n = cs.find(rcsOld, n)) != cs.npos; n += rcsNew.size()) {
+        cs.replace(n, rcsOld.size(), rcsNew);
+    }
+    return cs;
+}
+
+// The text of a number, "number|insert|insert", from the catalogue of a language.
+std::string csCatalogueText(const std::string& rcsNumber, const std::string& rcsLanguage) {
+    std::istringstream clParts(rcsNumber);
+    std::string csPart;
+    std::getline(clParts, csPart, '|');
+    std::ifstream clFile(KALMO_SOURCE "/framework/texts/" + rcsLanguage + ".txt");
+    std::string csText;
+    bool bHere = false;
+    for (std::string csLine; std::getline(clFile, csLine);) {
+        if (csLine.size() > 1 && csLine[0] == '[' && csLine[1] != ' ') {
+            bHere = csLine.starts_with("[0x" + csPart + " ");
+        } else if (bHere && !csLine.empty() && !csLine.starts_with('#')) {
+            csText += (csText.empty() ? "" : " / ") + csLine;
+        }
+    }
+    for (int n = 1; std::getline(clParts, csPart, '|'); ++n) {
+        const std::string csInsert = "%" + std::to_string(n);
+        csText = csReplaced(csReplaced(csText, csInsert + "!d!", csPart), csInsert, csPart);
+    }
+    return csReplaced(csText, "[ ]", "[X]");
+}
+
+// The texts of an area of the screen, as a script has them.
+std::string csTexts(const CEmulator& rcl, int nTop, int nLeft, int nRows, int nColumns) {
+    static const std::regex clFrame("[-+]*\\+[-+]*|--+|\\|");
+    static const std::regex clBlanks(" +");
+    std::string csAll;
+    for (int nRow = nTop; nRow < nTop + nRows; ++nRow) {
+        std::string cs = std::regex_replace(rcl.csText(nRow, nLeft, nColumns), clFrame, " ");
+        cs = std::regex_replace(cs, clBlanks, " ");
+        cs.erase(0, cs.find_first_not_of(' '));
+        cs.erase(cs.find_last_not_of(' ') + 1);
+        csAll += (csAll.empty() || cs.empty() ? "" : " / ") + cs;
+    }
+    return csAll;
+}
+
+bool bMatches(const std::string& rcsText, const std::string& rcsExpected) {
+    static const std::regex clSpecial(R"([.\\^$|()\[\]{}+?])");
+    const std::string csPattern = std::regex_replace(rcsExpected, clSpecial, R"(\$&)");
+    return std::regex_match(rcsText, std::regex(csReplaced(csPattern, "*", ".*")));
+}
+
+}  // namespace
+
+void CStory::SetUp() {
+    ASSERT_NE(std::getenv("KALMO_MACHINE"), nullptr)
+        << "this installs services: run it in a throwaway machine (tests/machine/machine)";
+    ::setenv("KALMO_PAYLOAD", KALMO_PAYLOAD, 1);
+    csShell(PSZ_CLEAR);
+    ASSERT_TRUE(bShell("cd /srv/dist && test -x current/kalmoinstall -a -s next/kalmoinstall.zip"));
+}
+
+void CStory::TearDown() {
+    if (HasFailure() && m_pclTerminal != nullptr) {
+        std::puts(rclTerminal().csText().c_str());
+        std::puts(csShell("tail -n 20 /tmp/trace; ps axfo pid,stat,args | tail -n 20").c_str());
+    }
+}
+
+std::vector<STStep> CStory::tabSteps(const std::string& rcsScript, const std::string& rcsLanguage) {
+    static const std::regex clContinued("\n +/");
+    static const std::regex clLine("\n *([^ \n].*)");
+    static const std::regex clScreen("(@[a-z]+)(?: => ([^=]*))?");
+    static const std::regex clNumber("\\{([^}]*)\\}");
+    static const std::regex clStep("(.*?)(?: => (.*?))?(?: => (.*))?");
+    const std::string csScript = std::regex_replace("\n" + rcsScript, clContinued, " /");
+    std::vector<STStep> tab;
+    for (std::sregex_iterator it(csScript.begin(), csScript.end(), clLine), itEnd; it != itEnd; ++it) {
+        std::string csLine = (*it)[1];
+        std::smatch clMatch;
+        std::string csOtherKeys;
+        if (std::regex_match(csLine, clMatch, clScreen)) {
+            csOtherKeys = clMatch[2];
+            const std::regex clDefinition(clMatch[1].str() + " +(.*)");
+            const std::string csScreens = PSZ_SCREENS;
+            if (std::regex_search(csScreens, clMatch, clDefinition)) {
+                csLine = std::string(clMatch[1]);
+            }
+        }
+        for (std::smatch clText; std::regex_search(csLine, clText, clNumber);) {
+            csLine = clText.prefix().str() + csCatalogueText(clText[1], rcsLanguage) + clText.suffix().str();
+        }
+        std::regex_match(csLine, clMatch, clStep);
+        const std::string csKeys = clMatch[2].matched ? clMatch[2].str() : "Enter";
+        tab.push_back({clMatch[1], csOtherKeys.empty() ? csKeys : csOtherKeys, clMatch[3]});
+    }
+    return tab;
+}
+
+void CStory::Run(const std::string& rcsScript, const STStart& rst) {
+    Run(tabSteps(rcsScript, rst.csLanguage), rst);
+}
+
+void CStory::Run(const std::vector<STStep>& rtab, const STStart& rst) {
+    Start(rst);
+    ASSERT_NO_FATAL_FAILURE(Walk(rtab));
+    ASSERT_EQ(rclTerminal().nWaitEnd(), 0);
+    EXPECT_EQ(rclTerminal().csText(), "\n");
+    EXPECT_TRUE(rclTerminal().bCooked());
+    EXPECT_FALSE(rclTerminal().clScreen().bAlternateScreen());
+}
+
+void CStory::Start(const STStart& rst) {
+    std::vector<std::string> tab = rst.tabLauncher;
+    if (rst.bRecord) {
+        csShell(std::string("rm -f ") + PSZ_RECORD + "*");
+        // A process cannot be looked at by two: no leak can be found meanwhile.
+        tab = {"env",    "ASAN_OPTIONS=detect_leaks=0",
+               "strace", "-D",
+               "-ff",    "-qq",
+               "-s",     "2000",
+               "-o",     PSZ_RECORD,
+               "-e",     "trace=execve,fork,vfork,clone,clone3"};
+    }
+    tab.insert(tab.end(), {"/srv/dist/" + rst.csPayload + "/kalmoinstall", "/DEBUG=/tmp/trace"});
+    m_pclTerminal.reset();
+    m_pclTerminal = std::make_unique<Terminal>(
+        tab, Terminal::STOptions{.csType = rst.csType,
+                                 .nColumns = rst.nColumns,
+                                 .nRows = rst.nRows,
+                                 .tabEnvironment = {"LC_ALL=" + rst.csLanguage + ".UTF-8"},
+                                 .stPatience = std::chrono::seconds(60)});
+}
+
+void CStory::Walk(const std::vector<STStep>& rtab) {
+    ASSERT_TRUE(rclTerminal().bSettle());
+    for (const STStep& rst : rtab) {
+        ASSERT_EQ(csShown(rst.csShown), rst.csShown);
+        ASSERT_TRUE(rclTerminal().bPress(rst.csKeys)) << rst.csShown;
+    }
+}
+
+// What is expected, when the screen shows it; else what it shows.
+std::string CStory::csShown(const std::string& rcsExpected) const {
+    const CEmulator& rcl = m_pclTerminal->clScreen();
+    const auto nShrunk = [](int nPreferred, int nScreen) {
+        return nScreen < nPreferred + 4 ? nScreen - 4 : nPreferred;
+    };
+    // A box of one of these heights may stand over another screen.
+    const int nWidth = nShrunk(60, rcl.nColumns());
+    for (const int nPreferred : {20, 13}) {
+        const int nHeight = nShrunk(nPreferred, rcl.nRows());
+        if (bMatches(
+                csTexts(rcl, (rcl.nRows() - nHeight) / 2, (rcl.nColumns() - nWidth) / 2, nHeight, nWidth),
+                rcsExpected)) {
+            return rcsExpected;
+        }
+    }
+    const std::string csWhole = csTexts(rcl, 0, 0, rcl.nRows(), rcl.nColumns());
+    return bMatches(csWhole, rcsExpected) ? rcsExpected : csWhole;
+}
+
+std::string CStory::csShell(const std::string& rcsCommand) {
+    ::setenv("KALMO_COMMAND", rcsCommand.c_str(), 1);
+    constexpr const char* PSZ_BASH =
+        "exec bash -c 'source " KALMO_SOURCE "/samples/story/server_state.sh; eval \"$KALMO_COMMAND\"' 2>&1";
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> clPipe(::popen(PSZ_BASH, "re"), ::pclose);
+    std::string cs;
+    std::array<char, 4096> tab{};
+    for (std::size_t n = 0; (n = std::fread(tab.data(), 1, tab.size(), clPipe.get())) > 0;) {
+        cs.append(tab.data(), n);
+    }
+    return cs.substr(0, cs.find_last_not_of('\n') + 1);
+}
+
+bool CStory::bShell(const std::string& rcsCommand) {
+    return csShell("{ " + rcsCommand + "; } >/dev/null 2>&1 && echo yes") == "yes";
+}
+
+void CStory::Install(const std::string& rcsName, int nPort) {
+    ASSERT_TRUE(bShell("name=" + rcsName + " port=" + std::to_string(nPort) + R"(
+        printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=%s\nRepertoire=/srv/zd/%s\nPort=%s\n' $name $name $port >/tmp/orders
+        /srv/dist/current/kalmoinstall /PILOT=/tmp/orders && test -e /srv/zd/$name/Install.log && greeting $port)"));
+}
+
+std::string CStory::csFiles(const std::string& rcsFolders) {
+    // Of a folder its time would tell of files that came and went.
+    return csShell("cd / && find " + rcsFolders + R"( -xdev -path var/lib/systemd -prune -o \
+            \( -type d -printf '%p %M %U:%G\n' -o -printf '%p %M %U:%G %s %C@ %l\n' \) | sort
+        ls /tmp | grep -vxE 'trace|orders|record.*')");
+}
+
+std::string CStory::csProcesses(const std::string& rcsServices) {
+    return csShell("for service in " + rcsServices +
+                   "; do active $service >/dev/null && pid $service || echo 0; done");
+}
+
+std::string CStory::csFate(const std::string& rcsServices, const std::string& rcsProcesses) {
+    std::istringstream clBefore(rcsProcesses);
+    std::istringstream clNow(csProcesses(rcsServices));
+    std::string cs;
+    for (std::string csBefore, csNow; clBefore >> csBefore && clNow >> csNow;) {
+        cs += csNow == "0" ? '-' : csNow == csBefore ? '=' : '!';
+    }
+    return cs;
+}
+
+std::string CStory::csCommands() {
+    // Each process has a file. The first that begins with our program is ours; it tells the numbers of its
+    // children, whose files begin with what they became. Arguments are quoted, with escapes as in C, which
+    // printf knows.
+    return csShell(R"X(
+        cd /tmp && own=$(grep -l '^execve("/srv/dist/' record.* | head -n 1)
+        for child in $(sed -nE 's/^(fork|vfork|clone3?)\(.* = ([0-9]+)$/\2/p' $own); do
+            head -n 1 record.$child | sed -nE 's/^execve\("[^"]*", \[(.*)\], 0x.*/\1/p' |
+                sed -E 's/^"//; s/"$//; s/", "/ /g; s/^sh -c (-- )?/sh: /; s/(--PWDC )[0-9A-F]+/\1HEX/; s/%/%%/g'
+        done | while read -r line; do printf "${line//\\\"/\"}\n"; done)X");
+}
+
+}  // namespace kalmo

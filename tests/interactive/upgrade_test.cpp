@@ -1,0 +1,92 @@
+// Upgrading: which services are told of, stopped and started, and what is kept.
+
+#include "tests/interactive/story.h"
+
+namespace kalmo {
+namespace {
+
+constexpr const char* PSZ_SERVICES = "ZDCS-first ZDCS-second KalmoManager";
+
+class CUpgrade : public CStory {
+  protected:
+    /// Two servers; the manager runs from the directory of the first.
+    void SetUp() override {
+        CStory::SetUp();
+        Install("first", 4950);
+        Install("second", 4951);
+    }
+};
+
+TEST_F(CUpgrade, ServicesAreStoppedAndStartedAsTheyLie) {
+    const std::string csFirst = "\nServer: ZDSQL server first / Port: 4950 / Directory: /srv/zd/first/ / ";
+    const std::string csSecond = "\nServer: ZDSQL server second / Port: 4951 / Directory: /srv/zd/second/ / ";
+    const std::string csVersions = "Installed version: " KALMO_VERSION " / New version: 26.0.3.0 / ";
+    const std::string csStopped = "{10C8} / ";
+    const struct {
+        const char* pszPrepare;
+        std::string csScript;
+        const char* pszFate;  ///< Of first, second and the manager.
+        const char* pszActive;
+        const char* pszVersions;
+    } TAB[] = {
+        // Everything runs, the manager here.
+        {"",
+         "@toupgrade\n@telemetry" + csFirst + csVersions + csStopped +
+             "{10C7|ZDSQL server first} / {10C6} / ",
+         "!=!", "first 1", "26.0.3.0 " KALMO_VERSION},
+        // The manager lies elsewhere and goes on.
+        {"printf '[TELEMETRY]\nACTIVE=0\n' >>second/ZDConf.ini",
+         "@toupgrade => Down Enter*2" + csSecond + csVersions + csStopped + "{10C7|ZDSQL server second} / ",
+         "=!=", "second 0", KALMO_VERSION " 26.0.3.0"},
+        // What was stopped runs afterwards: the server, and the manager wherever it lies.
+        {"service_stop ZDCS-second; service_stop KalmoManager; printf '[TELEMETRY]\nACTIVE=2\n' "
+         ">>second/ZDConf.ini",
+         "@toupgrade => Down Enter*2\n@telemetry => Space Enter*2" + csSecond + csVersions, "=!!", "second 0",
+         KALMO_VERSION " 26.0.3.0"},
+        {"service_stop ZDCS-first; service_stop KalmoManager; printf '[TELEMETRY]\nACTIVE=1\n' "
+         ">>first/ZDConf.ini",
+         "@toupgrade" + csFirst + csVersions, "!=!", "first 1", "26.0.3.0 " KALMO_VERSION},
+        // The server is stopped, the manager here runs. Without notes there is no version to show.
+        {R"(service_stop ZDCS-first; sed -i /AccessPort/d first/ZDConf.ini
+            sed -i 's/version":"2/vorsion":"2/' first/kalmo /srv/dist/next/kalmoinstall)",
+         "@toupgrade\n@telemetry\nServer: ZDSQL server first / Port: 4900 / Directory: /srv/zd/first/ / "
+         "Installed version: ? / New version: ? / " +
+             csStopped + "{10C6} / ",
+         "!=!", "first 1", "26.0.3.0 " KALMO_VERSION},
+    };
+    for (const auto& rst : TAB) {
+        SCOPED_TRACE(rst.csScript);
+        if (&rst != TAB) {
+            SetUp();
+        }
+        csShell("cd /srv/zd; " + std::string(rst.pszPrepare));
+        const std::string csBefore = csProcesses(PSZ_SERVICES);
+        const std::string csOthers = "cd /srv/zd; cat */ZDConf.ini | grep -vE 'TELEMETRY|ACTIVE'";
+        const std::string csKept = csShell(csOthers);
+        Run("@licence\n@action\n" + rst.csScript + "{10C5} / {1038} {1039}\n@upgraded",
+            {.csPayload = "next"});
+        EXPECT_EQ(csFate(PSZ_SERVICES, csBefore), rst.pszFate);
+        EXPECT_EQ(csShell("cd /srv/zd; grep -H ACTIVE */ZDConf.ini | sed 's/.ZDConf.*=//'"), rst.pszActive);
+        EXPECT_EQ(csShell(csOthers), csKept);
+        EXPECT_EQ(
+            csShell("cd /srv/zd; echo $(for s in first second; do $s/kalmo --version; done | cut -d' ' -f2)"),
+            rst.pszVersions);
+    }
+}
+
+TEST_F(CUpgrade, AHalfReplacedServerStaysStopped) {
+    csShell("cd /srv/dist/next; printf XXXX | dd of=kalmoinstall.zip bs=1 seek=5000 conv=notrunc");
+    const std::string csBefore = csProcesses(PSZ_SERVICES);
+    Run(R"(
+        @licence
+        @action
+        @toupgrade
+        @telemetry
+        Server: ZDSQL server first / * / Yes No
+        Attention / The payload archive / /srv/dist/next/kalmoinstall.zip / is damaged. / * / OK)",
+        {.csPayload = "next"});
+    EXPECT_EQ(csFate(PSZ_SERVICES, csBefore), "-=-");
+}
+
+}  // namespace
+}  // namespace kalmo

@@ -7,6 +7,7 @@
 #include "app/texts.h"
 #include "framework/fs_path.h"
 #include "tui/attribute.h"
+#include "tui/geometry.h"
 
 namespace kalmo {
 namespace {
@@ -16,19 +17,15 @@ constexpr int BUTTON_HEIGHT = 4;
 constexpr int TEXT_COLUMN = 2;
 constexpr int STEPS_BESIDE_FILES = 2;
 
-int nButtonGap(int nWidth) {
-    return (nWidth - 2 * BUTTON_WIDTH) / 3;
-}
-
 }  // namespace
 
 CUpgradeWin::CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclService,
                          CDataExtractor* pclExtractor, int nTelemetryOn)
     : CWindow(nX, nY, nWidth, nHeight),
-      m_clStart(this, csLoadText(TEXTE_OUI).pszGet(), nButtonGap(nWidth), nHeight - 6, BUTTON_WIDTH,
-                BUTTON_HEIGHT),
-      m_clCancel(this, csLoadText(TEXTE_NON).pszGet(), 2 * nButtonGap(nWidth) + BUTTON_WIDTH, nHeight - 6,
-                 BUTTON_WIDTH, BUTTON_HEIGHT),
+      m_clStart(this, csLoadText(TEXTE_OUI).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6,
+                BUTTON_WIDTH, BUTTON_HEIGHT),
+      m_clCancel(this, csLoadText(TEXTE_NON).pszGet(), 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH,
+                 nHeight - 6, BUTTON_WIDTH, BUTTON_HEIGHT),
       m_clJauge(this, 2, nHeight - 10, nWidth - 5, 3, 0, pclExtractor->dwGetNbFile() + STEPS_BESIDE_FILES,
                 csLoadText(TEXTE_MAJ_JAUGE).pszGet()),
       m_dMaximum(pclExtractor->dwGetNbFile() + STEPS_BESIDE_FILES),

@@ -5,6 +5,7 @@
 
 #include "framework/disk_file.h"
 #include "tui/dialog_text.h"
+#include "tui/geometry.h"
 
 namespace kalmo {
 namespace {
@@ -25,10 +26,6 @@ CTString csParent(const CTString& rcsDirectory) {
     return CTString(sv.substr(0, sv.substr(0, sv.size() - 1).rfind(L'/') + 1));
 }
 
-int nButtonGap(int nWidth) {
-    return (nWidth - 2 * BUTTON_WIDTH) / 3;
-}
-
 }  // namespace
 
 CDirectory::CDirectory(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitle,
@@ -36,10 +33,11 @@ CDirectory::CDirectory(int nX, int nY, int nWidth, int nHeight, const wchar_t* p
     : CWindow(nX, nY, nWidth, nHeight),
       m_clPath(this, pszPath, 3, 2, nWidth - 7, 4, L"", eBORDER_SHADOW, 1),
       m_clList(this, 3, 6, nWidth - 7, nHeight - 13, 0),
-      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), nButtonGap(nWidth), nHeight - 6, BUTTON_WIDTH,
+      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6, BUTTON_WIDTH,
              BUTTON_HEIGHT),
-      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(), 2 * nButtonGap(nWidth) + BUTTON_WIDTH, nHeight - 6,
-                 BUTTON_WIDTH, BUTTON_HEIGHT),
+      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(),
+                 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH, nHeight - 6, BUTTON_WIDTH,
+                 BUTTON_HEIGHT),
       m_csTitle(pszTitle) {
     AddChild(&m_clPath);
     AddChild(&m_clList);

@@ -29,9 +29,10 @@ class CDirectory : public CWindow {
 
   protected:
     void _DrawWindow() override;
+    /// Lists the directory that the path lies in.
+    void _ListDirectory();
 
   private:
-    void _ListDirectory();
     static int __sortdirectory(const wchar_t* pszLeft, const wchar_t* pszRight);
     void __SelectTyped();
     bool __bEnterSelected();

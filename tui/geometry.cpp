@@ -29,7 +29,7 @@ std::wstring csCentredCaption(std::wstring_view svCaption, int nWidth) {
 }
 
 int nEntryOffset(int nOffset, int nCursor, int nTotal, int nVisible, bool bFocus) noexcept {
-    if (!bFocus && nTotal <= nVisible) {
+    if (nTotal <= nVisible && (!bFocus || nCursor < nVisible)) {
         return 0;
     }
     const int nLast = std::max(0, nTotal + 1 - nVisible);  // The cursor has a cell behind the text too.

@@ -14,6 +14,11 @@ int nDialogSize(int nPreferred, int nScreen) noexcept;
 /// Where something of a size starts to be in the middle; never negative.
 int nCentred(int nSize, int nScreen) noexcept;
 
+/// The columns in front of, between and behind two buttons of a width in a dialog.
+constexpr int nButtonGap(int nDialog, int nButton) noexcept {
+    return (nDialog - 2 * nButton) / 3;
+}
+
 /// A button's caption in its nWidth columns: centred and padded, or cut.
 std::wstring csCentredCaption(std::wstring_view svCaption, int nWidth);
 

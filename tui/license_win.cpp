@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "tui/dialog_text.h"
+#include "tui/geometry.h"
 #include "tui/word_wrap.h"
 
 namespace kalmo {
@@ -12,10 +13,7 @@ namespace {
 
 constexpr int BUTTON_WIDTH = 12;
 constexpr int BUTTON_HEIGHT = 4;
-
-int nButtonGap(int nWidth) {
-    return (nWidth - 2 * BUTTON_WIDTH) / 3;
-}
+constexpr int TEXT_END = 8;  // rows of the window below the text
 
 // The text with its lines broken at words so that they fit; blank lines and indents stay.
 std::wstring csBroken(const wchar_t* pszText, int nColumns) {
@@ -39,10 +37,11 @@ std::wstring csBroken(const wchar_t* pszText, int nColumns) {
 CLicenseWin::CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszText)
     : CWindow(nX, nY, nWidth, nHeight),
       m_clText(this, csBroken(pszText, nWidth - 6).c_str(), 1, 2, nWidth - 3, nHeight - 9),
-      m_clAccept(this, csLoadText(TEXTE_ACCEPTER).pszGet(), nButtonGap(nWidth), nHeight - 6, BUTTON_WIDTH,
-                 BUTTON_HEIGHT),
-      m_clRefuse(this, csLoadText(TEXTE_REFUSER).pszGet(), 2 * nButtonGap(nWidth) + BUTTON_WIDTH, nHeight - 6,
+      m_clAccept(this, csLoadText(TEXTE_ACCEPTER).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6,
                  BUTTON_WIDTH, BUTTON_HEIGHT),
+      m_clRefuse(this, csLoadText(TEXTE_REFUSER).pszGet(),
+                 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH, nHeight - 6, BUTTON_WIDTH,
+                 BUTTON_HEIGHT),
       m_csTitle(csLoadText(TEXTE_TITRE_LICENCE)),
       m_bReadable(nWidth > 6 && nHeight > 11) {
     AddChild(&m_clText);
@@ -56,8 +55,7 @@ CLicenseWin::CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t*
 }
 
 bool CLicenseWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
-    if (pclSender == &m_clText && eEvent == eEVENT_END_REACHED && m_bReadable) {
-        m_clAccept.SetEnable(1);
+    if (pclSender == &m_clText && eEvent == eEVENT_END_REACHED) {
         Draw();
         return true;
     }
@@ -69,9 +67,17 @@ bool CLicenseWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
     return false;
 }
 
+bool CLicenseWin::__bEndShown() const {
+    return m_bReadable && m_clText.bAtEnd() && pWin != nullptr && getmaxy(pWin) >= height - TEXT_END &&
+           getmaxx(pWin) >= width;
+}
+
 void CLicenseWin::_DrawWindow() {
     CWindow::_DrawWindow();
     _DrawTitle(1, 2, m_csTitle.pszGet());
+    if (__bEndShown()) {
+        m_clAccept.SetEnable(1);
+    }
 }
 
 }  // namespace kalmo

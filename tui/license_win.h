@@ -29,6 +29,9 @@ class CLicenseWin : public CWindow {
     void _DrawWindow() override;
 
   private:
+    /// Whether the text's last line is on the screen, none of its rows being clipped.
+    [[nodiscard]] bool __bEndShown() const;
+
     CScrollableLibel m_clText;
     CButton m_clAccept;
     CButton m_clRefuse;

@@ -4,6 +4,7 @@
 #include "tui/attribute.h"
 #include "tui/dialog_text.h"
 #include "tui/drawing.h"
+#include "tui/geometry.h"
 #include "tui/screen.h"
 
 namespace kalmo {
@@ -35,7 +36,7 @@ CMsgBox::CMsgBox(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitl
       m_csText(pszText) {
     const int nRow = nHeight - 6;
     if (eType == eTYPE::TwoButtons) {
-        const int nGap = (nWidth - 2 * BUTTON_WIDTH) / 3;
+        const int nGap = nButtonGap(nWidth, BUTTON_WIDTH);
         m_clFirst.emplace(this, csLoadText(TEXTE_OUI).pszGet(), nGap, nRow, BUTTON_WIDTH, BUTTON_HEIGHT);
         m_clSecond.emplace(this, csLoadText(TEXTE_NON).pszGet(), 2 * nGap + BUTTON_WIDTH, nRow, BUTTON_WIDTH,
                            BUTTON_HEIGHT);

@@ -1,6 +1,7 @@
 #include "tui/ok_cancel_win.h"
 
 #include "tui/dialog_text.h"
+#include "tui/geometry.h"
 
 namespace kalmo {
 namespace {
@@ -8,18 +9,15 @@ namespace {
 constexpr int BUTTON_WIDTH = 10;
 constexpr int BUTTON_HEIGHT = 4;
 
-int nButtonGap(int nWidth) {
-    return (nWidth - 2 * BUTTON_WIDTH) / 3;
-}
-
 }  // namespace
 
 COkCancelWin::COkCancelWin(int nX, int nY, int nWidth, int nHeight)
     : CWindow(nX, nY, nWidth, nHeight),
-      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), nButtonGap(nWidth), nHeight - 6, BUTTON_WIDTH,
+      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6, BUTTON_WIDTH,
              BUTTON_HEIGHT),
-      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(), 2 * nButtonGap(nWidth) + BUTTON_WIDTH, nHeight - 6,
-                 BUTTON_WIDTH, BUTTON_HEIGHT) {}
+      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(),
+                 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH, nHeight - 6, BUTTON_WIDTH,
+                 BUTTON_HEIGHT) {}
 
 void COkCancelWin::_AddButtons() {
     AddChild(&m_clOk);

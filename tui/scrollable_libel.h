@@ -18,10 +18,14 @@ class CScrollableLibel : public CList {
     bool bSetFocus(int bNewFocus) override;
     /// Always null.
     [[nodiscard]] const wchar_t* pszGetSelectedLine() const override;
+    /// True while the last line stands on the last rows, or above them.
+    [[nodiscard]] bool bAtEnd() const { return m_nFirst + m_nVisible >= nGetNbItem(); }
 
-  private:
+  protected:
     /// Adds the text as lines of at most nMaxWidth columns (tabCutLines).
     void _Fill(const wchar_t* pszText, int nMaxWidth);
+
+  private:
     bool __bLineUp();
     bool __bLineDown();
     bool __bPageUp();

@@ -3,6 +3,7 @@
 #include "tui/ncurses.h"
 // Defines macros with everyday names, hence only here and last.
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <term.h>
 #include <termios.h>
@@ -23,6 +24,8 @@ extern "C" void __asan_on_error();
 
 namespace kalmo {
 namespace {
+
+constexpr int PATIENCE_MILLISECONDS = 1000;
 
 // What the signal handlers use: written while they are not installed, only read by them.
 struct STGuard {
@@ -62,8 +65,11 @@ void GiveTerminalBack() {
         return;
     }
     g_nArmed = 0;
+    // Output that the operator has stopped, or that nobody takes, must not keep the process from ending.
+    ::tcflow(g_stGuard.nFd, TCOON);
+    pollfd stOutput{.fd = g_stGuard.nFd, .events = POLLOUT, .revents = 0};
     std::size_t nDone = 0;
-    while (nDone < g_stGuard.nLeave) {
+    while (nDone < g_stGuard.nLeave && ::poll(&stOutput, 1, PATIENCE_MILLISECONDS) == 1) {
         const ssize_t nWritten =
             ::write(g_stGuard.nFd, g_stGuard.tabLeave.data() + nDone, g_stGuard.nLeave - nDone);
         if (nWritten > 0) {

@@ -5,9 +5,11 @@
 namespace kalmo {
 namespace {
 
-// Characters that change the direction of what follows: a name could use them to show as another one.
-bool bDirectional(wchar_t c) {
-    return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+// Characters that are not seen themselves: a name could use them to show as another one. Terminals do not
+// agree on their width either.
+bool bInvisible(wchar_t c) {
+    return c == 0xAD || c == 0x61C || (c >= 0x200B && c <= 0x200F) || (c >= 0x202A && c <= 0x202E) ||
+           (c >= 0x2066 && c <= 0x2069) || c == 0xFEFF;
 }
 
 bool bSurrogate(wchar_t c) {
@@ -20,7 +22,7 @@ wchar_t cDrawable(wchar_t c) {
     if (c >= L' ' && c <= L'~') {
         return c;
     }
-    return c == 0 || bSurrogate(c) || bDirectional(c) || ::wcwidth(c) < 0 ? L'?' : c;
+    return c == 0 || bSurrogate(c) || bInvisible(c) || ::wcwidth(c) < 0 ? L'?' : c;
 }
 
 int nColumns(wchar_t c) {

@@ -28,13 +28,24 @@ bool CWidget::bSetFocus(int bNewFocus) {
     if (bEnabled == 0) {
         return false;
     }
-    if (!bWithCursor()) {
-        ::curs_set(0);
-    } else if (::curs_set(2) == ERR) {
-        ::curs_set(1);
-    }
+    _ShowCursor();
     bFocus = bNewFocus;
     return true;
+}
+
+void CWidget::_ShowCursor() const {
+    if (!bWithCursor()) {
+        ::curs_set(0);
+        return;
+    }
+    const int nFormer = ::curs_set(2);
+    if (nFormer == ERR) {
+        ::curs_set(1);
+    } else if (nFormer == 0) {
+        // On some terminals only the plain visible one takes the hidden one back.
+        ::curs_set(1);
+        ::curs_set(2);
+    }
 }
 
 void CWidget::SetEnable(int bEnable) {

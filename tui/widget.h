@@ -77,6 +77,8 @@ class CWidget {
     /// SmartPrint down to the row before nEndRow.
     int _nSmartPrint(int nRow, int nColumn, const wchar_t* pszText, chtype attr, int nMaxWidth, int nEndRow);
 
+    /// Shows or hides the terminal's cursor as the widget wants it while it has the focus.
+    void _ShowCursor() const;
     /// Draws the widget and brings its window to the screen. After a key has changed it.
     void _Redraw();
     /// Tells the parent; true when it handled the event.

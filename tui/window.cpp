@@ -69,6 +69,9 @@ void CWindow::Draw() {
             pclChild->Draw();
         }
         pFocus->Draw();
+        if (pFocus->bFocus != 0) {
+            pFocus->_ShowCursor();  // A dialog that was on top may have left another one.
+        }
     }
     if (pWin != nullptr) {
         ::wnoutrefresh(pWin);

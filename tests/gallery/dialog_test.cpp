@@ -72,6 +72,8 @@ TEST(Dialogs, ReturnWhatWasPressed) {
         const char* pszReport;
         int nColumns = 80;
         int nRows = 24;
+        int nColumnsThen = 0;  ///< What the screen is changed to before the keys, unless 0.
+        int nRowsThen = 0;
     } TAB[] = {
         {{"message"}, "Enter", "message: result 0"},
         {{"message"}, "x Escape Up Tab*2 Space", "message: result 0"},
@@ -88,8 +90,15 @@ TEST(Dialogs, ReturnWhatWasPressed) {
         {{"license", "Short."}, "Enter", "license: accepted"},
         {{"license", "Short."}, "Tab Enter", "license: refused"},
         {{"license", "Short."}, "Tab*2 Enter", "license: accepted"},
+        {{"license", csLong.substr(0, 17)}, "Enter", "license: accepted"},  // 9 lines, just what fits
+        {{"license", csLong.substr(0, 20)}, "Enter Tab Enter", "license: refused"},
         {{"license"}, "Down*30 Tab Enter", "license: refused", 80, 15},  // nothing of it could be seen
         {{"license"}, "PageDown*3 Tab Enter", "license: r", 10, 24},
+        // The last line of the text is or is not on what is left of the screen.
+        {{"license"}, "PageDown*3 Tab Enter", "license: refused", 80, 24, 80, 13},
+        {{"license"}, "PageDown*3 Tab Enter", "license: accepted", 80, 24, 80, 14},
+        {{"license"}, "PageDown*3 Tab Enter", "license: refused", 80, 24, 77, 24},
+        {{"license"}, "PageDown*3 Tab Enter", "license: accepted", 80, 24, 78, 24},
         {{"directory", "/no/x"}, "Enter", "directory: result 1, /no/x"},
         {{"directory", "/no/x"}, "y KeypadEnter", "directory: result 1, /no/xy"},
         {{"directory", "/no/x"}, "Tab*2 Enter", "directory: result 1, /no/x"},
@@ -103,6 +112,9 @@ TEST(Dialogs, ReturnWhatWasPressed) {
         CTuiTerminal clGallery(
             tabCommand(rst.tabArgument),
             {.nColumns = rst.nColumns, .nRows = rst.nRows, .tabEnvironment = {"ESCDELAY=10"}});
+        if (rst.nColumnsThen != 0) {
+            clGallery.Resize(rst.nColumnsThen, rst.nRowsThen);
+        }
         EXPECT_TRUE(clGallery.bPress(rst.pszKeys));
         EXPECT_EQ(clGallery.nWaitEnd(), 0);
         const std::string csShown = clGallery.csText();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <utility>
 
 #include "framework/conversion.h"
 
@@ -133,6 +134,20 @@ unsigned CEmulator::unPaletteColour(int nIndex) const {
     VTermColor st{};
     vterm_state_get_palette_color(vterm_obtain_state(m_pclTerm.get()), nIndex, &st);
     return static_cast<unsigned>(st.rgb.red << 16 | st.rgb.green << 8 | st.rgb.blue);
+}
+
+bool CEmulator::bAtRest() const {
+    std::string csKey;
+    const auto Send = std::exchange(m_Send, [&csKey](std::string_view sv) { csKey += sv; });
+    vterm_keyboard_key(m_pclTerm.get(), VTERM_KEY_UP, VTERM_MOD_NONE);
+    m_Send = Send;
+    const VTermState* const pclState = vterm_obtain_state(m_pclTerm.get());
+    VTermValue unReverse{}, unText{}, unBehind{};
+    vterm_state_get_penattr(pclState, VTERM_ATTR_REVERSE, &unReverse);
+    vterm_state_get_penattr(pclState, VTERM_ATTR_FOREGROUND, &unText);
+    vterm_state_get_penattr(pclState, VTERM_ATTR_BACKGROUND, &unBehind);
+    return csKey == "\x1b[A" && unReverse.boolean == 0 && nColour(unText.color) == -1 &&
+           nColour(unBehind.color) == -1;
 }
 
 std::string CEmulator::csText() const {

@@ -67,6 +67,8 @@ class CEmulator {
     [[nodiscard]] bool bAlternateScreen() const noexcept { return m_bAlternate; }
     /// A colour of the palette as 0xRRGGBB.
     [[nodiscard]] unsigned unPaletteColour(int nIndex) const;
+    /// Whether further text would come out plain and the arrow keys send what they send at power-on.
+    [[nodiscard]] bool bAtRest() const;
     /// The lines of the screen without their trailing blanks, no-break spaces as blanks, up to the last line
     /// that is not empty. A line feed comes first, so that the text compares with a raw string whose picture
     /// starts on a line of its own.
@@ -91,7 +93,7 @@ class CEmulator {
 
     std::unique_ptr<VTerm, CFree> m_pclTerm;
     VTermScreen* m_pclScreen;
-    std::function<void(std::string_view)> m_Send;
+    mutable std::function<void(std::string_view)> m_Send;  ///< bAtRest listens in.
     int m_nRows;
     int m_nColumns;
     STCursor m_stCursor;

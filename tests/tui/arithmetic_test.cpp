@@ -36,6 +36,7 @@ TEST_F(Arithmetic, AnEntryScrollsOnlyAsFarAsTheCursorNeeds) {
         {0, 15, 15, 10, 6, 6},                         // follows the cursor
         {6, 10, 15, 10, 6, 6}, {6, 6, 15, 10, 6, 6},   // stays while the cursor is in view
         {6, 5, 15, 10, 5, 5},  {6, 0, 15, 10, 0, 0},   // goes back with it
+        {1, 9, 10, 10, 0, 0},                          // not for a cursor that is on the text
         {6, 8, 8, 10, 0, 0},   {6, 11, 12, 10, 3, 3},  // no empty room behind a text that shrank
         {0, 4, 9, 1, 4, 4},    {3, 2, 9, 0, 3, 3},     // next to no room
     };
@@ -96,7 +97,7 @@ TEST_F(Arithmetic, TextsAreMeasuredAndCutByColumns) {
         {L"日\x0301t", 3, 1, 5, L" t"},
         {L"\xDC80\xDFFF", 2, 0, 20, L"??"},
         {L"a\tb\x1B[2J\x7F\x9B", 9, 0, 20, L"a?b?[2J??"},
-        {L"\u202Exyz\u2066", 5, 0, 20, L"?xyz?"},
+        {L"\u202Exyz\u2066\u00AD\u061C\u200B\uFEFF", 9, 0, 20, L"?xyz?????"},
     };
     for (const auto& rst : TAB) {
         EXPECT_EQ(nColumns(std::wstring_view(rst.psz)), rst.nColumns) << testing::PrintToString(rst.psz);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <optional>
 
 #include "tests/tui/tui_terminal.h"
 
@@ -92,6 +93,10 @@ TEST(Keys, TheCursorShowsWhereOneTypes) {
         {"vt220", "Tab", {2, 13, false, false}},
         {"vt220", "Tab*2 Left", {2, 5, true, false}},  // has one kind of visible only
         {"xterm-256color", "Tab*2", {2, 6, true, true}},
+        {"tmux-256color", "Tab*2", {2, 6, true, false}},
+        // A dialog on top showed it, then one hid it.
+        {"xterm-256color", "Tab F2 F1", {2, 13, false, true}},
+        {"xterm-256color", "F2 Tab F1", {2, 6, true, true}},
     };
     for (const auto& rst : TAB) {
         CTuiTerminal clTerminal(TUI_SCENE " controls entry=abc button", {.csType = rst.pszType});
@@ -104,59 +109,53 @@ TEST(Keys, TheCursorShowsWhereOneTypes) {
     }
 }
 
-TEST(Keys, AnEntryScrollsInsideItsField) {
-    CTuiTerminal clTerminal(TUI_SCENE " fields", {.nColumns = 60, .nRows = 16});
+TEST(Keys, AreSeenOnTheScreen) {
     const struct {
-        const char* pszKeys;
-        const char* pszField;
-        int nColumn, nCursor;
-    } TAB[] = {
-        {"Tab*3 56789ab", "|name56789ab |", 3, 15},
-        {"c", "|ame56789abc |", 3, 15},
-        {"Tab*6", "|name56789abc|", 3, 0},  // without the focus all of it
-        {"Tab*2 d e f", "|56789abcdef |", 3, 15},
-        {"Left*14", "|ame56789abcd|", 3, 4},
-        {"Tab*2 and Space so Space on", "eand so o   |g", 35, 44},
-        {"Backspace*6", "barean      |g", 35, 41},
-    };
-    for (const auto& rst : TAB) {
-        ASSERT_TRUE(clTerminal.bPress(rst.pszKeys));
-        EXPECT_EQ(clTerminal.csText(7, rst.nColumn, 14), rst.pszField) << rst.pszKeys;
-        if (rst.nCursor > 0) {
-            EXPECT_EQ(clTerminal.clScreen().stCursor().nColumn, rst.nCursor) << rst.pszKeys;
-        }
-    }
-    EXPECT_EQ(clTerminal.csLooks(7, 35, 14), "nnnnnnrrrrrrrd");  // no fill of its own
-}
-
-TEST(Keys, AListSelectsAndScrolls) {
-    CTuiTerminal clTerminal(TUI_SCENE " lists", {.nColumns = 50, .nRows = 14});
-    const struct {
+        const char* pszScene;  ///< Empty: the row above goes on.
         const char* pszKeys;
         int nRow, nColumn;
         const char* pszText;
-        const char* pszLooks;
+        const char* pszLooks = "";
+        int nCursor = 0;  ///< Its column, where it matters.
     } TAB[] = {
-        {"Right*7", 4, 3, "ords of tex ", "nnnnnnnnnnns"},        // as far as the longest line
-        {"Left*3 Down*5", 2, 3, "e           ", "nnnnnnnnnnnr"},  // the thumb of the scroll bar
-        {"", 6, 3, "v           ", "rrnnnnnnnnns"},               // selected; the sideways thumb
-        {"F3", 2, 3, "ven         ", "nnnnnnnnnnns"},             // the last of twelve
-        {"F3 Up", 2, 3, "e           ", "rnnnnnnnnnnr"},          // the third, then the second
-        {"Left*4", 2, 3, "one         ", "rrrnnnnnnnnr"},
-        {"Tab", 2, 3, "one         ", "sssnnnnnnnnr"},
-        {"Tab Down", 9, 3, "eleven wide ", "nnnnnnnnnnnr"},  // the text, cut hard
-        {"", 11, 3, " that       ", "nnnnnnnnnnns"},
-        {"PageDown", 11, 3, "last        ", "nnnnnnnnnnnr"},
-        {"Tab Up", 6, 30, "( ) upgrade  ", "sMsssssssssnn"},     // the cursor's option
-        {"", 7, 30, "(X) install  ", "nmnnnnnnnnnnn"},           // the chosen one
-        {"Tab Right F4", 2, 3, "another long", "rrrrrrrrrrrr"},  // cleared and filled again
-        {"", 3, 17, "|B       ", "rnnnnnnns"},                   // six lines in five rows
+        {" fields", "Tab*3 56789ab", 7, 3, "|name56789ab |", "", 15},  // scrolls inside its frame
+        {"", "c", 7, 3, "|ame56789abc |", "", 15},
+        {"", "Tab*6", 7, 3, "|name56789abc|"},  // without the focus all of it
+        {"", "Tab*2 d e f", 7, 3, "|56789abcdef |", "", 15},
+        {"", "Left*14", 7, 3, "|ame56789abcd|", "", 4},
+        {"", "Tab*2 and Space so Space on", 7, 35, "eand so o   |g", "", 44},
+        {"", "Backspace*6", 7, 35, "barean      |g", "nnnnnnrrrrrrrd", 41},  // no fill of its own
+        {"", "Tab*2", 13, 3, "[X]wide", "sMsssss"},
+        {"", "F5", 7, 20, "text", "dddd"},
+
+        {" lists", "Right*7", 4, 3, "ords of tex ", "nnnnnnnnnnns"},  // as far as the longest line
+        {"", "Left*3 Down*5", 2, 3, "e           ", "nnnnnnnnnnnr"},  // the thumb of the scroll bar
+        {"", "", 6, 3, "v           ", "rrnnnnnnnnns"},               // selected; the sideways thumb
+        {"", "F3", 2, 3, "ven         ", "nnnnnnnnnnns"},             // the last of twelve
+        {"", "F3 Up", 2, 3, "e           ", "rnnnnnnnnnnr"},          // the third, then the second
+        {"", "Left*4", 2, 3, "one         ", "rrrnnnnnnnnr"},
+        {"", "Tab", 2, 3, "one         ", "sssnnnnnnnnr"},
+        {"", "Tab Down", 9, 3, "eleven wide ", "nnnnnnnnnnnr"},  // the text, cut hard
+        {"", "", 11, 3, " that       ", "nnnnnnnnnnns"},
+        {"", "PageDown", 11, 3, "last        ", "nnnnnnnnnnnr"},
+        {"", "Tab Up", 6, 30, "( ) upgrade  ", "sMsssssssssnn"},     // the cursor's option
+        {"", "", 7, 30, "(X) install  ", "nmnnnnnnnnnnn"},           // the chosen one
+        {"", "Tab Right F4", 2, 3, "another long", "rrrrrrrrrrrr"},  // cleared and filled again
+        {"", "", 3, 17, "|B       ", "rnnnnnnns"},                   // six lines in five rows
     };
+    std::optional<CTuiTerminal> oclTerminal;
     for (const auto& rst : TAB) {
-        ASSERT_TRUE(clTerminal.bPress(rst.pszKeys));
-        const int nWidth = static_cast<int>(std::strlen(rst.pszLooks));
-        EXPECT_EQ(clTerminal.csText(rst.nRow, rst.nColumn, nWidth), rst.pszText) << rst.pszKeys;
-        EXPECT_EQ(clTerminal.csLooks(rst.nRow, rst.nColumn, nWidth), rst.pszLooks) << rst.pszKeys;
+        SCOPED_TRACE(rst.pszKeys);
+        if (*rst.pszScene != '\0') {
+            oclTerminal.emplace(TUI_SCENE + std::string(rst.pszScene));
+        }
+        ASSERT_TRUE(oclTerminal->bPress(rst.pszKeys));
+        const auto nWidth = [](const char* psz) { return static_cast<int>(std::strlen(psz)); };
+        EXPECT_EQ(oclTerminal->csText(rst.nRow, rst.nColumn, nWidth(rst.pszText)), rst.pszText);
+        EXPECT_EQ(oclTerminal->csLooks(rst.nRow, rst.nColumn, nWidth(rst.pszLooks)), rst.pszLooks);
+        if (rst.nCursor > 0) {
+            EXPECT_EQ(oclTerminal->clScreen().stCursor().nColumn, rst.nCursor);
+        }
     }
 }
 

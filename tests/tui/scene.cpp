@@ -50,7 +50,7 @@ void Die(int nKey) {
         case 'D' - '@': {  // reads behind its memory, which a sanitizer notices
             const std::vector<char> tabByte(10);
             volatile std::size_t unIndex = 10;
-            std::exit(1 + (tabByte.data()[unIndex] & 1));
+            std::exit(6 + (tabByte.data()[unIndex] & 1));
         }
         case 'E' - '@': std::exit(5);
         case 'F' - '@':  // only a child dies
@@ -96,6 +96,7 @@ class CScene : public CWindow {
                 List(0).AddLine(L"another long line");
                 List(1).AddLine(L"sixth");
                 break;
+            case KEY_F(5): m_tabControl[5]->SetEnable(0); return 1;  // Shows without a Draw.
             default: Die(nKey); return CWindow::OnKeyEvent(nKey);
         }
         Draw();
@@ -137,6 +138,7 @@ class CScene : public CWindow {
     static void __RunAbove() {
         CScene clAbove(24, 4, 20, 8);
         clAbove.pclAdd<CEntry>(L"Above", 4, 2, 10, 3, L"", CWidget::eBORDER_FRAME);
+        clAbove.pclAdd<CCheckBox>(L"b", 4, 5, 8, 1, 0);
         clAbove.Draw();
         clAbove.MainLoop();
     }
@@ -153,9 +155,9 @@ void Fields(CScene& rclScene) {
     rclScene.pclAdd<CButton>(L"Disabled", 13, 1, 12, 4)->SetEnable(0);
     rclScene.pclAdd<CButton>(L"Made to fit", 34, 1, 4);
     rclScene.pclAdd<CButton>(L"Much too long", 45, 1, 9, 5);
-    rclScene.pclAdd<CEntry>(L"name", 2, 6, 14, 3, L"Server", CWidget::eBORDER_FRAME);
-    rclScene.pclAdd<CEntry>(L"text", 18, 6, 14, 4, L"Much longer label", CWidget::eBORDER_SHADOW);
-    rclScene.pclAdd<CEntry>(L"bare", 34, 7, 10, 1, L"unseen", CWidget::eBORDER_NONE)->SetMaxLength(12);
+    rclScene.pclAdd<CEntry>(L"name", 2, 5, 14, 4, L"Server", CWidget::eBORDER_FRAME);
+    rclScene.pclAdd<CEntry>(L"text", 18, 5, 14, 5, L"Much longer label", CWidget::eBORDER_SHADOW);
+    rclScene.pclAdd<CEntry>(L"bare", 34, 6, 10, 4, L"unseen", CWidget::eBORDER_NONE)->SetMaxLength(12);
     rclScene.pclAdd<CEntry>(L"greyed", 46, 6, 8, 3, L"", CWidget::eBORDER_FRAME)->SetEnable(0);
     rclScene.pclAdd<CCheckBox>(L"keep it running today", 2, 10, 18, 2, 0);
     rclScene.pclAdd<CCheckBox>(L"wide", 2, 13, 10, 1, 1);
@@ -171,7 +173,7 @@ void Lists(CScene& rclScene) {
     AddLines(pclLong, {L"zero", L"one", L"two words of text", L"three", L"four", L"five", L"six", L"seven",
                        L"eight", L"nine", L"ten", L"eleven"});
     CList* const pclShort = rclScene.pclAdd<CList>(16, 1, 10, 8, 1);
-    AddLines(pclShort, {L"e", L"B", L"d", L"a", L"C"});
+    AddLines(pclShort, {L"eight wide", L"B", L"d", L"a", L"C"});
     pclShort->SortLine(::wcscasecmp);
     pclShort->Select(2);
     rclScene.pclAdd<CScrollableLibel>(L"fits", 16, 9, 10, 3);

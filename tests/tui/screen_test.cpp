@@ -10,7 +10,7 @@ namespace {
 
 TEST(Screen, GivesTheTerminalBackHoweverItEnds) {
     const struct {
-        const char* pszKey;  ///< Pressed, or else ...
+        const char* pszKey;  ///< Pressed, then ...
         int nSignal;         ///< ... sent.
         int nStatus;         ///< -1: whatever the sanitizers make of it.
     } TAB[] = {{"F1", 0, 0},
@@ -34,14 +34,13 @@ TEST(Screen, GivesTheTerminalBackHoweverItEnds) {
                 TUI_SCENE " controls button",
                 {.csType = pszType, .tabEnvironment = {std::string("ASAN_OPTIONS=") + pszOptions}});
             EXPECT_FALSE(clTerminal.bCooked());
-            if (rst.nSignal != 0) {
-                clTerminal.Signal(rst.nSignal);
-            } else {
-                clTerminal.bPress(rst.pszKey);
-            }
+            clTerminal.bPress(rst.pszKey);
+            clTerminal.Signal(rst.nSignal);
             const int nStatus = clTerminal.nWaitEnd();
             EXPECT_TRUE(rst.nStatus == -1 ? nStatus > 0 : nStatus == rst.nStatus) << nStatus;
             EXPECT_TRUE(clTerminal.bGivenBack());
+            // The sanitizers' status: their report must be there to be read.
+            EXPECT_EQ(nStatus == 1, clTerminal.csText().find("ABORTING\n") != std::string::npos);
         }
     }
 }
@@ -73,6 +72,12 @@ TEST(Screen, TheLoopEndsWithItsInput) {
         EXPECT_EQ(clTerminal.nWaitEnd(), 0) << rst.pszCommand;
         EXPECT_NE(clTerminal.csText().find(rst.pszReport), std::string::npos) << clTerminal.csText();
     }
+    // An input that does not block has no key at first.
+    Terminal clPatient({"sh", "-c", "dd iflag=nonblock count=0 2>&-; exec $0 controls button", TUI_SCENE});
+    ASSERT_TRUE(clPatient.bWaitText("|  b  |"));
+    clPatient.Send(" \x1bOP");
+    EXPECT_EQ(clPatient.nWaitEnd(), 0);
+    EXPECT_NE(clPatient.csText().find("report:0:0\n"), std::string::npos) << clPatient.csText();
     Terminal clHungUp({"sh", "-c", "trap '' HUP; exec $0 lists", TUI_SCENE});
     ASSERT_TRUE(clHungUp.bSettle());
     clHungUp.HangUp();

@@ -54,7 +54,7 @@ class CTuiTerminal : public Terminal {
     /// Whether the terminal is as a shell expects it back.
     [[nodiscard]] bool bGivenBack() const {
         return bCooked() && !clScreen().bAlternateScreen() && clScreen().stCursor().bVisible &&
-               clScreen().unPaletteColour(8) == 0x808080;
+               clScreen().unPaletteColour(8) == 0x808080 && clScreen().bAtRest();
     }
     /// Ends a scene of scene.cpp with F1; what it reports.
     std::string csEnd() {

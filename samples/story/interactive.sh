@@ -13,7 +13,8 @@ fi
 current=$1
 next=$2
 
-[ -e /run/systemd/system ] && init=systemd || init=sysv
+# shellcheck source=samples/story/server_state.sh
+source "$(dirname -- "${BASH_SOURCE[0]}")/server_state.sh"
 
 # The instances and the manager, a name a line.
 services() {
@@ -22,33 +23,22 @@ services() {
         *) (cd /etc/init.d && ls -d ZDCS-* KalmoManager 2>/dev/null) ;;
     esac
 }
-state() {
-    case $init in
-        systemd) systemctl is-active "$1" ;;
-        *) "/etc/init.d/$1" status >/dev/null 2>&1 && echo active || echo inactive ;;
-    esac
-}
 program() {
     case $init in
         systemd) systemctl show --value --property=ExecStart "$1" | sed 's/.*argv\[\]=//; s/ --.*//' ;;
         *) sed -n 's/^Program="//p' "/etc/init.d/$1" | sed 's/ --.*//' ;;
     esac
 }
-greeting() {
-    local line
-    exec 3<>"/dev/tcp/127.0.0.1/$1" && read -r -t 2 line <&3 && echo "$line"
-} 2>/dev/null
-
 tell() {
     local service directory port
     printf '\nOn this machine (%s):\n' "$init"
     [ -n "$(services)" ] || echo '  nothing is installed'
     for service in $(services); do
         directory=$(dirname "$(program "$service")")
-        printf '  %-24s %-10s %s\n' "$service" "$(state "$service")" "$directory"
+        printf '  %-24s %-10s %s\n' "$service" "$(active "$service" >/dev/null 2>&1 && echo active || echo stopped)" "$directory"
         [[ $service == ZDCS-* ]] || continue
         port=$(sed -n 's/^AccessPort *= *//p' "$directory/ZDConf.ini" | tr -d '\r')
-        printf '  %-24s port %-5s %s\n' '' "$port" "$(greeting "$port" || echo 'no answer')"
+        printf '  %-24s port %-5s %s\n' '' "$port" "$(greeting "$port" 2>/dev/null || echo 'no answer')"
     done
 }
 

@@ -46,7 +46,7 @@ folder=$current
 while :; do
     "$folder/kalmoinstall"
     tell
-    printf '\nEnter: the installer again   n: the newer version, to upgrade   s: a shell   q: throw the machine away\n> '
+    printf '\nEnter installer again   n newer version, to upgrade   s shell   q leave\n> '
     read -r answer || break
     case $answer in
         q*) break ;;

@@ -21,8 +21,6 @@
 namespace kalmo {
 namespace {
 
-constexpr const wchar_t* PSZ_LICENCE = L"license.txt";
-constexpr const wchar_t* PSZ_MANAGER = L"kalmomanager";
 constexpr mode_t unManagerMode = 04755;
 constexpr mode_t unFileMode = 0755;
 constexpr int nAttempts = 20;
@@ -97,8 +95,8 @@ bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, CWindow* pclWindow, CJ
         if (bEgalSansCasse(csName, PSZ_LICENCE)) {
             continue;
         }
-        const bool bManager = bEgalSansCasse(csName, PSZ_MANAGER);
-        if (!(bManager ? _bInstalFile(pszDir, PSZ_MANAGER, unManagerMode, true)
+        const bool bManager = bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM);
+        if (!(bManager ? _bInstalFile(pszDir, PSZ_MANAGER_PROGRAM, unManagerMode, true)
                        : _bInstalFile(pszDir, csName, unFileMode, false))) {
             return false;
         }
@@ -119,11 +117,11 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
     eARCHIVE eCode = ARCHIVE_OK;
     for (int nAttempt = 1;; ++nAttempt) {
         eCode = eCheminEntree(pszDir, svName, &clTarget);
-        const bool bNameRefused = eCode == ARCHIVE_BAD;
+        const bool bNameRefused = eCode == ARCHIVE_BAD || (eCode == ARCHIVE_CREATE && errno == ENAMETOOLONG);
         if (eCode == ARCHIVE_OK) {
             eCode = eExtraitFichier(svName, clTarget.svGet(), 0, nullptr, 0, 0, nullptr);
         }
-        // A name that leads out of the directory does not get better by waiting.
+        // A name that leads out of the directory, or is too long, does not get better by waiting.
         if (eCode == ARCHIVE_OK || nAttempt == nAttempts || bNameRefused) {
             break;
         }

@@ -11,6 +11,9 @@
 
 namespace kalmo {
 
+/// The entry of the payload with the licence text, which is shown and never installed.
+inline constexpr const wchar_t* PSZ_LICENCE = L"license.txt";
+
 class CInstallProgressWin;
 class CJauge;
 class CTrace;

@@ -75,6 +75,10 @@ bool bSystemAccountExists(const CTString& csUser) {
 }
 
 bool bCreateSystemAccount(const CTString& csUser, CTrace& rclTrace) {
+    if (csUser.svGet().starts_with(L'-')) {
+        rclTrace.Step(L"create account " + csUser, L"failed: useradd would take it for an option");
+        return false;
+    }
     const std::string csWord = csShellWord(csToUTF8(csUser));
     // Not every useradd knows -M; 9 is its code for an account that exists.
     for (const char* const pszOptions : {"-s/bin/false -M ", "-s/bin/false "}) {

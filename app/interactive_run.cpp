@@ -52,7 +52,7 @@ void RunAction(CDataExtractor* pclExtractor) {
 }  // namespace
 
 void RunInteractive(CTrace& rclTrace) {
-    if (!init_dialog()) {
+    if (::isatty(STDIN_FILENO) == 0 || !init_dialog()) {
         rclTrace.Step(L"open the screen", L"failed: no usable terminal");
         ConsoleMessage(csLoadText(TEXTE_ATTENTION), csLoadText(TEXTE_TERMINAL));
         return;

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <string>
 
@@ -15,8 +16,26 @@
 namespace kalmo {
 namespace {
 
-constexpr const wchar_t* PSZ_LICENCE = L"license.txt";
 constexpr std::size_t nMaxLicence = 4U << 20U;  // nobody reads more
+
+/// Holds the usual signals back, which would end the process before a temporary file is deleted.
+class CSignalsHeld {
+  public:
+    CSignalsHeld() noexcept {
+        sigset_t stHeld;
+        ::sigemptyset(&stHeld);
+        for (const int nSignal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+            ::sigaddset(&stHeld, nSignal);
+        }
+        ::pthread_sigmask(SIG_BLOCK, &stHeld, &m_stFormer);
+    }
+    CSignalsHeld(const CSignalsHeld&) = delete;
+    CSignalsHeld& operator=(const CSignalsHeld&) = delete;
+    ~CSignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &m_stFormer, nullptr); }
+
+  private:
+    sigset_t m_stFormer;
+};
 
 /// A private file in the system's temporary folder, deleted with this object.
 class CTemporaryFile {
@@ -54,6 +73,7 @@ bool bLoadLicense(CDataExtractor* pclExtractor, CTString* pcsText) {
         rclTrace.Step(L"read the licence", L"failed: there is none, or it is too long");
         return false;
     }
+    const CSignalsHeld clHeld;  // until the file is gone
     const CTemporaryFile clFile;
     const CTString csPath = clFile.csGetPath();
     std::string csBytes;

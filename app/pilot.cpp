@@ -20,7 +20,6 @@ namespace {
 
 constexpr const wchar_t* PSZ_SECTION_SERVER = L"SERVEUR";
 constexpr std::size_t nMaxServerName = 100;
-constexpr const wchar_t* PSZ_MANAGER_PROGRAM = L"kalmomanager";
 constexpr const wchar_t* PSZ_MARKER = L"Install.log";
 
 enum eOPERATION { OP_UPGRADE = 1, OP_INSTALL = 2, OP_UNINSTALL = 3, OP_NONE = 4 };

@@ -5,6 +5,7 @@
 #include "app/config/server_config.h"
 #include "app/trace.h"
 #include "framework/disk_file.h"
+#include "tui/screen.h"
 
 namespace kalmo {
 namespace {
@@ -44,11 +45,13 @@ bool bRunning(CService& rclService) {
 
 void StopService(CService& rclService, CTrace& rclTrace) {
     rclTrace.Step(L"stop " + CTString(rclService.pszGetName()), rclService.bStop() ? L"ok" : L"failed");
+    RepaintScreen();
 }
 
 void StartService(CService& rclService, CTrace& rclTrace) {
     rclTrace.Step(L"start " + CTString(rclService.pszGetName()),
                   rclService.bStart(nullptr) ? L"ok" : L"failed");
+    RepaintScreen();
 }
 
 CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)

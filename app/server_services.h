@@ -18,7 +18,8 @@ void ListServer(CServiceManager& rclManager, CServiceList& rtabServer);
 CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, const wchar_t* pszDir);
 
 bool bRunning(CService& rclService);
-/// Stop and start a service and trace it. What comes of it decides nothing: the run goes on.
+/// Stop and start a service and trace it. What comes of it decides nothing: the run goes on. A script may
+/// have written on the screen, which is shown again.
 void StopService(CService& rclService, CTrace& rclTrace);
 void StartService(CService& rclService, CTrace& rclTrace);
 

@@ -21,7 +21,8 @@ constexpr unsigned TEXTE_SANS_JOURNAL = 4161;       ///< command
 constexpr unsigned TEXTE_NON_INSTALLE = 4665;       ///< file
 constexpr unsigned TEXTE_ILLISIBLE = 4664;          ///< file
 
-constexpr unsigned TEXTE_MAJ = 0x10C4;  ///< name, port (int), directory, old version, new version
+constexpr unsigned TEXTE_SANS_PROGRAMME = 4163;  ///< name
+constexpr unsigned TEXTE_MAJ = 0x10C4;           ///< name, port (int), directory, old version, new version
 constexpr unsigned TEXTE_MAJ_QUESTION = 0x10C5;
 constexpr unsigned TEXTE_MAJ_ARRET_MANAGER = 0x10C6;
 constexpr unsigned TEXTE_MAJ_ARRET_SERVEUR = 0x10C7;  ///< name

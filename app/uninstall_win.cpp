@@ -14,6 +14,7 @@
 #include "framework/x_error.h"
 #include "services/service.h"
 #include "tui/attribute.h"
+#include "tui/key.h"
 #include "tui/placement.h"
 #include "tui/screen.h"
 
@@ -114,6 +115,7 @@ void CUnInstallWin::MainLoop() {
     m_clJauge.SetVisible(nCloseRow(m_bManager, height) >= nJaugeRow(m_bManager) + JAUGE_HEIGHT ? 1 : 0);
     CWindow::bSetFocus(&m_clClose);
     Draw();
+    ForgetKeys();
     CWindow::MainLoop();
 }
 

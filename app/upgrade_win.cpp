@@ -8,6 +8,7 @@
 #include "framework/fs_path.h"
 #include "tui/attribute.h"
 #include "tui/geometry.h"
+#include "tui/word_wrap.h"
 
 namespace kalmo {
 namespace {
@@ -52,6 +53,13 @@ void CUpgradeWin::_InitLibel() {
         m_csWarning = csLoadText(TEXTE_MAJ_ARRETS) + L"\n" + csInstanceWarning + L"\n" + csManagerWarning;
     }
     m_csPrompt = csLoadText(TEXTE_MAJ_QUESTION);
+
+    const CTString csText = m_csDescription + L"\n\n" + m_csWarning;
+    const int nRows = __nPromptRow() - 1;
+    if (static_cast<int>(tabWrapWords(csText.svGet(), __nTextColumns()).size()) > nRows) {
+        m_clLongText.emplace(this, csText.pszGet(), 1, 1, width - 3, nRows);
+        AddChild(&*m_clLongText);
+    }
 }
 
 void CUpgradeWin::_ComputeLibel(const CTString& csProgramPath) {
@@ -97,16 +105,16 @@ void CUpgradeWin::__ShowStep(double dValue) {
     Draw();
 }
 
-// The description from the top, the warnings a line below it, the prompt right above the buttons. A long
-// directory or name takes several lines; what the gauge covers then has been read.
+// The description from the top, the warnings a line below it, the prompt right above the buttons.
 void CUpgradeWin::_DrawWindow() {
     CWindow::_DrawWindow();
-    const int nPromptRow = height - 7;
-    const int nColumns = width - 2 * TEXT_COLUMN - 1;
-    const int nLines =
-        _nSmartPrint(1, TEXT_COLUMN, m_csDescription.pszGet(), ATTR_BORDER, nColumns, nPromptRow);
-    _nSmartPrint(nLines + 2, TEXT_COLUMN, m_csWarning.pszGet(), ATTR_BORDER, nColumns, nPromptRow);
-    _nSmartPrint(nPromptRow, TEXT_COLUMN, m_csPrompt.pszGet(), ATTR_BORDER, nColumns, nPromptRow + 1);
+    const int nEnd = __nPromptRow();
+    if (!m_clLongText) {
+        const int nLines =
+            _nSmartPrint(1, TEXT_COLUMN, m_csDescription.pszGet(), ATTR_BORDER, __nTextColumns(), nEnd);
+        _nSmartPrint(nLines + 2, TEXT_COLUMN, m_csWarning.pszGet(), ATTR_BORDER, __nTextColumns(), nEnd);
+    }
+    _nSmartPrint(nEnd, TEXT_COLUMN, m_csPrompt.pszGet(), ATTR_BORDER, __nTextColumns(), nEnd + 1);
 }
 
 }  // namespace kalmo

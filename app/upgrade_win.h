@@ -1,9 +1,12 @@
 #ifndef KALMO_APP_UPGRADE_WIN_H
 #define KALMO_APP_UPGRADE_WIN_H
 
+#include <optional>
+
 #include "app/server_services.h"
 #include "tui/button.h"
 #include "tui/jauge.h"
+#include "tui/scrollable_libel.h"
 #include "tui/window.h"
 
 namespace kalmo {
@@ -45,6 +48,10 @@ class CUpgradeWin : public CWindow {
     /// Shows a value of the gauge.
     void __ShowStep(double dValue);
 
+    [[nodiscard]] int __nTextColumns() const noexcept { return width - 5; }
+    /// Row of the prompt, above the buttons; the texts have the rows from 1 up to it.
+    [[nodiscard]] int __nPromptRow() const noexcept { return height - 7; }
+
     CButton m_clStart;
     CButton m_clCancel;
     CJauge m_clJauge;
@@ -52,6 +59,7 @@ class CUpgradeWin : public CWindow {
     CTString m_csDescription;
     CTString m_csWarning;
     CTString m_csPrompt;
+    std::optional<CScrollableLibel> m_clLongText;  ///< Description and warning where they have no room.
     CDataExtractor* m_pclExtractor;
     CService* m_pclService;
     CUpgradeServices m_clServices;  ///< Knows the install directory and the shared manager too.

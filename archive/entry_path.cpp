@@ -84,13 +84,17 @@ bool bMakeDirectories(std::wstring_view svRoot, std::span<const std::wstring_vie
 eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut) {
     *pclOut = CFSPath();
     const std::vector<std::wstring_view> tabName = tabComponents(svEntryName);
+    if (tabName.empty() || svRoot.empty()) {
+        return ARCHIVE_BAD;
+    }
     CFSPath clPath;
-    bool bFits = !tabName.empty() && !svRoot.empty() && clPath.bSet(svRoot);
+    bool bFits = clPath.bSet(svRoot);
     for (const std::wstring_view svName : tabName) {
         bFits = bFits && clPath.bAppend(svName);
     }
     if (!bFits) {
-        return ARCHIVE_BAD;
+        errno = ENAMETOOLONG;
+        return ARCHIVE_CREATE;
     }
     if (!bMakeDirectories(clPath.svGet().substr(0, svRoot.size()),
                           std::span(tabName).first(tabName.size() - 1))) {

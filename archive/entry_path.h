@@ -16,8 +16,8 @@ namespace kalmo {
 ///
 /// Slashes and backslashes separate; empty and "." components fall away. The name must stay below the
 /// directory: one that is empty, absolute, begins with a drive letter, holds a ".." component or a null
-/// character, names no file at its end, or makes a path of more than 260 characters is refused with
-/// ARCHIVE_BAD before anything is touched.
+/// character, or names no file at its end, is refused with ARCHIVE_BAD before anything is touched; one that
+/// makes a path of more than 260 characters with ARCHIVE_CREATE and errno ENAMETOOLONG.
 ///
 /// The directory itself must exist; it may be reached through symbolic links, for that is the
 /// administrator's choice. Directories below it are created with mode 0755 whatever the umask. A symbolic

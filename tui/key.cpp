@@ -53,8 +53,20 @@ bool bReadKey(int* pnKey) {
 }
 
 void ForgetKeys() {
-    if (bDialogOpen()) {
-        ::flushinp();
+    if (!bDialogOpen()) {
+        return;
+    }
+    bool bResized = false;
+    wint_t unKey = WEOF;
+    ::nodelay(stdscr, TRUE);
+    for (int nResult = OK; nResult != ERR;) {
+        nResult = ::wget_wch(stdscr, &unKey);
+        bResized |= nResult == KEY_CODE_YES && unKey == KEY_RESIZE;
+    }
+    ::nodelay(stdscr, FALSE);
+    if (bResized) {
+        CheckScreenSize();
+        ::ungetch(KEY_RESIZE);
     }
 }
 

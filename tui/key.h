@@ -23,7 +23,8 @@ constexpr int TOUCHE_EFFACE = 127;  ///< What most terminals send for Backspace.
 [[nodiscard]] bool bReadKey(int* pnKey);
 
 /// Drops the keys that were pressed but not read. For a dialog that appears after a long work, so that a key
-/// pressed during it does not answer unseen.
+/// pressed during it does not answer unseen. A change of the screen's size is not forgotten: it comes as the
+/// next key, and COLS and LINES are the new ones at once.
 void ForgetKeys();
 
 /// One row of a control's key table: the key and what it does. The action tells whether it consumed the key.

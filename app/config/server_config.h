@@ -22,8 +22,9 @@ inline constexpr const wchar_t* PSZ_KEY_DAEMON_USER = L"DaemonUser";
 inline constexpr const wchar_t* PSZ_KEY_PORT = L"AccessPort";
 inline constexpr int nPortDefaut = 4900;
 
-/// The names that services of this product have: the shared manager's, and what an instance's begins with.
+/// The shared manager's service and program, and what the name of an instance's service begins with.
 inline constexpr const wchar_t* PSZ_MANAGER_SERVICE = L"KalmoManager";
+inline constexpr const wchar_t* PSZ_MANAGER_PROGRAM = L"kalmomanager";
 inline constexpr const wchar_t* PSZ_SERVICE_PREFIX = L"ZDCS-";
 
 /// What an instance's configuration says about telemetry.

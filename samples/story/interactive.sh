@@ -42,16 +42,15 @@ tell() {
     done
 }
 
-folder=$current
+"$current/kalmoinstall"
 while :; do
-    "$folder/kalmoinstall"
     tell
     printf '\nEnter installer again   n newer version, to upgrade   s shell   q leave\n> '
     read -r answer || break
     case $answer in
         q*) break ;;
         s*) bash ;;
-        n*) folder=$next ;;
-        *) folder=$current ;;
+        n*) "$next/kalmoinstall" ;;
+        *) "$current/kalmoinstall" ;;
     esac
 done

@@ -18,34 +18,24 @@ TEST(EntryPath, NamesThatWouldLeaveTheDirectoryAreRefused) {
     const CTempFolder clFolder;
     const std::wstring csRoot = clFolder.csWide("root");
     fs::create_directory(csRoot);
-    for (const std::wstring& rcsName : {L""s,
-                                        L"/etc/passwd"s,
-                                        L"\\etc\\passwd"s,
-                                        L"//host/x"s,
-                                        L"C:/x"s,
-                                        L"c:x"s,
-                                        L".."s,
-                                        L"../x"s,
-                                        L"..\\x"s,
-                                        L"a/../x"s,
-                                        L"a\\..\\..\\x"s,
-                                        L"a/.."s,
-                                        L"a/b/../x"s,
-                                        L"a/./../../x"s,
-                                        L"a//../../x"s,
-                                        L"dir/"s,
-                                        L"dir\\"s,
-                                        L"."s,
-                                        L"a/."s,
-                                        L"a\0b"s,
-                                        L"\0"s,
-                                        std::wstring(300, L'x'),
-                                        std::wstring(260 - csRoot.size(), L'y')}) {
+    for (const std::wstring& rcsName : {L""s,         L"/etc/passwd"s,  L"\\etc\\passwd"s,
+                                        L"//host/x"s, L"C:/x"s,         L"c:x"s,
+                                        L".."s,       L"../x"s,         L"..\\x"s,
+                                        L"a/../x"s,   L"a\\..\\..\\x"s, L"a/.."s,
+                                        L"a/b/../x"s, L"a/./../../x"s,  L"a//../../x"s,
+                                        L"dir/"s,     L"dir\\"s,        L"."s,
+                                        L"a/."s,      L"a\0b"s,         L"\0"s}) {
         SCOPED_TRACE(testing::PrintToString(rcsName));
         CFSPath clPath;
         ASSERT_TRUE(clPath.bSet(L"before"));
         EXPECT_EQ(eCheminEntree(csRoot, rcsName, &clPath), ARCHIVE_BAD);
         EXPECT_TRUE(clPath.bEmpty());
+    }
+    for (const std::wstring& rcsName :
+         {std::wstring(300, L'x'), L"a/" + std::wstring(258 - csRoot.size(), L'y')}) {
+        CFSPath clPath;
+        EXPECT_EQ(eCheminEntree(csRoot, rcsName, &clPath), ARCHIVE_CREATE);
+        EXPECT_EQ(errno, ENAMETOOLONG);
     }
     EXPECT_TRUE(fs::is_empty(csRoot)) << "nothing is touched";
     EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(csRoot).parent_path()), {}), 1);

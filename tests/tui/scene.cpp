@@ -45,7 +45,10 @@ namespace {
 // Deaths on demand, by keys that no control takes.
 void Die(int nKey) {
     switch (nKey) {
-        case 'A' - '@': std::abort();
+        case 'A' - '@':  // in the middle of something red in reverse
+            std::fputs("\x1B[7;31m", stdout);
+            std::fflush(stdout);
+            std::abort();
         case 'B' - '@': std::raise(SIGSEGV); break;
         case 'D' - '@': {  // reads behind its memory, which a sanitizer notices
             const std::vector<char> tabByte(10);

@@ -109,6 +109,24 @@ TEST_F(CInstaller, OptionsSelectTheParameterFile) {
     EXPECT_TRUE(csRead("output").starts_with("kalmoinstall 25."));
 }
 
+TEST_F(CInstaller, ItTellsThatATerminalIsNeeded) {
+    PackServer();
+    // "script" makes a terminal.
+    for (const std::string csCommand : {
+             "TERM=xterm ./kalmoinstall >output 2>errors",
+             "TERM=xterm ./kalmoinstall </dev/null >output 2>errors",
+             "script -qec 'TERM=dumb ./kalmoinstall 2>errors' /dev/null >output </dev/null",
+             "script -qec 'env -u TERM ./kalmoinstall 2>errors' /dev/null >output </dev/null",
+             "script -qec 'TERM=nonesuch ./kalmoinstall 2>errors' /dev/null >output </dev/null",
+             "script -qec 'TERM=xterm ./kalmoinstall 2>errors </dev/null' /dev/null >output </dev/null",
+         }) {
+        SCOPED_TRACE(csCommand);
+        EXPECT_EQ(nShell(csCommand), 0);
+        EXPECT_EQ(csRead("output"), "");
+        EXPECT_NE(csRead("errors").find("kalmoinstall needs a terminal.\n"), std::string::npos);
+    }
+}
+
 TEST_F(CInstaller, OrdersThatCannotBeCarriedOutDoNothing) {
     PackServer();
     const std::string csLong(100, 'n');

@@ -33,6 +33,9 @@ TEST_F(CStory, GivingUpChangesNothing) {
         csUpgrade);
     GiveUpEverywhere("@licence\n@action\n@toupgrade" + csUpgrade);
     GiveUpEverywhere("@licence\n@action => Down*2 Enter*2\n@toremove");
+    // The manager alone is left.
+    csShell("service_stop ZDCS-first; rm /etc/systemd/system/ZDCS-first.service; systemctl daemon-reload");
+    GiveUpEverywhere("@licence\n@manage => Down Enter*2\n@toremove");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <csignal>
 
 #include "tests/interactive/story.h"
+#include "tests/support/svg_screen.h"
 
 namespace kalmo {
 namespace {
@@ -20,6 +21,8 @@ TEST_F(CStory, NothingBeginsWithoutRightsAndPayload) {
         {"echo licence >license.txt; zip -q0 kalmoinstall.zip license.txt; sed -i s/licence/license/ "
          "kalmoinstall.zip",
          "{103D}"},
+        // A licence of more than 4 MiB.
+        {"yes | head -c 4194305 >license.txt; zip -q kalmoinstall.zip license.txt", "{103D}"},
     };
     for (const auto& rst : TAB) {
         SCOPED_TRACE(rst.pszPrepare);
@@ -65,6 +68,22 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
             Attention / {1236|a:b} / OK
             Attention / * / no such account: a:b / OK)",
          "grep -q 'DaemonUser = a:b' ZDConf.ini"},
+        // One that useradd would take for an option.
+        {"", R"(@directory
+            @config => Tab*2 Backspace*4 -h Tab Enter
+            Attention / {1235|-h} / Yes No
+            @account
+            @telemetry
+            Attention / {1236|-h} / OK
+            Attention / * / no such account: -h / OK)",
+         "! grep -q 'useradd.*exit code' /tmp/trace"},
+        // A directory in which one entry's path is too long.
+        {"", "@directory => Backspace*15 srv/zd/" + std::string(237, 'd') + R"( Enter
+            @config
+            @account
+            @telemetry
+            Attention / help/readme.txt: File name too long / {123C|help/readme.txt} / OK)",
+         "cd /srv/zd/d* && test -e zdlogger -a ! -e help"},
         // A directory that cannot be created, an owner that cannot be set.
         {"", R"(@directory => Backspace*15 proc/zd Enter
             @config
@@ -92,25 +111,55 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
     }
 }
 
+TEST_F(CStory, TheLicenceMayBeginWithAMark) {
+    csShell(R"(cd /srv/dist/current
+        printf '\xEF\xBB\xBFAgree.' >LICENSE.TXT
+        zip -qd kalmoinstall.zip license.txt; zip -q kalmoinstall.zip LICENSE.TXT)");
+    Run("{103E} / Agree. / {103F} {1040}\n@directory => Tab*3 Enter");
+}
+
+TEST_F(CStory, ADeathWhileTheLicenceIsReadLeavesNothing) {
+    // Each read of the payload takes a while.
+    Start({.tabLauncher = {"env", "ASAN_OPTIONS=detect_leaks=0", "strace", "-D", "-qq", "-o/dev/null", "-P",
+                           "/srv/dist/current/kalmoinstall.zip", "-e", "inject=pread64:delay_exit=300000"}});
+    csShell("for n in {1..300}; do compgen -G '/tmp/kalmoinstall.*' && break; sleep 0.01; done");
+    rclTerminal().Signal(SIGTERM);
+    EXPECT_EQ(rclTerminal().nWaitEnd(), 128 + SIGTERM);
+    EXPECT_EQ(csShell("ls /tmp | grep kalmoinstall"), "");
+}
+
 TEST_F(CStory, ABusyProgramIsWaitedFor) {
-    const auto Occupy = [this](const std::string& rcsSeconds) {
+    // Begins an installation that waits for a program to end.
+    const auto Begin = [this](const std::string& rcsSeconds, const STStart& rst = {}) {
         SetUp();
         csShell("mkdir -p /usr/local/ZDSQL; cd /usr/local/ZDSQL; cp /bin/sleep zdlogger; ./zdlogger " +
                 rcsSeconds + " >/dev/null 2>&1 &");
+        Start(rst);
+        Walk(tabSteps("@licence\n@directory\n@config\n@account\n@telemetry => Enter"));
+        rclTerminal().Send("\r");
+        ASSERT_TRUE(rclTerminal().bWaitText("Installing the server"));
     };
-    const std::string csAsked = "@licence\n@directory\n@config\n@account\n@telemetry\n";
-    Occupy("3");
-    Run(csAsked + "@installed");
-    Occupy("60");
-    Run(csAsked + "Attention / /usr/local/ZDSQL/zdlogger: Text file busy / {123C|zdlogger} / OK");
+    // Keys that are pressed meanwhile do not close the result.
+    Begin("4");
+    rclTerminal().Send("\r\r\r");
+    End(tabSteps("@installed"));
+    Begin("60");
+    End(tabSteps("Attention / /usr/local/ZDSQL/zdlogger: Text file busy / {123C|zdlogger} / OK"));
+
+    // The terminal gets another size meanwhile. It has it twice afterwards, which draws everything anew.
+    Begin("4", {.nColumns = 100, .nRows = 30});
+    rclTerminal().Resize(80, 24);
+    Walk(tabSteps("@installed => Tab"));
+    const std::string csScreen = csSvgOfScreen(rclTerminal().clScreen());
+    for (const int nRows : {30, 24}) {
+        rclTerminal().Resize(80, nRows);
+        ASSERT_TRUE(rclTerminal().bSettle());
+    }
+    EXPECT_TRUE(csSvgOfScreen(rclTerminal().clScreen()) == csScreen) << rclTerminal().csText();
+    End(tabSteps("@installed => Tab Enter"));
 
     // Whoever does not want to wait gets a terminal in order back.
-    Start({});
-    std::vector<STStep> tab = tabSteps(csAsked);
-    tab.back().csKeys = "Enter";
-    Walk(tab);
-    rclTerminal().Send("\r");
-    ASSERT_TRUE(rclTerminal().bWaitText("Installing the server"));
+    Begin("60");
     rclTerminal().Send("\x03");
     EXPECT_EQ(rclTerminal().nWaitEnd(), 128 + SIGINT);
     EXPECT_TRUE(rclTerminal().bCooked());

@@ -14,6 +14,11 @@ constexpr const char* PSZ_UPGRADE = R"(
         / {10C8} / {10C7|ZDSQL server ZDSQL} / {10C6} / {10C5} / {1038} {1039}
     @upgraded)";
 constexpr const char* PSZ_UNINSTALL = "@licence\n@action => Down*2 Enter*2\n@toremove\n@removed";
+constexpr const char* PSZ_UNINSTALL_MANAGER = R"(
+    @licence
+    @manage => Down Enter*2
+    @toremove
+    {10E9|ZDSQL server manager} / {10E3} / {10E4} / {10E5} / {1032})";
 
 /// What holds with systemd and without.
 class CEverywhere : public CStory {
@@ -49,12 +54,7 @@ TEST_P(CFromStartToEnd, AServerIsInstalledUpgradedAndUninstalled) {
     ExpectServer("26.0.3.0");
     Run(PSZ_UNINSTALL, {.csLanguage = GetParam()});
     EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL && active KalmoManager && ! greeting 4900"));
-    Run(R"(
-        @licence
-        @manage => Down Enter*2
-        @toremove
-        {10E9|ZDSQL server manager} / {10E3} / {10E4} / {10E5} / {1032})",
-        {.csLanguage = GetParam()});
+    Run(PSZ_UNINSTALL_MANAGER, {.csLanguage = GetParam()});
     EXPECT_TRUE(bShell("unregistered KalmoManager"));
     EXPECT_EQ(csShell("cd /usr/local/ZDSQL && echo $(find . -type f | sort)"),
               "./BDD/__system/kalmo.log ./INSTALL.LOG ./ZDConf.ini ./help/readme.txt");
@@ -72,17 +72,37 @@ TEST_F(CEverywhere, EveryTerminalWillDo) {
         Telemetry sends technical data about the use of
             / [X]Send technical data about the use of this / server / OK Cancel => Enter*2
         {103B} / Administrator account: Admin / OK)";
+    constexpr const char* PSZ_NARROW_UPGRADE = R"(
+        {103E} / * => Down*40 Tab Enter
+        *(X) {10BE} / * / OK Cancel => Enter*2
+        {10C2} / ZDSQL server ZDSQL / OK Cancel => Enter*2
+        Server: ZDSQL server ZDSQL / * / {10C5} / Yes No => Tab*2 Down*9
+        - KalmoManager, * / machine / {10C5} / Yes No => Tab Enter
+        {10C9} / OK)";
+    constexpr const char* PSZ_NARROW_UNINSTALL = R"(
+        {103E} / * => Down*40 Tab Enter
+        *(X) {10BE} / * / OK Cancel => Down*2 Enter*2
+        {10EA} / ZDSQL server ZDSQL / OK Cancel => Enter*2
+        {10E9|ZDSQL server ZDSQL} / [X] * / OK*)";
     const struct {
-        const char* pszScript;
         STStart stStart;
-    } TAB[] = {{PSZ_INSTALL, {.csType = "xterm", .nColumns = 132, .nRows = 50}},
-               {PSZ_INSTALL, {.csType = "vt100"}},
-               {PSZ_NARROW, {.nColumns = 60, .nRows = 16}}};
+        const char* pszInstall = PSZ_INSTALL;
+        const char* pszUpgrade = PSZ_UPGRADE;
+        const char* pszUninstall = PSZ_UNINSTALL;
+    } TAB[] = {{{.csType = "xterm", .nColumns = 132, .nRows = 50}},
+               {{.csType = "vt100"}},
+               {{.nColumns = 60, .nRows = 16}, PSZ_NARROW, PSZ_NARROW_UPGRADE, PSZ_NARROW_UNINSTALL}};
     for (const auto& rst : TAB) {
         SCOPED_TRACE(testing::Message() << rst.stStart.csType << " " << rst.stStart.nColumns);
         SetUp();
-        Run(rst.pszScript, rst.stStart);
+        Run(rst.pszInstall, rst.stStart);
         ExpectServer(KALMO_VERSION);
+        STStart stNext = rst.stStart;
+        stNext.csPayload = "next";
+        Run(rst.pszUpgrade, stNext);
+        ExpectServer("26.0.3.0");
+        Run(rst.pszUninstall, rst.stStart);
+        EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL"));
     }
 }
 
@@ -132,6 +152,16 @@ sh: /etc/init.d/ZDCS-ZDSQL start >/dev/null)"},
          R"(
 sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null
 sh: update-rc.d -f ZDCS-ZDSQL remove >/dev/null)"},
+        {PSZ_UNINSTALL_MANAGER, "current", csList + csManager + R"(
+/bin/systemctl stop KalmoManager
+/bin/systemctl --property=FragmentPath show KalmoManager
+/bin/systemctl --property=SourcePath show KalmoManager
+/bin/systemctl disable KalmoManager
+/bin/systemctl stop KalmoManager
+/bin/systemctl daemon-reload)",
+         R"(
+sh: /etc/init.d/KalmoManager stop >/dev/null 2>/dev/null
+sh: update-rc.d -f KalmoManager remove >/dev/null)"},
     };
     for (const auto& rst : TAB) {
         Run(rst.pszScript, {.csPayload = rst.pszPayload, .bRecord = true});
@@ -140,6 +170,47 @@ sh: update-rc.d -f ZDCS-ZDSQL remove >/dev/null)"},
                                     "\nsh: clear 2>/dev/null");
         csShell("greeting 4900; for n in {1..50}; do active KalmoManager && break; sleep 0.1; done");
     }
+}
+
+TEST_F(CEverywhere, ScriptsMayComplainButMustTellTheirProgram) {
+    if (bShell("[ $init = systemd ]")) {
+        GTEST_SKIP() << "it has no scripts";
+    }
+    Run(PSZ_INSTALL);
+    std::string csQuiet;
+    for (const bool bComplain : {false, true}) {
+        Start({});
+        Walk(tabSteps("@licence\n@action\n@toupgrade\nServer: * / Yes No"));
+        EXPECT_EQ(rclTerminal().csText(), bComplain ? csQuiet : rclTerminal().csText());
+        csQuiet = rclTerminal().csText();
+        End(tabSteps("@upgraded"));
+        csShell("sed -i 's/^start() {/&\\n echo complaint >\\&2/' /etc/init.d/{ZDCS-ZDSQL,KalmoManager}");
+    }
+    csShell("sed -i \"/^Program=/s/\\\"/'/g\" /etc/init.d/ZDCS-ZDSQL");
+    const std::string csBefore = csProcesses("ZDCS-ZDSQL KalmoManager");
+    Run("@licence\n@action\n@toupgrade\nAttention / {4163|*} / OK");
+    EXPECT_EQ(csFate("ZDCS-ZDSQL KalmoManager", csBefore), "==");
+}
+
+TEST_F(CStory, AUseraddOfAnotherKindWillDo) {
+    // It does not know -M, and somebody else is faster.
+    csShell(R"(cd /srv/dist; cp /usr/sbin/useradd real
+        printf '#!/bin/sh\ncase $2 in -M) exit 2; esac\n/srv/dist/real "$@"\nexit 9\n' >useradd; chmod 755 useradd
+        mount --bind useradd /usr/sbin/useradd)");
+    Run(R"(
+        @licence
+        @directory
+        @config => Tab*2 Backspace*4 kdaemon Tab Enter
+        {103A} / {1235|kdaemon} / Yes No
+        @account
+        @telemetry
+        @installed)",
+        {.bRecord = true});
+    EXPECT_THAT(csCommands(), testing::HasSubstr(R"(
+sh: /usr/sbin/useradd -s/bin/false -M kdaemon 2>/dev/null
+sh: /usr/sbin/useradd -s/bin/false kdaemon 2>/dev/null
+)"));
+    EXPECT_EQ(csShell("umount /usr/sbin/useradd; stat -c %U /proc/$(pid ZDCS-ZDSQL)"), "kdaemon");
 }
 
 TEST_F(CStory, AccountsAreAskedForAndMade) {

@@ -31,7 +31,7 @@ constexpr const char* PSZ_RECORD = "/tmp/record";
 
 // Takes every server off the machine, and the folders and accounts of the stories.
 constexpr const char* PSZ_CLEAR = R"(
-    umount -q /etc/systemd/system/multi-user.target.wants
+    umount -q /etc/systemd/system/multi-user.target.wants /usr/sbin/useradd
     for service in $(ls /etc/systemd/system /etc/init.d | grep -xE '(ZDCS-.*|KalmoManager)(\.service)?' | sort -u); do
         service=${service%.service}
         service_stop $service
@@ -66,7 +66,7 @@ std::string csCatalogueText(const std::string& rcsNumber, const std::string& rcs
     bool bHere = false;
     for (std::string csLine; std::getline(clFile, csLine);) {
         if (csLine.size() > 1 && csLine[0] == '[' && csLine[1] != ' ') {
-            bHere = csLine.starts_with("[0x" + csPart + " ");
+            bHere = csLine.starts_with("[0x" + csPart + " ") || csLine.starts_with("[" + csPart + " ");
         } else if (bHere && !csLine.empty() && !csLine.starts_with('#')) {
             csText += (csText.empty() ? "" : " / ") + csLine;
         }
@@ -152,6 +152,10 @@ void CStory::Run(const std::string& rcsScript, const STStart& rst) {
 
 void CStory::Run(const std::vector<STStep>& rtab, const STStart& rst) {
     Start(rst);
+    End(rtab);
+}
+
+void CStory::End(const std::vector<STStep>& rtab) {
     ASSERT_NO_FATAL_FAILURE(Walk(rtab));
     ASSERT_EQ(rclTerminal().nWaitEnd(), 0);
     EXPECT_EQ(rclTerminal().csText(), "\n");
@@ -199,9 +203,10 @@ std::string CStory::csShown(const std::string& rcsExpected) const {
     const int nWidth = nShrunk(60, rcl.nColumns());
     for (const int nPreferred : {20, 13}) {
         const int nHeight = nShrunk(nPreferred, rcl.nRows());
-        if (bMatches(
-                csTexts(rcl, (rcl.nRows() - nHeight) / 2, (rcl.nColumns() - nWidth) / 2, nHeight, nWidth),
-                rcsExpected)) {
+        // Beside the shadow two corners show what is below.
+        if (bMatches(csTexts(rcl, (rcl.nRows() - nHeight) / 2, (rcl.nColumns() - nWidth) / 2, nHeight - 1,
+                             nWidth - 1),
+                     rcsExpected)) {
             return rcsExpected;
         }
     }

@@ -51,6 +51,7 @@ class CStory : public testing::Test {
     static std::vector<STStep> tabSteps(const std::string& rcsScript, const std::string& rcsLanguage = "en");
     void Start(const STStart& rst);
     void Walk(const std::vector<STStep>& rtab);
+    void End(const std::vector<STStep>& rtab);
     Terminal& rclTerminal() { return *m_pclTerminal; }
 
     /// What a shell command prints, without the line feeds at its end. It knows the functions of

@@ -34,5 +34,13 @@ TEST_F(CStory, UninstallingDeletesAListOfFiles) {
     }
 }
 
+TEST_F(CStory, KeysTypedAheadLeaveTheResultToBeSeen) {
+    Install("ZDSQL", 4950);
+    Start({});
+    Walk(tabSteps("@licence\n@action => Down*2 Enter*2\n@toremove => Enter"));
+    rclTerminal().Send("\r\r\r\r");
+    End(tabSteps("@removed"));
+}
+
 }  // namespace
 }  // namespace kalmo

@@ -54,7 +54,6 @@ bool init_dialog() {
     ::cbreak();
     ::noecho();
     color_setup();
-    ::clearok(curscr, TRUE);
     dialog_clear();
     return true;
 }

@@ -66,6 +66,8 @@ void GiveTerminalBack() {
     }
     g_nArmed = 0;
     // Output that the operator has stopped, or that nobody takes, must not keep the process from ending.
+    // A stop made with the keyboard is undone only as the end of a stop of one's own.
+    ::tcflow(g_stGuard.nFd, TCOOFF);
     ::tcflow(g_stGuard.nFd, TCOON);
     pollfd stOutput{.fd = g_stGuard.nFd, .events = POLLOUT, .revents = 0};
     std::size_t nDone = 0;

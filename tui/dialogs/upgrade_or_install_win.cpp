@@ -1,5 +1,7 @@
 #include "tui/dialogs/upgrade_or_install_win.h"
 
+#include <algorithm>
+
 #include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
 
@@ -7,8 +9,9 @@ namespace kalmo {
 
 CUpgradeOrInstallWin::CUpgradeOrInstallWin(int nX, int nY, int nWidth, int nHeight, int bWithFirstOption)
     : COkCancelWin(nX, nY, nWidth, nHeight),
-      m_clAction(this, (nWidth - 60) / 2, (nHeight - 20) / 2, 60, 14, csLoadText(TEXTE_TITRE_ACTION).pszGet(),
-                 1, 0) {
+      // On a low screen the title stays in the window.
+      m_clAction(this, (nWidth - 60) / 2, std::max(0, (nHeight - 20) / 2), 60, 14,
+                 csLoadText(TEXTE_TITRE_ACTION).pszGet(), 1, 0) {
     if (bWithFirstOption != 0) {
         m_clAction.AddOption(csLoadText(TEXTE_ACTION_MISE_A_JOUR).pszGet());
     }

@@ -130,7 +130,7 @@ bool CDataExtractor::__bRunServerProgram(const CFSPath& rclDir, std::string_view
 
 void CDataExtractor::_SetDaemonUser(const CTString& csUser, const wchar_t* pszConfPath,
                                     CInstallProgressWin* pclProgress) {
-    if (csUser.bEmpty() || csUser == L"root") {
+    if (csUser.bEmpty() || csUser == PSZ_ROOT) {
         WritePrivateProfileString(PSZ_SECTION_INIT, PSZ_KEY_DAEMON_USER, nullptr, pszConfPath);
         return;
     }

@@ -1,7 +1,5 @@
 #include "app/install_steps.h"
 
-#include <pwd.h>
-
 #include <array>
 #include <string>
 
@@ -68,10 +66,6 @@ int nRunServerProgram(const CFSPath& rclDir, std::string_view svShown, std::stri
         csTold += " (cut to " + std::to_string(csCommand.size()) + " bytes)";
     }
     return nRunShell(csCommand, rclTrace, csTold);
-}
-
-bool bSystemAccountExists(const CTString& csUser) {
-    return ::getpwnam(csToUTF8(csUser).pszGet()) != nullptr;
 }
 
 bool bCreateSystemAccount(const CTString& csUser, CTrace& rclTrace) {

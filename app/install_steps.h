@@ -28,8 +28,6 @@ void WriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot,
 int nRunServerProgram(const CFSPath& rclDir, std::string_view svShown, std::string_view svHidden,
                       std::size_t nMaxBytes, CTrace& rclTrace);
 
-/// Whether the system knows an account of that name.
-bool bSystemAccountExists(const CTString& csUser);
 /// Creates an account that nobody can log in with. True when it exists afterwards.
 bool bCreateSystemAccount(const CTString& csUser, CTrace& rclTrace);
 

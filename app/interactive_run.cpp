@@ -26,7 +26,8 @@ namespace {
 
 // A machine on which only the shared manager is left has nothing to upgrade.
 bool bOfferUpgrade(CServiceList& rtabServer) {
-    return rtabServer.nGetCount() >= 2 || !bIsManager(*rtabServer[0]);
+    return rtabServer.nGetCount() >= 2 ||
+           (rtabServer[0]->pszGetName() != nullptr && !bIsManager(*rtabServer[0]));
 }
 
 void RunAction(CDataExtractor* pclExtractor) {
@@ -86,10 +87,6 @@ bool bDataExtractorInitialize(CDataExtractor* pclExtractor) {
     return false;
 }
 
-void ShowDataError() {
-    ShowErrorBox(csLoadText(TEXTE_DONNEES));
-}
-
 bool bChooseAction(eACTION* peAction, int bOfferUpgrade) {
     auto clDialog = clMakeCentred<CUpgradeOrInstallWin>(
         CUpgradeOrInstallWin::PREFERRED_WIDTH, CUpgradeOrInstallWin::PREFERRED_HEIGHT, bOfferUpgrade);
@@ -103,9 +100,9 @@ bool bChooseAction(eACTION* peAction, int bOfferUpgrade) {
 void ChooseServer(int bUpgrade, CDataExtractor* pclExtractor, CServiceList* ptabServer) {
     CService* pclService = nullptr;
     {
-        auto clDialog = clMakeCentred<CChooseServer>(
-            CChooseServer::PREFERRED_WIDTH, CChooseServer::nPreferredHeight(ptabServer->nGetCount(), LINES),
-            *ptabServer, bUpgrade);
+        auto clDialog =
+            clMakeCentred<CChooseServer>(CChooseServer::PREFERRED_WIDTH,
+                                         CChooseServer::nPreferredHeight(*ptabServer), *ptabServer, bUpgrade);
         clDialog.Draw();
         clDialog.MainLoop();
         pclService = clDialog.nGetResult() != 0 ? clDialog.pclGetServerService() : nullptr;

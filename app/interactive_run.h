@@ -21,8 +21,6 @@ void RunInteractive(CTrace& rclTrace);
 bool bRoot();
 /// Opens the payload; when that fails, shows it.
 bool bDataExtractorInitialize(CDataExtractor* pclExtractor);
-/// Shows that the payload is missing or cannot be read.
-void ShowDataError();
 /// Asks what to do. False when cancelled.
 bool bChooseAction(eACTION* peAction, int bOfferUpgrade);
 /// Asks for an installed service and upgrades it (bUpgrade not 0) or uninstalls it.

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "app/interactive_run.h"
+#include "app/message.h"
 #include "app/trace.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"

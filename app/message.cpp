@@ -27,6 +27,10 @@ void ShowErrorBox(const CTString& csText) {
     ShowBox(csLoadText(TEXTE_ATTENTION), csText);
 }
 
+void ShowDataError() {
+    ShowErrorBox(csLoadText(TEXTE_DONNEES));
+}
+
 void ShowResultBox(const CTString& csText) {
     ShowBox({}, csText);
 }

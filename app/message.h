@@ -9,6 +9,8 @@ namespace kalmo {
 
 /// A failure.
 void ShowErrorBox(const CTString& csText);
+/// The payload is missing or cannot be read.
+void ShowDataError();
 /// A success. The box has no title.
 void ShowResultBox(const CTString& csText);
 

@@ -29,7 +29,6 @@ CUpgradeWin::CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclS
                  nHeight - 6, BUTTON_WIDTH, BUTTON_HEIGHT),
       m_clJauge(this, 2, nHeight - 10, nWidth - 5, 3, 0, pclExtractor->dwGetNbFile() + STEPS_BESIDE_FILES,
                 csLoadText(TEXTE_MAJ_JAUGE).pszGet()),
-      m_dMaximum(pclExtractor->dwGetNbFile() + STEPS_BESIDE_FILES),
       m_pclExtractor(pclExtractor),
       m_pclService(pclService),
       m_clServices(*pclService, pclExtractor->rclGetTrace()),
@@ -96,7 +95,7 @@ void CUpgradeWin::_Upgrade() {
         return;
     }
     m_clServices.StartAll();
-    __ShowStep(m_dMaximum);
+    __ShowStep(m_clJauge.dGetMaximum());
     ShowResultBox(csLoadText(TEXTE_MAJ_FAITE));
 }
 

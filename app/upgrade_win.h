@@ -55,7 +55,6 @@ class CUpgradeWin : public CWindow {
     CButton m_clStart;
     CButton m_clCancel;
     CJauge m_clJauge;
-    double m_dMaximum;
     CTString m_csDescription;
     CTString m_csWarning;
     CTString m_csPrompt;

@@ -24,6 +24,7 @@ class CJauge : public CWidget {
     /// An invisible gauge draws nothing.
     void SetVisible(int bVisible) noexcept { m_bVisible = bVisible; }
     [[nodiscard]] double dGetValue() const noexcept { return m_dValue; }
+    [[nodiscard]] double dGetMaximum() const noexcept { return m_dMaximum; }
     /// True when the bar that was drawn last is not as long as the value says now.
     [[nodiscard]] bool bStale() const noexcept { return __nBar() != m_nDrawnBar; }
 

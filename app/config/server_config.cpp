@@ -1,5 +1,7 @@
 #include "app/config/server_config.h"
 
+#include <pwd.h>
+
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
@@ -41,8 +43,12 @@ int nReadServerPort(const wchar_t* pszConfPath) {
     return GetPrivateProfileInt(PSZ_SECTION_INIT, PSZ_KEY_PORT, nPortDefaut, pszConfPath);
 }
 
+bool bSystemAccountExists(const CTString& csUser) {
+    return ::getpwnam(csToUTF8(csUser).pszGet()) != nullptr;
+}
+
 bool bIsManager(const CService& rclService) {
-    return bEgalSansCasse(rclService.pszGetName(), PSZ_MANAGER_SERVICE);
+    return bEgalSansCasse(CTString(rclService.pszGetName()), PSZ_MANAGER_SERVICE);
 }
 
 CTString csGetDisplayName(CService& rclService) {

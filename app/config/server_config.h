@@ -44,6 +44,11 @@ ETelemetryState eReadTelemetry(const wchar_t* pszConfPath);
 /// The port, nPortDefaut when the file does not tell any.
 int nReadServerPort(const wchar_t* pszConfPath);
 
+/// The account that needs no looking up, and no key in the file.
+inline constexpr const wchar_t* PSZ_ROOT = L"root";
+/// Whether the system knows an account of that name.
+bool bSystemAccountExists(const CTString& csUser);
+
 /// True for the shared manager's service, whatever the letter case of its name.
 bool bIsManager(const CService& rclService);
 

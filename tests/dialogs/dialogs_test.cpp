@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "tests/dialogs/dialog_terminal.h"
-#include "tui/dialogs/choose_server.h"
 
 namespace kalmo {
 namespace {
@@ -202,16 +201,6 @@ TEST(Dialogs, ProgressMovesItsGauge) {
     EXPECT_EQ(nBar(), 26);  // two fifths of 65
     ASSERT_TRUE(clTerminal.bType({"xxx"}));
     EXPECT_EQ(nBar(), 65);
-}
-
-TEST(Dialogs, ServersGetALineEachAsLongAsTheScreenHasRoom) {
-    const struct {
-        std::size_t nServices;
-        int nLines, nHeight;
-    } TAB[] = {{1, 50, 16}, {31, 50, 46}, {32, 50, 46}, {1, 16, 12}, {std::size_t{1} << 40, 24, 20}};
-    for (const auto& rst : TAB) {
-        EXPECT_EQ(CChooseServer::nPreferredHeight(rst.nServices, rst.nLines), rst.nHeight);
-    }
 }
 
 // What the operator has to see and reach is there on every terminal, down to one that is far too small.

@@ -62,7 +62,7 @@ std::string csDialog(std::string_view svName, int nNumber, CServiceList& rclServ
                      [](auto& rcl) { return std::to_string(rcl.nGetSelectedItem()); });
     }
     if (svName == "choose") {
-        const int nHeight = CChooseServer::nPreferredHeight(rclServices.nGetCount(), LINES);
+        const int nHeight = CChooseServer::nPreferredHeight(rclServices);
         return csRun(
             clMakeCentred<CChooseServer>(CChooseServer::PREFERRED_WIDTH, nHeight, rclServices, nNumber),
             [](auto& rcl) {

@@ -14,10 +14,8 @@ constexpr int MIN_LIST_HEIGHT = 3;  // Its frame and one server.
 
 }  // namespace
 
-int CChooseServer::nPreferredHeight(std::size_t nServices, int nLines) noexcept {
-    // More services than any screen has rows are as good as that many.
-    const int nHeight = 15 + static_cast<int>(std::min<std::size_t>(nServices, 10000));
-    return nHeight >= nLines - 3 ? nLines - 4 : nHeight;
+int CChooseServer::nPreferredHeight(const CServiceList& rclServices) noexcept {
+    return static_cast<int>(rclServices.nGetCount()) + 15;
 }
 
 CChooseServer::CChooseServer(int nX, int nY, int nWidth, int nHeight, CServiceList& rclServices,

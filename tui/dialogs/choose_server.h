@@ -17,8 +17,8 @@ namespace kalmo {
 class CChooseServer : public COkCancelWin {
   public:
     static constexpr int PREFERRED_WIDTH = 63;
-    /// The height for that many services on a screen of nLines rows.
-    static int nPreferredHeight(std::size_t nServices, int nLines) noexcept;
+    /// Grows with the services.
+    static int nPreferredHeight(const CServiceList& rclServices) noexcept;
 
     /// The services are borrowed and must outlive the dialog. bHideManager: leaves out the shared manager,
     /// which can be uninstalled but not upgraded, and asks for a server to upgrade.

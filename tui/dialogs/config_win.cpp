@@ -1,7 +1,5 @@
 #include "tui/dialogs/config_win.h"
 
-#include <pwd.h>
-
 #include <algorithm>
 #include <cwchar>
 #include <string>
@@ -16,8 +14,6 @@
 
 namespace kalmo {
 namespace {
-
-constexpr const wchar_t* PSZ_ROOT = L"root";
 
 // The instance's name in that of its service.
 std::wstring_view svInstanceName(const CService& rclService) {
@@ -76,7 +72,7 @@ bool CConfigWin::_bCheck() {
 
 bool CConfigWin::__bCheckAccount() {
     const CTString csAccount = m_clDaemonUser.pszGetText();
-    if (csAccount == PSZ_ROOT || ::getpwnam(csToUTF8(csAccount).pszGet()) != nullptr) {
+    if (csAccount == PSZ_ROOT || bSystemAccountExists(csAccount)) {
         return true;
     }
     const CTString csQuestion = csFormatText(TEXTE_COMPTE_INCONNU, csAccount);

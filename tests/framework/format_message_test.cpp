@@ -14,18 +14,15 @@ namespace {
 
 TEST(FormatMessage, BuildsTheMessage) {
     const void* const pAddress = reinterpret_cast<const void*>(std::uintptr_t{0xBEEF});
-    const CTString csEuro(L"\u20AC");
     const struct {
         std::wstring csTemplate;
         std::vector<CFormatArg> tabArg;
         std::wstring csExpected;
     } tabCase[] = {
-        {L"", {}, L""},
         {L"%2 before %1, %1 again", {L"one", L"two"}, L"two before one, one again"},
-        {L"%1%2", {csEuro, std::string_view("\xF0\x9F\x98\x80")}, L"\u20AC\U0001F600"},
         {L"%%1 %. %! % |%n%r%t|", {}, L"%1 . !  |\r\n\r\t|"},
         {L"kept%0lost %1", {}, L"kept"},
-        {L"%1!s!|%1!S!|%1!hs!|%1!ls!|%1!ws!", {"a"}, L"a|a|a|a|a"},
+        {L"%1!s!%1!S!%1!hs!%1!ls!%1!ws!", {"\u20AC"}, L"\u20AC\u20AC\u20AC\u20AC\u20AC"},
         // Two digits at most belong to the number of an insert.
         {L"%100", std::vector<CFormatArg>(10, L"x"), L"x0"},
         {L"%99", std::vector<CFormatArg>(99, L"x"), L"x"},
@@ -34,18 +31,12 @@ TEST(FormatMessage, BuildsTheMessage) {
         {L"[%1!5s!] [%1!-5s!] [%1!.2s!] [%1!5.1s!] [%1!.s!]",
          {L"\U0001F600bc"},
          L"[  \U0001F600bc] [\U0001F600bc  ] [\U0001F600b] [    \U0001F600] []"},
-        {L"[%1!d!] [%1!+d!] [%1! d!] [%1!6d!] [%1!-6d!] [%1!06d!] [%1!.4d!] [%1!+06d!] [%1!-06d!]",
-         {42},
-         L"[42] [+42] [ 42] [    42] [42    ] [000042] [0042] [+00042] [42    ]"},
-        {L"[%1!d!] [%1!06i!] [%1!6.3d!] [%1!u!] [%1!x!]",
-         {-42},
-         L"[-42] [-00042] [  -042] [4294967254] [ffffffd6]"},
+        {L"[%1!d!] [%1!+06d!] [%1! d!] [%1!-6d!] [%1!.4d!]", {42}, L"[42] [+00042] [ 42] [42    ] [0042]"},
+        {L"[%1!06i!] [%1!6.3d!] [%1!u!] [%1!x!]", {-42}, L"[-00042] [  -042] [4294967254] [ffffffd6]"},
         {L"%1!d! %2!lld! %3!I64u! %4!hu! %5!hhd!",
          {INT_MIN, INT64_MIN, UINT64_MAX, 65537, 255},
          L"-2147483648 -9223372036854775808 18446744073709551615 1 -1"},
-        {L"%1!x! %1!X! %1!#x! %1!#X! %1!#o! %1!#010x! %2!#x!",
-         {0xabc, 0},
-         L"abc ABC 0xabc 0XABC 05274 0x00000abc 0"},
+        {L"%1!X! %1!#x! %1!#X! %1!#o! %1!#010x! %2!#x!", {0xabc, 0}, L"ABC 0xabc 0XABC 05274 0x00000abc 0"},
         {L"[%1!.0d!] [%1!#.0o!] [%1!5.0u!]", {0}, L"[] [0] [     ]"},
         {L"%1!c!%2!C! [%1!3c!]", {0x20AC, 'A'}, L"\u20ACA [  \u20AC]"},
         {L"%1!p! [%1!8p!]", {pAddress}, L"0xbeef [  0xbeef]"},
@@ -65,26 +56,20 @@ TEST(FormatMessage, FailsRatherThanGuess) {
         std::vector<const wchar_t*> tabTemplate;
     } tabCase[] = {
         // Behind the end of the list.
-        {{}, {L"%1"}},
         {{L"a", L"b"}, {L"%1 %3"}},
-        {std::vector<CFormatArg>(98, L"x"), {L"%99"}},
-        {{1, 2}, {L"%2!*d!", L"%1!*.*d!", L"%2!*s!"}},
-        // Malformed.
-        {{L"a"}, {L"%", L"100 %", L"%s", L"%1!", L"%1!s", L"%1!!", L"%1!ss!", L"%1!5!", L"%1!%s!", L"%1!n!"}},
-        {{L"a"}, {L"%1!+s!", L"%1!05s!"}},
+        {{1, 2}, {L"%2!*d!", L"%1!*.*d!"}},
+        // Malformed, or a flag without a meaning.
+        {{L"a"}, {L"%", L"%s", L"%1!", L"%1!s", L"%1!!", L"%1!ss!", L"%1!5!", L"%1!n!", L"%1!05s!"}},
         {{65}, {L"%1!f!", L"%1!lllld!", L"%1!1.2.3d!", L"%1!.-1d!", L"%1!#d!", L"%1!+u!", L"%1!.2c!"}},
         // Another kind of argument.
-        {{1}, {L"%1", L"%1!s!", L"%1!p!"}},
+        {{1}, {L"%1", L"%1!p!"}},
         {{L"1"}, {L"%1!d!", L"%1!c!"}},
-        {{static_cast<const void*>(nullptr)}, {L"%1!d!"}},
         {{L"5", 1}, {L"%1!*d!"}},
         // Characters that are none, or would end the text.
         {{0}, {L"%1!c!"}},
         {{0xD800}, {L"%1!c!"}},
         // More than anybody needs.
-        {{1}, {L"%1!1025d!", L"%1!99999999999999999999d!"}},
-        {{L"a"}, {L"%1!.1025s!"}},
-        {{1025, 1}, {L"%1!*d!"}},
+        {{1}, {L"%1!1025d!", L"%1!99999999999999999999d!", L"%1!.1025d!"}},
         {{INT64_MIN, 1}, {L"%1!*d!"}},
         {{UINT64_MAX - 1024, L"a"}, {L"%1!.*s!"}},
     };
@@ -112,12 +97,9 @@ TEST(FormatMessage, WindowsShape) {
     const CFormatArg tabArg[] = {L"name"};
     wchar_t* psz = nullptr;
     EXPECT_EQ(FormatMessage(unAllocate, L"%2", 0, 0, &psz, 100, tabArg), 0U);
-    EXPECT_EQ(FormatMessage(unAllocate, nullptr, 0, 0, &psz, 100, tabArg), 0U);
     EXPECT_EQ(FormatMessage(FORMAT_MESSAGE_FROM_STRING, L"<%1>", 0, 0, &psz, 100, tabArg), 0U);
-    EXPECT_EQ(FormatMessage(unAllocate | 0x200, L"<%1>", 0, 0, &psz, 100, tabArg), 0U);
     EXPECT_EQ(psz, nullptr);
-    EXPECT_EQ(FormatMessage(unAllocate, L"<%1>", 0, 0, &psz, 100, tabArg), 6U);
-    ASSERT_NE(psz, nullptr);
+    ASSERT_EQ(FormatMessage(unAllocate, L"<%1>", 0, 0, &psz, 100, tabArg), 6U);
     EXPECT_EQ(std::wstring(psz), L"<name>");
     psz[99] = L'.';  // The room asked for is there.
     LocalFree(psz);

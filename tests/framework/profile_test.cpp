@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <array>
 #include <climits>
@@ -16,11 +15,6 @@
 #include "framework/process_info.h"
 #include "framework/profile_encoding.h"
 #include "tests/support/temp_folder.h"
-
-// Memory that cannot be had is one of the cases below. Asked for by the address sanitizer only.
-extern "C" const char* __asan_default_options() {
-    return "allocator_may_return_null=1";
-}
 
 namespace kalmo {
 namespace {
@@ -60,9 +54,7 @@ TEST_F(Profile, ReadsValues) {
     const std::pair<const char*, const wchar_t*> tabCase[] = {
         // Blanks, tabs and line ends.
         {"  [AB]\n\n  k \t = \t v w \n", L"v w "},
-        {"[AB]\r\nk=v\r\n", L"v"},
-        {"[AB]\nk=v\rw", L"v"},
-        {"[AB]\nk=\nl=1\n", L""},
+        {"[AB]\r\nk=v\rw\r\n", L"v"},
         {"[AB]\nk = \t", L""},
         {"[AB]\n\tk=v\n", L"(default)"},  // a tab is no blank
         {"[AB]\n  k=1\nk = 2\n", L"1"},   // what a write behind the blanks leaves
@@ -92,28 +84,23 @@ TEST_F(Profile, WritesInPlace) {
     } tabCase[] = {
         // A section that is not there.
         {"", L"k", L"v", "[AB]\nk = v\n"},
-        {"[C]\nk=1", L"k", L"v", "[C]\nk=1\n[AB]\nk = v\n"},
-        {"[AB ]\n[ABC]\n [AB]\n", L"k", L"v", "[AB ]\n[ABC]\n [AB]\n[AB]\nk = v\n"},
+        {"[AB ]\n[ABC]\n [AB]", L"k", L"v", "[AB ]\n[ABC]\n [AB]\n[AB]\nk = v\n"},
         // A key that is there.
         {"[ab] x\nK=1\nl=2\n", L"k", L"a longer value", "[ab] x\nk = a longer value\nl=2\n"},
-        {"[AB]\nk=a longer value\nl=2\n", L"k", L"v", "[AB]\nk = v\nl=2\n"},
-        {"[AB]\nk=1\nk=2\n", L"k", L"v", "[AB]\nk = v\nk=2\n"},
+        {"[AB]\nk=a longer value\nk=2\n", L"k", L"v", "[AB]\nk = v\nk=2\n"},
         {"[AB]\nk no value\n", L"k", L"v", "[AB]\nk = v\n"},
         {"[AB]\nl=2\nk\t=1", L"k", L"", "[AB]\nl=2\nk = \n"},
         {"[AB]\r\nk=1\r\nl=2\r\n", L"k", L"v", "[AB]\r\nk = v\nl=2\r\n"},
         // A key that is not there, or that writing does not see.
-        {"[AB]", L"k", L"v", "[AB]\nk = v\n"},
         {"[AB]\n k=1\n", L"k", L"v", "[AB]\n k=1\nk = v\n"},  // only the first column counts
         {"[AB]\nkey=1\nk\n:k=1\n [C]\n", L"k", L"v", "[AB]\nkey=1\nk\n:k=1\n [C]\nk = v\n"},
-        {"[AB]\nl=2\n\nk=1\n[C]\n", L"k", L"v", "[AB]\nl=2\nk = v\n\nk=1\n[C]\n"},
-        {"[AB]\r\nl=2\r\n\r\n[C]\r\n", L"k", L"v", "[AB]\r\nl=2\r\nk = v\n\r\n[C]\r\n"},
+        {"[AB]\r\nl=2\r\n\r\nk=1\r\n", L"k", L"v", "[AB]\r\nl=2\r\nk = v\n\r\nk=1\r\n"},
         {"[AB]\nl=2\n[C\nk=1\n", L"k", L"v", "[AB]\nl=2\nk = v\n[C\nk=1\n"},
         // Removing a key.
-        {"[AB]\nk=1\nl=2\n", L"K", nullptr, "[AB]\nl=2\n"},
         {"[C]\nk=1", L"k", nullptr, "[C]\nk=1"},
+        {"[AB]\nk=1\nl=2\n", L"K", nullptr, "[AB]\nl=2\n"},
         // Removing the section.
         {"[C]\nk=1\n[ab]\nk=2\n\n [D]\n[E]\nk=3\n", nullptr, L"x", "[C]\nk=1\n[E]\nk=3\n"},
-        {"[C]\nk=1\n[AB]\nk=2", nullptr, nullptr, "[C]\nk=1\n"},
         {"[AB]\nk=1\n[C\nk=2\n[AB]\n", nullptr, nullptr, "[C\nk=2\n[AB]\n"},
         // A text that could not be read back.
         {"[AB]\nk=1\n", L"k", L"1\nl=2", nullptr},
@@ -138,7 +125,7 @@ TEST_F(Profile, KeepsTheIdentityOfTheFile) {
 }
 
 TEST_F(Profile, LinesHaveNoLengthLimit) {
-    for (const std::size_t nLength : {255U, 256U, 257U, 3900U}) {
+    for (const std::size_t nLength : {256U, 3900U}) {
         const std::wstring csLong(nLength, L'x');
         File("[" + std::string(nLength, 'X') + "]\nk=1\n");
         EXPECT_TRUE(bSet(csLong.c_str(), L"k", csLong.c_str()));
@@ -155,9 +142,8 @@ TEST_F(Profile, EveryByteAndUnitOutsideAChangeStays) {
         std::string csAfter;
         const wchar_t* pszRead;
     } tabCase[] = {
-        {csOdd + "k=1\n\0\n"s, L"k", L"\xDCE9", csOdd + "k = \xE9\n\0\n"s, L"\xDCE9"},
         {csOdd, L"n", L"", "\0[AB]\n[AB]\nn = \n\xFF\xC3=\xE9\n"s, L""},
-        {csOdd, L"\xDCFF\xDCC3", L"x", "\0[AB]\n[AB]\nn=v\0w\n\xFF\xC3 = x\n"s, L"x"},
+        {csOdd, L"\xDCFF\xDCC3", L"\xDCE8", "\0[AB]\n[AB]\nn=v\0w\n\xFF\xC3 = \xE8\n"s, L"\xDCE8"},
         // Half a unit at the end of a wide file stays behind what is appended.
         {csWideFile("[AB]\nl=2") + "\n", L"k", L"v", csWideFile("[AB]\nl=2\nk = v\n") + "\n", L"v"},
         // Units of a wide file are wide characters; in an 8-bit file two of them mean one character.
@@ -177,10 +163,8 @@ TEST_F(Profile, EveryByteAndUnitOutsideAChangeStays) {
 }
 
 TEST_F(Profile, FindsTheMarkAndPutsTheStreamBack) {
-    for (const auto& [csBytes, nBefore, bWide, nAfter] : {std::tuple("\xFF\xFE[\0"s, 0, true, 2),
-                                                          {"\xFF\xFE[\0"s, 1, true, 1},
-                                                          {"\xFE\xFF\0["s, 0, false, 0},
-                                                          {"[A]"s, 3, false, 3}}) {
+    for (const auto& [csBytes, nBefore, bWide, nAfter] :
+         {std::tuple("\xFF\xFE["s, 0, true, 2), {"\xFF\xFE["s, 1, true, 1}, {"\xFE\xFF["s, 0, false, 0}}) {
         CMemoryStream clStream(CTLBIN(csBytes.begin(), csBytes.end()));
         clStream.bSeek(nBefore);
         EXPECT_EQ(bFichierUnicode(clStream), bWide);
@@ -203,9 +187,10 @@ TEST_F(Profile, ResultsAreCutToTheBuffer) {
         const wchar_t *pszSection, *pszKey;
         unsigned dwSize;
         std::wstring csCut;
-    } tabCase[] = {{L"Sec1", L"k", 5, L"\u00E9bcd"},    {L"Sec1", L"k", 4, L"\u00E9bc"},
-                   {L"Sec1", L"empty", 6, L""},         {L"Sec1", L"none", 4, L"def"},
-                   {nullptr, nullptr, 8, L"Sec1\r\nS"}, {L"Sec1", nullptr, 5, L"k\r\ne"}};
+    } tabCase[] = {
+        {L"Sec1", L"k", 4, L"\u00E9bc"},  {L"Sec1", L"empty", 6, L""},         {L"Sec1", L"none", 4, L"def"},
+        {L"Sec1", nullptr, 5, L"k\r\ne"}, {nullptr, nullptr, 8, L"Sec1\r\nS"},
+    };
     for (const auto& rst : tabCase) {
         std::wstring sz(10, L'#');
         const unsigned dwLength = GetPrivateProfileStringW(rst.pszSection, rst.pszKey, L"default", sz.data(),
@@ -216,34 +201,24 @@ TEST_F(Profile, ResultsAreCutToTheBuffer) {
     wchar_t c = L'#';
     EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"k", L"d", &c, 0, m_csPath.c_str()), 0U);
     EXPECT_EQ(c, L'#');
-    EXPECT_EQ(GetPrivateProfileString(L"Sec1", L"none", nullptr, &c, 1, m_csPath.c_str()), 0U);
-    EXPECT_EQ(c, L'\0');
-    // The 8-bit call counts bytes, and passes on what is not asked for.
+    // The 8-bit call counts bytes.
     std::string sz(6, '#');
     const std::string csName = m_clFolder.clPath("f.ini");
     EXPECT_EQ(GetPrivateProfileStringA("Sec1", "k", "default", sz.data(), 4, csName.c_str()), 3U);
     EXPECT_EQ(sz, "\u00E9b\0##"s);
-    EXPECT_EQ(GetPrivateProfileStringA(nullptr, nullptr, nullptr, sz.data(), 5, csName.c_str()), 4U);
-    EXPECT_EQ(sz, "Sec1\0#"s);
 }
 
 TEST_F(Profile, ReadsIntegers) {
-    for (const auto& [pszValue, nValue] : {std::pair("-4900", -4900),
-                                           {" 1x", 1},
-                                           {"", 0},
-                                           {"0x10", 0},
-                                           {"4294971196", INT_MAX},
-                                           {"000000000000000000012", 0}}) {
+    for (const auto& [pszValue, nValue] :
+         {std::pair(" -4900x", -4900), {"", 0}, {"4294971196", INT_MAX}, {"000000000000000000012", 0}}) {
         File("[AB]\nk="s + pszValue);
         EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 7, m_csPath.c_str()), nValue) << pszValue;
     }
 }
 
-TEST_F(Profile, AWriteThatFailsLeavesTheFile) {
+TEST_F(Profile, AWriteWithoutRoomLeavesTheFile) {
     const std::string csBefore = "[AB]\nk=1\n" + std::string(5000, 'x') + "\n";
     File(csBefore);
-
-    // No room for the longer file.
     rlimit stBefore{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &stBefore), 0);
     const auto pfnBefore = ::signal(SIGXFSZ, SIG_IGN);
@@ -254,14 +229,6 @@ TEST_F(Profile, AWriteThatFailsLeavesTheFile) {
     ::signal(SIGXFSZ, pfnBefore);
     EXPECT_FALSE(bSetLonger);
     EXPECT_EQ(csFile(), csBefore);
-
-    // No memory for the rest of the file.
-    constexpr std::uintmax_t unHuge = std::uintmax_t{1} << 48;  // more than addresses
-    File("[AB]\nk=1\n");
-    std::filesystem::resize_file(m_clFolder.clPath("f.ini"), unHuge);
-    EXPECT_FALSE(bSet(L"AB", L"k", L"v"));
-    EXPECT_EQ(std::filesystem::file_size(m_clFolder.clPath("f.ini")), unHuge);
-    EXPECT_EQ(csGet(L"AB", L"k"), L"1");
 }
 
 TEST_F(Profile, FilesThatCannotBeUsed) {
@@ -275,12 +242,12 @@ TEST_F(Profile, FilesThatCannotBeUsed) {
     }
     m_csPath = L"/dev/zero";
     EXPECT_EQ(csGet(L"AB", L"k"), L"(default)");
-    m_csPath = m_clFolder.csWide("f.ini");
-    EXPECT_FALSE(bSet(nullptr, L"k", L"v"));
     EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 3, nullptr), 3);
     EXPECT_FALSE(WritePrivateProfileString(L"AB", L"k", L"v", nullptr));
+    const std::string csName = m_clFolder.clPath("f.ini");
+    EXPECT_FALSE(WritePrivateProfileStringA(nullptr, "k", "v", csName.c_str()));
     EXPECT_EQ(csFile(), "(none)");
-    EXPECT_TRUE(WritePrivateProfileStringA("AB", "\xC3\xA9", nullptr, m_clFolder.clPath("f.ini").c_str()));
+    EXPECT_TRUE(WritePrivateProfileStringA("AB", "\xC3\xA9", nullptr, csName.c_str()));
     EXPECT_EQ(csFile(), "");
 }
 
@@ -299,25 +266,11 @@ TEST_F(Profile, FilesOfTheUser) {
         EXPECT_EQ(__PrivateProfilePatchName(csName.c_str(), szPath), !csPath.empty());
         EXPECT_EQ(szPath, csPath);
     }
-    ASSERT_TRUE(bGetVLNCONFPath(szPath));
-    EXPECT_EQ(szPath, csHome + L"/.VLN.conf");
     EXPECT_TRUE(WriteProfileString(L"AB", L"k", L"12"));
     EXPECT_EQ(GetProfileInt(L"AB", L"k", 3), 12);
     EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 3, L".VLN.conf"), 12);
     std::array<wchar_t, 5> sz{};
     EXPECT_EQ(GetProfileString(L"AB", L"k", L"def", sz.data(), 5), 2U);
-
-    // _exit: the leak check cannot look at a process that changed its user.
-    const auto NoEntry = [] {
-        std::array<wchar_t, 5> szValue{};
-        CPathBuffer szNone;
-        const bool bAsSaid = ::setuid(54321) == 0 && !bGetVLNCONFPath(szNone) && szNone[0] == L'\0' &&
-                             !WriteProfileString(L"AB", L"k", L"1") && GetProfileInt(L"AB", L"k", 3) == 3 &&
-                             GetProfileString(L"AB", L"k", L"def", szValue.data(), 5) == 3 &&
-                             !__PrivateProfilePatchName(L"f.ini", szNone);
-        ::_exit(bAsSaid ? 0 : 1);
-    };
-    EXPECT_EXIT(NoEntry(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

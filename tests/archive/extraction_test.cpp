@@ -48,7 +48,7 @@ TEST_F(Extraction, NothingIsOpen) {
     EXPECT_EQ(m_cl.eOuvreArchiveStream(nullptr, 0, 0), ARCHIVE_NOT_FOUND);
     // A failed opening lets go of the archive that was open before, and of its file.
     ASSERT_EQ(eOpen("sound"), ARCHIVE_OK);
-    EXPECT_EQ(eOpen("refused.0"), ARCHIVE_BAD);
+    EXPECT_EQ(eOpen("case.0"), ARCHIVE_BAD);
     EXPECT_EQ(eExtract("a.txt", "out"), ARCHIVE_NOT_OPEN);
     EXPECT_EQ(nOpen(), 0);
 }
@@ -56,10 +56,10 @@ TEST_F(Extraction, NothingIsOpen) {
 // The entries are called by what is to come of them: mode and content.
 TEST_F(Extraction, PermissionsAndTimesComeFromTheEntry) {
     ASSERT_EQ(eOpen("modes"), ARCHIVE_OK);
-    ASSERT_EQ(m_cl.dwNombreFichier(), 9U) << "a directory as archivers write it is not listed";
+    ASSERT_EQ(m_cl.dwNombreFichier(), 7U) << "a directory as archivers write it is not listed";
     ::setenv("TZ", "America/New_York", 1);
     ::tzset();
-    for (int n = 0; n < 9; ++n) {
+    for (int n = 0; n < 7; ++n) {
         const std::wstring csWide = m_cl.pszNomFichier(n);
         const std::string csName(csWide.begin(), csWide.end());
         if (csName.starts_with("10")) {
@@ -89,6 +89,7 @@ TEST_F(Extraction, PermissionsAndTimesComeFromTheEntry) {
 TEST_F(Extraction, NamesFlagsAndLookups) {
     ASSERT_EQ(eOpen("names"), ARCHIVE_OK);
     EXPECT_STREQ(m_cl.pszNomFichier(0), L"Sub/File.txt");
+    EXPECT_STREQ(m_cl.pszNomFichier(2), L"\u00E9/\u2592");
     const struct {
         const char* pszName;
         unsigned dwFlags;

@@ -1,9 +1,7 @@
-#include <gmock/gmock.h>
-
 #include "framework/conversion.h"
 #include "tests/archive/made_zips.h"
 
-// Archives that are damaged or made to deceive: each breaks one rule, and is refused for that very reason.
+// Archives that are damaged or made to deceive.
 
 namespace kalmo {
 namespace {
@@ -14,34 +12,27 @@ class HostileArchive : public CMadeZips {
         m_clStream.emplace(tabBytes(csName));
         return m_cl.eOuvreArchiveStream(&*m_clStream, 0, i64Base);
     }
+    // What becomes of a.txt; where the archive is not opened the reason, up to the place.
+    std::string csOutcome(const std::string& csName) {
+        if (eOpen(csName) == ARCHIVE_OK) {
+            return csExtract(m_cl);
+        }
+        EXPECT_EQ(m_cl.eGetDerniereErreur(), ARCHIVE_BAD);
+        EXPECT_EQ(m_cl.dwNombreFichier(), 0U);
+        EXPECT_EQ(csExtract(m_cl), "!1000");
+        const std::string csFault = csToUTF8(m_cl.csGetDefaut()).pszGet();
+        return csFault.substr(0, csFault.find(", at byte"));
+    }
     std::optional<CMemoryStream> m_clStream;
     CTVWinZip m_cl;
 };
 
-TEST_F(HostileArchive, IsNotOpened) {
+TEST_F(HostileArchive, EachBreaksOneRule) {
     int n = 0;
-    for (std::string cs = "refused.0"; m_clFolder.csRead(cs) != "(none)";
-         cs = "refused." + std::to_string(++n)) {
-        EXPECT_EQ(eOpen(cs), ARCHIVE_BAD) << cs;
-        EXPECT_EQ(m_cl.eGetDerniereErreur(), ARCHIVE_BAD);
-        EXPECT_THAT(csToUTF8(m_cl.csGetDefaut()).pszGet(),
-                    testing::StartsWith(m_clFolder.csRead(cs + ".outcome")));
-        EXPECT_EQ(m_cl.dwNombreFichier(), 0U);
-        EXPECT_EQ(csExtract(m_cl), "!1000");
+    for (std::string cs = "case.0"; m_clFolder.csRead(cs) != "(none)"; cs = "case." + std::to_string(++n)) {
+        EXPECT_EQ(csOutcome(cs), m_clFolder.csRead(cs + ".outcome")) << cs;
     }
-    EXPECT_EQ(n, 22);
-}
-
-// What becomes of an entry whose headers lie, or whose data is not what they say.
-TEST_F(HostileArchive, EntryIsDeliveredOnlyAsStated) {
-    int n = 0;
-    for (std::string cs = "opened.0"; m_clFolder.csRead(cs) != "(none)";
-         cs = "opened." + std::to_string(++n)) {
-        EXPECT_EQ(eOpen(cs), ARCHIVE_OK) << cs;
-        EXPECT_EQ(csExtract(m_cl), m_clFolder.csRead(cs + ".outcome")) << cs;
-        EXPECT_EQ(csExtract(m_cl), m_clFolder.csRead(cs + ".outcome")) << cs << ", the second time";
-    }
-    EXPECT_EQ(n, 39);
+    EXPECT_EQ(n, 47);
 }
 
 TEST_F(HostileArchive, OneBadEntryLeavesTheOthersReadable) {

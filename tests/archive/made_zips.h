@@ -15,7 +15,6 @@ namespace kalmo {
 class CMadeZips : public testing::Test {
   protected:
     void SetUp() override { ASSERT_TRUE(m_clFolder.bShell("python3 " KALMO_MAKE_ZIPS)); }
-    /// The bytes of an archive, to be read from memory.
     [[nodiscard]] CTLBIN tabBytes(const std::string& csName) const {
         const std::string cs = m_clFolder.csRead(csName);
         return {cs.begin(), cs.end()};

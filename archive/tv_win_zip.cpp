@@ -4,24 +4,13 @@
 #include <array>
 #include <cerrno>
 
+#include "framework/errno_kept.h"
 #include "framework/fs_path.h"
 
 namespace kalmo {
 namespace {
 
 constexpr std::size_t nTaillePiece = 32768;
-
-// Leaves errno as it was, for clean-up that comes between a failure and its report.
-class CErrnoKept {
-  public:
-    CErrnoKept() noexcept : m_nErrno(errno) {}
-    CErrnoKept(const CErrnoKept&) = delete;
-    CErrnoKept& operator=(const CErrnoKept&) = delete;
-    ~CErrnoKept() { errno = m_nErrno; }
-
-  private:
-    int m_nErrno;
-};
 
 }  // namespace
 

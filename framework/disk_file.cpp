@@ -235,6 +235,23 @@ bool CDiskFile::bTruncate(std::int64_t i64Length) {
     return ::ftruncate(m_clFd.nGet(), i64Length) == 0;
 }
 
+bool CDiskFile::bReserve(std::int64_t i64Length) {
+    const std::int64_t i64Now = i64GetLength();
+    if (i64Now < 0 || i64Length <= i64Now) {
+        return i64Now >= 0;
+    }
+    // See fallocate(2): blocks behind the end, which stays where it is.
+    int nResult = -1;
+    do {
+        nResult = ::fallocate(m_clFd.nGet(), FALLOC_FL_KEEP_SIZE, i64Now, i64Length - i64Now);
+    } while (nResult != 0 && errno == EINTR);
+    return nResult == 0 || errno == EOPNOTSUPP || errno == ENOSYS;
+}
+
+bool CDiskFile::bSync() {
+    return ::fsync(m_clFd.nGet()) == 0;
+}
+
 bool CDiskFile::bSetTime(const STFileTime& rstTime) {
     std::tm st{};
     st.tm_year = rstTime.nAnnee - 1900;
@@ -305,6 +322,11 @@ bool CDiskFile::MakePath(CPathBuffer& rszOut, std::wstring_view svDirectory, std
     }
     clPath.CopyTo(rszOut);
     return true;
+}
+
+bool CDiskFile::bSyncFileSystem(std::wstring_view svDirectory) {
+    CDiskFile clDirectory;
+    return clDirectory.bOpen(svDirectory, eMODE::ReadDirectory) && ::syncfs(clDirectory.m_clFd.nGet()) == 0;
 }
 
 bool CDiskFile::bLoad(std::wstring_view svPath, std::size_t nMax, std::string* pcsContent) {

@@ -55,6 +55,9 @@ class CDiskFile final : public IXStream {
     [[nodiscard]] std::int64_t i64GetPosition() const override { return m_i64Position; }
     std::int64_t i64GetLength() override;
     bool bTruncate(std::int64_t i64Length) override;
+    bool bReserve(std::int64_t i64Length) override;
+    /// Waits until the content, or that of a directory, is on the disk.
+    bool bSync();
     /// Sets access and modification time; a moment that does not exist is moved to one that does.
     bool bSetTime(const STFileTime& rstTime);
     /// Sets the permission bits.
@@ -80,6 +83,8 @@ class CDiskFile final : public IXStream {
     /// when it would be too long.
     static bool MakePath(CPathBuffer& rszOut, std::wstring_view svDirectory, std::wstring_view svBaseName,
                          std::wstring_view svExtension);
+    /// Waits until everything written to the file system that holds this directory is on the disk.
+    static bool bSyncFileSystem(std::wstring_view svDirectory);
     /// Reads a whole file of at most nMax bytes. False too when it is longer (errno EFBIG).
     static bool bLoad(std::wstring_view svPath, std::size_t nMax, std::string* pcsContent);
 

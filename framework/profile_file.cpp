@@ -4,6 +4,7 @@
 #include <memory>
 #include <new>
 
+#include "framework/errno_kept.h"
 #include "framework/profile_line.h"
 #include "framework/profile_reader.h"
 
@@ -131,13 +132,15 @@ bool CProfileFile::bSetValue(std::wstring_view svSection, std::wstring_view svKe
         csText.append(L"[").append(svSection).append(L"]\n");
     }
     csText.append(svKey).append(L" = ").append(svValue).append(L"\n");
-    return __bReplace(stPlace.i64Start, stPlace.i64End, csEncode(clReader.eGetEncodage(), csText));
+    return __bReplace(stPlace.i64Start, stPlace.i64End, clReader.eGetEncodage(),
+                      csEncode(clReader.eGetEncodage(), csText));
 }
 
 bool CProfileFile::bRemoveKey(std::wstring_view svSection, std::wstring_view svKey) {
     CProfileReader clReader(m_rclStream);
     const STPlace stPlace = __stFindKey(clReader, svSection, svKey);
-    return !clReader.bFailed() && (!stPlace.bKey || __bReplace(stPlace.i64Start, stPlace.i64End, {}));
+    return !clReader.bFailed() && (!stPlace.bKey || __bReplace(stPlace.i64Start, stPlace.i64End,
+                                                               clReader.eGetEncodage(), std::string_view()));
 }
 
 bool CProfileFile::bRemoveSection(std::wstring_view svSection) {
@@ -156,38 +159,49 @@ bool CProfileFile::bRemoveSection(std::wstring_view svSection) {
     while (!bNextSection && clReader.bNext(&stLine)) {
         bNextSection = stLine.csText.svGet().starts_with(L'[');
     }
-    return !clReader.bFailed() && __bReplace(i64Start, bNextSection ? stLine.i64Start : stLine.i64End, {});
+    return !clReader.bFailed() && __bReplace(i64Start, bNextSection ? stLine.i64Start : stLine.i64End,
+                                             clReader.eGetEncodage(), std::string_view());
 }
 
 // Replaces a stretch of the file by new bytes and moves the rest of the file behind them.
 //
-// Everything is in memory before the first byte is written, and what lies beyond the present end is written
-// first: a full disk then shows while the old content is still whole.
-bool CProfileFile::__bReplace(std::int64_t i64Start, std::int64_t i64End, std::string_view svNew) {
+// The file stays the same one and is read by others meanwhile, so it must make sense at every moment: the
+// room is there before anything changes, then one write does it all. Where the file gets shorter that write
+// ends in line feeds, which the cut takes away: until then they are empty lines, and no piece of the old end
+// stands behind the new one.
+bool CProfileFile::__bReplace(std::int64_t i64Start, std::int64_t i64End, eENCODAGE eEncodage,
+                              std::string_view svNew) {
     const std::int64_t i64Length = m_rclStream.i64GetLength();
     if (i64Length < i64End) {
         return false;
     }
+    const auto nOld = static_cast<std::size_t>(i64Length - i64Start);
     const auto nRest = static_cast<std::size_t>(i64Length - i64End);
-    const std::size_t nSize = svNew.size() + nRest;
-    const std::unique_ptr<char[]> tabNew(new (std::nothrow) char[nSize]);
-    if (tabNew == nullptr) {
+    const std::int64_t i64NewLength = i64Start + static_cast<std::int64_t>(svNew.size() + nRest);
+    const std::size_t nNew = std::max(svNew.size() + nRest, nOld);
+    const std::unique_ptr<char[]> tabOld(new (std::nothrow) char[nOld]);
+    const std::unique_ptr<char[]> tabNew(new (std::nothrow) char[nNew]);
+    if (tabOld == nullptr || tabNew == nullptr || !m_rclStream.bSeek(i64Start) ||
+        !m_rclStream.bReadAll(tabOld.get(), nOld)) {
         return false;
     }
     svNew.copy(tabNew.get(), svNew.size());
-    if (!m_rclStream.bSeek(i64End) || !m_rclStream.bReadAll(tabNew.get() + svNew.size(), nRest)) {
+    std::copy_n(tabOld.get() + (nOld - nRest), nRest, tabNew.get() + svNew.size());
+    const std::string csLineFeed = csEncode(eEncodage, L"\n");
+    for (std::size_t n = svNew.size() + nRest; n < nNew; ++n) {
+        tabNew[n] = csLineFeed[(n - svNew.size() - nRest) % csLineFeed.size()];
+    }
+    if (!m_rclStream.bReserve(i64NewLength)) {
         return false;
     }
-    const std::int64_t i64NewLength = i64Start + static_cast<std::int64_t>(nSize);
-    const auto nBeyond = static_cast<std::size_t>(std::max<std::int64_t>(i64NewLength - i64Length, 0));
-    const std::size_t nInside = nSize - nBeyond;
-    if (nBeyond > 0 &&
-        (!m_rclStream.bSeek(i64Length) || !m_rclStream.bWrite(tabNew.get() + nInside, nBeyond))) {
-        m_rclStream.bTruncate(i64Length);
+    if (!m_rclStream.bSeek(i64Start) || !m_rclStream.bWrite(tabNew.get(), nNew)) {
+        const CErrnoKept clKept;
+        if (m_rclStream.bSeek(i64Start) && m_rclStream.bWrite(tabOld.get(), nOld)) {
+            m_rclStream.bTruncate(i64Length);
+        }
         return false;
     }
-    return m_rclStream.bSeek(i64Start) && m_rclStream.bWrite(tabNew.get(), nInside) &&
-           (i64NewLength >= i64Length || m_rclStream.bTruncate(i64NewLength));
+    return i64NewLength >= i64Length || m_rclStream.bTruncate(i64NewLength);
 }
 
 }  // namespace kalmo

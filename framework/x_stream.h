@@ -30,6 +30,9 @@ class IXStream {
     /// Makes the stream end at the given length, cutting it or lengthening it with zeros. The position stays.
     /// False where that cannot be done: a stream for reading, a negative length.
     virtual bool bTruncate(std::int64_t /*i64Length*/) { return false; }
+    /// Makes room for the stream to grow to the given length, so that writing up to there does not fail for
+    /// want of it; length, position and content stay. True too where room cannot be had beforehand.
+    virtual bool bReserve(std::int64_t /*i64Length*/) { return true; }
 
     /// Reads exactly nSize bytes; false too when the stream ends before.
     bool bReadAll(void* pBuffer, std::size_t nSize) {

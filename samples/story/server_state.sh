@@ -44,16 +44,18 @@ greeting() { say_to "$1"; }
 # login PORT NAME PASSWORD: OK or NO.
 login() { say_to "$1" "LOGIN $2 $3" | tail -n 1; }
 
+# Where the machine's boot has a script.
+boot_links() { ls -d /etc/rc?.d/[SK]??"$1" /etc/runlevels/*/"$1" 2>/dev/null; }
 registered() {
     case $init in
         systemd) [ -e "/etc/systemd/system/$1.service" ] && systemctl is-enabled --quiet "$1" ;;
-        *) [ -x "/etc/init.d/$1" ] && ls /etc/rc?.d/S??"$1" ;;
+        *) [ -x "/etc/init.d/$1" ] && boot_links "$1" | grep . ;;
     esac
 }
 unregistered() {
     case $init in
         systemd) absent "/etc/systemd/system/$1.service" && ! systemctl cat "$1" ;;
-        *) absent "/etc/init.d/$1" && ! ls /etc/rc?.d/???"$1" ;;
+        *) absent "/etc/init.d/$1" && ! boot_links "$1" | grep . ;;
     esac
 }
 

@@ -1,5 +1,6 @@
 // Services on a real machine. Runs only inside a throwaway one, see tests/machine.
 
+#include <algorithm>
 #include <thread>
 
 #include "tests/services/stand_in.h"
@@ -105,22 +106,66 @@ TEST_F(SystemdMachine, AUnitThatWrapsAnInitScript) {
 
 using SysVMachine = MachineTest;
 
+// Families by what their machines are (see as_family): the tool that links a script into the boot, and a
+// link.
+struct STFamily {
+    const char* pszName;
+    int nDistri;
+    const char* pszAdd;
+    const char* pszLink;
+};
+constexpr STFamily tabFamily[] = {
+    {"debian", eDebian, "update-rc.d ZDCS-$n defaults", "/etc/rc2.d/S01ZDCS-"},
+    {"insserv", eDebian, "update-rc.d ZDCS-$n defaults", "/etc/rc2.d/S01ZDCS-"},
+    {"openrc", eDebian, "update-rc.d ZDCS-$n defaults", "/etc/runlevels/default/ZDCS-"},
+    {"suse", eSuSE, "insserv ZDCS-$n", "/etc/rc2.d/S01ZDCS-"},
+    {"gentoo", eGentoo, "rc-update add ZDCS-$n default", "/etc/runlevels/default/ZDCS-"},
+    {"redhat", eRedHat, "chkconfig --add ZDCS-$n", "/etc/rc2.d/S90ZDCS-"},
+};
+
+constexpr const char* PSZ_SCRIPT_BODY =
+    "Name=\"Test of it\"\nProgram=\"/bin/sleep 1000\"\nSSD='start-stop-daemon --pidfile /run/life'\n"
+    "case $1 in\nstart) $SSD --start --background --make-pidfile --exec /bin/sleep -- 1000;;\n"
+    "stop) $SSD --stop --remove-pidfile;;\nrestart) $0 stop; $0 start;;\n"
+    "reload) touch /tmp/reloaded;;\nstatus) $SSD --status;;\nesac\n";
+// OpenRC runs it itself.
+constexpr const char* PSZ_OPENRC_SCRIPT =
+    "#!/sbin/openrc-run\nName=\"Test of it\"\nProgram=\"/bin/sleep 1000\"\nextra_started_commands=reload\n"
+    "command=/bin/sleep\ncommand_args=1000\ncommand_background=yes\npidfile=/run/life\n"
+    "reload() { touch /tmp/reloaded; }\n";
+
 TEST_F(SysVMachine, TheLifeOfAService) {
-    ASSERT_EQ(CServiceManager::ms_eDistri, eDebian);
-    Script("ZDCS-life",
-           "Name=\"Test of it\"\nProgram=\"/bin/sleep 1000\"\nSSD='start-stop-daemon --pidfile /run/life'\n"
-           "case $1 in\nstart) $SSD --start --background --make-pidfile --exec /bin/sleep -- 1000;;\n"
-           "stop) $SSD --stop --remove-pidfile;;\nrestart) $0 stop; $0 start;;\n"
-           "reload) touch /tmp/reloaded;;\nstatus) $SSD --status;;\nesac\n");
+    const char* const pszFamily = std::getenv("KALMO_FAMILY");
+    const auto* const pstFamily = std::find_if(std::begin(tabFamily), std::end(tabFamily), [&](auto& rst) {
+        return pszFamily != nullptr && std::string(rst.pszName) == pszFamily;
+    });
+    ASSERT_NE(pstFamily, std::end(tabFamily));
+    const bool bOpenRC = pstFamily->nDistri == eGentoo;
+    const std::string csLink = pstFamily->pszLink;
+    // Links of a script in whatever runlevel.
+    const auto bLinked = [](const std::string& csName) {
+        return bShell("ls /etc/rc?.d/*ZDCS-" + csName + " /etc/runlevels/*/ZDCS-" + csName +
+                      " 2>/dev/null | grep -q .");
+    };
+    ASSERT_EQ(CServiceManager::ms_eDistri, pstFamily->nDistri);
+    Script("ZDCS-life", PSZ_SCRIPT_BODY);
     Script("ZDCS-other", "");
-    ASSERT_TRUE(bShell("update-rc.d ZDCS-life defaults"));
-    ASSERT_TRUE(bExists("/etc/rc2.d/S01ZDCS-life"));
+    if (bOpenRC) {
+        Write("/etc/init.d/ZDCS-life", PSZ_OPENRC_SCRIPT);
+    }
+    ASSERT_TRUE(bShell(std::string("for n in life other; do ") + pstFamily->pszAdd + " >&2 || exit; done"));
+    ASSERT_TRUE(bExists(csLink + "life") && bExists(csLink + "other"));
     EXPECT_EQ(tabList(L"ZDCS-"), (CNames{L"ZDCS-life", L"ZDCS-other"}));
     EXPECT_EQ(csFind(L"ZDCS-life"), L"ZDCS-life,Test of it,/bin/sleep 1000");
     CService clService(&m_clManager, L"ZDCS-life");
     LiveThrough(clService);
+    EXPECT_TRUE(clService.bStart(nullptr));
+    ASSERT_TRUE(bShell("kill -9 $(cat /run/life)"));
+    Await(clService, bOpenRC ? eServiceRunning : eServiceFailed);  // OpenRC does not look
     EXPECT_TRUE(clService.bRemove());
-    EXPECT_FALSE(bExists("/etc/rc2.d/S01ZDCS-life"));
+    EXPECT_FALSE(bExists("/etc/init.d/ZDCS-life"));
+    EXPECT_FALSE(bLinked("life"));
+    EXPECT_TRUE(bExists(csLink + "other")) << "another one's";
     EXPECT_TRUE(clService.bRemove()) << "gone already";
     EXPECT_EQ(tabList(L"ZDCS-"), CNames{L"ZDCS-other"});
 }

@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include "framework/memory_stream.h"
-#include "services/init_script.h"
 #include "services/systemctl_output.h"
 
 namespace kalmo {
@@ -49,31 +47,6 @@ TEST(SystemctlOutput, UnitNames) {
     EXPECT_EQ(csNames("  ssh.service ZDCS-x\n** ZDCS-b.service x\nx y ZDCS-.service\n"), L"");
     EXPECT_EQ(csNames("\nZDCS-a.service x\n\nZDCS-b.service x\n"), L"ZDCS-a|") << "an empty line ends";
     EXPECT_EQ(csNames("a.service.service\n  b.service", L""), L"a|  b|marked");
-}
-
-std::wstring csProgram(const std::string& csScript, std::string_view svMarker = svProgramMarker,
-                       std::size_t nMaxLine = nMaxProgramLine) {
-    CMemoryStream clScript(CTLBIN(csScript.begin(), csScript.end()));
-    CTString csText(L"-");
-    const bool bFound = bReadMarkedText(clScript, svMarker, nMaxLine, &csText);
-    EXPECT_EQ(bFound, csText != L"-");
-    return std::wstring(csText.svGet());
-}
-
-TEST(InitScript, MarkedText) {
-    EXPECT_EQ(csProgram("#!/bin/sh\n  MyProgram=\"/opt/k -s\" # x\nProgram=\"other\"\n"), L"/opt/k -s");
-    EXPECT_EQ(csProgram("Program=\"\"\nProgram=\"x\"\n"), L"");
-    EXPECT_EQ(csProgram("program=\"x\"\nProgram = \"x\"\nProgram='x'\n"), L"-");
-    EXPECT_EQ(csProgram("Program=\"no end\r\nx\"\n"), L"no end");
-    EXPECT_EQ(csProgram("Program=\"h\xC3\xA9\xE2\x82\xAC\xFF\""), L"h\u00E9\u20AC\xDCFF");
-    // The closing quote at and beyond the limit, no quote there, the marker across it and beyond it.
-    EXPECT_EQ(csProgram(std::string(137, '#') + "Program=\"abc\"\n"), L"abc");
-    EXPECT_EQ(csProgram(std::string(138, '#') + "Program=\"abc\"\n"), L"-");
-    EXPECT_EQ(csProgram(std::string(139, '#') + "Program=\"ab\n"), L"ab");
-    EXPECT_EQ(csProgram(std::string(142, '#') + "Program=\"abc\"\n"), L"-");
-    EXPECT_EQ(csProgram(std::string(150, '#') + "Program=\"abc\""), L"abc");
-    const std::string csLongName = std::string(237, '#') + "Name=\"abcdef\"";
-    EXPECT_EQ(csProgram(csLongName, svDisplayNameMarker, nMaxDisplayNameLine), L"abcdef");
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include "services/service.h"
 
 #include <cerrno>
-#include <tuple>
+#include <utility>
 
 #include "tests/services/stand_in.h"
 
@@ -9,48 +9,6 @@ namespace kalmo {
 namespace {
 
 using ServiceManagerTest = CStandInTest;
-
-TEST_F(ServiceManagerTest, TheFirstOfSeveralSignsDecides) {
-    const auto nDetect = [this](const char* pszPath, const std::string& csText) {
-        Write(pszPath, csText);
-        CServiceManager::ms_eDistri = eNotDetected;
-        EXPECT_TRUE(m_clManager.bInit(nullptr, 0));
-        std::filesystem::remove(pszPath);
-        EXPECT_TRUE(m_clManager.bInit(L"only the first time counts", 0xF003F));
-        return CServiceManager::ms_eDistri;
-    };
-    // In the order in which they are looked at: each one decides while all those behind it are there too.
-    const std::tuple<const char*, std::string, int> tabCase[] = {
-        {PSZ_SYSTEMCTL, "#!/bin/sh\n[ \"$*\" = '--no-pager --no-legend' ]\n", 7},
-        {"/etc/debian_version", "", 0},
-        {"/etc/mandrake-release", "", 2},
-        {"/etc/mandriva-release", "", 2},
-        {"/etc/SuSE-release", "", 4},
-        {"/sbin/SuSEconfig", "", 4},
-        {"/etc/gentoo-release", "", 5},
-        {"/etc/fedora-release", "", 3},
-        {"/etc/slackware-release", "", 6},
-        {"/etc/slackware-version", "", 6},
-        {"/etc/redhat-release", "Fedora release 12, formerly MANDRIVA", 2},
-        {"/etc/version", "a Debian", 0},
-        {"/etc/init.d/function", "", 1},
-        {"/etc/init.d/functions", "", 0},
-    };
-    for (const auto& [pszPath, csText, nDistri] : tabCase) {
-        Write(pszPath, "");
-    }
-    for (const auto& [pszPath, csText, nDistri] : tabCase) {
-        EXPECT_EQ(nDetect(pszPath, csText), nDistri) << pszPath;
-    }
-    EXPECT_EQ(nDetect("/etc/redhat-release", "Red Hat Linux release 9"), 1);
-    EXPECT_EQ(nDetect("/etc/redhat-release", "FEDORA Core"), 3);
-    EXPECT_EQ(nDetect("/etc/version", "Fedora, formerly Mandrake"), 2);
-    EXPECT_EQ(nDetect("/etc/version", "Debian and RedHat"), 1);
-    EXPECT_EQ(nDetect("/etc/version", "something else"), 0);
-    EXPECT_EQ(nDetect("/etc/version", std::string(70000, ' ') + "RedHat"), 0) << "too long to be one";
-    EXPECT_EQ(nDetect(PSZ_SYSTEMCTL, "#!/bin/sh\nexit 1\n"), 0);
-    EXPECT_EQ(nDetect(PSZ_SYSTEMCTL, "#!/no/such\n"), 0);
-}
 
 TEST_F(ServiceManagerTest, SysVScripts) {
     CServiceManager::ms_eDistri = eDebian;

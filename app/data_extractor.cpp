@@ -15,6 +15,7 @@
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/errno_kept.h"
 #include "framework/process_info.h"
 #include "framework/x_error.h"
 
@@ -86,6 +87,18 @@ bool CDataExtractor::bUpgrade(const wchar_t* pszDir, CUpgradeWin* pclWindow) {
         WriteTelemetryOn(szConfPath, pclWindow->nGetTelemetryOn());
     }
     return true;
+}
+
+bool CDataExtractor::bSync(const wchar_t* pszDir) {
+    const bool bSynced = CDiskFile::bSyncFileSystem(pszDir);
+    {
+        const CErrnoKept clKept;
+        m_rclTrace.Outcome(L"put on the disk what is in " + CTString(pszDir), bSynced);
+    }
+    if (!bSynced) {
+        _ShowError(nullptr);
+    }
+    return bSynced;
 }
 
 bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, CWindow* pclWindow, CJauge* pclJauge) {

@@ -55,6 +55,10 @@ class CDataExtractor : public CTVWinZip {
     /// telemetry choice into its configuration file. Without a window the configuration stays as it is.
     bool bUpgrade(const wchar_t* pszDir, CUpgradeWin* pclWindow);
 
+    /// Puts what was installed into a directory onto the disk: called once, after the last file and before
+    /// any service starts, so that a power cut leaves no started service and no success without its files.
+    bool bSync(const wchar_t* pszDir);
+
     /// The number of entries in the payload.
     [[nodiscard]] unsigned dwGetNbFile() const { return rclGetRepertoire().dwTaille(); }
     [[nodiscard]] CTrace& rclGetTrace() const noexcept { return m_rclTrace; }

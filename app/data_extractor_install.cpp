@@ -12,6 +12,7 @@
 #include "app/shell_command.h"
 #include "app/texts.h"
 #include "app/trace.h"
+#include "app/uninstall_record.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
@@ -65,6 +66,7 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
         return false;
     }
     CDiskFile::bDelete(clDir.csGet() + PSZ_LOG);
+    CUninstallRecord(PSZ_SERVICE_PREFIX + rstParam.csServerName).Discard();
     if (!__bCreateDirectory(clDatabaseDir.svGet())) {
         return false;
     }
@@ -79,6 +81,9 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
     WriteNewConfiguration(szConfPath, pszDbRoot, rstParam.csPort, rstParam.csServerName, m_rclTrace);
     WriteTelemetryOn(szConfPath, rstParam.nTelemetry);
     _SetDaemonUser(rstParam.csDaemonUser, szConfPath, pclProgress);
+    if (!bSync(clDir.pszGet())) {
+        return false;
+    }
 
     const auto ShowStep = [pclProgress] {
         if (pclProgress != nullptr) {

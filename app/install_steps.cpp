@@ -8,6 +8,7 @@
 #include "app/trace.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/errno_kept.h"
 #include "framework/profile.h"
 #include "framework/x_error.h"
 
@@ -39,6 +40,7 @@ bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclErr
 
 bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError) {
     const bool bDeleted = CDiskFile::bDelete(csPath, pclError);
+    const CErrnoKept clKept;
     TellStep(rclTrace, L"delete " + csPath, bDeleted, *pclError);
     return bDeleted;
 }

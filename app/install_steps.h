@@ -14,7 +14,7 @@ class CXError;
 
 /// Creates a directory with those above it; an existing one is a success. A failure fills the error object.
 bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclError);
-/// Deletes a file. A failure fills the error object.
+/// Deletes a file. A failure fills the error object and leaves its reason in errno.
 bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError);
 
 /// Writes database root, port (decimal digits) and name, in this order, into an instance's configuration

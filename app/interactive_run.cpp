@@ -7,6 +7,7 @@
 #include "app/license.h"
 #include "app/message.h"
 #include "app/new_server.h"
+#include "app/run_lock.h"
 #include "app/server_services.h"
 #include "app/shell_command.h"
 #include "app/texts.h"
@@ -28,6 +29,16 @@ namespace {
 bool bOfferUpgrade(CServiceList& rtabServer) {
     return rtabServer.nGetCount() >= 2 ||
            (rtabServer[0]->pszGetName() != nullptr && !bIsManager(*rtabServer[0]));
+}
+
+// False, and told, when another installer works on this machine.
+bool bAlone(CRunLock& rclLock, CTrace& rclTrace) {
+    const bool bMine = rclLock.bTake(rclTrace);
+    if (!bMine) {
+        rclTrace.Step(L"have the machine alone", L"failed: another installer works on it");
+        ShowErrorBox(csLoadText(TEXTE_AUTRE_INSTALLATEUR));
+    }
+    return bMine;
 }
 
 void RunAction(CDataExtractor* pclExtractor) {
@@ -59,7 +70,8 @@ void RunInteractive(CTrace& rclTrace) {
         return;
     }
     RepaintScreen();
-    if (bRoot()) {
+    CRunLock clLock;
+    if (bRoot() && bAlone(clLock, rclTrace)) {
         CDataExtractor clExtractor(rclTrace);
         if (bDataExtractorInitialize(&clExtractor) && bLicense(&clExtractor)) {
             RunAction(&clExtractor);

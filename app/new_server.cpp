@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "app/hang_up_shield.h"
 #include "app/message.h"
 #include "app/server_services.h"
 #include "app/texts.h"
@@ -119,6 +120,7 @@ void ExecuteInstallServer(CDataExtractor* pclExtractor, const wchar_t* pszDir, C
     auto clProgress = clMakeCentred<CInstallProgressWin>(CInstallProgressWin::PREFERRED_WIDTH,
                                                          CInstallProgressWin::PREFERRED_HEIGHT);
     clProgress.Draw();
+    const CHangUpShield clShield;
     CTrace& rclTrace = pclExtractor->rclGetTrace();
     const CXPtr_deleteRCV<CService> pclManagerHere = pclGetKalmoManagerInPath(pclManager, pszDir);
     if (pclManagerHere != nullptr) {

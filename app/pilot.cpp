@@ -7,8 +7,11 @@
 
 #include "app/config/server_config.h"
 #include "app/data_extractor.h"
+#include "app/hang_up_shield.h"
 #include "app/install_steps.h"
+#include "app/run_lock.h"
 #include "app/server_services.h"
+#include "app/uninstall_record.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
@@ -57,6 +60,11 @@ int CPilot::Pilot() {
     if (!CDiskFile::bFileExists(m_csPilotPath)) {
         return __bFail(L"parameter file " + m_csPilotPath, L"not found");
     }
+    const CHangUpShield clShield;
+    CRunLock clLock;
+    if (!clLock.bWait(m_clTrace)) {
+        return 0;
+    }
     if (!m_clServiceManager.bInit(nullptr, 0)) {
         return __bFail(L"detect the init system", L"failed");
     }
@@ -101,11 +109,13 @@ bool CPilot::__bReadServer(CTString* pcsName) {
            __bFail(L"Serveur", L"no name that a service can have: " + *pcsName);
 }
 
+CTString CPilot::__csServiceName(const CTString& csName) {
+    return bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM) ? CTString(PSZ_MANAGER_SERVICE)
+                                                       : CTString(PSZ_SERVICE_PREFIX) + csName;
+}
+
 CXPtr_deleteRCV<CService> CPilot::__pclGetServer(const CTString& csName) {
-    const CTString csService = bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM)
-                                   ? CTString(PSZ_MANAGER_SERVICE)
-                                   : CTString(PSZ_SERVICE_PREFIX) + csName;
-    return m_clServiceManager.pclGetService(csService.pszGet(), 0);
+    return m_clServiceManager.pclGetService(__csServiceName(csName).pszGet(), 0);
 }
 
 bool CPilot::__bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svCommand) {
@@ -137,6 +147,7 @@ bool CPilot::__bInstall() {
     if (!__bForgetSuccess(clInstallDir.csGet()) || !clExtractor.bInit()) {
         return false;
     }
+    CUninstallRecord(__csServiceName(csName)).Discard();
     for (const CFSPath& rclDir : {clInstallDir, clDatabaseDir}) {
         CXError clError;
         if (!bCreateDirectory(rclDir.svGet(), m_clTrace, &clError)) {
@@ -150,7 +161,8 @@ bool CPilot::__bInstall() {
         return __bFail(L"Repertoire", L"too long");
     }
     WriteNewConfiguration(szConfPath, clDatabaseDir.pszGet(), std::to_wstring(nPort), csName, m_clTrace);
-    if (!__bRunInstallerMode(clInstallDir, "kalmomanager --INSTALLER") ||
+    if (!clExtractor.bSync(clInstallDir.pszGet()) ||
+        !__bRunInstallerMode(clInstallDir, "kalmomanager --INSTALLER") ||
         !__bRunInstallerMode(clInstallDir, "kalmo --INSTALLER")) {
         return false;
     }
@@ -179,7 +191,7 @@ bool CPilot::__bUpgrade(CService& rclService, const CTString& csName) {
         return false;
     }
     clServices.StopAll();
-    if (!clExtractor.bUpgrade(csDirectory.pszGet(), nullptr)) {
+    if (!clExtractor.bUpgrade(csDirectory.pszGet(), nullptr) || !clExtractor.bSync(csDirectory.pszGet())) {
         return __bFail(L"extract", L"the stopped services stay stopped");
     }
     clServices.StartAll();
@@ -192,32 +204,57 @@ bool CPilot::__bUnInstall() {
     if (!__bReadServer(&csName)) {
         return false;
     }
-    const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName);
-    if (pclService == nullptr) {
-        return __bFail(L"uninstall " + csName, L"no such instance");
-    }
-    const CTString csProgram = csGetProgramWithoutArg(pclService.get());
-    const CTString csDirectory = csGetProgramDirectory(pclService.get());
-    if (!csDirectory.bEmpty() && !__bForgetSuccess(csDirectory)) {
+    CUninstallRecord clRecord(__csServiceName(csName));
+    CTString csProgram;
+    if (!__bUnregister(csName, clRecord, &csProgram)) {
         return false;
     }
-    if (!pclService->bRemove()) {
-        return __bFail(L"unregister " + csName, L"the service stays");
-    }
-    m_clTrace.Step(L"unregister " + csName, L"ok");
-    if (csDirectory.bEmpty()) {
+    const CTString csDirectory(CFSPath::stSplit(csProgram).svDirectory);
+    if (!csProgram.svGet().starts_with(L'/')) {
         return __bFail(L"delete files", L"the service tells no program");
     }
     if (!__bRemoveFiles(csProgram)) {
         return false;
     }
     __LogSuccess(csDirectory);
+    clRecord.Discard();
+    return true;
+}
+
+bool CPilot::__bUnregister(const CTString& csName, CUninstallRecord& rclRecord, CTString* pcsProgram) {
+    CTString csNoted;
+    m_bGoingOn = rclRecord.bRead(&csNoted, pcsProgram);
+    if (m_bGoingOn) {
+        FinishRemoval(m_clServiceManager, csNoted);
+    }
+    const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName);
+    if (pclService == nullptr) {
+        if (!m_bGoingOn) {
+            return __bFail(L"uninstall " + csName, L"no such instance");
+        }
+        m_clTrace.Step(L"unregister " + csName, L"done by an earlier run, which did not end; going on");
+        return __bForgetSuccess(CTString(CFSPath::stSplit(*pcsProgram).svDirectory));
+    }
+    m_bGoingOn = false;
+    *pcsProgram = csGetProgramWithoutArg(pclService.get());
+    if (const CTString csDirectory = csGetProgramDirectory(pclService.get()); !csDirectory.bEmpty()) {
+        if (!__bForgetSuccess(csDirectory)) {
+            return false;
+        }
+        m_clTrace.Outcome(L"note the uninstall of " + *pcsProgram,
+                          rclRecord.bWrite(pclService->pszGetName(), *pcsProgram));
+    }
+    if (!pclService->bRemove()) {
+        rclRecord.Discard();
+        return __bFail(L"unregister " + csName, L"the service stays");
+    }
+    m_clTrace.Step(L"unregister " + csName, L"ok");
     return true;
 }
 
 bool CPilot::__bDelete(const CTString& csPath) {
     CXError clError;
-    return bDeleteFile(csPath, m_clTrace, &clError);
+    return bDeleteFile(csPath, m_clTrace, &clError) || (m_bGoingOn && errno == ENOENT);
 }
 
 bool CPilot::__bRemoveFiles(const CTString& csProgram) {

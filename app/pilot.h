@@ -8,6 +8,8 @@
 
 namespace kalmo {
 
+class CUninstallRecord;
+
 /// The unattended run: installs, upgrades or removes one instance as a parameter file says.
 ///
 /// Owned by the program's run. bCheckPilot first; when it is true, Pilot once. Nothing is drawn and no
@@ -31,11 +33,15 @@ class CPilot {
 
   private:
     /// The service of an instance or, for "kalmomanager" in any letter case, of the shared manager.
+    static CTString __csServiceName(const CTString& csName);
     CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
     bool __bInstall();
     bool __bUpgrade();
     bool __bUpgrade(CService& rclService, const CTString& csName);
     bool __bUnInstall();
+    /// Takes the service of that name out of the boot sequence and tells its program. When it is gone
+    /// already, goes on with what an earlier run noted and did not finish.
+    bool __bUnregister(const CTString& csName, CUninstallRecord& rclRecord, CTString* pcsProgram);
     /// Deletes the files of an instance, or the manager's program alone.
     bool __bRemoveFiles(const CTString& csProgram);
     bool __bDelete(const CTString& csPath);
@@ -55,6 +61,7 @@ class CPilot {
     CTString m_csPilotPath;
     CTString m_csDebugPath;
     CServiceManager m_clServiceManager;
+    bool m_bGoingOn = false;  ///< An uninstall that an earlier run began: what is gone already is done.
     CTrace m_clTrace;
 };
 

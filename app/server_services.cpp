@@ -5,6 +5,7 @@
 #include "app/config/server_config.h"
 #include "app/trace.h"
 #include "framework/disk_file.h"
+#include "services/systemctl.h"
 #include "tui/screen.h"
 
 namespace kalmo {
@@ -52,6 +53,14 @@ void StartService(CService& rclService, CTrace& rclTrace) {
     rclTrace.Step(L"start " + CTString(rclService.pszGetName()),
                   rclService.bStart(nullptr) ? L"ok" : L"failed");
     RepaintScreen();
+}
+
+void FinishRemoval(CServiceManager& rclManager, const CTString& csName) {
+    if (CServiceManager::ms_eDistri == eSystemd) {
+        bCommandSystemctl(L"daemon-reload");  // it remembers a failed unit whose file is gone
+    } else if (rclManager.pclGetService(csName.pszGet(), 0) == nullptr) {
+        CService(&rclManager, csName.pszGet()).bRemove();  // the boot links
+    }
 }
 
 CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)

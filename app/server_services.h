@@ -23,6 +23,10 @@ bool bRunning(CService& rclService);
 void StopService(CService& rclService, CTrace& rclTrace);
 void StartService(CService& rclService, CTrace& rclTrace);
 
+/// Ends the removal of a service that was killed half-way, before the service is looked up: one whose file is
+/// gone is then found no longer.
+void FinishRemoval(CServiceManager& rclManager, const CTString& csName);
+
 /// The services that an upgrade of one instance stops before and starts after it has replaced the files.
 ///
 /// Owned by the upgrade. The shared manager is stopped only when it runs from this instance's directory, but

@@ -9,6 +9,7 @@ namespace kalmo {
 
 constexpr unsigned TEXTE_AIDE = 4162;  ///< version
 constexpr unsigned TEXTE_TERMINAL = 798;
+constexpr unsigned TEXTE_AUTRE_INSTALLATEUR = 28865;
 constexpr unsigned TEXTE_PAS_ROOT = 0x103C;
 constexpr unsigned TEXTE_DONNEES = 0x103D;
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "app/config/server_config.h"
+#include "app/hang_up_shield.h"
 #include "app/install_steps.h"
 #include "app/message.h"
 #include "app/server_services.h"
@@ -108,8 +109,11 @@ void CUnInstallWin::_ListFile() {
 
 void CUnInstallWin::MainLoop() {
     bRunning = 1;
-    if (!_bStopService() || !_bRemoveService() || !_bRemoveFiles()) {
-        return;
+    {
+        const CHangUpShield clShield;
+        if (!_bStopService() || !_bRemoveService() || !_bRemoveFiles()) {
+            return;
+        }
     }
     AddChild(&m_clClose);
     m_clJauge.SetVisible(nCloseRow(m_bManager, height) >= nJaugeRow(m_bManager) + JAUGE_HEIGHT ? 1 : 0);

@@ -3,6 +3,7 @@
 #include "app/config/program_version.h"
 #include "app/config/server_config.h"
 #include "app/data_extractor.h"
+#include "app/hang_up_shield.h"
 #include "app/message.h"
 #include "app/texts.h"
 #include "framework/fs_path.h"
@@ -87,11 +88,13 @@ bool CUpgradeWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
 }
 
 void CUpgradeWin::_Upgrade() {
+    const CHangUpShield clShield;
     m_clJauge.SetVisible(1);
     Draw();
     m_clServices.StopAll();
     __ShowStep(1);
-    if (!m_pclExtractor->bUpgrade(m_clServices.csGetDirectory().pszGet(), this)) {
+    const wchar_t* const pszDir = m_clServices.csGetDirectory().pszGet();
+    if (!m_pclExtractor->bUpgrade(pszDir, this) || !m_pclExtractor->bSync(pszDir)) {
         return;
     }
     m_clServices.StartAll();

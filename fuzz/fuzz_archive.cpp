@@ -3,27 +3,15 @@
 //
 // Input: one byte, whose lowest bit says whether a password is set; behind it the archive.
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <string>
 
 #include "archive/crc32.h"
-#include "archive/tv_win_zip.h"
+#include "fuzz/extract_entries.h"
 
 namespace {
 
 using namespace kalmo;
-
-constexpr int nMaxEntries = 40;  // many entries may share one run of data: enough of them is enough
-constexpr std::size_t nMaxBytes = 1 << 20;
-
-void Check(bool b) {
-    if (!b) {
-        std::abort();
-    }
-}
 
 // The record reader, in pieces that do not divide anything.
 void ReadRecords(IXStream& rclStream, bool bPassword) {
@@ -54,29 +42,6 @@ void ReadRecords(IXStream& rclStream, bool bPassword) {
     }
 }
 
-void Extract(IXStream& rclStream, bool bPassword) {
-    CTVWinZip cl;
-    Check(cl.eMotDePasse(bPassword ? L"password" : nullptr) == ARCHIVE_OK);
-    const eARCHIVE eOpened = cl.eOuvreArchiveStream(&rclStream, 0, 0);
-    Check(eOpened == ARCHIVE_OK || (eOpened == ARCHIVE_BAD && cl.dwNombreFichier() == 0));
-    const int nCount = static_cast<int>(cl.rclGetRepertoire().dwTaille());
-    for (int n = 0; n < std::min(nCount, nMaxEntries); ++n) {
-        CTString csInfo;
-        Check(cl.eGetInfoFichier(n, csInfo) == ARCHIVE_OK);
-        const CRepEntree& rcl = *cl.rclGetRepertoire().pclGetEntree(n);
-        const int nFirst = cl.lRangFichier(rcl.csGetNom());
-        Check(nFirst >= 0 && nFirst <= n);
-        if (cl.rclGetRepertoire().pclGetEntree(nFirst)->u64GetTailleOriginale() > nMaxBytes) {
-            continue;
-        }
-        CTLBIN tab;
-        const eARCHIVE e = cl.eExtraitFichier(rcl.csGetNom(), &tab, 0, nullptr, 0, nullptr);
-        Check(e == ARCHIVE_OK || e == ARCHIVE_BAD || e == ARCHIVE_PASSWORD || e == ARCHIVE_DATA);
-        Check(tab.size() ==
-              (e == ARCHIVE_OK ? cl.rclGetRepertoire().pclGetEntree(nFirst)->u64GetTailleOriginale() : 0));
-    }
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pbyData, std::size_t nSize) {
@@ -86,6 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pbyData, std::size_t n
     const bool bPassword = (pbyData[0] & 1) != 0;
     CMemoryStream clStream(CTLBIN(pbyData + 1, pbyData + nSize));
     ReadRecords(clStream, bPassword);
-    Extract(clStream, bPassword);
+    CTVWinZip cl;
+    Check(cl.eMotDePasse(bPassword ? L"password" : nullptr) == ARCHIVE_OK);
+    ExtractEntries(cl, cl.eOuvreArchiveStream(&clStream, 0, 0));
     return 0;
 }

@@ -1,0 +1,214 @@
+"""A throwaway machine with one instance: what is on it, how it is put back, one run of the installer on it."""
+import contextlib
+import dataclasses
+import glob
+import hashlib
+import os
+import re
+import shutil
+import signal
+import socket
+import stat
+import subprocess
+import time
+
+NAME, PORT = "first", 4900
+INSTANCE, MANAGER = "ZDCS-" + NAME, "KalmoManager"
+DIRECTORY = "/srv/zd/first"
+CONF, MARKER = DIRECTORY + "/ZDConf.ini", DIRECTORY + "/Install.log"
+WORK = "/tmp/faults"
+TRACE, LOG = WORK + "/trace", WORK + "/strace"
+SYSTEMD = os.path.isdir("/run/systemd/system")
+# All that an installer may change for good.
+WATCHED = [DIRECTORY, "/etc/systemd/system", "/etc/init.d", "/var/lib/kalmoinstall"] + sorted(glob.glob("/etc/rc?.d"))
+# The server's own programs append to these at each start.
+GROWING = (DIRECTORY + "/INSTALL.LOG", DIRECTORY + "/BDD/__system/kalmo.log")
+CALLS = ("openat mkdir mkdirat unlink unlinkat rmdir rename renameat renameat2 link symlink write pwrite64 ftruncate "
+         "fallocate fchmod fchmodat fchown fchownat utimensat fsync fdatasync syncfs flock pipe2 clone clone3 fork "
+         "vfork wait4").split()
+# What an earlier instance left: every key that an installation writes, shorter and longer, and some that it does not.
+OLD_CONF = ("; mine\n[INIT]\nDBRootPath = /srv/an/older/and/longer/place/of/the/databases/\nAccessPort = 1\n"
+            "Comment = kept\nName = formerly\n\n[TELEMETRY]\nACTIVE = 1\n")
+
+
+def sh(command):
+    return subprocess.run(["bash", "-c", command], stdin=subprocess.DEVNULL, capture_output=True, text=True)
+
+
+def wait_for(condition, seconds):
+    end = time.monotonic() + seconds
+    while not (found := condition()) and time.monotonic() < end:
+        time.sleep(0.03)
+    return found
+
+
+def processes(test):
+    """The processes whose folder in /proc satisfies the test; those that end meanwhile do not."""
+    found = []
+    for name in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            if test("/proc/" + name):
+                found.append(int(name))
+        except OSError:
+            pass
+    return found
+
+
+def program_of(service):
+    """The program of a running service; " (deleted)" stands behind one that has been replaced since."""
+    try:
+        pid = sh(f"systemctl show --value -p MainPID {service}" if SYSTEMD else f"cat /run/{service}.pid").stdout.strip()
+        return os.readlink(f"/proc/{int(pid)}/exe")
+    except (OSError, ValueError):
+        return ""
+
+
+def greeting():
+    try:
+        with socket.create_connection(("127.0.0.1", PORT), 1) as s:
+            return s.recv(200).decode()
+    except OSError:
+        return ""
+
+
+def read(path):
+    try:
+        with open(path, "rb") as file:
+            return file.read()
+    except FileNotFoundError:
+        return b""
+
+
+def keys(text):
+    """The values of a configuration as its readers see them: the first line of a key counts."""
+    found, section = {}, ""
+    for line in text.decode("latin-1").split("\n"):
+        if line.startswith("["):
+            section = line.partition("]")[0][1:]
+        elif "=" in line and not line.startswith(":"):
+            key, _, value = line.partition("=")
+            found.setdefault((section, key.strip()), value.strip())
+    return found
+
+
+def content(path):
+    if path in GROWING:
+        return "grows"
+    text = read(path)
+    # An update of the configuration that was cut short may leave empty lines at its end.
+    return hashlib.sha256(text.rstrip(b"\n") if path == CONF else text).hexdigest()
+
+
+def files(roots=WATCHED):
+    """Type, mode, owner and content of everything below the roots."""
+    found = {}
+    for root in roots:
+        for path in [root] + glob.glob(root + "/**", recursive=True, include_hidden=True):
+            if not os.path.lexists(path):
+                continue
+            st = os.lstat(path)
+            what = {stat.S_IFLNK: os.readlink, stat.S_IFREG: content}.get(stat.S_IFMT(st.st_mode), lambda _: "")
+            found[path.rstrip("/")] = (oct(st.st_mode), st.st_uid, st.st_gid, what(path))
+    return found
+
+
+def services():
+    found = {"greeting": greeting()}
+    for service in (INSTANCE, MANAGER):
+        found[service] = program_of(service)
+        if SYSTEMD:
+            found[service + " unit"] = sh(f"systemctl show -p LoadState,UnitFileState,NeedDaemonReload {service}").stdout
+    return found
+
+
+def state():
+    return {**files(), **services()}
+
+
+def difference(expected, actual):
+    return "\n".join(f"    {name}: {expected.get(name)!r} became {actual.get(name)!r}"
+                     for name in sorted(expected.keys() | actual.keys()) if expected.get(name) != actual.get(name))
+
+
+@dataclasses.dataclass
+class Snapshot:
+    """The machine at a moment. Restoring it takes some tenths of a second."""
+    tar: str
+    state: dict
+    running: list
+
+    @classmethod
+    def take(cls, name):
+        tar = f"{WORK}/{name}.tar"
+        sh(f"cd / && tar -cpf {tar} " + " ".join(path[1:] for path in WATCHED if os.path.exists(path)))
+        return cls(tar, state(), [service for service in (MANAGER, INSTANCE) if program_of(service)])
+
+    def restore(self):
+        if SYSTEMD:
+            sh(f"systemctl stop {MANAGER} {INSTANCE}")
+        of_instance = lambda process: os.readlink(process + "/exe").startswith(DIRECTORY)
+        while left := processes(of_instance):
+            for pid in left:
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(pid, signal.SIGKILL)
+            time.sleep(0.01)
+        for path in WATCHED + glob.glob("/run/ZDCS-*") + glob.glob("/run/Kalmo*") + glob.glob("/run/kalmo*"):
+            shutil.rmtree(path) if os.path.isdir(path) else os.path.exists(path) and os.unlink(path)
+        sh(f"tar -C / -xpf {self.tar}" + (" && systemctl daemon-reload" if SYSTEMD else ""))
+        for service in self.running:
+            sh(f"systemctl start {service}" if SYSTEMD else f"/etc/init.d/{service} start")
+        if not wait_for(lambda: services() == {k: v for k, v in self.state.items() if not k.startswith("/")}, 10):
+            raise SystemExit("the machine cannot be put back:\n" + difference(self.state, state()))
+
+
+@dataclasses.dataclass
+class Order:
+    """A run of the installer: the folder that it lies in, and what its parameter file says."""
+    folder: str
+    text: str
+
+    def run(self, inject=(), trace=False, seconds=120):
+        """Runs it under strace, and until all that it started has ended. Its status; -N when signal N ended it."""
+        with open(WORK + "/pilot.ini", "w") as file:
+            file.write(self.text)
+        for path in (TRACE, LOG):
+            if os.path.exists(path):
+                os.unlink(path)
+        traced = CALLS + ["clock_nanosleep"]
+        command = ["strace", "-qq", "-e", "signal=none", "-s", "200", "-o", LOG, "-e", "trace=" + ",".join(traced)]
+        for what in inject:
+            command += ["-e", "inject=" + what]
+        command += [self.folder + "/kalmoinstall", f"/PILOT={WORK}/pilot.ini"] + ["/DEBUG=" + TRACE] * trace
+        process = subprocess.Popen(command, start_new_session=True, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        try:
+            status = process.wait(seconds)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            return "endless"
+        # strace ends as its child did, by the same signal.
+        mine = lambda folder: read(folder + "/stat").rpartition(b") ")[2].split()[3] == b"%d" % process.pid
+        return status if wait_for(lambda: not processes(mine), 30) else "its children do not end"
+
+
+@dataclasses.dataclass
+class Call:
+    """A system call of the installer: the nth of its name."""
+    name: str
+    nth: int
+    text: str
+
+    def __str__(self):
+        return f"{self.name}#{self.nth} {self.text[:110]}"
+
+
+def calls():
+    """The calls of the last run that change something, and those that wait for a child."""
+    counts, found = {}, []
+    for line in read(LOG).decode("latin-1").splitlines():
+        if match := re.match(r"(\w+)\(", line):
+            name = match[1]
+            counts[name] = counts.get(name, 0) + 1
+            if name != "clock_nanosleep" and (name != "openat" or re.search("O_CREAT|O_TRUNC|O_RDWR|O_WRONLY", line)):
+                found.append(Call(name, counts[name], line))
+    return found

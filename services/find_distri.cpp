@@ -48,7 +48,7 @@ constexpr STReleaseWord tabVersion[] = {{"mandrake", eMandriva},
 bool bSystemctlWorks() {
     unsigned dwExitCode = 0;
     return CDiskFile::bFileExists(pszSystemctl) &&
-           bRunSystemctl(L"--no-pager --no-legend", nullptr, &dwExitCode) && dwExitCode == 0;
+           bAskSystemctl(L"--no-pager --no-legend", nullptr, &dwExitCode) && dwExitCode == 0;
 }
 
 template <std::size_t N>

@@ -26,6 +26,8 @@ struct STPipe {
     CUniqueFd clWrite;
 };
 
+constexpr int nTickMillis = 100;
+
 bool bMakePipe(STPipe* pst) {
     int tabFd[2];
     if (::pipe2(tabFd, O_CLOEXEC) != 0) {
@@ -121,6 +123,7 @@ bool CLanceProcessus::__bFork(CArgumentVector& rtabArgument) {
         return false;
     }
     m_eEtat = eETAT::EnCours;
+    m_clLaunch = std::chrono::steady_clock::now();
     m_clSortie = std::move(stOutput.clRead);
     m_clEntree = std::move(stInput.clWrite);
     return true;
@@ -177,9 +180,17 @@ bool CLanceProcessus::bLitSortie_NonBloquant(CXYString<char>* pcsOutput) {
 
 bool CLanceProcessus::bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
     m_clEntree.Reset();
+    std::size_t nRead = 0;
     ssize_t nGot = 0;
     do {
+        if (!__bAttendSortie()) {
+            return __bArrete(ETIMEDOUT);
+        }
         nGot = __nLit(pcsOutput);
+        nRead += static_cast<std::size_t>(std::max<ssize_t>(nGot, 0));
+        if (nRead > m_nMaxOutput) {
+            return __bArrete(EOVERFLOW);
+        }
     } while (nGot > 0);
     m_clSortie.Reset();
     return bAttendFinExecution(pdwExitCode) && nGot == 0;
@@ -187,7 +198,9 @@ bool CLanceProcessus::bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput,
 
 bool CLanceProcessus::bAttendFinExecution(unsigned* pdwExitCode) {
     m_clEntree.Reset();
-    __JetteSortie();
+    if (!__bJetteSortie()) {
+        return __bArrete(ETIMEDOUT);
+    }
     __Attend(0);
     if (m_eEtat != eETAT::Termine) {
         return false;
@@ -198,20 +211,48 @@ bool CLanceProcessus::bAttendFinExecution(unsigned* pdwExitCode) {
     return true;
 }
 
-// Drops what the child writes, until it ends or closes its output.
-void CLanceProcessus::__JetteSortie() {
+bool CLanceProcessus::__bEnRetard() const {
+    return m_eEtat == eETAT::EnCours && m_clLongest != std::chrono::milliseconds::max() &&
+           std::chrono::steady_clock::now() - m_clLaunch > m_clLongest;
+}
+
+bool CLanceProcessus::__bArrete(int nErrno) {
+    Kill();
+    m_clSortie.Reset();
+    __Attend(0);
+    errno = nErrno;
+    return false;
+}
+
+// Waits until the child has written or closed its output. False when its time is over.
+bool CLanceProcessus::__bAttendSortie() {
+    pollfd st{m_clSortie.nGet(), POLLIN, 0};
+    while (m_clSortie.bValid() && ::poll(&st, 1, nTickMillis) <= 0) {
+        if (__bEnRetard()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Drops what the child writes, until it ends. False when its time is over before.
+bool CLanceProcessus::__bJetteSortie() {
     // SIGCHLD comes only while ppoll sleeps, so the child's end is not missed between look and sleep. The
-    // tick is for programs with other threads, which may be given the signal instead.
+    // tick is for programs with other threads, which may be given the signal instead, and for the limit.
     const CSignalBlock clBlock{SIGCHLD};
     sigset_t stAsleep = clBlock.rstGetBefore();
     ::sigdelset(&stAsleep, SIGCHLD);
-    const timespec stTick{0, 100'000'000};
-    while (m_clSortie.bValid() && !bProcessusTermine()) {
+    const timespec stTick{0, nTickMillis * 1'000'000L};
+    while (!bProcessusTermine()) {
+        if (__bEnRetard()) {
+            return false;
+        }
         pollfd st{m_clSortie.nGet(), POLLIN, 0};
-        if (::ppoll(&st, 1, &stTick, &stAsleep) > 0 && __nLit(nullptr) <= 0) {
+        if (::ppoll(&st, m_clSortie.bValid() ? 1 : 0, &stTick, &stAsleep) > 0 && __nLit(nullptr) <= 0) {
             m_clSortie.Reset();
         }
     }
+    return true;
 }
 
 // Asks for the child's end with the given options of waitpid(2).

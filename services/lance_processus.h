@@ -3,6 +3,9 @@
 
 #include <sys/types.h>
 
+#include <chrono>
+#include <cstdint>
+
 #include "framework/unique_fd.h"
 #include "framework/xy_string.h"
 #include "services/command_line.h"
@@ -44,6 +47,18 @@ class CLanceProcessus {
     bool bLanceProcessus(const wchar_t* pszProgram, int nCount, const wchar_t** ppszArgument,
                          CXError* pclError);
 
+    /// What children launched from now on are given before they are ended with SIGKILL: a time from their
+    /// launch on, and a number of bytes that are read of them. Whoever waits for the child's end or reads all
+    /// its output then fails, with errno ETIMEDOUT or EOVERFLOW. Without it there is no limit.
+    void SetLimits(std::chrono::milliseconds clLongest, std::size_t nMaxOutput) noexcept {
+        m_clLongest = clLongest;
+        m_nMaxOutput = nMaxOutput;
+    }
+
+    /// The limits of a question that is answered at once or, by a program that hangs or never stops to write,
+    /// not at all.
+    void ExpectAnswer() noexcept { SetLimits(std::chrono::seconds(30), std::size_t{16} << 20U); }
+
     /// Writes all bytes to the child's standard input; waits while the pipe is full. False, without a
     /// SIGPIPE, when the child has closed its input or has ended.
     bool bEcritEntree(const void* pBuffer, unsigned dwSize);
@@ -81,12 +96,19 @@ class CLanceProcessus {
     bool __bLance(CArgumentVector tabArgument, CXError* pclError);
     bool __bFork(CArgumentVector& rtabArgument);
     ssize_t __nLit(CXYString<char>* pcsOutput);
-    void __JetteSortie();
+    bool __bAttendSortie();
+    bool __bJetteSortie();
+    bool __bEnRetard() const;
+    /// Ends a child that has gone beyond a limit. Returns false.
+    bool __bArrete(int nErrno);
     void __Attend(int nOptions);
 
     eETAT m_eEtat = eETAT::Libre;
     pid_t m_nPid = -1;
     int m_nCode = 0;
+    std::chrono::milliseconds m_clLongest = std::chrono::milliseconds::max();
+    std::size_t m_nMaxOutput = SIZE_MAX;
+    std::chrono::steady_clock::time_point m_clLaunch;
     CUniqueFd m_clSortie;  ///< Read end of the child's output.
     CUniqueFd m_clEntree;  ///< Write end of the child's input.
 };

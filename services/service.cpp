@@ -112,6 +112,7 @@ eSERVICESTATUS CService::eGetStatus() {
         return eReadActiveState(CServiceManager::csGetSystemdProp("ActiveState", pszGetName()));
     }
     CLanceProcessus clScript;
+    clScript.ExpectAnswer();
     unsigned dwExitCode = 0;
     if (!clScript.bLanceProcessus(csScriptPath(__svName()).pszGet(), L"status", nullptr) ||
         !clScript.bAttendFinExecution(&dwExitCode)) {

@@ -25,13 +25,13 @@ const wchar_t* pszOrNull(const std::optional<CTString>& rcs) {
 // Lists the units, asking again without the status column when only that hid the names.
 bool bReadUnitList(std::wstring_view svPrefix, std::vector<CTString>* ptabName) {
     CXYString<char> csOutput;
-    if (!bRunSystemctl(svListUnits, &csOutput, nullptr)) {
+    if (!bAskSystemctl(svListUnits, &csOutput, nullptr)) {
         return false;
     }
     *ptabName = tabReadUnitNames(csOutput, svPrefix);
     if (ptabName->empty() && bHasMarkedNames(csOutput, svPrefix)) {
         csOutput.Empty();
-        if (!bRunSystemctl(CTString(svListUnits) + L" --plain", &csOutput, nullptr)) {
+        if (!bAskSystemctl(CTString(svListUnits) + L" --plain", &csOutput, nullptr)) {
             return false;
         }
         *ptabName = tabReadUnitNames(csOutput, svPrefix);
@@ -87,7 +87,7 @@ CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSystemd(const wchar_t*
     csArguments.Replace(L';', L' ');
     csArguments.Replace(L'|', L' ');
     CXYString<char> csOutput;
-    if (!bRunSystemctl(csArguments, &csOutput, nullptr)) {
+    if (!bAskSystemctl(csArguments, &csOutput, nullptr)) {
         return nullptr;
     }
     const STUnitProperties st = stReadUnitProperties(csOutput);
@@ -106,7 +106,7 @@ CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSystemd(const wchar_t*
 CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName) {
     CXYString<char> csOutput;
     const CTString csArguments = L"--property=" + csFromUTF8(pszProperty) + L" show " + CTString(pszName);
-    return bRunSystemctl(csArguments, &csOutput, nullptr) ? csReadProperty(csOutput) : CTString();
+    return bAskSystemctl(csArguments, &csOutput, nullptr) ? csReadProperty(csOutput) : CTString();
 }
 
 CXPtr_deleteRCV<CService> CServiceManager::pclEnumService(unsigned* pdwCursor, const wchar_t* pszPrefix,

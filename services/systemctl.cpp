@@ -16,13 +16,24 @@ void ForgetSettings() {
     }
 }
 
+bool bRun(CLanceProcessus& rclSystemctl, std::wstring_view svArguments, CXYString<char>* pcsOutput,
+          unsigned* pdwExitCode) {
+    ForgetSettings();
+    return rclSystemctl.bLanceProcessus(pszSystemctl, CTString(svArguments).pszGet(), nullptr) &&
+           rclSystemctl.bLitSortieEtAttendFinExecution(pcsOutput, pdwExitCode);
+}
+
 }  // namespace
 
 bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
-    ForgetSettings();
     CLanceProcessus clSystemctl;
-    return clSystemctl.bLanceProcessus(pszSystemctl, CTString(svArguments).pszGet(), nullptr) &&
-           clSystemctl.bLitSortieEtAttendFinExecution(pcsOutput, pdwExitCode);
+    return bRun(clSystemctl, svArguments, pcsOutput, pdwExitCode);
+}
+
+bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
+    CLanceProcessus clSystemctl;
+    clSystemctl.ExpectAnswer();
+    return bRun(clSystemctl, svArguments, pcsOutput, pdwExitCode);
 }
 
 bool bCommandSystemctl(std::wstring_view svArguments) {

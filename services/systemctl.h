@@ -14,7 +14,12 @@ inline constexpr const wchar_t* pszSystemctl = L"/bin/systemctl";
 /// could not be launched, read or waited for; its exit code does not matter then. pdwExitCode may be null.
 bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode);
 
-/// Gives systemctl a command. True only when it ran and ended with 0.
+/// The same for a question that systemctl answers at once or, when it hangs or never stops to write, not at
+/// all: it gets half a minute and 16 MiB.
+bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode);
+
+/// Gives systemctl a command, which may take as long as the service does. True only when it ran and ended
+/// with 0.
 bool bCommandSystemctl(std::wstring_view svArguments);
 
 }  // namespace kalmo

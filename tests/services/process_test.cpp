@@ -162,6 +162,35 @@ TEST_F(ProcessTest, WaitingWithoutReadingHangsOnNothing) {
     EXPECT_EQ(dwAwait(&clProcess), 9U);
 }
 
+TEST_F(ProcessTest, WhoGoesBeyondALimitIsEnded) {
+    struct STCase {
+        const wchar_t* pszScript;
+        bool bRead;
+        int nErrno;  ///< 0: within the limits.
+    };
+    const STCase tabCase[] = {{L"exec sleep 60", true, ETIMEDOUT},
+                              {L"exec sleep 60", false, ETIMEDOUT},
+                              {L"exec sleep 60 >&- 2>&-", true, ETIMEDOUT},
+                              {L"exec sleep 60 >&- 2>&-", false, ETIMEDOUT},
+                              {L"exec yes", true, EOVERFLOW},
+                              {L"exec yes", false, ETIMEDOUT},
+                              {L"head -c 100000 /dev/zero; sleep 0.2", true, 0}};
+    const auto clStart = std::chrono::steady_clock::now();
+    for (const STCase& rst : tabCase) {
+        CLanceProcessus clProcess;
+        clProcess.SetLimits(400ms, 100000);
+        CXYString<char> csOutput;
+        ASSERT_TRUE(bLaunchShell(&clProcess, rst.pszScript));
+        errno = 0;
+        const bool bEnded = rst.bRead ? clProcess.bLitSortieEtAttendFinExecution(&csOutput, nullptr)
+                                      : clProcess.bAttendFinExecution(nullptr);
+        EXPECT_EQ(bEnded ? 0 : errno, rst.nErrno) << &rst - tabCase;
+        EXPECT_LE(csOutput.nGetLength(), 200000U);
+        EXPECT_TRUE(clProcess.bProcessusTermine());
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - clStart, 10s);
+}
+
 TEST_F(ProcessTest, ChildrenThatEndInABurstAreAllCollected) {
     std::deque<CLanceProcessus> tabKept(100);
     {

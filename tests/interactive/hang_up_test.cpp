@@ -1,0 +1,92 @@
+// The terminal goes away, or another installer works on the machine.
+
+#include <csignal>
+
+#include "tests/interactive/story.h"
+
+namespace kalmo {
+namespace {
+
+const std::string QUESTIONS = "@licence\n@directory\n@config\n@account\n@telemetry";
+
+// A program of the instance in that directory runs for so many seconds: its file is waited for.
+std::string csBusy(const std::string& rcsDirectory, const std::string& rcsSeconds) {
+    return "mkdir -p " + rcsDirectory + "; cd " + rcsDirectory +
+           "; cp --remove-destination /bin/sleep zdlogger; ./zdlogger " + rcsSeconds + " >/dev/null 2>&1 &";
+}
+
+TEST_F(CStory, AHangUpAtAQuestionChangesNothing) {
+    const std::string csBefore = csFiles();
+    std::vector<STStep> tab;
+    const auto HangUpEverywhere = [&](const std::string& rcsScript, const STStart& rst, int nStatus) {
+        for (const STStep& rstStep : tabSteps(rcsScript)) {
+            Start(rst);
+            tab.push_back({rstStep.csShown, "", ""});
+            Walk(tab);
+            rclTerminal().HangUp();
+            EXPECT_EQ(rclTerminal().nWaitEnd(), nStatus) << rstStep.csShown;
+            EXPECT_TRUE(csFiles() == csBefore) << rstStep.csShown;
+            tab.back().csKeys = rstStep.csKeys;
+        }
+        tab.clear();
+    };
+    HangUpEverywhere(QUESTIONS, {}, 128 + SIGHUP);
+    HangUpEverywhere(QUESTIONS, {.tabLauncher = {"env", "--ignore-signal=HUP"}}, 0);
+}
+
+TEST_F(CStory, AHangUpDoesNotEndWorkThatHasBegun) {
+    // Hangs up while a program is waited for, and waits until the run is over.
+    const auto HangUp = [this](const std::string& rcsScript, const std::string& rcsShown,
+                               const STStart& rst = {}) {
+        Start(rst);
+        Walk(tabSteps(rcsScript));
+        rclTerminal().Send("\r");
+        ASSERT_TRUE(rclTerminal().bWaitText(rcsShown));
+        rclTerminal().HangUp();
+        EXPECT_EQ(rclTerminal().nWaitEnd(), 0);
+    };
+    const std::string csRunning = " && active ZDCS-ZDSQL && active KalmoManager";
+    csShell(csBusy("/usr/local/ZDSQL", "2"));
+    HangUp(QUESTIONS + " => Enter", "Installing the server");
+    EXPECT_TRUE(bShell("greeting 4900" + csRunning));
+    csShell(csBusy("/usr/local/ZDSQL", "2"));
+    HangUp("@licence\n@action\n@toupgrade\nServer: * => Tab*2", "Progress", {.csPayload = "next"});
+    EXPECT_TRUE(bShell("greeting 4900 | grep 26.0.3" + csRunning));
+    // systemd waits for the end of a service that takes its time.
+    csShell(
+        "mkdir -p /run/systemd/system/ZDCS-ZDSQL.service.d; cd /run/systemd/system/ZDCS-ZDSQL.service.d;"
+        "printf '[Service]\nExecStop=/bin/sleep 2\n' >slow.conf; systemctl daemon-reload");
+    HangUp("@licence\n@action => Down*2 Enter*2\n@toremove => Enter", "ZDSQL server");
+    EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL && absent /usr/local/ZDSQL/tvzdsrv.so"));
+    csShell("rm -r /run/systemd/system/ZDCS-ZDSQL.service.d; systemctl daemon-reload");
+}
+
+TEST_F(CStory, TwoInstallersDoNotWorkAtOnce) {
+    const std::string csOrders = R"(
+        printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/srv/zd/first\nPort=4950\n' >/tmp/orders
+        )";
+    const std::string csUnattended = "/srv/dist/current/kalmoinstall /PILOT=/tmp/orders /DEBUG=/tmp/trace2";
+    const std::string csDone =
+        "[ $(cat /srv/zd/first/Install.log) = OK ] && greeting 4950 && active ZDCS-first";
+    // One works: the operator is told.
+    csShell(csOrders + csBusy("/srv/zd/first", "4") + csUnattended + " >/dev/null 2>&1 & sleep 1");
+    Run("Attention / {28865} / OK");
+    EXPECT_TRUE(bShell("while pgrep -x kalmoinstall; do sleep 0.1; done; " + csDone));
+    // The operator has the machine: the other one waits.
+    Start({});
+    Walk(tabSteps("@licence"));
+    csShell("rm /srv/zd/first/Install.log /tmp/trace2; " + csUnattended + " >/dev/null 2>&1 &");
+    EXPECT_TRUE(bShell("for n in {1..50}; do grep waiting /tmp/trace2 && break; sleep 0.1; done"));
+    EXPECT_TRUE(bShell("absent /srv/zd/first/Install.log && ! grep upgrade /tmp/trace2"));
+    End(tabSteps("@action => Tab*2 Enter"));
+    EXPECT_TRUE(
+        bShell("while pgrep -x kalmoinstall; do sleep 0.1; done; grep upgrade /tmp/trace2 && " + csDone));
+    // Of two that install the same instance the second upgrades it.
+    SetUp();
+    csShell(csUnattended + " >/dev/null 2>&1 & " + csUnattended + " >/dev/null 2>&1; wait");
+    EXPECT_TRUE(bShell(csDone));
+    EXPECT_EQ(csShell("grep -c 'unattended run: ok' /tmp/trace2"), "3");
+}
+
+}  // namespace
+}  // namespace kalmo

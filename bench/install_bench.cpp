@@ -26,8 +26,7 @@ double dSince(CClock::time_point st) {
 // Accepts the licence, then takes the directory, name, port and system account, administrator account and
 // telemetry choice that are proposed; what is left is to press OK.
 bool bAnswer(Terminal& rclTerminal) {
-    return rclTerminal.bType({"Enter", "Enter"}) && rclTerminal.bType({"Enter", "Enter", "Enter"}) &&
-           rclTerminal.bType({"Enter", "Enter", "Enter"}) && rclTerminal.bType({"Enter"});
+    return rclTerminal.bPress("Enter*9");
 }
 
 int nMain(int nArgc, char** ppszArgv) {

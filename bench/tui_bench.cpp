@@ -49,14 +49,14 @@ bool bMeasure(const STMeasure& rst) {
     Terminal clTerminal(tabCommand);
     bool bAlive = clTerminal.bSettle();
     for (const std::string_view sv : rst.tabPreparation) {
-        bAlive = bAlive && clTerminal.bType({sv});
+        bAlive = bAlive && clTerminal.bPress(sv);
     }
     std::uint64_t u64Most = 0;
     std::vector<double> tabTime;
     for (int n = 0; n < rst.nTimes && bAlive; ++n) {
         const std::uint64_t u64Before = clTerminal.u64Received();
         const std::string_view svKey = rst.tabKey[static_cast<std::size_t>(n) % rst.tabKey.size()];
-        tabTime.push_back(dTime([&] { bAlive = clTerminal.bType({svKey}); }));
+        tabTime.push_back(dTime([&] { bAlive = clTerminal.bPress(svKey); }));
         u64Most = std::max(u64Most, clTerminal.u64Received() - u64Before);
     }
     if (!bAlive || !clTerminal.clScreen().bAlternateScreen()) {

@@ -6,7 +6,7 @@
 
 #include "framework/conversion.h"
 #include "framework/language.h"
-#include "tests/dialogs/dialog_terminal.h"
+#include "tests/support/tui_terminal.h"
 #include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
 #include "tui/text_columns.h"
@@ -27,24 +27,20 @@ INSTANTIATE_TEST_SUITE_P(Language, TextRoom,
                                          std::pair(LANGUE_ESPAGNOL, "LC_ALL=es_ES.UTF-8")));
 
 TEST_P(TextRoom, DialogsShowTheirTextsWhole) {
-    const struct {
-        const char* pszDialog;
-        const char* pszNumber;
-        std::vector<unsigned> tabText;
-    } TAB[] = {
-        {"action", "1", {TEXTE_TITRE_ACTION, TEXTE_ACTION_MISE_A_JOUR, TEXTE_ACTION_INSTALLER}},
-        {"action", "0", {TEXTE_ACTION_DESINSTALLER, TEXTE_OK, TEXTE_ANNULER}},
-        {"choose", "0", {TEXTE_TITRE_DESINSTALLATION}},
-        {"choose", "1", {TEXTE_TITRE_MISE_A_JOUR}},
-        {"config", "0", {TEXTE_NOM_SERVEUR, TEXTE_NOM_SERVEUR_PROPOSE, TEXTE_PORT, TEXTE_COMPTE_SYSTEME}},
-        {"account", "0", {TEXTE_TITRE_COMPTE, TEXTE_COMPTE, TEXTE_MOT_DE_PASSE}},
-        {"telemetry", "0", {TEXTE_TELEMETRIE, TEXTE_TELEMETRIE_ACTIVE}},
-        {"progress", "1", {TEXTE_INSTALLATION}},
+    const std::pair<const char*, std::vector<unsigned>> TAB[] = {
+        {"action 1", {TEXTE_TITRE_ACTION, TEXTE_ACTION_MISE_A_JOUR, TEXTE_ACTION_INSTALLER}},
+        {"action 0", {TEXTE_ACTION_DESINSTALLER, TEXTE_OK, TEXTE_ANNULER}},
+        {"choose 0", {TEXTE_TITRE_DESINSTALLATION}},
+        {"choose 1", {TEXTE_TITRE_MISE_A_JOUR}},
+        {"config 0", {TEXTE_NOM_SERVEUR, TEXTE_NOM_SERVEUR_PROPOSE, TEXTE_PORT, TEXTE_COMPTE_SYSTEME}},
+        {"account 0", {TEXTE_TITRE_COMPTE, TEXTE_COMPTE, TEXTE_MOT_DE_PASSE}},
+        {"telemetry 0", {TEXTE_TELEMETRIE, TEXTE_TELEMETRIE_ACTIVE}},
+        {"progress 1", {TEXTE_INSTALLATION}},
     };
-    for (const auto& rst : TAB) {
-        const CDialogTerminal clTerminal({rst.pszDialog, rst.pszNumber},
-                                         {.tabEnvironment = {GetParam().second}});
-        for (const unsigned unText : rst.tabText) {
+    for (const auto& [pszDialog, tabText] : TAB) {
+        const CTuiTerminal clTerminal(DIALOG_SCENE " " + std::string(pszDialog),
+                                      {.tabEnvironment = {GetParam().second}});
+        for (const unsigned unText : tabText) {
             const CTString csText = csLoadText(unText);
             for (const std::wstring_view svLine : tabCutLines(csText, 1000)) {
                 EXPECT_TRUE(clTerminal.bShows(csToUTF8(svLine).pszGet())) << unText << clTerminal.csText();
@@ -66,7 +62,6 @@ TEST_P(TextRoom, MessageBoxesShowTheirTextsWhole) {
         int nWidth = 60, nHeight = 20;
     };
     std::vector<STBox> tabBox = {
-        {csLoadText(0x103C), 50, 15},
         {csFormatText(TEXTE_COMPTE_INCONNU, csAccount), 60, 13},
         {csFormatText(TEXTE_CONFLIT_NOM, csServer)},
         {csFormatText(TEXTE_CONFLIT_PORT, 65535, csServer)},
@@ -75,9 +70,6 @@ TEST_P(TextRoom, MessageBoxesShowTheirTextsWhole) {
         {csFormatText(0x1236, csAccount)},
         {csFormatText(0x10E8, csReason + csPath)},
     };
-    for (const unsigned unText : {0x103DU, 28865U, 0x10C9U, 809U, 810U, 818U}) {
-        tabBox.push_back({csLoadText(unText)});
-    }
     for (const unsigned unText : {0x10E7U, 0x123AU, 0x123CU, 0x123BU, 0x1238U, 0x1239U, 4161U}) {
         tabBox.push_back({csReason + csFormatText(unText, csPath)});
     }

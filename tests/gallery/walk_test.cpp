@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "tests/tui/tui_terminal.h"
+#include "tests/support/tui_terminal.h"
 
 namespace kalmo {
 namespace {
@@ -41,7 +41,7 @@ void ExpectWalk(const Terminal::STOptions& rstOptions) {
     EXPECT_EQ(clGallery.nWaitEnd(), 0);
     EXPECT_TRUE(clGallery.bGivenBack());
     if (rstOptions.nColumns >= 80) {
-        EXPECT_NE(clGallery.csText().find(csReport), std::string::npos) << clGallery.csText();
+        EXPECT_TRUE(clGallery.bShows(csReport)) << clGallery.csText();
     }
 }
 

@@ -3,7 +3,6 @@
 #include <csignal>
 
 #include "tests/interactive/story.h"
-#include "tests/support/svg_screen.h"
 
 namespace kalmo {
 namespace {
@@ -150,20 +149,19 @@ TEST_F(CStory, ABusyProgramIsWaitedFor) {
     Begin("4", {.nColumns = 100, .nRows = 30});
     rclTerminal().Resize(80, 24);
     Walk(tabSteps("@installed => Tab"));
-    const std::string csScreen = csSvgOfScreen(rclTerminal().clScreen());
+    const std::string csScreen = rclTerminal().clScreen().csSvg();
     for (const int nRows : {30, 24}) {
         rclTerminal().Resize(80, nRows);
         ASSERT_TRUE(rclTerminal().bSettle());
     }
-    EXPECT_TRUE(csSvgOfScreen(rclTerminal().clScreen()) == csScreen) << rclTerminal().csText();
+    EXPECT_TRUE(rclTerminal().clScreen().csSvg() == csScreen) << rclTerminal().csText();
     End(tabSteps("@installed => Tab Enter"));
 
     // Whoever does not want to wait gets a terminal in order back.
     Begin("60");
     rclTerminal().Send("\x03");
     EXPECT_EQ(rclTerminal().nWaitEnd(), 128 + SIGINT);
-    EXPECT_TRUE(rclTerminal().bCooked());
-    EXPECT_FALSE(rclTerminal().clScreen().bAlternateScreen());
+    EXPECT_TRUE(rclTerminal().bCooked() && !rclTerminal().clScreen().bAlternateScreen());
 }
 
 }  // namespace

@@ -159,8 +159,7 @@ void CStory::End(const std::vector<STStep>& rtab) {
     ASSERT_NO_FATAL_FAILURE(Walk(rtab));
     ASSERT_EQ(rclTerminal().nWaitEnd(), 0);
     EXPECT_EQ(rclTerminal().csText(), "\n");
-    EXPECT_TRUE(rclTerminal().bCooked());
-    EXPECT_FALSE(rclTerminal().clScreen().bAlternateScreen());
+    EXPECT_TRUE(rclTerminal().bCooked() && !rclTerminal().clScreen().bAlternateScreen());
 }
 
 void CStory::Start(const STStart& rst) {

@@ -1,7 +1,6 @@
 #include "tests/support/emulator.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <utility>
 
@@ -10,26 +9,11 @@
 namespace kalmo {
 namespace {
 
-struct STKeyName {
-    std::string_view svName;
-    int nKey;
-};
-constexpr std::array TAB_KEY{
-    STKeyName{"Enter", VTERM_KEY_ENTER},
-    STKeyName{"Tab", VTERM_KEY_TAB},
-    STKeyName{"Escape", VTERM_KEY_ESCAPE},
-    STKeyName{"Backspace", VTERM_KEY_BACKSPACE},
-    STKeyName{"Up", VTERM_KEY_UP},
-    STKeyName{"Down", VTERM_KEY_DOWN},
-    STKeyName{"Left", VTERM_KEY_LEFT},
-    STKeyName{"Right", VTERM_KEY_RIGHT},
-    STKeyName{"Insert", VTERM_KEY_INS},
-    STKeyName{"Delete", VTERM_KEY_DEL},
-    STKeyName{"Home", VTERM_KEY_HOME},
-    STKeyName{"End", VTERM_KEY_END},
-    STKeyName{"PageUp", VTERM_KEY_PAGEUP},
-    STKeyName{"PageDown", VTERM_KEY_PAGEDOWN},
-    STKeyName{"KeypadEnter", VTERM_KEY_KP_ENTER},
+constexpr std::pair<std::string_view, VTermKey> TAB_KEY[] = {
+    {"Enter", VTERM_KEY_ENTER},         {"Tab", VTERM_KEY_TAB},       {"Escape", VTERM_KEY_ESCAPE},
+    {"Backspace", VTERM_KEY_BACKSPACE}, {"Up", VTERM_KEY_UP},         {"Down", VTERM_KEY_DOWN},
+    {"Left", VTERM_KEY_LEFT},           {"Right", VTERM_KEY_RIGHT},   {"Delete", VTERM_KEY_DEL},
+    {"PageDown", VTERM_KEY_PAGEDOWN},   {"PageUp", VTERM_KEY_PAGEUP}, {"KeypadEnter", VTERM_KEY_KP_ENTER},
 };
 
 constexpr std::string_view NO_BREAK_SPACE = "\u00A0";
@@ -74,19 +58,13 @@ CEmulator::CEmulator(int nRows, int nColumns, std::function<void(std::string_vie
             static_cast<CEmulator*>(pclSelf)->m_Send({pc, nLength});
         },
         this);
-    static const VTermScreenCallbacks SCREEN = [] {
-        VTermScreenCallbacks st{};
-        st.movecursor = __nOnMoveCursor;
-        st.settermprop = __nOnProperty;
-        return st;
-    }();
-    vterm_screen_set_callbacks(m_pclScreen, &SCREEN, this);
-    static const VTermParserCallbacks UNKNOWN = [] {
-        VTermParserCallbacks st{};
-        st.osc = __nOnCommand;
-        return st;
-    }();
-    vterm_screen_set_unrecognised_fallbacks(m_pclScreen, &UNKNOWN, this);
+    static VTermScreenCallbacks stScreen{};
+    stScreen.movecursor = __nOnMoveCursor;
+    stScreen.settermprop = __nOnProperty;
+    vterm_screen_set_callbacks(m_pclScreen, &stScreen, this);
+    static VTermParserCallbacks stUnknown{};
+    stUnknown.osc = __nOnCommand;
+    vterm_screen_set_unrecognised_fallbacks(m_pclScreen, &stUnknown, this);
     vterm_screen_enable_altscreen(m_pclScreen, 1);
     vterm_screen_reset(m_pclScreen, 1);
     Feed("\x1b[?12l");  // libvterm's cursor blinks from the start
@@ -107,8 +85,8 @@ void CEmulator::Resize(int nRows, int nColumns) {
 
 bool CEmulator::bPressKey(std::string_view svName) {
     int nKey = VTERM_KEY_NONE;
-    for (const STKeyName& rst : TAB_KEY) {
-        nKey = rst.svName == svName ? rst.nKey : nKey;
+    for (const auto& [svKeyName, eKey] : TAB_KEY) {
+        nKey = svKeyName == svName ? eKey : nKey;
     }
     int nFunction = 0;
     char cRest = 0;

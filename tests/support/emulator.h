@@ -55,8 +55,8 @@ class CEmulator {
 
     void Feed(std::string_view svBytes);
     void Resize(int nRows, int nColumns);
-    /// Presses a key: "Enter", "Tab", "Backspace", "Escape", "Up", "Down", "Left", "Right", "Insert",
-    /// "Delete", "Home", "End", "PageUp", "PageDown", "KeypadEnter", "F1" and so on. False for another name.
+    /// Presses a key: "Enter", "Tab", "Backspace", "Escape", "Up", "Down", "Left", "Right", "Delete",
+    /// "PageUp", "PageDown", "KeypadEnter", "F1" and so on. False for another name.
     bool bPressKey(std::string_view svName);
 
     [[nodiscard]] int nRows() const noexcept { return m_nRows; }
@@ -81,12 +81,16 @@ class CEmulator {
                                       int nWidth) const;
     /// The whole screen: a line feed, then each row as its text, a blank, its looks and a line feed.
     [[nodiscard]] std::string csShow(std::span<const STLegend> tabLegend) const;
+    /// The screen as an SVG picture: the same screen gives the same bytes. A visible cursor is a frame around
+    /// its cell.
+    [[nodiscard]] std::string csSvg() const;
 
   private:
     struct CFree {
         void operator()(VTerm* pclTerm) const noexcept { vterm_free(pclTerm); }
     };
 
+    [[nodiscard]] std::string __csSvgOfRun(STLook st, int nRow, int nColumn, int nWidth) const;
     static int __nOnProperty(VTermProp eProperty, VTermValue* punValue, void* pclSelf);
     static int __nOnMoveCursor(VTermPos stNew, VTermPos stOld, int nVisible, void* pclSelf);
     static int __nOnCommand(const char* pcCommand, std::size_t nLength, void* pclSelf);

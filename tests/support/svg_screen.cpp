@@ -1,8 +1,8 @@
-#include "tests/support/svg_screen.h"
-
 #include <cstdarg>
 #include <cstdio>
 #include <utility>
+
+#include "tests/support/emulator.h"
 
 namespace kalmo {
 namespace {
@@ -24,61 +24,58 @@ constexpr unsigned PLAIN_BACKGROUND = 0x000000;
     return szBuffer;
 }
 
-std::string csEscape(const std::string& rcs) {
-    std::string csResult;
-    for (const char c : rcs) {
-        csResult += c == '<' ? "&lt;" : c == '&' ? "&amp;" : std::string(1, c);
-    }
-    return csResult;
-}
-
-// Neighbouring cells of one look.
-std::string csDrawRun(const CEmulator& rclScreen, STLook st, int nRow, int nColumn, int nWidth) {
-    unsigned unInk = st.nForeground < 0 ? PLAIN_FOREGROUND : rclScreen.unPaletteColour(st.nForeground);
-    unsigned unPaper = st.nBackground < 0 ? PLAIN_BACKGROUND : rclScreen.unPaletteColour(st.nBackground);
-    if (st.bReverse) {
-        std::swap(unInk, unPaper);
-    }
-    const int nLeft = nColumn * CELL_WIDTH;
-    const int nTop = nRow * CELL_HEIGHT;
-    std::string cs;
-    if (unPaper != PLAIN_BACKGROUND) {
-        cs += csFormat("<rect x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\" fill=\"#%06x\"/>\n", nLeft, nTop,
-                       nWidth * CELL_WIDTH, CELL_HEIGHT, unPaper);
-    }
-    const std::string csText = rclScreen.csText(nRow, nColumn, nWidth);
-    if (csText.find_first_not_of(' ') != std::string::npos) {
-        cs += csFormat("<text x=\"%d\" y=\"%d\" textLength=\"%d\" fill=\"#%06x\"%s%s>", nLeft,
-                       nTop + BASE_LINE, nWidth * CELL_WIDTH, unInk, st.bBold ? " font-weight=\"bold\"" : "",
-                       st.bUnderline ? " text-decoration=\"underline\"" : "");
-        cs += csEscape(csText) + "</text>\n";
-    }
-    return cs;
+// Cells of a row as a rectangle; the look is the rest of its attributes.
+std::string csRectangle(int nRow, int nColumn, int nColumns, const std::string& rcsLook) {
+    return csFormat("<rect x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\" %s/>\n", nColumn * CELL_WIDTH,
+                    nRow * CELL_HEIGHT, nColumns * CELL_WIDTH, CELL_HEIGHT, rcsLook.c_str());
 }
 
 }  // namespace
 
-std::string csSvgOfScreen(const CEmulator& rclScreen) {
-    const int nWidth = rclScreen.nColumns() * CELL_WIDTH;
-    const int nHeight = rclScreen.nRows() * CELL_HEIGHT;
+// Neighbouring cells of one look.
+std::string CEmulator::__csSvgOfRun(STLook st, int nRow, int nColumn, int nWidth) const {
+    unsigned unInk = st.nForeground < 0 ? PLAIN_FOREGROUND : unPaletteColour(st.nForeground);
+    unsigned unPaper = st.nBackground < 0 ? PLAIN_BACKGROUND : unPaletteColour(st.nBackground);
+    if (st.bReverse) {
+        std::swap(unInk, unPaper);
+    }
+    std::string cs;
+    if (unPaper != PLAIN_BACKGROUND) {
+        cs += csRectangle(nRow, nColumn, nWidth, csFormat("fill=\"#%06x\"", unPaper));
+    }
+    const std::string csRun = csText(nRow, nColumn, nWidth);
+    if (csRun.find_first_not_of(' ') == std::string::npos) {
+        return cs;
+    }
+    cs += csFormat("<text x=\"%d\" y=\"%d\" textLength=\"%d\" fill=\"#%06x\"%s%s>", nColumn * CELL_WIDTH,
+                   nRow * CELL_HEIGHT + BASE_LINE, nWidth * CELL_WIDTH, unInk,
+                   st.bBold ? " font-weight=\"bold\"" : "",
+                   st.bUnderline ? " text-decoration=\"underline\"" : "");
+    for (const char c : csRun) {
+        cs += c == '<' ? "&lt;" : c == '&' ? "&amp;" : std::string(1, c);
+    }
+    return cs + "</text>\n";
+}
+
+std::string CEmulator::csSvg() const {
+    const int nWidth = m_nColumns * CELL_WIDTH;
+    const int nHeight = m_nRows * CELL_HEIGHT;
     std::string cs = csFormat(
         "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" viewBox=\"0 0 %d %d\" "
         "font-family=\"monospace\" font-size=\"%d\" xml:space=\"preserve\">\n"
         "<rect width=\"%d\" height=\"%d\" fill=\"#%06x\"/>\n",
         nWidth, nHeight, nWidth, nHeight, LETTER_SIZE, nWidth, nHeight, PLAIN_BACKGROUND);
-    for (int nRow = 0; nRow < rclScreen.nRows(); ++nRow) {
-        for (int nStart = 0, nEnd = 0; nStart < rclScreen.nColumns(); nStart = nEnd) {
-            const STLook stLook = rclScreen.stCell(nRow, nStart).stLook;
-            while (nEnd < rclScreen.nColumns() && rclScreen.stCell(nRow, nEnd).stLook == stLook) {
+    for (int nRow = 0; nRow < m_nRows; ++nRow) {
+        for (int nStart = 0, nEnd = 0; nStart < m_nColumns; nStart = nEnd) {
+            const STLook stLook = stCell(nRow, nStart).stLook;
+            while (nEnd < m_nColumns && stCell(nRow, nEnd).stLook == stLook) {
                 ++nEnd;
             }
-            cs += csDrawRun(rclScreen, stLook, nRow, nStart, nEnd - nStart);
+            cs += __csSvgOfRun(stLook, nRow, nStart, nEnd - nStart);
         }
     }
-    if (const STCursor& rst = rclScreen.stCursor(); rst.bVisible) {
-        cs += csFormat(
-            "<rect x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\" fill=\"none\" stroke=\"#ffd700\"/>\n",
-            rst.nColumn * CELL_WIDTH, rst.nRow * CELL_HEIGHT, CELL_WIDTH, CELL_HEIGHT);
+    if (m_stCursor.bVisible) {
+        cs += csRectangle(m_stCursor.nRow, m_stCursor.nColumn, 1, "fill=\"none\" stroke=\"#ffd700\"");
     }
     return cs + "</svg>\n";
 }

@@ -19,9 +19,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
-
-#include "tests/support/svg_screen.h"
 
 namespace kalmo {
 namespace {
@@ -115,30 +114,17 @@ Terminal::~Terminal() {
     }
 }
 
-bool Terminal::bType(std::initializer_list<std::string_view> tabKey) {
-    if (!bSettle()) {
-        return false;
-    }
-    for (const std::string_view sv : tabKey) {
-        if (!m_clEmulator.bPressKey(sv)) {
-            Send(sv);
-        }
-        if (!bSettle()) {
-            return false;
-        }
-    }
-    return true;
-}
-
 bool Terminal::bPress(std::string_view svKeys) {
     bool bSettled = bSettle();
     std::istringstream clItems{std::string(svKeys)};
-    for (std::string csItem; bSettled && clItems >> csItem;) {
+    for (std::string csItem; clItems >> csItem;) {
         const std::size_t nStar = csItem.find('*');
         const std::string csKey = csItem.substr(0, nStar);
-        const int nTimes = nStar == csItem.npos ? 1 : std::stoi(csItem.substr(nStar + 1));
-        for (int n = 0; n < nTimes; ++n) {
-            bSettled = bSettled && bType({csKey == "Space" ? " " : csKey});
+        for (int n = nStar == csItem.npos ? 1 : std::stoi(csItem.substr(nStar + 1)); bSettled && n > 0; --n) {
+            if (!m_clEmulator.bPressKey(csKey)) {
+                Send(csKey == "Space" ? " " : csKey);
+            }
+            bSettled = bSettle();
         }
     }
     return bSettled;
@@ -159,19 +145,10 @@ bool Terminal::bSettle() {
     return __bPoll([this] { return __bEnded() || __bWaitsForKey(); });
 }
 
-bool Terminal::bWaitFor(const std::function<bool()>& Condition) {
-    bool bHolds = false;
-    __bPoll([&] {
-        const bool bEnded = __bEnded();
-        __Drain();
-        bHolds = Condition();
-        return bHolds || bEnded;
-    });
-    return bHolds;
-}
-
 bool Terminal::bWaitText(std::string_view svText) {
-    return bWaitFor([&] { return csText().find(svText) != std::string::npos; });
+    const auto bShown = [&] { return csText().find(svText) != std::string::npos; };
+    __bPoll([&] { return bShown() || __bEnded(); });
+    return bShown();
 }
 
 int Terminal::nWaitEnd() {
@@ -203,11 +180,18 @@ bool Terminal::bCooked() const {
            (st.c_oflag & OPOST) != 0;
 }
 
-bool Terminal::WriteSvg(const std::string& rcsPath) const {
-    std::ofstream clFile(rcsPath, std::ios::binary);
-    clFile << csSvgOfScreen(m_clEmulator);
-    clFile.close();
-    return clFile.good();
+bool Terminal::bGivenBack() const {
+    return bCooked() && !m_clEmulator.bAlternateScreen() && m_clEmulator.stCursor().bVisible &&
+           m_clEmulator.unPaletteColour(8) == 0x808080 && m_clEmulator.bAtRest();
+}
+
+bool Terminal::bPicture(const std::string& rcsPath, bool bDraw) const {
+    if (bDraw) {
+        std::ofstream clFile(rcsPath, std::ios::binary);
+        return (clFile << m_clEmulator.csSvg()).flush().good();
+    }
+    std::ifstream clFile(rcsPath, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(clFile), {}) == m_clEmulator.csSvg();
 }
 
 // Shows on the screen what the program has sent up to now.

@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <functional>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -47,11 +46,9 @@ class Terminal {
     Terminal& operator=(const Terminal&) = delete;
     ~Terminal();
 
-    /// Presses keys one after the other: each item is a key's name (see CEmulator::bPressKey) or else a text
-    /// to type. Returns, after each item, what bSettle says; false at once when that fails.
-    bool bType(std::initializer_list<std::string_view> tabKey);
-    /// The same with the items in one text, blanks between them, for tables: "Tab Down*3 Space abc" presses
-    /// Down three times and the space bar once.
+    /// Presses keys one after the other, blanks between them: each is a key's name (see CEmulator::bPressKey)
+    /// or else a text to type. "Tab Down*3 Space abc" presses Down three times and the space bar once.
+    /// Settles before the first key and after each; false at once when that fails.
     bool bPress(std::string_view svKeys);
     /// Sends bytes as they are and does not wait.
     void Send(std::string_view svBytes);
@@ -59,9 +56,8 @@ class Terminal {
     /// Waits until the program waits for a key or has ended, with all its output on the screen. False when
     /// patience ends first.
     bool bSettle();
-    /// Waits until the condition holds. False when patience ends first, or the program.
-    bool bWaitFor(const std::function<bool()>& Condition);
-    /// Waits until the text stands somewhere on the screen, within one line.
+    /// Waits until the text stands somewhere on the screen, within one line. False when patience ends first,
+    /// or the program.
     bool bWaitText(std::string_view svText);
     /// Waits until the program has ended. Its exit status, or 128 + the signal that ended it; -1 when
     /// patience ends first.
@@ -82,10 +78,10 @@ class Terminal {
     [[nodiscard]] std::uint64_t u64Received() const noexcept { return m_u64Received; }
     /// Whether the line discipline echoes, gathers lines and makes signals of keys, as a shell expects it.
     [[nodiscard]] bool bCooked() const;
-    /// Process number of the program.
-    [[nodiscard]] pid_t nPid() const noexcept { return m_nPid; }
-    /// Writes the screen as a picture. False when the file cannot be written.
-    [[nodiscard]] bool WriteSvg(const std::string& rcsPath) const;
+    /// Whether the terminal is as a shell expects it back, with the screen that was there before.
+    [[nodiscard]] bool bGivenBack() const;
+    /// bDraw: writes the screen to a file as a picture. Otherwise tells whether the file shows it.
+    [[nodiscard]] bool bPicture(const std::string& rcsPath, bool bDraw) const;
 
   private:
     using CClock = std::chrono::steady_clock;

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <string>
 
-#include "tests/support/svg_screen.h"
+#include "tests/support/emulator.h"
 
 int main(int nArgc, char** ppszArgv) {
     const int nColumns = nArgc == 2 ? std::atoi(ppszArgv[1]) : 0;
@@ -23,6 +23,6 @@ int main(int nArgc, char** ppszArgv) {
     }
     kalmo::CEmulator clScreen(nRows, nColumns, [](std::string_view) {});
     clScreen.Feed(csBytes);
-    std::cout << kalmo::csSvgOfScreen(clScreen);
+    std::cout << clScreen.csSvg();
     return 0;
 }

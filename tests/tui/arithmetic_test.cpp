@@ -19,7 +19,7 @@ class Arithmetic : public testing::Test {
 TEST_F(Arithmetic, DialogsShrinkWithTheScreenAndAreCentred) {
     const struct {
         int nPreferred, nScreen, nSize, nStart;
-    } TAB[] = {{60, 80, 60, 10}, {60, 64, 60, 2}, {60, 63, 59, 2}, {20, 5, 1, 2}, {20, 1, 1, 0}};
+    } TAB[] = {{60, 64, 60, 2}, {60, 63, 59, 2}, {20, 5, 1, 2}, {20, 1, 1, 0}};
     for (const auto& rst : TAB) {
         const int nSize = nDialogSize(rst.nPreferred, rst.nScreen);
         EXPECT_EQ(nSize, rst.nSize) << rst.nScreen;
@@ -32,13 +32,15 @@ TEST_F(Arithmetic, AnEntryScrollsOnlyAsFarAsTheCursorNeeds) {
     const struct {
         int nOffset, nCursor, nTotal, nVisible, nWithFocus, nWithout;
     } TAB[] = {
-        {0, 9, 9, 10, 0, 0},   {0, 10, 10, 10, 1, 0},  // fits with its cursor, fits without
-        {0, 15, 15, 10, 6, 6},                         // follows the cursor
-        {6, 10, 15, 10, 6, 6}, {6, 6, 15, 10, 6, 6},   // stays while the cursor is in view
-        {6, 5, 15, 10, 5, 5},  {6, 0, 15, 10, 0, 0},   // goes back with it
-        {1, 9, 10, 10, 0, 0},                          // not for a cursor that is on the text
-        {6, 8, 8, 10, 0, 0},   {6, 11, 12, 10, 3, 3},  // no empty room behind a text that shrank
-        {0, 4, 9, 1, 4, 4},    {3, 2, 9, 0, 3, 3},     // next to no room
+        {0, 9, 9, 10, 0, 0},    // fits with its cursor
+        {0, 10, 10, 10, 1, 0},  // fits without
+        {1, 9, 10, 10, 0, 0},   // a cursor on the text needs no room behind it
+        {0, 15, 15, 10, 6, 6},  // follows the cursor
+        {6, 6, 15, 10, 6, 6},   // stays while the cursor is in view
+        {6, 5, 15, 10, 5, 5},   // goes back with it
+        {6, 11, 12, 10, 3, 3},  // no empty room behind a text that shrank
+        {0, 4, 9, 1, 4, 4},     // next to no room
+        {3, 2, 9, 0, 3, 3},     // none
     };
     for (const auto& rst : TAB) {
         EXPECT_EQ(nEntryOffset(rst.nOffset, rst.nCursor, rst.nTotal, rst.nVisible, true), rst.nWithFocus)
@@ -53,9 +55,8 @@ TEST_F(Arithmetic, TheGaugeRunsFromZero) {
     const struct {
         double dValue, dMinimum, dMaximum;
         int nExpected;
-    } TAB[] = {{0, 0, 40, 0},   {15, 0, 40, 8}, {14, 0, 40, 7},   {40, 0, 40, 20},
-               {50, 0, 40, 20}, {-1, 0, 40, 0}, {10, 10, 20, 20}, {5, 10, 20, 10},
-               {1, 1, 1, 20},   {0, 0, 0, 0},   {dNone, 0, 1, 0}};
+    } TAB[] = {{15, 0, 40, 8},  {14, 0, 40, 7}, {50, 0, 40, 20}, {-1, 0, 40, 0},
+               {5, 10, 20, 10}, {1, 1, 1, 20},  {0, 0, 0, 0},    {dNone, 0, 1, 0}};
     for (const auto& rst : TAB) {
         EXPECT_EQ(nGaugeBar(rst.dValue, rst.dMinimum, rst.dMaximum, 20), rst.nExpected) << rst.dValue;
     }
@@ -83,16 +84,13 @@ TEST_F(Arithmetic, TextsAreMeasuredAndCutByColumns) {
         int nSkip, nWidth;
         const wchar_t* pszVisible;
     } TAB[] = {
-        {L"plain", 5, 0, 9, L"plain"},
         {L"plain", 5, 1, 3, L"lai"},
         {L"plain", 5, 7, 3, L""},
         {L"plain", 5, 0, -3, L""},
-        {L"日本語", 6, 0, 6, L"日本語"},
         {L"日本語", 6, 0, 5, L"日本 "},
         {L"日本語", 6, 1, 4, L" 本 "},
         {L"日本語", 6, 1, 1, L" "},
         {L"e\x0301t", 2, 0, 1, L"e\x0301"},
-        {L"e\x0301t", 2, 1, 1, L"t"},
         {L"\x0301t", 1, 0, 5, L"t"},
         {L"日\x0301t", 3, 1, 5, L" t"},
         {L"\xDC80\xDFFF", 2, 0, 20, L"??"},
@@ -118,32 +116,22 @@ TEST_F(Arithmetic, TextsAreBrokenAtWordsOrCutHard) {
         int nWidth;
         CLines tabExpected;
     } TAB[] = {
-        {tabWrapWords, L"", 10, {}},
         {tabWrapWords, L"word", -2, {}},
         {tabWrapWords, L"two words", 9, {L"two words"}},
-        {tabWrapWords, L"two words", 8, {L"two ", L"words"}},
         {tabWrapWords, L"two words", 4, {L"two ", L"word", L"s"}},
-        {tabWrapWords, L"two words", 3, {L"two", L"wor", L"ds"}},
         {tabWrapWords, L"two   words", 5, {L"two", L"words"}},
         {tabWrapWords, L"exact fit next", 9, {L"exact fit", L"next"}},
-        {tabWrapWords, L"  leading", 12, {L"  leading"}},
         {tabWrapWords, L"  leading", 8, {L"  ", L"leading"}},
-        {tabWrapWords, L"trailing  ", 12, {L"trailing  "}},
         {tabWrapWords, L"trailing  ", 8, {L"trailing"}},
-        {tabWrapWords, L"one\ntwo\r\nthree", 20, {L"one", L"two", L"three"}},
-        {tabWrapWords, L"one\n\n\n  two\n", 20, {L"one", L"two"}},
+        {tabWrapWords, L"one\r\n\n\n  two\n", 20, {L"one", L"two"}},
         {tabWrapWords, L"\nafter", 20, {L"", L"after"}},
         {tabWrapWords, L"a\tb c", 3, {L"a\tb", L"c"}},
         {tabWrapWords, L"日本語 x", 4, {L"日本", L"語 x"}},
-        {tabWrapWords, L"日本", 1, {L"日", L"本"}},
         {tabWrapWords, L"e\u0301e\u0301 x", 2, {L"e\u0301e\u0301", L"x"}},
         {tabCutLines, L"text", 0, {}},
-        {tabCutLines, L"some words", 5, {L"some ", L"words"}},
         {tabCutLines, L"abcdefghijk", 5, {L"abcde", L"fghij", L"k"}},
-        {tabCutLines, L"abcde\nfghij", 5, {L"abcde", L"fghij"}},
         {tabCutLines, L"abcde\r\nf", 5, {L"abcde", L"f"}},
         {tabCutLines, L"a\n\nb\n", 5, {L"a", L"", L"b"}},
-        {tabCutLines, L"\n", 5, {L""}},
         {tabCutLines, L"日本語", 5, {L"日本", L"語"}},
     };
     for (const auto& rst : TAB) {

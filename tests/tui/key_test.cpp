@@ -3,7 +3,7 @@
 #include <cstring>
 #include <optional>
 
-#include "tests/tui/tui_terminal.h"
+#include "tests/support/tui_terminal.h"
 
 namespace kalmo {
 namespace {
@@ -22,54 +22,43 @@ TEST(Keys, DoWhatTheControlsSay) {
         {"entry=", "a Space . / é 日", "a ./é日|"},
         {"entry=", "a Left b", "a|b"},        // on the last character: appended behind it
         {"entry=abc", "Left x y", "abcx|y"},  // ... and the cursor moves on by one
-        {"entry=abc", "Left*2 x y", "axy|bc"},
         {"entry=abc", "Left*4 x", "x|abc"},
-        {"entry=abc", "Right x", "abcx|"},
         {"entry=abc", "Left*2 Right*4", "abc|"},
         {"entry=abc", "Backspace*4", "|"},
         {"entry=abc", "Backspace*2", "a|", "vt220"},  // whose Backspace is the character 127
-        {"entry=abc", "Left Backspace", "a|c"},
-        {"entry=abc", "Delete", "abc|"},
         {"entry=abc", "Left*2 Delete*3", "a|"},
         {"entry=abc", "Left*3 Backspace Left", "|abc"},  // refused, though the codes are those of letters
         {"entry=", "PageDown Up", "Œă|"},                // taken as the letters of these codes
         {"entry=a", "Escape \x07 \u009B", "a|"},
-        {"entry=a", "Enter KeypadEnter b", "ab| 0:7 0:7"},
+        {"entry=a", "Enter KeypadEnter", "a| 0:7 0:7"},
         {"number=4", "9 x Space . \u0663 0", "490|"},
         {"lower=X", "A b É 7", "Xabé7|"},
 
         {"path=/usr/", "l", "/usr/l| 0:6"},
         {"path=/usr", "/", "/usr/| 0:5"},
         {"path=/usr/lib", "Left*5 x", "/usx|r/lib 0:5"},
-        {"path=/usr/lib", "Left*4 x", "/usrx|/lib 0:5"},
         {"path=/usr/lib", "Left*3 x", "/usr/x|lib 0:6"},
-        {"path=/usr/lib", "Space", "/usr/lib_| 0:6"},
         {"path=/usr/l", "Backspace", "/usr/| 0:6 0:6"},
         {"path=/usr/", "Backspace", "/usr| 0:5 0:6"},  // the directory went with its "/"
         {"path=/usr/lib", "Left*4 Backspace", "/us|/lib 0:5 0:6"},
         {"path=/usr/lib", "Left*3 Delete", "/usr/|ib 0:6"},
         {"path=/usr/lib", "Left*4 Delete", "/usr|lib 0:5"},
-        {"path=/a", "Delete", "/a|"},
         {"path=/", "Backspace Left Backspace", "/|"},
-        {"path=/ab", "Left*4 Backspace", "/|ab"},
         {"path=ab", "Left*2 Backspace Delete", "|b 0:6"},  // nothing to guard
         {"unguarded=/a", "Left*2 Delete", "|a 0:5"},
 
         {"list=abc", "Up Down*3 Space", "2 0:1 0:1 0:2"},
         {"list=abc", "Down Enter KeypadEnter Left Right PageDown x Up", "0 0:1 0:2 0:3 0:2 0:3 0:1"},
-        {"list=", "Down Up Space Enter Right", "0"},
+        {"list=", "Down Up Space Right", "0"},
         {"radio=abc", "Down KeypadEnter", "1 0:2 0:3"},
-        {"radio=abc", "Up Space", "2 0:2"},  // round to the last
-        {"radio=abc", "Up*3 Down*3 Enter x", "0 0:2 0:3"},
+        {"radio=abc", "Up Space x", "2 0:2"},         // round to the last
         {"radio=abc", "Up Down Enter", "0 0:2 0:3"},  // and round to the first
-        {"radio=", "Up Down Space Enter", "-1"},
+        {"radio=", "Up Down Space", "-1"},
         {"text=123456789", "Up PageDown Down*2 Up Enter Space", "-1"},
-        {"text=123456789", "PageDown*2", "-1 0:4"},
-        {"text=123456789", "PageDown*2 Down PageDown", "-1 0:4"},
         {"text=123456789", "PageDown Down*3 Up Down", "-1 0:4 0:4"},
         {"text=123456789", "PageDown*2 PageUp*3 PageDown Down*2", "-1 0:4"},
 
-        {"", "Tab Enter x", ""},
+        {"", "Tab x", ""},
         {"button button", "Tab Enter Tab Tab Space", "1:0 1:0"},
         {"button label -button gauge text=123 -entry=q entry=", "Tab x Tab Space Tab y", "-1 q| xy| 0:0"},
         {"text=123 box", "Tab Space Tab Space", "-1 o 1:8 1:8"},
@@ -77,8 +66,8 @@ TEST(Keys, DoWhatTheControlsSay) {
     for (const auto& rst : TAB) {
         CTuiTerminal clTerminal(TUI_SCENE " controls " + std::string(rst.pszControls),
                                 {.csType = rst.pszType, .tabEnvironment = {"ESCDELAY=10"}});
-        EXPECT_TRUE(clTerminal.bPress(rst.pszKeys));
-        EXPECT_EQ(clTerminal.csEnd(), rst.pszReport) << rst.pszControls << ": " << rst.pszKeys;
+        EXPECT_TRUE(clTerminal.bPress(rst.pszKeys + std::string(" F1")));
+        EXPECT_EQ(clTerminal.csReport(), rst.pszReport) << rst.pszControls << ": " << rst.pszKeys;
     }
 }
 
@@ -90,7 +79,6 @@ TEST(Keys, TheCursorShowsWhereOneTypes) {
     } TAB[] = {
         {"xterm-256color", "Left*2", {2, 4, true, true}},
         {"xterm-256color", "Tab", {2, 13, false, true}},
-        {"vt220", "Tab", {2, 13, false, false}},
         {"vt220", "Tab*2 Left", {2, 5, true, false}},  // has one kind of visible only
         {"xterm-256color", "Tab*2", {2, 6, true, true}},
         {"tmux-256color", "Tab*2", {2, 6, true, false}},
@@ -102,10 +90,8 @@ TEST(Keys, TheCursorShowsWhereOneTypes) {
         CTuiTerminal clTerminal(TUI_SCENE " controls entry=abc button", {.csType = rst.pszType});
         EXPECT_TRUE(clTerminal.bPress(rst.pszKeys));
         const STCursor& rstCursor = clTerminal.clScreen().stCursor();
-        EXPECT_EQ(rstCursor.bVisible, rst.stCursor.bVisible) << rst.pszType << ' ' << rst.pszKeys;
-        if (rst.stCursor.bVisible) {
-            EXPECT_EQ(rstCursor, rst.stCursor) << rst.pszType << ' ' << rst.pszKeys;
-        }
+        EXPECT_TRUE(rst.stCursor.bVisible ? rstCursor == rst.stCursor : !rstCursor.bVisible)
+            << rst.pszType << ' ' << rst.pszKeys;
     }
 }
 

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "framework/conversion.h"
-#include "tests/tui/tui_terminal.h"
+#include "tests/support/tui_terminal.h"
 
 namespace kalmo {
 namespace {
@@ -112,8 +112,8 @@ TEST(Pictures, AreTheSameOnEveryTerminalAsFarAsItCan) {
                     << rst.pszScene << ' ' << rstTerminal.pszType << ' ' << nColumns;
                 const bool bGrey = rstTerminal.pszType == TAB_TERMINAL[0].pszType;
                 EXPECT_EQ(clTerminal.clScreen().unPaletteColour(8), bGrey ? 0x262626U : 0x808080U);
-                const std::string csReport = clTerminal.csEnd();
-                EXPECT_EQ(nColumns < 60 ? rst.pszReport : csReport, rst.pszReport);
+                ASSERT_TRUE(clTerminal.bPress("F1"));
+                EXPECT_TRUE(nColumns < 60 || clTerminal.csReport() == rst.pszReport);
                 EXPECT_TRUE(clTerminal.bGivenBack());
             }
         }
@@ -170,7 +170,6 @@ TEST(Pictures, WindowsGoAndTheScreenIsWholeAgainAtEverySize) {
     }
     ASSERT_TRUE(clTerminal.bPress("F1"));
     EXPECT_EQ(clTerminal.csShow(), csBelow);
-    EXPECT_EQ(clTerminal.csEnd(), "0");
 }
 
 }  // namespace

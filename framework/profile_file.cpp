@@ -132,15 +132,14 @@ bool CProfileFile::bSetValue(std::wstring_view svSection, std::wstring_view svKe
         csText.append(L"[").append(svSection).append(L"]\n");
     }
     csText.append(svKey).append(L" = ").append(svValue).append(L"\n");
-    return __bReplace(stPlace.i64Start, stPlace.i64End, clReader.eGetEncodage(),
-                      csEncode(clReader.eGetEncodage(), csText));
+    return __bReplace(clReader, stPlace.i64Start, stPlace.i64End, csEncode(clReader.eGetEncodage(), csText));
 }
 
 bool CProfileFile::bRemoveKey(std::wstring_view svSection, std::wstring_view svKey) {
     CProfileReader clReader(m_rclStream);
     const STPlace stPlace = __stFindKey(clReader, svSection, svKey);
-    return !clReader.bFailed() && (!stPlace.bKey || __bReplace(stPlace.i64Start, stPlace.i64End,
-                                                               clReader.eGetEncodage(), std::string_view()));
+    return !clReader.bFailed() &&
+           (!stPlace.bKey || __bReplace(clReader, stPlace.i64Start, stPlace.i64End, {}));
 }
 
 bool CProfileFile::bRemoveSection(std::wstring_view svSection) {
@@ -159,49 +158,45 @@ bool CProfileFile::bRemoveSection(std::wstring_view svSection) {
     while (!bNextSection && clReader.bNext(&stLine)) {
         bNextSection = stLine.csText.svGet().starts_with(L'[');
     }
-    return !clReader.bFailed() && __bReplace(i64Start, bNextSection ? stLine.i64Start : stLine.i64End,
-                                             clReader.eGetEncodage(), std::string_view());
+    return !clReader.bFailed() &&
+           __bReplace(clReader, i64Start, bNextSection ? stLine.i64Start : stLine.i64End, {});
 }
 
 // Replaces a stretch of the file by new bytes and moves the rest of the file behind them.
 //
 // The file stays the same one and is read by others meanwhile, so it must make sense at every moment: the
 // room is there before anything changes, then one write does it all. Where the file gets shorter that write
-// ends in line feeds, which the cut takes away: until then they are empty lines, and no piece of the old end
-// stands behind the new one.
-bool CProfileFile::__bReplace(std::int64_t i64Start, std::int64_t i64End, eENCODAGE eEncodage,
+// ends in nulls, which are cut off next; should that not happen any more, whoever reads or writes the file
+// afterwards drops them (CProfileReader). No piece of the old end ever stands behind the new one.
+bool CProfileFile::__bReplace(const CProfileReader& rclReader, std::int64_t i64Start, std::int64_t i64End,
                               std::string_view svNew) {
-    const std::int64_t i64Length = m_rclStream.i64GetLength();
-    if (i64Length < i64End) {
+    const std::int64_t i64Before = m_rclStream.i64GetLength();
+    if (i64Before < rclReader.i64GetLength()) {
         return false;
     }
-    const auto nOld = static_cast<std::size_t>(i64Length - i64Start);
-    const auto nRest = static_cast<std::size_t>(i64Length - i64End);
-    const std::int64_t i64NewLength = i64Start + static_cast<std::int64_t>(svNew.size() + nRest);
+    const auto nOld = static_cast<std::size_t>(i64Before - i64Start);
+    const auto nRest = static_cast<std::size_t>(rclReader.i64GetLength() - i64End);
+    const std::int64_t i64After = i64Start + static_cast<std::int64_t>(svNew.size() + nRest);
     const std::size_t nNew = std::max(svNew.size() + nRest, nOld);
     const std::unique_ptr<char[]> tabOld(new (std::nothrow) char[nOld]);
-    const std::unique_ptr<char[]> tabNew(new (std::nothrow) char[nNew]);
+    const std::unique_ptr<char[]> tabNew(new (std::nothrow) char[nNew]());
     if (tabOld == nullptr || tabNew == nullptr || !m_rclStream.bSeek(i64Start) ||
         !m_rclStream.bReadAll(tabOld.get(), nOld)) {
         return false;
     }
     svNew.copy(tabNew.get(), svNew.size());
-    std::copy_n(tabOld.get() + (nOld - nRest), nRest, tabNew.get() + svNew.size());
-    const std::string csLineFeed = csEncode(eEncodage, L"\n");
-    for (std::size_t n = svNew.size() + nRest; n < nNew; ++n) {
-        tabNew[n] = csLineFeed[(n - svNew.size() - nRest) % csLineFeed.size()];
-    }
-    if (!m_rclStream.bReserve(i64NewLength)) {
+    std::copy_n(tabOld.get() + (i64End - i64Start), nRest, tabNew.get() + svNew.size());
+    if (!m_rclStream.bReserve(i64After)) {
         return false;
     }
     if (!m_rclStream.bSeek(i64Start) || !m_rclStream.bWrite(tabNew.get(), nNew)) {
         const CErrnoKept clKept;
         if (m_rclStream.bSeek(i64Start) && m_rclStream.bWrite(tabOld.get(), nOld)) {
-            m_rclStream.bTruncate(i64Length);
+            m_rclStream.bTruncate(i64Before);
         }
         return false;
     }
-    return i64NewLength >= i64Length || m_rclStream.bTruncate(i64NewLength);
+    return i64After >= i64Before || m_rclStream.bTruncate(i64After);
 }
 
 }  // namespace kalmo

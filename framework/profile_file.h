@@ -4,7 +4,6 @@
 #include <string>
 #include <string_view>
 
-#include "framework/profile_encoding.h"
 #include "framework/x_stream.h"
 #include "framework/xy_string.h"
 
@@ -54,7 +53,8 @@ class CProfileFile {
     };
 
     STPlace __stFindKey(CProfileReader& rclReader, std::wstring_view svSection, std::wstring_view svKey);
-    bool __bReplace(std::int64_t i64Start, std::int64_t i64End, eENCODAGE eEncodage, std::string_view svNew);
+    bool __bReplace(const CProfileReader& rclReader, std::int64_t i64Start, std::int64_t i64End,
+                    std::string_view svNew);
 
     IXStream& m_rclStream;
 };

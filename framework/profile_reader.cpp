@@ -1,20 +1,44 @@
 #include "framework/profile_reader.h"
 
 #include <algorithm>
+#include <array>
 
 namespace kalmo {
 namespace {
 
 // The line buffer's first size and what it grows by, in bytes.
 constexpr std::size_t nPasLigne = 256;
+// No write of ours leaves more nulls; whatever has is no text.
+constexpr std::int64_t i64MaxNulls = 1 << 20;
+
+// Moves a stream's length before the nulls at its end. False when it cannot be read.
+bool bCutNulls(IXStream& rclStream, std::int64_t* pi64Length) {
+    const std::int64_t i64First = *pi64Length - i64MaxNulls;
+    std::array<char, nPasLigne> tabEnd{};
+    while (*pi64Length > std::max<std::int64_t>(i64First, 0)) {
+        const std::int64_t i64Block = std::min<std::int64_t>(*pi64Length, nPasLigne);
+        const std::string_view svEnd(tabEnd.data(), static_cast<std::size_t>(i64Block));
+        if (!rclStream.bSeek(*pi64Length - i64Block) || !rclStream.bReadAll(tabEnd.data(), svEnd.size())) {
+            return false;
+        }
+        const std::size_t nText = svEnd.find_last_not_of('\0') + 1;  // 0: nulls alone
+        *pi64Length -= i64Block - static_cast<std::int64_t>(nText);
+        if (nText > 0) {
+            break;
+        }
+    }
+    return true;
+}
 
 }  // namespace
 
 CProfileReader::CProfileReader(IXStream& rclStream)
     : m_rclStream(rclStream), m_i64Length(rclStream.i64GetLength()) {
-    m_bFailed = m_i64Length < 0 || !rclStream.bSeek(0);
+    const std::int64_t i64WithNulls = m_i64Length;
+    m_bFailed = m_i64Length < 0 || !bCutNulls(rclStream, &m_i64Length) || !rclStream.bSeek(0);
     if (!m_bFailed && bFichierUnicode(rclStream)) {
         m_eEncodage = eENCODAGE::Large;
+        m_i64Length = std::min(m_i64Length + m_i64Length % 2, i64WithNulls);  // the null half of a last unit
     }
     m_i64Position = rclStream.i64GetPosition();
 }

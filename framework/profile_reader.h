@@ -18,7 +18,8 @@ struct STProfileLine {
 ///
 /// Made for one walk by CProfileFile. Borrows the stream, moves its position, and must not be used further
 /// once the stream is written to. Reads no further than the stream's length at the start, so that a device
-/// that never ends is an empty file. Half a unit at the end of a wide file belongs to no line.
+/// that never ends is an empty file. Half a unit at the end of a wide file belongs to no line, nor do nulls
+/// at the end of any file: a write that was killed leaves them, and so may a power cut.
 class CProfileReader {
   public:
     /// Begins behind the mark, at the first line.
@@ -30,6 +31,8 @@ class CProfileReader {
     /// Where the next line begins. At the end of the file: where text can be appended.
     [[nodiscard]] std::int64_t i64GetPosition() const noexcept { return m_i64Position; }
 
+    /// The length of the file without the nulls at its end.
+    [[nodiscard]] std::int64_t i64GetLength() const noexcept { return m_i64Length; }
     [[nodiscard]] eENCODAGE eGetEncodage() const noexcept { return m_eEncodage; }
     /// A name as its characters would be read from this file.
     [[nodiscard]] CTString csAsRead(std::wstring_view svName) const;

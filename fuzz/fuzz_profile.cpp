@@ -17,6 +17,7 @@
 #include "framework/memory_stream.h"
 #include "framework/profile_encoding.h"
 #include "framework/profile_file.h"
+#include "framework/profile_reader.h"
 
 namespace {
 
@@ -48,6 +49,13 @@ std::vector<STOperation> tabParse(std::string_view* psvInput) {
         const CTString csKey = csFromUTF8(svTake(&sv, '\t'));
         tab.push_back({cLetter, csSection, csKey, csFromUTF8(sv)});
     }
+    return tab;
+}
+
+// The file's bytes but for the nulls at its end, which the next write drops.
+CTLBIN tabText(CMemoryStream& rclStream) {
+    CTLBIN tab = rclStream.rtabGetBytes();
+    tab.resize(static_cast<std::size_t>(CProfileReader(rclStream).i64GetLength()));
     return tab;
 }
 
@@ -91,6 +99,7 @@ void Set(CMemoryStream& rclStream, const STOperation& rst, const std::vector<STO
     rclStream.bSeek(0);
     const eENCODAGE eEncodage = bFichierUnicode(rclStream) ? eENCODAGE::Large : eENCODAGE::Octets;
     const CTLBIN tabBefore = rclStream.rtabGetBytes();
+    const CTLBIN tabTextBefore = tabText(rclStream);
     std::vector<CTString> tabRead;
     tabRead.reserve(rtabAll.size());
     for (const STOperation& rstOther : rtabAll) {
@@ -104,12 +113,12 @@ void Set(CMemoryStream& rclStream, const STOperation& rst, const std::vector<STO
                                 L"\n";
     Check(bSet ==
           (std::count_if(csText.begin(), csText.end(), [](wchar_t c) { return c == 0 || c == L'\r'; }) == 0));
-    Check(nNewBytes(tabBefore, tabAfter) <= (bSet ? csEncode(eEncodage, csText).size() : 0));
-    Check(bSet || tabBefore == tabAfter);
+    Check(bSet ? nNewBytes(tabTextBefore, tabAfter) <= csEncode(eEncodage, csText).size()
+               : tabBefore == tabAfter);
     Check(clFile.bSetValue(rst.csSection, rst.csKey, rst.csValue) == bSet &&
           rclStream.rtabGetBytes() == tabAfter);
 
-    if (!bSet || !bSimple(rst) || !bNoLeadingBlanks(eEncodage, tabBefore)) {
+    if (!bSet || !bSimple(rst) || !bNoLeadingBlanks(eEncodage, tabTextBefore)) {
         return;
     }
     if (!rst.csValue.svGet().starts_with(L' ') && !rst.csValue.svGet().starts_with(L'\t')) {
@@ -126,9 +135,11 @@ void Set(CMemoryStream& rclStream, const STOperation& rst, const std::vector<STO
 void Remove(CMemoryStream& rclStream, const STOperation& rst) {
     CProfileFile clFile(rclStream);
     const CTLBIN tabBefore = rclStream.rtabGetBytes();
+    const CTLBIN tabTextBefore = tabText(rclStream);
     Check(rst.cLetter == 'x' ? clFile.bRemoveSection(rst.csSection)
                              : clFile.bRemoveKey(rst.csSection, rst.csKey));
-    Check(nNewBytes(tabBefore, rclStream.rtabGetBytes()) == 0);
+    const CTLBIN& rtabAfter = rclStream.rtabGetBytes();
+    Check(rtabAfter == tabBefore || nNewBytes(tabTextBefore, rtabAfter) == 0);
 }
 
 }  // namespace

@@ -80,7 +80,10 @@ bool CVolumeSet::CJoined::bRead(void* pBuffer, std::size_t nSize, std::size_t* p
     while (nDone < nSize) {
         const std::int64_t i64Position = m_i64Position + static_cast<std::int64_t>(nDone);
         if (!__bEnter(i64Position)) {
-            return false;
+            if (nDone == 0) {
+                return false;
+            }
+            break;  // what is there is given; the next read fails
         }
         IXStream& rclVolume = __bOnLast() ? *m_rclSet.m_pclLast : m_clFile;
         std::size_t nGot = 0;

@@ -34,7 +34,8 @@ class CVolumeSet {
     IXStream* pclFrom(std::uint32_t dwDisk);
 
   private:
-    /// Several volumes as one run of bytes. The position counts from the start of the first of them.
+    /// Several volumes as one run of bytes. The position counts from the start of the first of them. In front
+    /// of a missing one it ends: a read up to there gives what there is, a read beyond fails.
     class CJoined final : public IXStream {
       public:
         CJoined(const CVolumeSet& rclSet, std::uint32_t dwFirst) : m_rclSet(rclSet), m_dwFirst(dwFirst) {}

@@ -88,19 +88,5 @@ TEST(ArchiverCounts, MoreThanSixteenBitsCount) {
     EXPECT_EQ(std::string(tab.begin(), tab.end()), "last\n");
 }
 
-TEST(ArchiverVolumes, AMissingOneIsACleanFailure) {
-    const CTempFolder clFolder;
-    ASSERT_TRUE(clFolder.bShell(R"(echo first >1; head -c 200000 /dev/urandom >2; echo last >3
-        zip -q -s 64k a.zip 1 2 3 && rm a.z02)"));
-    CTVWinZip cl;
-    ASSERT_EQ(cl.eOuvreArchive(clFolder.csWide("a.zip"), 0, 0), ARCHIVE_OK);
-    const eARCHIVE tabExpected[] = {ARCHIVE_OK, ARCHIVE_DATA, ARCHIVE_OK};
-    for (int n = 0; n < 3; ++n) {
-        CTLBIN tab;
-        EXPECT_EQ(cl.eExtraitFichier(cl.pszNomFichier(n), &tab, 0, nullptr, 0, nullptr), tabExpected[n]);
-        EXPECT_EQ(tab.size(), tabExpected[n] == ARCHIVE_OK ? cl.dwTailleOriginale(n) : 0);
-    }
-}
-
 }  // namespace
 }  // namespace kalmo

@@ -1,0 +1,118 @@
+#!/usr/bin/env python3
+"""Replays archives and holds what becomes of them against what has to.
+
+    replay.py PROBE [FOLDER...]
+
+Each FOLDER has a manifest.jsonl; without one the archives of make_sets.py are made and replayed, and then those of
+the folder that the environment variable KALMO_ARCHIVES names, if it does. A line of a manifest is an object: path,
+expected, findings; password, a list; entries, each with name, size, crc and method as its directory states them. Of
+our own archives a line may also have: open, why it is refused; lay, a shell command that puts something into the
+destination first; and an entry code, of extracting it to a file.
+
+Prints each difference, and each archive that is read although its examiner says to refuse it: the rules of this
+system decide there. A difference whose archive stands in known_differences.txt (path, tab, the rule) is explained.
+Exit status: 0 when there is no difference without an explanation.
+"""
+import collections
+import json
+import os
+import subprocess
+import sys
+import tempfile
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.dirname(HERE) + "/support")
+sys.dont_write_bytecode = True
+import make_sets  # noqa: E402
+
+REFUSED = "refuse-"
+CODES = {0, 2, 3, 21, 30, 36}  # 2: a name that makes no path; 36: larger than the probe lets any file grow
+
+
+def observe(probe, folder, rows):
+    lines = "".join("%s/%s\t%s\t%s\n" % (os.path.abspath(folder), row["path"], "".join(row.get("password", [])[:1]), row.get("lay", ""))
+                    for row in rows)
+    done = subprocess.run([probe], input=lines, stdout=subprocess.PIPE, text=True, errors="replace")
+    seen = None
+    for line in done.stdout.split("\n"):
+        kind, *fields = line.split("\t")
+        if kind == "archive":
+            seen = collections.defaultdict(list)
+        elif kind == "end":
+            seen["end"] = fields[0]
+            yield seen
+        elif kind:
+            seen[kind].append(fields)
+    done.check_returncode()  # leaks are found when it ends
+
+
+def differences(row, seen):
+    if seen["end"] != "ok":
+        yield "the process ended with " + seen["end"]
+        return
+    yield from (fields[0] for fields in seen["wrong"])
+    opened, reason = int(seen["open"][0][0]), seen["open"][0][1]
+    if opened not in (0, 3):
+        yield "opened with code %d" % opened
+    for code, _, name in seen["entry"]:
+        if int(code) not in CODES:
+            yield "%s: code %s" % (name, code)
+    if not reason.startswith(row.get("open", "")) or ("open" in row and opened == 0):
+        yield "opened with code %d: %s" % (opened, reason)
+    if row["expected"] in ("ok", "ok-with-password", REFUSED + "unsupported"):
+        if opened:
+            yield "not opened: " + reason
+        yield from compare_headers(row, seen)
+    files = {name: (int(code), crc) for code, crc, name in seen["entry"]}
+    for entry in row.get("entries", []):
+        code, crc = files.get(entry["name"], (None, None))
+        if "code" in entry and (code != entry["code"] or (code == 0 and crc != entry["crc"])):
+            yield "%s: extracted with code %s and CRC %s instead of %s" % (entry["name"], code, crc, entry)
+
+
+def compare_headers(row, seen):
+    entries = row.get("entries", [])
+    if len(entries) != len(seen["header"]):
+        yield "%d entries instead of %d" % (len(seen["header"]), len(entries))
+    for entry, (size, crc, method, flags, code, name) in zip(entries, seen["header"]):
+        stated = (entry["size"], entry["crc"], entry["method"])
+        readable = entry["method"] in (0, 8) and row["expected"] != REFUSED + "unsupported"
+        if (int(size), crc, int(method)) != stated or (entry["name"].isascii() and name != entry["name"][:260]):
+            yield "%s: %s %s %s instead of %s %s %s" % (name, size, crc, method, *stated)
+        if readable and int(code) != 0:
+            yield "%s: read with code %s" % (name, code)
+
+
+def replay(probe, folder, explained):
+    with open(folder + "/manifest.jsonl") as file:
+        rows = [json.loads(line) for line in file]
+    counts = collections.Counter()
+    memory = 0
+    for number, seen in enumerate(observe(probe, folder, rows)):
+        row = rows[number]
+        counts["replayed"] += 1
+        memory = max([memory] + [int(fields[0]) for fields in seen["memory"]])
+        read = seen["open"] and seen["open"][0][0] == "0" and all(fields[4] == "0" for fields in seen["header"])
+        if read and row["expected"].startswith(REFUSED) and row["findings"]:
+            print("read      %s: %s" % (row["path"], row["findings"]))
+        for difference in differences(row, seen):
+            kind = "explained" if row["path"] in explained else "DIFFERENT"
+            counts[kind] += 1
+            print("%s %s (%s): %s" % (kind, row["path"], explained.get(row["path"], row["expected"]), difference))
+    print("%d of %d archives replayed, %d differences without an explanation, %d with one; at most %d bytes of memory"
+          % (counts["replayed"], len(rows), counts["DIFFERENT"], counts["explained"], memory))
+    return 0 < counts["replayed"] == len(rows) and not counts["DIFFERENT"]
+
+
+def main(probe, *folders):
+    with open(HERE + "/known_differences.txt") as file:
+        explained = dict(line.rstrip("\n").split("\t") for line in file)
+    with tempfile.TemporaryDirectory() as own:
+        if not folders:
+            make_sets.make(own)
+            folders = [own] + [os.environ[name] for name in ["KALMO_ARCHIVES"] if os.environ.get(name)]
+        return all([replay(probe, folder, explained) for folder in folders])
+
+
+if __name__ == "__main__":
+    sys.exit(0 if main(*sys.argv[1:]) else 1)

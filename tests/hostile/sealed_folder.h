@@ -1,0 +1,106 @@
+#ifndef KALMO_TESTS_HOSTILE_SEALED_FOLDER_H
+#define KALMO_TESTS_HOSTILE_SEALED_FOLDER_H
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+
+#include "framework/unique_fd.h"
+
+namespace kalmo {
+
+/// A folder that becomes the whole file tree of the process that seals itself in: the archive, the folder it
+/// is extracted to a few levels down, and files outside of that which nothing may touch, wherever a name
+/// leads.
+class CSealedFolder {
+  public:
+    static constexpr const wchar_t* PSZ_DESTINATION = L"/far/out/destination";
+
+    explicit CSealedFolder(std::filesystem::path clPath) : m_clPath(std::move(clPath)) {
+        std::filesystem::create_directories(m_clPath / "far/out/destination");
+        std::filesystem::create_directories(m_clPath / "archive");
+        for (const char* const psz : {"sentinel", "far/sentinel", "far/out/sentinel"}) {
+            std::ofstream(m_clPath / psz) << "not to be touched";
+        }
+    }
+    ~CSealedFolder() {
+        std::error_code eIgnored;
+        if (::fchdir(m_clOutside.nGet()) != 0 || ::chroot(".") != 0) {
+            std::abort();
+        }
+        std::filesystem::remove_all(m_clPath, eIgnored);
+    }
+    CSealedFolder(const CSealedFolder&) = delete;
+    CSealedFolder& operator=(const CSealedFolder&) = delete;
+
+    /// Brings a file along, as "/archive/" and its name. Gives its length; 0 when there is none.
+    [[nodiscard]] std::uint64_t u64Bring(const std::filesystem::path& rclFile) const {
+        std::error_code eMissing;
+        const bool bThere = copy_file(rclFile, m_clPath / "archive" / rclFile.filename(), eMissing);
+        return bThere ? file_size(rclFile) : 0;
+    }
+    /// Runs a shell command in the destination, which lays something there beforehand.
+    [[nodiscard]] bool bLay(const std::string& csCommand) const {
+        const std::string cs = "cd '" + (m_clPath / "far/out/destination").string() + "' && " + csCommand;
+        return csCommand.empty() || std::system(cs.c_str()) == 0;
+    }
+    /// Makes the folder this process's file tree until this object is gone. It takes root.
+    [[nodiscard]] bool bSeal() {
+        if (::chdir(m_clPath.c_str()) != 0 || ::chroot(".") != 0) {
+            return false;
+        }
+        m_mapOutside = __mapOutside();
+        return true;
+    }
+    /// What differs outside of the destination from when the folder was sealed; empty when nothing does.
+    [[nodiscard]] std::string csDisturbed() const {
+        const auto mapNow = __mapOutside();
+        for (const auto* const pmap : {&m_mapOutside, &mapNow}) {
+            for (const auto& [csPath, csState] : *pmap) {
+                const auto& rmapOther = pmap == &mapNow ? m_mapOutside : mapNow;
+                const auto it = rmapOther.find(csPath);
+                if (it == rmapOther.end() || it->second != csState) {
+                    return csPath;
+                }
+            }
+        }
+        return {};
+    }
+
+  private:
+    static std::map<std::string, std::string> __mapOutside() {
+        std::map<std::string, std::string> map;
+        for (auto it = std::filesystem::recursive_directory_iterator("/"); it != end(it); ++it) {
+            const std::string csPath = it->path().string();
+            struct stat st {};
+            ::lstat(csPath.c_str(), &st);
+            std::string csState = std::to_string(st.st_mode) + " " + std::to_string(st.st_uid) + " ";
+            if (it->path() == PSZ_DESTINATION) {
+                it.disable_recursion_pending();
+            } else {
+                csState += std::to_string(st.st_mtim.tv_sec) + "." + std::to_string(st.st_mtim.tv_nsec);
+            }
+            if (S_ISREG(st.st_mode) && it->path().filename() == "sentinel") {
+                std::ifstream clFile(it->path());
+                csState.append(std::istreambuf_iterator<char>(clFile), {});
+            }
+            map.emplace(csPath, csState);
+        }
+        return map;
+    }
+
+    std::filesystem::path m_clPath;
+    CUniqueFd m_clOutside{::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+    std::map<std::string, std::string> m_mapOutside;
+};
+
+}  // namespace kalmo
+
+#endif

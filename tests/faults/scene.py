@@ -20,7 +20,8 @@ WORK = "/tmp/faults"
 TRACE, LOG = WORK + "/trace", WORK + "/strace"
 SYSTEMD = os.path.isdir("/run/systemd/system")
 # All that an installer may change for good.
-WATCHED = [DIRECTORY, "/etc/systemd/system", "/etc/init.d", "/var/lib/kalmoinstall"] + sorted(glob.glob("/etc/rc?.d"))
+NOTES = "/var/lib/kalmoinstall"
+WATCHED = [DIRECTORY, NOTES, "/etc/systemd/system", "/etc/init.d"] + sorted(glob.glob("/etc/rc?.d"))
 # The server's own programs append to these at each start.
 GROWING = (DIRECTORY + "/INSTALL.LOG", DIRECTORY + "/BDD/__system/kalmo.log")
 CALLS = ("openat mkdir mkdirat unlink unlinkat rmdir rename renameat renameat2 link symlink write pwrite64 ftruncate "
@@ -103,12 +104,11 @@ def files(roots=WATCHED):
     """Type, mode, owner and content of everything below the roots."""
     found = {}
     for root in roots:
-        for path in [root] + glob.glob(root + "/**", recursive=True, include_hidden=True):
-            if not os.path.lexists(path):
-                continue
-            st = os.lstat(path)
-            what = {stat.S_IFLNK: os.readlink, stat.S_IFREG: content}.get(stat.S_IFMT(st.st_mode), lambda _: "")
-            found[path.rstrip("/")] = (oct(st.st_mode), st.st_uid, st.st_gid, what(path))
+        for path in {name.rstrip("/") for name in [root] + glob.glob(root + "/**", recursive=True, include_hidden=True)}:
+            if os.path.lexists(path) and path != NOTES:  # which says nothing when it is empty
+                st = os.lstat(path)
+                what = {stat.S_IFLNK: os.readlink, stat.S_IFREG: content}.get(stat.S_IFMT(st.st_mode), lambda _: "")
+                found[path] = (oct(st.st_mode), st.st_uid, st.st_gid, what(path))
     return found
 
 
@@ -153,7 +153,7 @@ class Snapshot:
                     os.kill(pid, signal.SIGKILL)
             time.sleep(0.01)
         for path in WATCHED + glob.glob("/run/ZDCS-*") + glob.glob("/run/Kalmo*") + glob.glob("/run/kalmo*"):
-            shutil.rmtree(path) if os.path.isdir(path) else os.path.exists(path) and os.unlink(path)
+            shutil.rmtree(path, ignore_errors=True) if os.path.isdir(path) else os.path.exists(path) and os.unlink(path)
         sh(f"tar -C / -xpf {self.tar}" + (" && systemctl daemon-reload" if SYSTEMD else ""))
         for service in self.running:
             sh(f"systemctl start {service}" if SYSTEMD else f"/etc/init.d/{service} start")
@@ -189,6 +189,26 @@ class Order:
         # strace ends as its child did, by the same signal.
         mine = lambda folder: read(folder + "/stat").rpartition(b") ")[2].split()[3] == b"%d" % process.pid
         return status if wait_for(lambda: not processes(mine), 30) else "its children do not end"
+
+
+def prepare(current, next_version):
+    """Makes the machine ready for an installation. The three orders by name."""
+    if "KALMO_MACHINE" not in os.environ:
+        raise SystemExit("this installs services; run it in a throwaway machine (tests/machine/machine)")
+    # The search for leaks does not work under strace.
+    os.environ["ASAN_OPTIONS"] = "detect_leaks=0"
+    os.makedirs(WORK)
+    os.makedirs(DIRECTORY)
+    with open(CONF, "w") as file:
+        file.write(OLD_CONF)
+    if SYSTEMD:
+        # A service is started more often here than a real one in a year.
+        with open("/etc/systemd/system.conf.d/faults.conf", "w") as file:
+            file.write("[Manager]\nDefaultStartLimitIntervalSec=0\n")
+        sh("systemctl daemon-reexec")
+    text = f"[PILOTAGE]\nMAJ=%d\n[SERVEUR]\nServeur={NAME}\nRepertoire={DIRECTORY}\nPort={PORT}\n"
+    return {"install": Order(current, text % 2), "upgrade": Order(next_version, text % 1),
+            "uninstall": Order(current, text % 3)}
 
 
 @dataclasses.dataclass

@@ -1,12 +1,13 @@
 #!/usr/bin/python3
 """Faults at the system calls of unattended runs, in a throwaway machine.
 
-    sweep.py kill|error CURRENT NEXT [SAMPLE]
+    sweep.py kill|error CURRENT NEXT all|names|COUNT
 
 CURRENT and NEXT are folders with the installer and the payload of two versions. "kill" ends the installer before each
 call that changes something, "error" makes each fail; then the same order is given again, without a fault, and must end
-where an undisturbed run ends. SAMPLE is how many calls of each order are taken, besides the first of each name; all
-without it. Prints what did not hold, and a line an order; exits with 1 when something did not hold.
+where an undisturbed run ends. Of each order all calls are taken, or the first and the last of each name, or so many
+evenly between the first and the last. Prints what did not hold, and a line an order; exits with 1 when something did
+not hold.
 """
 import errno
 import os
@@ -14,8 +15,8 @@ import re
 import sys
 import time
 
-from scene import (CONF, DIRECTORY, INSTANCE, LOG, MANAGER, MARKER, NAME, OLD_CONF, PORT, SYSTEMD, TRACE, WORK, Order,
-                   Snapshot, calls, difference, files, keys, program_of, read, sh, state, wait_for)
+from scene import (CONF, DIRECTORY, INSTANCE, LOG, MANAGER, MARKER, SYSTEMD, TRACE,
+                   Snapshot, calls, difference, files, keys, prepare, program_of, read, sh, state, wait_for)
 
 KINDS = {
     "openat": "ENOSPC EIO EROFS EMFILE ENOMEM", "pipe2": "EMFILE ENOMEM",
@@ -33,13 +34,16 @@ def complain(order, fault, *texts):
     print(f"FAILED {order}, {fault}:", *texts, sep="\n  ", flush=True)
 
 
-def sample(points, size):
-    """The first and the last of each name, and as many again evenly between."""
-    if size is None:
+def sample(points, which):
+    if which == "all":
         return points
-    kept = {names[end] for end in (0, -1)
-            for names in ([n for n, p in enumerate(points) if p.name == name] for name in {p.name for p in points})}
-    return [points[n] for n in sorted(kept | {n * len(points) // size for n in range(size)})]
+    last = len(points) - 1
+    if which == "names":
+        names = [p.name for p in points]
+        kept = {names.index(name) for name in names} | {last - names[::-1].index(name) for name in names}
+    else:
+        kept = {n * last // (int(which) - 1) for n in range(int(which))}
+    return [points[n] for n in sorted(kept)]
 
 
 def converges(name, order, before, expected, fault):
@@ -50,7 +54,7 @@ def converges(name, order, before, expected, fault):
         complain(name, fault, f"the next run ended with {status} and left", difference(expected, state()))
 
 
-def sweep_kills(name, order, before, expected, size):
+def sweep_kills(name, order, before, expected, which):
     marker_commits = lambda points: next(n for n, p in enumerate(points) if p.name == "pwrite64" and '"OK"' in p.text)
     plans = []
     for trace in (False, True):
@@ -59,7 +63,7 @@ def sweep_kills(name, order, before, expected, size):
         points = calls()
         commit = marker_commits(points)
         plan = [p for p in points if p.name != "pipe2" and (not trace or p.name == "write")]
-        plans += [(trace, p, points.index(p) > commit) for p in sample(plan, size if not trace or size is None else 2)]
+        plans += [(trace, p, points.index(p) > commit) for p in sample(plan, which)]
     old, new = keys(before.conf), keys(expected_conf := read(CONF))
     for trace, point, done in plans:
         fault = f"killed before {point}" + (" with a trace" if trace else "")
@@ -67,6 +71,8 @@ def sweep_kills(name, order, before, expected, size):
         touched = os.stat(MARKER).st_mtime_ns if os.path.exists(MARKER) else None
         status = order.run([f"{point.name}:signal=KILL:when={point.nth}"], trace)
         reached = calls()
+        if point.name == "wait4" and status == 0:
+            continue  # the handler of SIGCHLD may have been faster than the call
         if status != -9 or not reached or (reached[-1].name, reached[-1].nth) != (point.name, point.nth):
             complain(name, fault, f"the run ended with {status} at {reached and reached[-1]}")
         if (read(MARKER) == b"OK") != done:
@@ -82,62 +88,52 @@ def sweep_kills(name, order, before, expected, size):
     return len(plans)
 
 
-def judge_error(name, status, point, reason, expected):
+# What may fail although the marker says OK, as the trace tells it.
+TOLERATED = {"install": "install |extract|configuration ", "upgrade": "(stop|start) ",
+             "uninstall": f"delete {DIRECTORY}/(zdlogger|tv)|note "}
+
+
+def judge_error(name, point, reason, before, expected):
     """What is wrong after a run in which a call failed, as a text; nothing when all is as it should be."""
-    if status != 0:
-        return f"the run ended with {status}"
     wait_for(lambda: state() == expected, 0.5)
     now, marked, trace = state(), read(MARKER) == b"OK", read(TRACE).decode()
     if now == expected or TRACE in point.text or point.name == "write":
         return "" if marked else "the result is complete and the marker missing"
-    if not re.search(f"(failed|error|not run).*{re.escape(reason)}", trace, re.I):
-        return f"the trace does not tell of \"{reason}\":\n" + trace
-    if marked and (name == "upgrade" or (name == "uninstall" and f"delete {DIRECTORY}/kalmo: ok" not in trace)):
+    if not re.search(f"(failed|failure|not run).*{re.escape(reason)}", trace):
+        return f"the trace does not tell of \"{reason}\":\n{trace}"
+    if marked and files() != before.files and not re.search(f"({TOLERATED[name]}).*: failed", trace):
         return "the marker says OK:\n" + difference(expected, now)
-    if "the stopped services stay stopped" in trace and (program_of(INSTANCE) or program_of(MANAGER)):
+    if "stay stopped" in trace and (program_of(INSTANCE) or program_of(MANAGER)) and not re.search("stop .*: failed", trace):
         return "a service of a half-replaced instance runs"
     return ""
 
 
-def sweep_errors(name, order, before, expected, size):
+def sweep_errors(name, order, before, expected, which):
     before.restore()
     order.run(trace=True)
     points = [p for p in calls() if p.name in KINDS]
     count = 0
-    for number, point in enumerate(sample(points, size)):
+    for number, point in enumerate(sample(points, which)):
         errors = KINDS[point.name].split()
-        for error in errors if size is None else [errors[number % len(errors)]]:
-            for ever in (False, True) if size is None else [number % 2 == 1]:
+        for error in errors if which == "all" else [errors[number % len(errors)]]:
+            for ever in (False, True) if which == "all" else [number % 2 == 1]:
                 fault = f"{error} {'from' if ever else 'at'} {point}"
                 count += 1
                 before.restore()
                 # Retries that pause are shortened where the fault does not go away.
                 inject = [f"{point.name}:error={error}:when={point.nth}{'+' * ever}"]
                 status = order.run(inject + ["clock_nanosleep:retval=0"] * ever, trace=True)
-                if wrong := judge_error(name, status, point, os.strerror(getattr(errno, error)), expected):
-                    complain(name, fault, wrong)
-                converges(name, order, before, expected, fault)
+                wrong = judge_error(name, point, os.strerror(getattr(errno, error)), before, expected)
+                if status != 0 or wrong:
+                    complain(name, fault, f"the run ended with {status}", wrong)
+                # Nobody gives an order again that was carried out.
+                if read(MARKER) != b"OK":
+                    converges(name, order, before, expected, fault)
     return count
 
 
-def main(sweep, current, next_version, size=None):
-    if "KALMO_MACHINE" not in os.environ:
-        raise SystemExit("this installs services; run it in a throwaway machine (tests/machine/machine)")
-    os.makedirs(WORK)
-    os.makedirs(DIRECTORY)
-    # The search for leaks does not work under strace.
-    os.environ["ASAN_OPTIONS"] = "detect_leaks=0"
-    if SYSTEMD:
-        # A service is started more often here than a real one in a year.
-        os.makedirs("/etc/systemd/system.conf.d", exist_ok=True)
-        with open("/etc/systemd/system.conf.d/faults.conf", "w") as file:
-            file.write("[Manager]\nDefaultStartLimitIntervalSec=0\n")
-        sh("systemctl daemon-reexec")
-    with open(CONF, "w") as file:
-        file.write(OLD_CONF)
-    order = lambda operation: f"[PILOTAGE]\nMAJ={operation}\n[SERVEUR]\nServeur={NAME}\nRepertoire={DIRECTORY}\nPort={PORT}\n"
-    orders = {"install": Order(current, order(2)), "upgrade": Order(next_version, order(1)),
-              "uninstall": Order(current, order(3))}
+def main(sweep, current, next_version, which):
+    orders = prepare(current, next_version)
     for name, run in orders.items():
         started = time.monotonic()
         if name == "uninstall" and not SYSTEMD:
@@ -148,8 +144,7 @@ def main(sweep, current, next_version, size=None):
             raise SystemExit(f"the undisturbed {name} failed")
         time.sleep(0.5)
         after = Snapshot.take(name + "-done")
-        count = {"kill": sweep_kills, "error": sweep_errors}[sweep](name, run, before, after.state,
-                                                                    size and int(size))
+        count = {"kill": sweep_kills, "error": sweep_errors}[sweep](name, run, before, after.state, which)
         print(f"{name}: {count} faults, {time.monotonic() - started:.0f} s", flush=True)
         after.restore()
     raise SystemExit(1 if failures else 0)

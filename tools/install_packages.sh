@@ -24,7 +24,8 @@ MACHINE=( # the throwaway machine of tests/machine/
     util-linux                 # unshare, nsenter, setpriv, mount
     passwd                     # useradd, which an installation calls
     procps
-    strace                     # writes down what the installer runs
+    strace                     # writes down what the installer runs, and lets it fail
+    e2fsprogs                  # the disk whose power is cut
 )
 ARCHIVERS=(                    # independent tools that write and read the archives of the tests
     unzip p7zip-full libarchive-tools python3

@@ -99,7 +99,7 @@ def judge_error(name, point, reason, before, expected):
     now, marked, trace = state(), read(MARKER) == b"OK", read(TRACE).decode()
     if now == expected or TRACE in point.text or point.name == "write":
         return "" if marked else "the result is complete and the marker missing"
-    if not re.search(f"(failed|failure|not run).*{re.escape(reason)}", trace):
+    if not re.search(f"(failed|rror|not run).*{re.escape(reason)}", trace):
         return f"the trace does not tell of \"{reason}\":\n{trace}"
     if marked and files() != before.files and not re.search(f"({TOLERATED[name]}).*: failed", trace):
         return "the marker says OK:\n" + difference(expected, now)

@@ -1,6 +1,7 @@
 #include "app/install_steps.h"
 
 #include <array>
+#include <cerrno>
 #include <string>
 
 #include "app/config/server_config.h"
@@ -47,12 +48,15 @@ bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError) {
 
 void WriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
                            const CTString& csName, CTrace& rclTrace) {
+    errno = 0;
     WriteDBRootPath(pszConfPath, pszDbRoot);
     WriteServerPort(pszConfPath, csPort.pszGet());
     WriteServerName(pszConfPath, csName.pszGet());
+    const CErrnoKept clKept;
     const bool bWritten = bHolds(pszConfPath, L"DBRootPath", pszDbRoot) &&
                           bHolds(pszConfPath, PSZ_KEY_PORT, csPort) && bHolds(pszConfPath, L"Name", csName);
-    rclTrace.Step(L"configuration " + CTString(pszConfPath), bWritten ? L"ok" : L"failed");
+    errno = clKept.nGet();
+    rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten);
 }
 
 int nRunServerProgram(const CFSPath& rclDir, std::string_view svShown, std::string_view svHidden,

@@ -141,33 +141,46 @@ bool CPilot::__bInstall() {
         !clDatabaseDir.bSet(clInstallDir.svGet()) || !clDatabaseDir.bAppend(L"BDD/")) {
         return __bFail(L"Repertoire", L"too long");
     }
-    const int nPort = GetPrivateProfileInt(PSZ_SECTION_SERVER, L"Port", nPortDefaut, m_csPilotPath.pszGet());
-
     CDataExtractor clExtractor(m_clTrace);
     if (!__bForgetSuccess(clInstallDir.csGet()) || !clExtractor.bInit()) {
         return false;
     }
-    CUninstallRecord(__csServiceName(csName)).Discard();
+    CUninstallRecord(__csServiceName(csName)).bDiscard();
     for (const CFSPath& rclDir : {clInstallDir, clDatabaseDir}) {
         CXError clError;
         if (!bCreateDirectory(rclDir.svGet(), m_clTrace, &clError)) {
             return false;
         }
     }
+    // Here already when the instance shares its directory, or when an earlier run did not end.
+    const CXPtr_deleteRCV<CService> pclManagerHere =
+        pclGetKalmoManagerInPath(&m_clServiceManager, clInstallDir.pszGet());
+    if (pclManagerHere != nullptr) {
+        StopService(*pclManagerHere, m_clTrace);
+    }
+    const bool bInstalled = __bInstallInto(clExtractor, clInstallDir, clDatabaseDir, csName);
+    if (pclManagerHere != nullptr && !bRunning(*pclManagerHere)) {
+        StartService(*pclManagerHere, m_clTrace);
+    }
+    if (bInstalled) {
+        __LogSuccess(clInstallDir.csGet());
+    }
+    return bInstalled;
+}
+
+bool CPilot::__bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclInstallDir,
+                            const CFSPath& rclDatabaseDir, const CTString& csName) {
     // The result does not decide: the server's programs may be whole although a later entry failed.
-    m_clTrace.Step(L"extract", clExtractor.bUpgrade(clInstallDir.pszGet(), nullptr) ? L"ok" : L"failed");
+    m_clTrace.Step(L"extract", rclExtractor.bUpgrade(rclInstallDir.pszGet(), nullptr) ? L"ok" : L"failed");
     CPathBuffer szConfPath;
-    if (!CDiskFile::MakePath(szConfPath, clInstallDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+    if (!CDiskFile::MakePath(szConfPath, rclInstallDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
         return __bFail(L"Repertoire", L"too long");
     }
-    WriteNewConfiguration(szConfPath, clDatabaseDir.pszGet(), std::to_wstring(nPort), csName, m_clTrace);
-    if (!clExtractor.bSync(clInstallDir.pszGet()) ||
-        !__bRunInstallerMode(clInstallDir, "kalmomanager --INSTALLER") ||
-        !__bRunInstallerMode(clInstallDir, "kalmo --INSTALLER")) {
-        return false;
-    }
-    __LogSuccess(clInstallDir.csGet());
-    return true;
+    const int nPort = GetPrivateProfileInt(PSZ_SECTION_SERVER, L"Port", nPortDefaut, m_csPilotPath.pszGet());
+    WriteNewConfiguration(szConfPath, rclDatabaseDir.pszGet(), std::to_wstring(nPort), csName, m_clTrace);
+    return rclExtractor.bSync(rclInstallDir.pszGet()) &&
+           __bRunInstallerMode(rclInstallDir, "kalmomanager --INSTALLER") &&
+           __bRunInstallerMode(rclInstallDir, "kalmo --INSTALLER");
 }
 
 bool CPilot::__bUpgrade() {
@@ -216,8 +229,9 @@ bool CPilot::__bUnInstall() {
     if (!__bRemoveFiles(csProgram)) {
         return false;
     }
-    __LogSuccess(csDirectory);
-    clRecord.Discard();
+    if (__LogSuccess(csDirectory)) {
+        m_clTrace.Outcome(L"forget the note of the uninstall", clRecord.bDiscard());
+    }
     return true;
 }
 
@@ -245,7 +259,7 @@ bool CPilot::__bUnregister(const CTString& csName, CUninstallRecord& rclRecord, 
                           rclRecord.bWrite(pclService->pszGetName(), *pcsProgram));
     }
     if (!pclService->bRemove()) {
-        rclRecord.Discard();
+        rclRecord.bDiscard();
         return __bFail(L"unregister " + csName, L"the service stays");
     }
     m_clTrace.Step(L"unregister " + csName, L"ok");
@@ -285,12 +299,13 @@ bool CPilot::__bForgetSuccess(const CTString& csDir) {
     return false;
 }
 
-void CPilot::__LogSuccess(const CTString& csDir) {
+bool CPilot::__LogSuccess(const CTString& csDir) {
     static constexpr std::string_view svMark = "OK";
     CDiskFile clFile;
     const bool bWritten = clFile.bOpen(csDir + PSZ_MARKER, CDiskFile::eMODE::Create) &&
                           clFile.bWrite(svMark.data(), svMark.size()) && clFile.bClose();
     m_clTrace.Outcome(L"marker " + csDir + PSZ_MARKER, bWritten);
+    return bWritten;
 }
 
 }  // namespace kalmo

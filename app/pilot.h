@@ -8,6 +8,7 @@
 
 namespace kalmo {
 
+class CDataExtractor;
 class CUninstallRecord;
 
 /// The unattended run: installs, upgrades or removes one instance as a parameter file says.
@@ -36,6 +37,9 @@ class CPilot {
     static CTString __csServiceName(const CTString& csName);
     CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
     bool __bInstall();
+    /// Files, configuration and the server's own programs of a new instance.
+    bool __bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclInstallDir,
+                        const CFSPath& rclDatabaseDir, const CTString& csName);
     bool __bUpgrade();
     bool __bUpgrade(CService& rclService, const CTString& csName);
     bool __bUnInstall();
@@ -48,7 +52,8 @@ class CPilot {
     /// A marker speaks of this run: one that an earlier run left is removed before work begins. False, and
     /// told, when it is there and cannot be removed.
     bool __bForgetSuccess(const CTString& csDir);
-    void __LogSuccess(const CTString& csDir);
+    /// Writes the marker. False, and told, when it cannot be written.
+    bool __LogSuccess(const CTString& csDir);
     /// Runs one of the server's programs in its installer mode. False only when no shell could run it.
     bool __bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svCommand);
     /// Reads "Serveur". False, and told, when it is empty, too long or cannot be part of a service's name.

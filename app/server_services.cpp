@@ -1,5 +1,6 @@
 #include "app/server_services.h"
 
+#include <cerrno>
 #include <utility>
 
 #include "app/config/server_config.h"
@@ -45,13 +46,16 @@ bool bRunning(CService& rclService) {
 }
 
 void StopService(CService& rclService, CTrace& rclTrace) {
-    rclTrace.Step(L"stop " + CTString(rclService.pszGetName()), rclService.bStop() ? L"ok" : L"failed");
+    errno = 0;
+    const bool bStopped = rclService.bStop();
+    rclTrace.Outcome(L"stop " + CTString(rclService.pszGetName()), bStopped);
     RepaintScreen();
 }
 
 void StartService(CService& rclService, CTrace& rclTrace) {
-    rclTrace.Step(L"start " + CTString(rclService.pszGetName()),
-                  rclService.bStart(nullptr) ? L"ok" : L"failed");
+    errno = 0;
+    const bool bStarted = rclService.bStart(nullptr);
+    rclTrace.Outcome(L"start " + CTString(rclService.pszGetName()), bStarted);
     RepaintScreen();
 }
 

@@ -2,10 +2,10 @@
 
 #include <sys/wait.h>
 
-#include <cstdlib>
-
 #include "app/trace.h"
 #include "framework/conversion.h"
+#include "framework/errno_kept.h"
+#include "services/shell_command.h"
 #include "tui/screen.h"
 
 namespace kalmo {
@@ -13,9 +13,6 @@ namespace {
 
 // What a status says, for the trace.
 std::wstring csStatus(int nStatus) {
-    if (nStatus == -1) {
-        return L"not run";
-    }
     return WIFEXITED(nStatus) ? L"exit code " + std::to_wstring(WEXITSTATUS(nStatus))
                               : L"killed by signal " + std::to_wstring(WTERMSIG(nStatus));
 }
@@ -47,9 +44,15 @@ std::string csShellQuoted(std::string_view sv) {
 }
 
 int nRunShell(const std::string& csCommand, CTrace& rclTrace, std::string_view svTold) {
-    const int nStatus = std::system(csCommand.c_str());
+    const int nStatus = nShellCommand(csCommand.c_str());
+    const CErrnoKept clKept;
+    const CTString csTold = csFromUTF8(svTold.empty() ? csCommand : svTold);
+    if (nStatus == -1) {
+        rclTrace.Outcome(csTold, false);
+    } else {
+        rclTrace.Step(csTold, csStatus(nStatus));
+    }
     RepaintScreen();
-    rclTrace.Step(csFromUTF8(svTold.empty() ? csCommand : svTold), csStatus(nStatus));
     return nStatus;
 }
 

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <string>
 
 #include "framework/conversion.h"
@@ -48,10 +49,12 @@ bool CUninstallRecord::bRead(CTString* pcsName, CTString* pcsProgram) const {
     return true;
 }
 
-void CUninstallRecord::Discard() {
-    if (CDiskFile::bDelete(m_csPath)) {
-        ::rmdir(csToUTF8(PSZ_DIRECTORY).pszGet());  // refused while there are others
+bool CUninstallRecord::bDiscard() {
+    if (!CDiskFile::bDelete(m_csPath)) {
+        return errno == ENOENT;
     }
+    ::rmdir(csToUTF8(PSZ_DIRECTORY).pszGet());  // refused while there are others
+    return true;
 }
 
 }  // namespace kalmo

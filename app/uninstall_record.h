@@ -26,7 +26,8 @@ class CUninstallRecord {
     bool bRead(CTString* pcsName, CTString* pcsProgram) const;
     /// Forgets the uninstall, which is finished or does not concern the present instance. Takes the
     /// directory away with the last record.
-    void Discard();
+    /// False, with errno set, when there is one that cannot be deleted.
+    bool bDiscard();
 
   private:
     CTString m_csPath;

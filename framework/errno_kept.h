@@ -12,6 +12,7 @@ class CErrnoKept {
     CErrnoKept(const CErrnoKept&) = delete;
     CErrnoKept& operator=(const CErrnoKept&) = delete;
     ~CErrnoKept() { errno = m_nErrno; }
+    [[nodiscard]] int nGet() const noexcept { return m_nErrno; }
 
   private:
     int m_nErrno;

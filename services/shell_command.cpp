@@ -1,14 +1,23 @@
 #include "services/shell_command.h"
 
+#include <cerrno>
 #include <cstdlib>
 
 #include "framework/conversion.h"
 
 namespace kalmo {
 
+int nShellCommand(const char* pszCommand) {
+    // A shell that could not be started is told as one that ended with 127, a command that it does not find.
+    // The reason in errno tells the two apart.
+    constexpr int nNotStarted = 127 << 8;
+    errno = 0;
+    const int nStatus = std::system(pszCommand);
+    return nStatus == nNotStarted && errno != 0 && errno != EINTR ? -1 : nStatus;
+}
+
 int nShellCommand(std::wstring_view svCommand) {
-    const CXYString<char> csCommand = csToUTF8(svCommand);
-    return std::system(csCommand.pszGet());
+    return nShellCommand(csToUTF8(svCommand).pszGet());
 }
 
 }  // namespace kalmo

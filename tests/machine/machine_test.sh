@@ -66,20 +66,20 @@ test_status_and_streams() {
     check "usage: no such folder" 125 "$(status_of "$machine" sysv --bind "$work/none" true)"
 }
 
-test_folders() { # TOOL...
+test_folders() {
     local folder
     for folder in real readonly copied hidden; do
         mkdir -p "$work/$folder"
         echo before >"$work/$folder/file"
     done
-    check "$*: folders" $'readonly:before\nhidden absent' "$(
-        "$@" --bind "$work/real" --bind-ro "$work/readonly" --copy "$work/copied" -- sh -c '
+    check "folders" $'readonly:before\nhidden absent' "$(
+        "$machine" systemd --bind "$work/real" --bind-ro "$work/readonly" --copy "$work/copied" -- sh -c '
             cd "$1"
             for folder in real readonly copied; do { echo after >$folder/file; } 2>/dev/null; done
             grep -H before */file | sed "s|/file||"
             [ -e hidden ] || echo hidden absent' - "$work"
     )"
-    check "$*: only --bind lets changes out" $'copied/file:before\nhidden/file:before\nreadonly/file:before\nreal/file:after' \
+    check "only --bind lets changes out" $'copied/file:before\nhidden/file:before\nreadonly/file:before\nreal/file:after' \
         "$(cd "$work" && grep . ./*/file | cut -c3-)"
 }
 
@@ -160,9 +160,7 @@ sleep 0.01
 touch "$work/started"
 before=$(outside)
 test_status_and_streams
-test_folders "$machine" systemd
-rm -rf "$work"/{real,readonly,copied,hidden}
-test_folders "$private_root"
+test_folders
 test_terminal
 test_ends
 test_private_root

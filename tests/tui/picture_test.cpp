@@ -120,24 +120,6 @@ TEST(Pictures, AreTheSameOnEveryTerminalAsFarAsItCan) {
     }
 }
 
-TEST(Pictures, NoTextBreaksTheScreen) {
-    CTuiTerminal clTerminal(TUI_SCENE " strange", {.nColumns = 38, .nRows = 12});
-    ASSERT_TRUE(clTerminal.bPress("Tab 日"));
-    EXPECT_EQ(clTerminal.csText(), R"(
- +---------------------------------+
- |+----------+ +-日本+ +-----+     |
- ||bell? esc?| |語日 | |日本 |     |
- ||raw??     | +-----+ +-----+     |
- ||tab?here  |                     |
- ||日本語日本|                     |
- ||été       | +-----+             |
- ||start     | |日本 |             |
- ||?dlrow    | |語   |             |
- || 31m      | +-----+             |
- ++----------+---------------------+
-)");
-}
-
 TEST(Pictures, WindowsGoAndTheScreenIsWholeAgainAtEverySize) {
     CTuiTerminal clTerminal(TUI_SCENE " controls button radio=ab", {.nColumns = 46, .nRows = 14});
     const std::string csBelow = clTerminal.csShow();

@@ -3,8 +3,6 @@
 //   tui_scene SCENE                  one of the scenes below
 //   tui_scene controls [CONTROL...]  controls side by side: KIND or KIND=TEXT, with "-" in front a disabled
 //                                    one
-//   tui_scene twice                  a scene on a screen that is closed and, after a line was read, opened
-//                                    again
 //
 // Then prints the states of the controls that have one and the events.
 // Exit status 3 where there is no usable terminal.
@@ -142,12 +140,6 @@ class CScene : public CWindow {
     }
 };
 
-void AddLines(CList* pclList, std::initializer_list<const wchar_t*> tabLine) {
-    for (const wchar_t* const psz : tabLine) {
-        pclList->AddLine(psz);
-    }
-}
-
 void Fields(CScene& rclScene) {
     rclScene.pclAdd<CButton>(L"OK", 2, 1, 10, 4);
     rclScene.pclAdd<CButton>(L"Disabled", 13, 1, 12, 4)->SetEnable(0);
@@ -168,10 +160,14 @@ void Fields(CScene& rclScene) {
 
 void Lists(CScene& rclScene) {
     CList* const pclLong = rclScene.pclAdd<CList>(1, 1, 14, 7, 0);
-    AddLines(pclLong, {L"zero", L"one", L"two words of text", L"three", L"four", L"five", L"six", L"seven",
-                       L"eight", L"nine", L"ten", L"eleven"});
+    for (const wchar_t* const psz : {L"zero", L"one", L"two words of text", L"three", L"four", L"five",
+                                     L"six", L"seven", L"eight", L"nine", L"ten", L"eleven"}) {
+        pclLong->AddLine(psz);
+    }
     CList* const pclShort = rclScene.pclAdd<CList>(16, 1, 10, 8, 1);
-    AddLines(pclShort, {L"eight wide", L"B", L"d", L"a", L"C"});
+    for (const wchar_t* const psz : {L"eight wide", L"B", L"d", L"a", L"C"}) {
+        pclShort->AddLine(psz);
+    }
     pclShort->SortLine(::wcscasecmp);
     pclShort->Select(2);
     rclScene.pclAdd<CScrollableLibel>(L"fits", 16, 9, 10, 3);
@@ -181,16 +177,6 @@ void Lists(CScene& rclScene) {
     for (const wchar_t* const psz : {L"upgrade", L"install", L"uninstall everything"}) {
         pclRadio->AddOption(psz);
     }
-}
-
-// Texts that a careless toolkit would let break the screen.
-void Strange(CScene& rclScene) {
-    AddLines(rclScene.pclAdd<CList>(1, 1, 12, 10, 0),
-             {L"bell\x07 esc\x1B[2J", L"raw\xDCFF\xDC80", L"tab\there", L"日本語日本語", L"e\x0301te\x0301",
-              L"\x0301start", L"\u202Edlrow", L"\u009B31m"});
-    rclScene.pclAdd<CEntry>(L"日本語", 14, 1, 7, 3, L"日本語日本語", CWidget::eBORDER_FRAME);
-    rclScene.pclAdd<CButton>(L"日本語", 22, 1, 8, 4);
-    rclScene.pclAdd<CLibel>(L"日本語 日本語", 14, 6, 7, 4, 1, ATTR_BORDER);
 }
 
 void Primitives(CScene& rclScene) {
@@ -288,8 +274,10 @@ constexpr struct {
     int nWidth = 36;
     int nHeight = 12;
 } TAB_SCENE[] = {
-    {"fields", Fields, 58, 16}, {"lists", Lists, 48, 14},   {"twice", Lists, 48, 14},
-    {"controls", Controls},     {"primitives", Primitives}, {"strange", Strange},
+    {"fields", Fields, 58, 16},
+    {"lists", Lists, 48, 14},
+    {"controls", Controls},
+    {"primitives", Primitives},
 };
 
 std::string csRun(const std::vector<std::string>& tabArgument) {
@@ -318,14 +306,8 @@ int nMain(const std::vector<std::string>& tabArgument) {
     if (!init_dialog()) {
         return 3;
     }
-    std::string csReport = csRun(tabArgument);
+    const std::string csReport = csRun(tabArgument);
     end_dialog();
-    if (tabArgument[1] == "twice") {
-        std::puts("closed");
-        std::getchar();
-        csReport += init_dialog() ? csRun(tabArgument) : "not opened";
-        end_dialog();
-    }
     std::printf("%s\n", csReport.c_str() + (csReport.empty() ? 0 : 1));
     return 0;
 }

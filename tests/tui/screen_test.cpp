@@ -45,21 +45,6 @@ TEST(Screen, GivesTheTerminalBackHoweverItEnds) {
     }
 }
 
-TEST(Screen, OpensAgain) {
-    for (const char* const pszType : {"xterm-256color", "vt220"}) {
-        CTuiTerminal clTerminal(TUI_SCENE " twice", {.csType = pszType});
-        const std::string csFirst = clTerminal.csShow();
-        ASSERT_TRUE(clTerminal.bPress("Down F1"));
-        EXPECT_TRUE(clTerminal.bGivenBack());
-        EXPECT_TRUE(clTerminal.bShows("closed"));
-        ASSERT_TRUE(clTerminal.bPress("Enter"));
-        EXPECT_EQ(clTerminal.csShow(), csFirst);
-        ASSERT_TRUE(clTerminal.bPress("F1"));
-        EXPECT_EQ(clTerminal.csReport(), "1 2 -1 -1 1 0:1 0 2 -1 -1 1");
-        EXPECT_TRUE(clTerminal.bGivenBack());
-    }
-}
-
 TEST(Screen, TheLoopEndsWithItsInput) {
     const struct {
         const char* pszCommand;

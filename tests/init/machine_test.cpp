@@ -96,11 +96,13 @@ TEST_F(SystemdMachine, AUnitThatWrapsAnInitScript) {
     Script("ZDCS-wrap", "Program=\"/opt/wrapped --service\"\nexit 0\n");
     ASSERT_TRUE(bShell("systemctl daemon-reload && systemctl enable ZDCS-wrap >/dev/null 2>&1"));
     EXPECT_EQ(csFind(L"ZDCS-wrap"), L"ZDCS-wrap,LSB: test,/opt/wrapped --service");
+    ASSERT_TRUE(bExists("/etc/rc2.d/S01ZDCS-wrap"));
     CService clService(&m_clManager, L"ZDCS-wrap");
     EXPECT_TRUE(clService.bStart(nullptr));
     EXPECT_EQ(clService.eGetStatus(), eServiceRunning);
     EXPECT_TRUE(clService.bRemove());
     EXPECT_FALSE(bExists("/etc/init.d/ZDCS-wrap"));
+    EXPECT_FALSE(bExists("/etc/rc2.d/S01ZDCS-wrap"));
     EXPECT_EQ(csFind(L"ZDCS-wrap"), L"none");
 }
 

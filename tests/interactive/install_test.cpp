@@ -193,28 +193,11 @@ TEST_F(CInitScripts, MayComplainButMustTellTheirProgram) {
     EXPECT_EQ(csFate("ZDCS-ZDSQL KalmoManager", csBefore), "==");
 }
 
-TEST_F(CStory, AUseraddOfAnotherKindWillDo) {
-    // It does not know -M, and somebody else is faster.
+TEST_F(CStory, AccountsAreAskedForAndMade) {
+    // A useradd that does not know -M, and somebody who is faster.
     csShell(R"(cd /srv/dist; cp /usr/sbin/useradd real
         printf '#!/bin/sh\ncase $2 in -M) exit 2; esac\n/srv/dist/real "$@"\nexit 9\n' >useradd; chmod 755 useradd
         mount --bind useradd /usr/sbin/useradd)");
-    Run(R"(
-        @licence
-        @directory
-        @config => Tab*2 Backspace*4 kdaemon Tab Enter
-        {103A} / {1235|kdaemon} / Yes No
-        @account
-        @telemetry
-        @installed)",
-        {.bRecord = true});
-    EXPECT_THAT(csCommands(), testing::HasSubstr(R"(
-sh: /usr/sbin/useradd -s/bin/false -M kdaemon 2>/dev/null
-sh: /usr/sbin/useradd -s/bin/false kdaemon 2>/dev/null
-)"));
-    EXPECT_EQ(csShell("umount /usr/sbin/useradd; stat -c %U /proc/$(pid ZDCS-ZDSQL)"), "kdaemon");
-}
-
-TEST_F(CStory, AccountsAreAskedForAndMade) {
     Run(R"(
         @licence
         @directory
@@ -228,6 +211,7 @@ TEST_F(CStory, AccountsAreAskedForAndMade) {
         {.bRecord = true});
     EXPECT_THAT(csCommands(), testing::HasSubstr(R"(
 sh: /usr/sbin/useradd -s/bin/false -M kdaemon 2>/dev/null
+sh: /usr/sbin/useradd -s/bin/false kdaemon 2>/dev/null
 sh: /usr/local/ZDSQL/kalmomanager --INSTALLER 2>/dev/null
 sh: /usr/local/ZDSQL/kalmo --INSTALLER --CREATEUSER "chef \"l'été\" \$x" --PWDC HEX 2>/dev/null
 )"));

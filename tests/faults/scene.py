@@ -1,6 +1,5 @@
 """A throwaway machine with one instance: what is on it, how it is put back, one run of the installer on it."""
-import contextlib
-import dataclasses
+import collections
 import glob
 import hashlib
 import os
@@ -10,7 +9,9 @@ import signal
 import socket
 import stat
 import subprocess
+import tempfile
 import time
+import typing
 
 NAME, PORT = "first", 4900
 INSTANCE, MANAGER = "ZDCS-" + NAME, "KalmoManager"
@@ -26,7 +27,7 @@ WATCHED = [DIRECTORY, NOTES, "/etc/systemd/system", "/etc/init.d"] + sorted(glob
 GROWING = (DIRECTORY + "/INSTALL.LOG", DIRECTORY + "/BDD/__system/kalmo.log")
 CALLS = ("openat mkdir mkdirat unlink unlinkat rmdir rename renameat renameat2 link symlink write pwrite64 ftruncate "
          "fallocate fchmod fchmodat fchown fchownat utimensat fsync fdatasync syncfs flock pipe2 clone clone3 fork "
-         "vfork wait4").split()
+         "vfork wait4 clock_nanosleep").split()
 # What an earlier instance left: every key that an installation writes, shorter and longer, and some that it does not.
 OLD_CONF = ("; mine\n[INIT]\nDBRootPath = /srv/an/older/and/longer/place/of/the/databases/\nAccessPort = 1\n"
             "Comment = kept\nName = formerly\n\n[TELEMETRY]\nACTIVE = 1\n")
@@ -43,16 +44,8 @@ def wait_for(condition, seconds):
     return found
 
 
-def processes(test):
-    """The processes whose folder in /proc satisfies the test; those that end meanwhile do not."""
-    found = []
-    for name in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            if test("/proc/" + name):
-                found.append(int(name))
-        except OSError:
-            pass
-    return found
+def start(service):
+    return f"systemctl start {service}" if SYSTEMD else f"/etc/init.d/{service} start"
 
 
 def program_of(service):
@@ -92,14 +85,11 @@ def keys(text):
     return found
 
 
-def content(path):
-    return "grows" if path in GROWING else hashlib.sha256(read(path)).hexdigest()
-
-
-def files(roots=WATCHED):
-    """Type, mode, owner and content of everything below the roots."""
+def files():
+    """Type, mode, owner and content of everything that is watched."""
     found = {}
-    for root in roots:
+    content = lambda path: "grows" if path in GROWING else hashlib.sha256(read(path)).hexdigest()
+    for root in WATCHED:
         for path in {name.rstrip("/") for name in [root] + glob.glob(root + "/**", recursive=True, include_hidden=True)}:
             if os.path.lexists(path) and path != NOTES:  # which says nothing when it is empty
                 st = os.lstat(path)
@@ -126,39 +116,31 @@ def difference(expected, actual):
                      for name in sorted(expected.keys() | actual.keys()) if expected.get(name) != actual.get(name))
 
 
-@dataclasses.dataclass
 class Snapshot:
-    """The machine at a moment. Restoring it takes some tenths of a second."""
-    tar: str
-    state: dict
-    running: list
+    """The machine as it is when this is made. To restore it takes some tenths of a second."""
 
-    @classmethod
-    def take(cls, name):
-        tar = f"{WORK}/{name}.tar"
-        sh(f"cd / && tar -cpf {tar} " + " ".join(path[1:] for path in WATCHED if os.path.exists(path)))
-        return cls(tar, state(), [service for service in (MANAGER, INSTANCE) if program_of(service)])
+    def __init__(self):
+        self.files, self.services, self.conf = files(), services(), read(CONF)
+        self.state = {**self.files, **self.services}
+        self.running = [service for service in (MANAGER, INSTANCE) if self.services[service]]
+        self.tar = tempfile.mktemp(dir=WORK)
+        sh(f"cd / && tar -cpf {self.tar} " + " ".join(path[1:] for path in WATCHED if os.path.exists(path)))
 
     def restore(self):
         if SYSTEMD:
             sh(f"systemctl stop {MANAGER} {INSTANCE}")
-        of_instance = lambda process: os.readlink(process + "/exe").startswith(DIRECTORY)
-        while left := processes(of_instance):
-            for pid in left:
-                with contextlib.suppress(ProcessLookupError):
-                    os.kill(pid, signal.SIGKILL)
-            time.sleep(0.01)
-        for path in WATCHED + glob.glob("/run/ZDCS-*") + glob.glob("/run/Kalmo*") + glob.glob("/run/kalmo*"):
-            shutil.rmtree(path, ignore_errors=True) if os.path.isdir(path) else os.path.exists(path) and os.unlink(path)
-        sh(f"tar -C / -xpf {self.tar}" + (" && systemctl daemon-reload" if SYSTEMD else ""))
-        for service in self.running:
-            sh(f"systemctl start {service}" if SYSTEMD else f"/etc/init.d/{service} start")
-        if not wait_for(lambda: services() == {k: v for k, v in self.state.items() if not k.startswith("/")}, 10):
+        wait_for(lambda: sh(f"find /proc/[0-9]*/exe -lname '{DIRECTORY}/*' | tr -dc '0-9\n' | xargs -r kill -9 && false"
+                            f" || find /proc/[0-9]*/exe -lname '{DIRECTORY}/*'").stdout == "", 10)
+        for path in WATCHED:
+            shutil.rmtree(path, ignore_errors=True)
+        sh(f"rm -f /run/ZDCS-* /run/Kalmo* /run/kalmo*; tar -C / -xpf {self.tar}")
+        for command in ["systemctl daemon-reload"] * SYSTEMD + [start(service) for service in self.running]:
+            sh(command)
+        if not wait_for(lambda: services() == self.services, 10):
             raise SystemExit("the machine cannot be put back:\n" + difference(self.state, state()))
 
 
-@dataclasses.dataclass
-class Order:
+class Order(typing.NamedTuple):
     """A run of the installer: the folder that it lies in, and what its parameter file says."""
     folder: str
     text: str
@@ -167,24 +149,20 @@ class Order:
         """Runs it under strace, and until all that it started has ended. Its status; -N when signal N ended it."""
         with open(WORK + "/pilot.ini", "w") as file:
             file.write(self.text)
-        for path in (TRACE, LOG):
-            if os.path.exists(path):
-                os.unlink(path)
-        traced = CALLS + ["clock_nanosleep"]
-        command = ["strace", "-qq", "-e", "signal=none", "-s", "200", "-o", LOG, "-e", "trace=" + ",".join(traced)]
+        sh(f"rm -f {TRACE} {LOG}")
+        command = ["strace", "-qq", "-e", "signal=none", "-s", "200", "-o", LOG, "-e", "trace=" + ",".join(CALLS)]
         for what in inject:
             command += ["-e", "inject=" + what]
         command += [self.folder + "/kalmoinstall", f"/PILOT={WORK}/pilot.ini"] + ["/DEBUG=" + TRACE] * trace
         process = subprocess.Popen(command, start_new_session=True, stdin=subprocess.DEVNULL,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         try:
-            status = process.wait(seconds)
+            status = process.wait(seconds)  # strace ends as the installer did, by the same signal
         except subprocess.TimeoutExpired:
             os.killpg(process.pid, signal.SIGKILL)
             return "endless"
-        # strace ends as its child did, by the same signal.
-        mine = lambda folder: read(folder + "/stat").rpartition(b") ")[2].split()[3] == b"%d" % process.pid
-        return status if wait_for(lambda: not processes(mine), 30) else "its children do not end"
+        ended = wait_for(lambda: not sh(f"pgrep -s {process.pid}").stdout, 30)
+        return status if ended else "its children do not end"
 
 
 def prepare(current, next_version):
@@ -203,12 +181,11 @@ def prepare(current, next_version):
             file.write("[Manager]\nDefaultStartLimitIntervalSec=0\n")
         sh("systemctl daemon-reexec")
     text = f"[PILOTAGE]\nMAJ=%d\n[SERVEUR]\nServeur={NAME}\nRepertoire={DIRECTORY}\nPort={PORT}\n"
-    return {"install": Order(current, text % 2), "upgrade": Order(next_version, text % 1),
-            "uninstall": Order(current, text % 3)}
+    return {name: Order(folder, text % operation) for name, folder, operation in
+            (("install", current, 2), ("upgrade", next_version, 1), ("uninstall", current, 3))}
 
 
-@dataclasses.dataclass
-class Call:
+class Call(typing.NamedTuple):
     """A system call of the installer: the nth of its name."""
     name: str
     nth: int
@@ -220,11 +197,11 @@ class Call:
 
 def calls():
     """The calls of the last run that change something, and those that wait for a child."""
-    counts, found = {}, []
+    counts, found = collections.Counter(), []
     for line in read(LOG).decode("latin-1").splitlines():
-        if match := re.match(r"(\w+)\(", line):
-            name = match[1]
-            counts[name] = counts.get(name, 0) + 1
+        name, is_call, _ = line.partition("(")
+        if is_call:
+            counts[name] += 1
             if name != "clock_nanosleep" and (name != "openat" or re.search("O_CREAT|O_TRUNC|O_RDWR|O_WRONLY", line)):
                 found.append(Call(name, counts[name], line))
     return found

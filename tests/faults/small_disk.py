@@ -48,11 +48,11 @@ def main(current, next_version):
     # The next version has two files more, for which there is no room; the marker leaves it for one.
     shutil.copytree(next_version, WORK + "/next")
     sh(f"cd {WORK}/next/tree && head -c 200000 /dev/urandom >more && cp more most && zip -q ../kalmoinstall.zip more most")
-    orders["upgrade"].folder = WORK + "/next"
+    orders["upgrade"] = orders["upgrade"]._replace(folder=WORK + "/next")
 
-    fresh = Snapshot.take("fresh")
+    fresh = Snapshot()
     orders["install"].run()
-    installed = Snapshot.take("installed")
+    installed = Snapshot()
     failures = 0
     for name, disk, told, marked, running in CASES:
         sh(f"mount -t tmpfs -o size=100m disk {DIRECTORY}")

@@ -15,8 +15,8 @@ import re
 import sys
 import time
 
-from scene import (CONF, DIRECTORY, INSTANCE, LOG, MANAGER, MARKER, SYSTEMD, TRACE,
-                   Snapshot, calls, difference, files, keys, prepare, program_of, read, sh, state, wait_for)
+from scene import (CONF, DIRECTORY, INSTANCE, LOG, MANAGER, MARKER, SYSTEMD, TRACE, Snapshot, calls, difference, files, keys,
+                   prepare, program_of, read, sh, state, wait_for)
 
 KINDS = {
     "openat": "ENOSPC EIO EROFS EMFILE ENOMEM", "pipe2": "EMFILE ENOMEM",
@@ -46,7 +46,7 @@ def sample(points, which):
     return [points[n] for n in sorted(kept)]
 
 
-def converges(name, order, before, expected, fault):
+def converges(name, order, expected, fault):
     """The same order again, without a fault, ends as if there never had been one."""
     status = order.run()
     wait_for(lambda: state() == expected, 8)
@@ -55,36 +55,33 @@ def converges(name, order, before, expected, fault):
 
 
 def sweep_kills(name, order, before, expected, which):
-    marker_commits = lambda points: next(n for n, p in enumerate(points) if p.name == "pwrite64" and '"OK"' in p.text)
     plans = []
     for trace in (False, True):
         before.restore()
         order.run(trace=trace)
         points = calls()
-        commit = marker_commits(points)
+        commit = next(n for n, p in enumerate(points) if p.name == "pwrite64" and '"OK"' in p.text)
         plan = [p for p in points if p.name != "pipe2" and (not trace or p.name == "write")]
         plans += [(trace, p, points.index(p) > commit) for p in sample(plan, which)]
-    old, new = keys(before.conf), keys(expected_conf := read(CONF))
+    old, new = keys(before.conf), keys(read(CONF))
     for trace, point, done in plans:
-        fault = f"killed before {point}" + (" with a trace" if trace else "")
+        fault = f"killed before {point}" + " with a trace" * trace
         before.restore()
-        touched = os.stat(MARKER).st_mtime_ns if os.path.exists(MARKER) else None
+        # A run that was killed before it did anything leaves the marker of the run before.
+        kept = os.path.exists(MARKER) and os.stat(MARKER).st_mtime_ns
         status = order.run([f"{point.name}:signal=KILL:when={point.nth}"], trace)
-        reached = calls()
+        reached = calls()[-1:]
         if point.name == "wait4" and status == 0:
             continue  # the handler of SIGCHLD may have been faster than the call
-        if status != -9 or not reached or (reached[-1].name, reached[-1].nth) != (point.name, point.nth):
-            complain(name, fault, f"the run ended with {status} at {reached and reached[-1]}")
-        if (read(MARKER) == b"OK") != done:
-            # The run may have been killed before it did anything at all.
-            untouched = touched and os.stat(MARKER).st_mtime_ns == touched and files() == before.files
-            if not untouched:
-                complain(name, fault, f"the marker says {read(MARKER)!r}")
+        if status != -9 or [call[:2] for call in reached] != [point[:2]]:
+            complain(name, fault, f"the run ended with {status} at {reached}")
+        if (read(MARKER) == b"OK") != done and not (kept and os.stat(MARKER).st_mtime_ns == kept and files() == before.files):
+            complain(name, fault, f"the marker says {read(MARKER)!r}")
         now = keys(read(CONF))
         for key, value in old.items():
             if now.get(key) not in (value, new.get(key, value)):
                 complain(name, fault, f"{key} was {value!r}, is {now.get(key)!r}, should become {new.get(key)!r}")
-        converges(name, order, before, expected, fault)
+        converges(name, order, expected, fault)
     return len(plans)
 
 
@@ -97,8 +94,8 @@ def judge_error(name, point, reason, before, expected):
     """What is wrong after a run in which a call failed, as a text; nothing when all is as it should be."""
     wait_for(lambda: state() == expected, 0.5)
     now, marked, trace = state(), read(MARKER) == b"OK", read(TRACE).decode()
-    if now == expected or TRACE in point.text or point.name == "write":
-        return "" if marked else "the result is complete and the marker missing"
+    if now == expected or TRACE in point.text:  # without a trace there is nothing to tell
+        return "" if marked == (now == expected) else f"the marker says {read(MARKER)!r}\n" + difference(expected, now)
     if not re.search(f"(failed|rror|not run).*{re.escape(reason)}", trace):
         return f"the trace does not tell of \"{reason}\":\n{trace}"
     if marked and files() != before.files and not re.search(f"({TOLERATED[name]}).*: failed", trace):
@@ -111,7 +108,9 @@ def judge_error(name, point, reason, before, expected):
 def sweep_errors(name, order, before, expected, which):
     before.restore()
     order.run(trace=True)
-    points = [p for p in calls() if p.name in KINDS]
+    # The sanitizers look at memory through pipes; with these a program of theirs cannot go on.
+    without = {"wait4"} | ({"pipe2", "write"} if re.search(rb"pipe2\(.*, 0\)", read(LOG)) else set())
+    points = [p for p in calls() if p.name not in without]
     count = 0
     for number, point in enumerate(sample(points, which)):
         errors = KINDS[point.name].split()
@@ -126,9 +125,9 @@ def sweep_errors(name, order, before, expected, which):
                 wrong = judge_error(name, point, os.strerror(getattr(errno, error)), before, expected)
                 if status != 0 or wrong:
                     complain(name, fault, f"the run ended with {status}", wrong)
-                # Nobody gives an order again that was carried out.
-                if read(MARKER) != b"OK":
-                    converges(name, order, before, expected, fault)
+                # Nobody gives an order again that was carried out; and without its note no uninstall goes on.
+                if read(MARKER) != b"OK" and not re.search(rb"note the uninstall.*: failed", read(TRACE)):
+                    converges(name, order, expected, fault)
     return count
 
 
@@ -138,12 +137,11 @@ def main(sweep, current, next_version, which):
         started = time.monotonic()
         if name == "uninstall" and not SYSTEMD:
             sh(f"/etc/init.d/{INSTANCE} stop")
-        before = Snapshot.take(name)
-        before.conf, before.files = read(CONF), files()
+        before = Snapshot()
         if run.run() != 0 or read(MARKER) != b"OK":
             raise SystemExit(f"the undisturbed {name} failed")
         time.sleep(0.5)
-        after = Snapshot.take(name + "-done")
+        after = Snapshot()
         count = {"kill": sweep_kills, "error": sweep_errors}[sweep](name, run, before, after.state, which)
         print(f"{name}: {count} faults, {time.monotonic() - started:.0f} s", flush=True)
         after.restore()

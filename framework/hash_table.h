@@ -1,8 +1,11 @@
 #ifndef KALMO_FRAMEWORK_HASH_TABLE_H
 #define KALMO_FRAMEWORK_HASH_TABLE_H
 
+#include <sys/auxv.h>
+
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <string_view>
 #include <unordered_map>
@@ -17,7 +20,8 @@ namespace kalmo {
 ///
 /// A name's hash starts at 5381 and takes, for each character, hash * 33 + the upper-case character. Names
 /// with one hash are easily made up, and names come from files: only the first name of a hash stands in the
-/// table itself, the others are kept in order, so that no choice of names makes it slow.
+/// table itself, the others are kept in order; and which hashes share a bucket differs from run to run. So no
+/// choice of names makes it slow.
 template <class T>
 class CTHashTableTi {
   public:
@@ -57,6 +61,23 @@ class CTHashTableTi {
         }
         return unHash;
     }
+    /// Spreads the hashes over the buckets, by a factor that nobody knows beforehand.
+    struct CSpread {
+        std::size_t operator()(std::uint32_t unHash) const noexcept {
+            static const std::uint64_t u64Factor = __u64Random() | 1;
+            return static_cast<std::size_t>(unHash * u64Factor >> 32);
+        }
+
+      private:
+        // The system gives every program sixteen random bytes along.
+        static std::uint64_t __u64Random() noexcept {
+            std::uint64_t tab[2] = {};
+            if (const auto* const p = reinterpret_cast<const void*>(::getauxval(AT_RANDOM)); p != nullptr) {
+                std::memcpy(tab, p, sizeof tab);
+            }
+            return tab[0] * 0x9E3779B97F4A7C15 + tab[1];
+        }
+    };
     struct CLess {
         using is_transparent = void;
         bool operator()(std::wstring_view svLeft, std::wstring_view svRight) const {
@@ -64,7 +85,7 @@ class CTHashTableTi {
         }
     };
 
-    std::unordered_map<std::uint32_t, std::pair<CTString, T>> m_tabFirst;
+    std::unordered_map<std::uint32_t, std::pair<CTString, T>, CSpread> m_tabFirst;
     std::map<CTString, T, CLess> m_tabOther;
 };
 

@@ -108,8 +108,8 @@ TEST_F(SystemdMachine, AUnitThatWrapsAnInitScript) {
 
 using SysVMachine = MachineTest;
 
-// Families by what their machines are (see as_family): the tool that links a script into the boot, and a
-// link.
+// Families (see as_family): what detection makes of them, what links a script into the boot, one of the
+// links.
 struct STFamily {
     const char* pszName;
     int nDistri;
@@ -144,11 +144,6 @@ TEST_F(SysVMachine, TheLifeOfAService) {
     ASSERT_NE(pstFamily, std::end(tabFamily));
     const bool bOpenRC = pstFamily->nDistri == eGentoo;
     const std::string csLink = pstFamily->pszLink;
-    // Links of a script in whatever runlevel.
-    const auto bLinked = [](const std::string& csName) {
-        return bShell("ls /etc/rc?.d/*ZDCS-" + csName + " /etc/runlevels/*/ZDCS-" + csName +
-                      " 2>/dev/null | grep -q .");
-    };
     ASSERT_EQ(CServiceManager::ms_eDistri, pstFamily->nDistri);
     Script("ZDCS-life", PSZ_SCRIPT_BODY);
     Script("ZDCS-other", "");
@@ -162,11 +157,12 @@ TEST_F(SysVMachine, TheLifeOfAService) {
     CService clService(&m_clManager, L"ZDCS-life");
     LiveThrough(clService);
     EXPECT_TRUE(clService.bStart(nullptr));
+    Await(clService, eServiceRunning);
     ASSERT_TRUE(bShell("kill -9 $(cat /run/life)"));
     Await(clService, bOpenRC ? eServiceRunning : eServiceFailed);  // OpenRC does not look
     EXPECT_TRUE(clService.bRemove());
     EXPECT_FALSE(bExists("/etc/init.d/ZDCS-life"));
-    EXPECT_FALSE(bLinked("life"));
+    EXPECT_FALSE(bShell("ls -d /etc/rc?.d/*ZDCS-life /etc/runlevels/*/ZDCS-life 2>/dev/null | grep ."));
     EXPECT_TRUE(bExists(csLink + "other")) << "another one's";
     EXPECT_TRUE(clService.bRemove()) << "gone already";
     EXPECT_EQ(tabList(L"ZDCS-"), CNames{L"ZDCS-other"});

@@ -156,6 +156,8 @@ def entries_in_each_others_way(sets):
     again = entry(b"again", bytes(1 << 20), deflate=True)
     sets.add("overlapping", archive(again, *[(b"", lambda _: again[1](0))] * 299), "policy",
              {"again": bytes(1 << 20)})
+    many = [entry(b"\\%06d" % n + b"n" * 250)[1] for n in range(1000)]  # each of them takes the most memory
+    sets.add("many headers", archive(*[(b"", lambda _, central=central: central(0)) for central in many]))
     for first, second in ("a", "a/b"), ("a/b", "a"):
         sets.add("file and folder", archive(entry(first.encode()), entry(second.encode())), "refuse-hostile",
                  {first: HELLO, second: 2})

@@ -159,7 +159,7 @@ bool CPilot::__bInstall() {
         StopService(*pclManagerHere, m_clTrace);
     }
     const bool bInstalled = __bInstallInto(clExtractor, clInstallDir, clDatabaseDir, csName);
-    if (pclManagerHere != nullptr && !bRunning(*pclManagerHere)) {
+    if (pclManagerHere != nullptr && !bRunning(*pclManagerHere, m_clTrace)) {
         StartService(*pclManagerHere, m_clTrace);
     }
     if (bInstalled) {
@@ -203,9 +203,10 @@ bool CPilot::__bUpgrade(CService& rclService, const CTString& csName) {
     if (!__bForgetSuccess(csDirectory) || !clExtractor.bInit()) {
         return false;
     }
+    CUninstallRecord(__csServiceName(csName)).bDiscard();
     clServices.StopAll();
     if (!clExtractor.bUpgrade(csDirectory.pszGet(), nullptr) || !clExtractor.bSync(csDirectory.pszGet())) {
-        return __bFail(L"extract", L"the stopped services stay stopped");
+        return __bFail(L"extract", L"what was stopped stays stopped");
     }
     clServices.StartAll();
     __LogSuccess(csDirectory);
@@ -258,12 +259,10 @@ bool CPilot::__bUnregister(const CTString& csName, CUninstallRecord& rclRecord, 
         m_clTrace.Outcome(L"note the uninstall of " + *pcsProgram,
                           rclRecord.bWrite(pclService->pszGetName(), *pcsProgram));
     }
-    if (!pclService->bRemove()) {
-        rclRecord.bDiscard();
-        return __bFail(L"unregister " + csName, L"the service stays");
-    }
-    m_clTrace.Step(L"unregister " + csName, L"ok");
-    return true;
+    errno = 0;
+    const bool bRemoved = pclService->bRemove();
+    m_clTrace.Outcome(L"unregister " + csName, bRemoved);
+    return bRemoved;
 }
 
 bool CPilot::__bDelete(const CTString& csPath) {

@@ -24,13 +24,13 @@ bool CRunLock::bTake(CTrace& rclTrace) {
     if (!m_clFd.bValid()) {
         m_clFd.Reset(::open(PSZ_LOCK, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
     }
-    if (::flock(m_clFd.nGet(), LOCK_EX | LOCK_NB) == 0) {
-        return true;
-    }
-    if (m_clFd.bValid() && errno == EWOULDBLOCK) {
+    const bool bMine = m_clFd.bValid() && ::flock(m_clFd.nGet(), LOCK_EX | LOCK_NB) == 0;
+    if (!bMine && m_clFd.bValid() && errno == EWOULDBLOCK) {
         return false;
     }
-    rclTrace.Outcome(PSZ_STEP, false);
+    if (!bMine) {
+        rclTrace.Outcome(PSZ_STEP, false);
+    }
     return true;
 }
 

@@ -41,8 +41,13 @@ CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, 
     return pclService;
 }
 
-bool bRunning(CService& rclService) {
-    return rclService.eGetStatus() == eServiceRunning;
+bool bRunning(CService& rclService, CTrace& rclTrace) {
+    errno = 0;
+    const eSERVICESTATUS eStatus = rclService.eGetStatus();
+    if (eStatus == eServiceUnknown) {
+        rclTrace.Outcome(L"ask whether " + CTString(rclService.pszGetName()) + L" runs", false);
+    }
+    return eStatus == eServiceRunning;
 }
 
 void StopService(CService& rclService, CTrace& rclTrace) {
@@ -72,7 +77,7 @@ CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)
       m_rclTrace(rclTrace),
       m_csDirectory(csGetProgramDirectory(&rclInstance)),
       m_pclKalmoManager(pclGetKalmoManager(*rclInstance.pclGetManager())) {
-    m_bManagerHere = m_pclKalmoManager != nullptr && bRunning(*m_pclKalmoManager) &&
+    m_bManagerHere = m_pclKalmoManager != nullptr && bRunning(*m_pclKalmoManager, m_rclTrace) &&
                      bProgramIn(*m_pclKalmoManager, m_csDirectory);
 }
 
@@ -86,7 +91,7 @@ void CUpgradeServices::StopAll() {
 }
 
 void CUpgradeServices::StartAll() {
-    if (m_pclKalmoManager != nullptr && !bRunning(*m_pclKalmoManager)) {
+    if (m_pclKalmoManager != nullptr && !bRunning(*m_pclKalmoManager, m_rclTrace)) {
         StartService(*m_pclKalmoManager, m_rclTrace);
     }
     StartService(m_rclInstance, m_rclTrace);

@@ -17,7 +17,8 @@ void ListServer(CServiceManager& rclManager, CServiceList& rtabServer);
 /// The shared manager's service when its program lies in that directory, else null.
 CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, const wchar_t* pszDir);
 
-bool bRunning(CService& rclService);
+/// Whether a service runs. One that cannot be asked counts as not running, and the trace tells.
+bool bRunning(CService& rclService, CTrace& rclTrace);
 /// Stop and start a service and trace it. What comes of it decides nothing: the run goes on. A script may
 /// have written on the screen, which is shown again.
 void StopService(CService& rclService, CTrace& rclTrace);
@@ -39,7 +40,7 @@ class CUpgradeServices {
 
     /// True when the manager ran from the instance's directory when this object was made.
     [[nodiscard]] bool bManagerHere() const noexcept { return m_bManagerHere; }
-    [[nodiscard]] bool bInstanceRunning() { return bRunning(m_rclInstance); }
+    [[nodiscard]] bool bInstanceRunning() { return bRunning(m_rclInstance, m_rclTrace); }
     /// The directory of the instance's program, with its trailing "/"; empty when the service tells none.
     [[nodiscard]] const CTString& csGetDirectory() const noexcept { return m_csDirectory; }
 

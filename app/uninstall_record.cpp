@@ -7,6 +7,7 @@
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/errno_kept.h"
 
 namespace kalmo {
 namespace {
@@ -29,9 +30,15 @@ CUninstallRecord::CUninstallRecord(std::wstring_view svService) : m_csPath(svSer
 bool CUninstallRecord::bWrite(const CTString& csName, const CTString& csProgram) {
     const CXYString<char> csText = csToUTF8(csName + L"\n" + csProgram + L"\n");
     CDiskFile clFile;
-    return CDiskFile::bCreateDirectory(PSZ_DIRECTORY) && clFile.bOpen(m_csPath, CDiskFile::eMODE::Create) &&
-           clFile.bWrite(csText.pszGet(), csText.nGetLength()) && clFile.bSync() &&
-           bSyncDirectory(PSZ_DIRECTORY);
+    const bool bWritten = CDiskFile::bCreateDirectory(PSZ_DIRECTORY) &&
+                          clFile.bOpen(m_csPath, CDiskFile::eMODE::Create) &&
+                          clFile.bWrite(csText.pszGet(), csText.nGetLength()) && clFile.bSync() &&
+                          bSyncDirectory(PSZ_DIRECTORY);
+    if (!bWritten) {
+        const CErrnoKept clKept;
+        bDiscard();
+    }
+    return bWritten;
 }
 
 bool CUninstallRecord::bRead(CTString* pcsName, CTString* pcsProgram) const {

@@ -19,7 +19,8 @@ class CUninstallRecord {
     /// The record of a service by the name that it is looked up with.
     explicit CUninstallRecord(std::wstring_view svService);
 
-    /// Notes the service's own name and its program, an absolute path. On the disk when it returns true.
+    /// Notes the service's own name and its program, an absolute path. On the disk when it returns true,
+    /// else not there, with errno set.
     bool bWrite(const CTString& csName, const CTString& csProgram);
     /// What an earlier run noted and did not finish. False when there is nothing, or nothing that makes
     /// sense.

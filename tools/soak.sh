@@ -32,11 +32,11 @@ step() {
 
 build() { cmake --preset "$1" && cmake --build --preset "$1" --target "${@:2}"; }
 
-# sweep KILL_OR_ERROR KIND BUILD: a fault at every call of an installation, an upgrade and an uninstallation.
+# sweep KILL_OR_ERROR KIND BUILD WHICH: faults at the calls of an installation, an upgrade and an uninstallation.
 sweep() {
     build "$3" payload_current payload_next &&
         "$machine" "$2" -- /usr/bin/python3 tests/faults/sweep.py \
-            "$1" "$PWD/build/$3/payload/current" "$PWD/build/$3/payload/next" all
+            "$1" "$PWD/build/$3/payload/current" "$PWD/build/$3/payload/next" "$4"
 }
 
 # fuzz TARGET MINUTES: what is found new stays in build/soak/TARGET, the corpus as it is.
@@ -47,11 +47,11 @@ fuzz() {
 
 [[ $wanted == *" --list "* ]] || { tools/install_packages.sh check && mkdir -p "$logs"; } || exit 1
 
-step kill_sysv 5 sweep kill sysv release
-step kill_systemd 15 sweep kill systemd release
-step kill_sysv_sanitized 30 sweep kill sysv dev
-step error_sysv 30 sweep error sysv release
-step error_systemd 60 sweep error systemd release
+step kill_sysv 5 sweep kill sysv release all
+step kill_systemd 15 sweep kill systemd release all
+step kill_sanitized 30 sweep kill sysv dev 200
+step error_sysv 30 sweep error sysv release all
+step error_systemd 60 sweep error systemd release all
 for source in fuzz/fuzz_*.cpp; do
     name=$(basename "$source" .cpp)
     step "$name" 31 fuzz "$name" 30

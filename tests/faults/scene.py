@@ -85,10 +85,15 @@ def keys(text):
     return found
 
 
+def content(path):
+    # Nulls at the end of a configuration are what the next update of it cuts off.
+    text = read(path).rstrip(b"\0") if path == CONF else read(path)
+    return "grows" if path in GROWING else hashlib.sha256(text).hexdigest()
+
+
 def files():
     """Type, mode, owner and content of everything that is watched."""
     found = {}
-    content = lambda path: "grows" if path in GROWING else hashlib.sha256(read(path)).hexdigest()
     for root in WATCHED:
         for path in {name.rstrip("/") for name in [root] + glob.glob(root + "/**", recursive=True, include_hidden=True)}:
             if os.path.lexists(path) and path != NOTES:  # which says nothing when it is empty

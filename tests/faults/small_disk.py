@@ -58,7 +58,7 @@ def main(current, next_version):
         sh(f"mount -t tmpfs -o size=100m disk {DIRECTORY}")
         (fresh if name == "install" else installed).restore()
         squeeze(disk)
-        status = orders[name].run(trace=True)
+        status = orders[name].run(["clock_nanosleep:retval=0"], trace=True)  # waiting makes no room
         trace = read(TRACE).decode()
         wrong = [f"it ended with {status}"] * (status != 0)
         wrong += [f"the trace does not tell \"{told}\""] * (not re.search(told, trace))

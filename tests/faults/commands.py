@@ -5,12 +5,10 @@
 
 Exits with 1 when a run did not end in time or not as it must.
 """
-import re
 import shutil
 import sys
-import time
 
-from scene import INSTANCE, MARKER, TRACE, WORK, Snapshot, greeting, prepare, read, sh, wait_for
+from scene import INSTANCE, WORK, Snapshot, check_case, prepare, sh
 
 SYSTEMCTL = "rm -f /bin/systemctl; printf '#!/bin/sh\\n%s\\n' '{}' >/bin/systemctl; chmod 755 /bin/systemctl"
 SCRIPT = f"sed -i '2i [ \"$1\" != {{}} ] || {{}}' /etc/init.d/{INSTANCE}"
@@ -47,25 +45,16 @@ def main(current, next_version):
     fresh = Snapshot()
     orders["install"].run()
     installed = Snapshot()
-    failures = 0
+    good = True
     for name, made, longest, told, marked, running in CASES:
         (fresh if name in ("install", "odd") else installed).restore()
         shutil.rmtree(WORK + "/odd", ignore_errors=True)
         shutil.copytree(current, WORK + "/odd")
         if (done := sh(made)).returncode:
             raise SystemExit(done.stderr)
-        start = time.monotonic()
-        status = orders[name].run(trace=True, seconds=longest)
-        trace = read(TRACE).decode()
-        runs = bool(wait_for(greeting, 3 if running else 0.2))
-        wrong = [f"it ended with {status}, after {time.monotonic() - start:.0f} s"] * (status != 0)
-        wrong += [f"the trace does not tell \"{told}\""] * (not re.search(told, trace))
-        wrong += [f"the marker says {read(MARKER)!r}"] * ((read(MARKER) == b"OK") != marked)
-        wrong += [f"the server {'does not run' if running else 'runs'}"] * (runs != running)
-        print(f"{'FAILED' if wrong else 'ok':8}{name}: {made}", *wrong, *[trace] * bool(wrong), sep="\n  ", flush=True)
-        failures += bool(wrong)
+        good &= check_case(f"{name}: {made}", orders[name].run(trace=True, seconds=longest), told, marked, running)
         sh(f"pkill -f '^sleep 1000'; cp -p {WORK}/systemctl /bin/; cp -p {WORK}/update-rc.d /usr/sbin/")
-    raise SystemExit(failures > 0)
+    raise SystemExit(not good)
 
 
 main(*sys.argv[1:])

@@ -30,19 +30,11 @@ step() {
     fi
 }
 
-build() { cmake --preset "$1" && cmake --build --preset "$1" --target "${@:2}"; }
-
 # sweep KILL_OR_ERROR KIND BUILD WHICH: faults at the calls of an installation, an upgrade and an uninstallation.
 sweep() {
-    build "$3" payload_current payload_next &&
+    cmake --preset "$3" && cmake --build --preset "$3" --target payload_current payload_next &&
         "$machine" "$2" -- /usr/bin/python3 tests/faults/sweep.py \
             "$1" "$PWD/build/$3/payload/current" "$PWD/build/$3/payload/next" "$4"
-}
-
-# fuzz TARGET MINUTES: what is found new stays in build/soak/TARGET, the corpus as it is.
-fuzz() {
-    mkdir -p "$logs/$1" && build fuzz "$1" &&
-        build/fuzz/fuzz/"$1" -max_total_time=$(($2 * 60)) -artifact_prefix="$logs/$1/" "$logs/$1" "fuzz/corpus/${1#fuzz_}"
 }
 
 [[ $wanted == *" --list "* ]] || { tools/install_packages.sh check && mkdir -p "$logs"; } || exit 1
@@ -51,10 +43,9 @@ step kill_sysv 5 sweep kill sysv release all
 step kill_systemd 15 sweep kill systemd release all
 step kill_sanitized 30 sweep kill sysv dev 200
 step error_sysv 30 sweep error sysv release all
-step error_systemd 60 sweep error systemd release all
-for source in fuzz/fuzz_*.cpp; do
-    name=$(basename "$source" .cpp)
-    step "$name" 31 fuzz "$name" 30
+step error_systemd 90 sweep error systemd release all
+for corpus in fuzz/corpus/*; do
+    step "fuzz_${corpus##*/}" 31 fuzz/run.sh 1800 "${corpus##*/}"
 done
 
 if ((${#failed[@]} > 0)); then

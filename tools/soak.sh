@@ -10,6 +10,7 @@ cd "$(dirname "$0")/.." || exit 1
 machine=tests/machine/machine
 logs=build/soak
 wanted=" $* "
+ran=0
 failed=()
 
 # step NAME MINUTES COMMAND...
@@ -18,9 +19,11 @@ step() {
     shift 2
     if [[ $wanted == *" --list "* ]]; then
         printf '%-24s %4d min\n' "$name" "$minutes"
+        ran=1
         return
     fi
     [[ $wanted == "  " || $wanted == *" $name "* ]] || return
+    ran=$((ran + 1))
     if "$@" >"$logs/$name.log" 2>&1; then
         printf 'ok      %-24s %5d s of about %d min\n' "$name" $((SECONDS - start)) "$minutes"
     else
@@ -48,6 +51,7 @@ for corpus in fuzz/corpus/*; do
     step "fuzz_${corpus##*/}" 31 fuzz/run.sh 1800 "${corpus##*/}"
 done
 
+((ran > 0)) || { echo "no such step:$wanted" >&2; exit 2; }
 if ((${#failed[@]} > 0)); then
     echo "FAILED: ${failed[*]}"
     exit 1

@@ -5,10 +5,13 @@
 #include <array>
 #include <climits>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "framework/conversion.h"
+#include "framework/memory_stream.h"
 #include "framework/process_info.h"
+#include "framework/profile_encoding.h"
 #include "tests/support/temp_folder.h"
 
 namespace kalmo {
@@ -153,6 +156,16 @@ TEST_F(Profile, EveryByteAndUnitOutsideAChangeStays) {
     }
     File(csOdd);
     EXPECT_EQ(csGet(L"AB", L"n"), L"v");
+}
+
+TEST_F(Profile, FindsTheMarkAndPutsTheStreamBack) {
+    for (const auto& [csBytes, nBefore, bWide, nAfter] :
+         {std::tuple("\xFF\xFE["s, 0, true, 2), {"\xFF\xFE["s, 1, true, 1}, {"\xFE\xFF["s, 0, false, 0}}) {
+        CMemoryStream clStream(CTLBIN(csBytes.begin(), csBytes.end()));
+        clStream.bSeek(nBefore);
+        EXPECT_EQ(bFichierUnicode(clStream), bWide);
+        EXPECT_EQ(clStream.i64GetPosition(), nAfter);
+    }
 }
 
 TEST_F(Profile, ListsSectionsAndKeys) {

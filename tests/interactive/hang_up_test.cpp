@@ -15,23 +15,32 @@ std::string csBusy(const std::string& rcsDirectory, const std::string& rcsSecond
            "; cp --remove-destination /bin/sleep zdlogger; ./zdlogger " + rcsSeconds + " >/dev/null 2>&1 &";
 }
 
+const std::string UNATTENDED = R"(
+    printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/srv/zd/first\nPort=4950\n' >/tmp/orders
+    exec >/dev/null 2>&1
+    install() { /srv/dist/current/kalmoinstall /PILOT=/tmp/orders /DEBUG=/tmp/trace2; }
+    )";
+const std::string DONE = "[ $(cat /srv/zd/first/Install.log) = OK ] && greeting 4950 && active ZDCS-first";
+
 TEST_F(CStory, AHangUpAtAQuestionChangesNothing) {
-    const std::string csBefore = csFiles();
-    std::vector<STStep> tab;
-    const auto HangUpEverywhere = [&](const std::string& rcsScript, const STStart& rst, int nStatus) {
+    const auto HangUpEverywhere = [this](const std::string& rcsScript, int nStatus, const STStart& rst = {}) {
+        const std::string csBefore = csFiles() + csProcesses("ZDCS-first KalmoManager");
+        std::vector<STStep> tab;
         for (const STStep& rstStep : tabSteps(rcsScript)) {
             Start(rst);
             tab.push_back({rstStep.csShown, "", ""});
             Walk(tab);
             rclTerminal().HangUp();
             EXPECT_EQ(rclTerminal().nWaitEnd(), nStatus) << rstStep.csShown;
-            EXPECT_TRUE(csFiles() == csBefore) << rstStep.csShown;
+            EXPECT_TRUE(csFiles() + csProcesses("ZDCS-first KalmoManager") == csBefore) << rstStep.csShown;
             tab.back().csKeys = rstStep.csKeys;
         }
-        tab.clear();
     };
-    HangUpEverywhere(QUESTIONS, {}, 128 + SIGHUP);
-    HangUpEverywhere(QUESTIONS, {.tabLauncher = {"env", "--ignore-signal=HUP"}}, 0);
+    HangUpEverywhere(QUESTIONS, 128 + SIGHUP);
+    HangUpEverywhere(QUESTIONS, 0, {.csLauncher = "env --ignore-signal=HUP"});
+    Install("first", 4950);
+    HangUpEverywhere("@licence\n@action\n@toupgrade\n@telemetry\nServer: *", 128 + SIGHUP);
+    HangUpEverywhere("@licence\n@action => Down*2 Enter*2\n@toremove", 128 + SIGHUP);
 }
 
 TEST_F(CStory, AHangUpDoesNotEndWorkThatHasBegun) {
@@ -59,32 +68,30 @@ TEST_F(CStory, AHangUpDoesNotEndWorkThatHasBegun) {
     HangUp("@licence\n@action => Down*2 Enter*2\n@toremove => Enter", "ZDSQL server");
     EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL && absent /usr/local/ZDSQL/tvzdsrv.so"));
     csShell("rm -r /run/systemd/system/ZDCS-ZDSQL.service.d; systemctl daemon-reload");
+    // An unattended run has no questions.
+    csShell(csBusy("/srv/zd/first", "2") + UNATTENDED +
+            "install & sleep 1; pkill -HUP -x kalmoinstall; wait %2");
+    EXPECT_TRUE(bShell(DONE));
 }
 
 TEST_F(CStory, TwoInstallersDoNotWorkAtOnce) {
-    const std::string csOrders = R"(
-        printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/srv/zd/first\nPort=4950\n' >/tmp/orders
-        )";
-    const std::string csUnattended = "/srv/dist/current/kalmoinstall /PILOT=/tmp/orders /DEBUG=/tmp/trace2";
-    const std::string csDone =
-        "[ $(cat /srv/zd/first/Install.log) = OK ] && greeting 4950 && active ZDCS-first";
     // One works: the operator is told.
-    csShell(csOrders + csBusy("/srv/zd/first", "4") + csUnattended + " >/dev/null 2>&1 & sleep 1");
-    Run("Attention / {28865} / OK");
-    EXPECT_TRUE(bShell("while pgrep -x kalmoinstall; do sleep 0.1; done; " + csDone));
+    csShell(csBusy("/srv/zd/first", "4") + UNATTENDED + "install & sleep 1");
+    Run("Attention / {70C1} / OK");
+    EXPECT_TRUE(bShell("while pgrep -x kalmoinstall; do sleep 0.1; done; " + DONE));
     // The operator has the machine: the other one waits.
     Start({});
     Walk(tabSteps("@licence"));
-    csShell("rm /srv/zd/first/Install.log /tmp/trace2; " + csUnattended + " >/dev/null 2>&1 &");
+    csShell("rm /srv/zd/first/Install.log /tmp/trace2; " + UNATTENDED + "install &");
     EXPECT_TRUE(bShell("for n in {1..50}; do grep waiting /tmp/trace2 && break; sleep 0.1; done"));
     EXPECT_TRUE(bShell("absent /srv/zd/first/Install.log && ! grep upgrade /tmp/trace2"));
     End(tabSteps("@action => Tab*2 Enter"));
     EXPECT_TRUE(
-        bShell("while pgrep -x kalmoinstall; do sleep 0.1; done; grep upgrade /tmp/trace2 && " + csDone));
+        bShell("while pgrep -x kalmoinstall; do sleep 0.1; done; grep upgrade /tmp/trace2 && " + DONE));
     // Of two that install the same instance the second upgrades it.
     SetUp();
-    csShell(csUnattended + " >/dev/null 2>&1 & " + csUnattended + " >/dev/null 2>&1; wait");
-    EXPECT_TRUE(bShell(csDone));
+    csShell(UNATTENDED + "install & install; wait");
+    EXPECT_TRUE(bShell(DONE));
     EXPECT_EQ(csShell("grep -c 'unattended run: ok' /tmp/trace2"), "3");
 }
 

@@ -94,11 +94,12 @@ def judge_error(name, point, reason, before, expected):
     """What is wrong after a run in which a call failed, as a text; nothing when all is as it should be."""
     wait_for(lambda: state() == expected, 0.5)
     now, marked, trace = state(), read(MARKER) == b"OK", read(TRACE).decode()
-    if now == expected or TRACE in point.text:  # without a trace there is nothing to tell
-        return "" if marked == (now == expected) else f"the marker says {read(MARKER)!r}\n" + difference(expected, now)
+    done, begun = now == expected, files() != before.files
+    if done or TRACE in point.text:  # without a trace there is nothing to tell
+        return "" if marked == done or not begun else f"the marker says {read(MARKER)!r}\n" + difference(expected, now)
     if not re.search(f"(failed|rror|not run).*{re.escape(reason)}", trace):
         return f"the trace does not tell of \"{reason}\":\n{trace}"
-    if marked and files() != before.files and not re.search(f"({TOLERATED[name]}).*: failed", trace):
+    if marked and begun and not re.search(f"({TOLERATED[name]}).*: failed", trace):
         return "the marker says OK:\n" + difference(expected, now)
     if "stay stopped" in trace and (program_of(INSTANCE) or program_of(MANAGER)) and not re.search("stop .*: failed", trace):
         return "a service of a half-replaced instance runs"

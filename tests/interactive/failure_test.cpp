@@ -11,9 +11,9 @@ TEST_F(CStory, NothingBeginsWithoutRightsAndPayload) {
     const struct {
         const char* pszPrepare;
         const char* pszText;
-        std::vector<std::string> tabLauncher = {};
+        const char* pszLauncher = "";
     } TAB[] = {
-        {"", "{103C}", {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"}},
+        {"", "{103C}", "setpriv --reuid=65534 --regid=65534 --clear-groups"},
         {"rm kalmoinstall.zip", "{103D}"},
         {"truncate -s -30 kalmoinstall.zip", "{103D}"},
         {"zip -qd kalmoinstall.zip license.txt", "{103D}"},
@@ -25,7 +25,7 @@ TEST_F(CStory, NothingBeginsWithoutRightsAndPayload) {
         SetUp();
         csShell("cd /srv/dist/current; " + std::string(rst.pszPrepare));
         const std::string csBefore = csFiles();
-        Run("Attention / " + std::string(rst.pszText) + " / OK", {.tabLauncher = rst.tabLauncher});
+        Run("Attention / " + std::string(rst.pszText) + " / OK", {.csLauncher = rst.pszLauncher});
         EXPECT_TRUE(csFiles() == csBefore);
     }
 }
@@ -41,7 +41,7 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
         const char* pszPrepare;
         std::string csScript;
         const char* pszThen;
-        std::vector<std::string> tabLauncher = {};
+        const char* pszLauncher = "";
     } TAB[] = {
         // Of the codes of the server's programs 255 alone is a failure. The log is shown whole.
         {"echo 255 >kalmomanager.fail; seq -f 'line %g é' 40 >>kalmomanager.fail", csStart + R"(
@@ -70,11 +70,10 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
             @telemetry
             Attention / /proc/zd/: No such file or directory / OK)",
          "absent kalmo"},
-        {"",
-         csStart + "Attention / Operation not permitted / OK",
+        {"", csStart + "Attention / Operation not permitted / OK",
          "test -e kalmomanager && absent ZDConf.ini",
-         {"env", "ASAN_OPTIONS=detect_leaks=0", "strace", "-qq", "-o/dev/null", "-e",
-          "inject=chown,lchown,fchown,fchownat:error=EPERM"}},
+         "env ASAN_OPTIONS=detect_leaks=0 strace -qq -o/dev/null "
+         "-e inject=chown,lchown,fchown,fchownat:error=EPERM"},
         // A command line that is too long is cut; so is the password in it, which the server then refuses.
         {"", "@directory\n@config\n@account => Enter " + std::string(190, 'a') + R"( Enter*2
             @telemetry
@@ -85,7 +84,7 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
         SCOPED_TRACE(rst.csScript);
         SetUp();
         csShell("mkdir -p /usr/local/ZDSQL; cd /usr/local/ZDSQL; " + std::string(rst.pszPrepare));
-        Run("@licence\n" + rst.csScript, {.tabLauncher = rst.tabLauncher});
+        Run("@licence\n" + rst.csScript, {.csLauncher = rst.pszLauncher});
         EXPECT_TRUE(bShell("cd /usr/local/ZDSQL; " + std::string(rst.pszThen)));
     }
 }
@@ -96,8 +95,8 @@ TEST_F(CStory, TheLicenceMayBeginWithAMarkAndADeathLeavesNothingOfIt) {
         zip -qd kalmoinstall.zip license.txt; zip -q kalmoinstall.zip LICENSE.TXT)");
     Run("{103E} / Agree. / {103F} {1040}\n@directory => Tab*3 Enter");
     // Each read of the payload takes a while.
-    Start({.tabLauncher = {"env", "ASAN_OPTIONS=detect_leaks=0", "strace", "-D", "-qq", "-o/dev/null", "-P",
-                           "/srv/dist/current/kalmoinstall.zip", "-e", "inject=pread64:delay_exit=300000"}});
+    Start({.csLauncher = "env ASAN_OPTIONS=detect_leaks=0 strace -D -qq -o/dev/null "
+                         "-P /srv/dist/current/kalmoinstall.zip -e inject=pread64:delay_exit=300000"});
     csShell("for n in {1..300}; do compgen -G '/tmp/kalmoinstall.*' && break; sleep 0.01; done");
     rclTerminal().Signal(SIGTERM);
     EXPECT_EQ(rclTerminal().nWaitEnd(), 128 + SIGTERM);

@@ -189,7 +189,7 @@ TEST_F(CInitScripts, MayComplainButMustTellTheirProgram) {
     EXPECT_EQ(tabScreen[1], tabScreen[0]);
     csShell("sed -i \"/^Program=/s/\\\"/'/g\" /etc/init.d/ZDCS-ZDSQL");
     const std::string csBefore = csProcesses("ZDCS-ZDSQL KalmoManager");
-    Run("@licence\n@action\n@toupgrade\nAttention / {4163|ZDSQL server ZDSQL} / OK");
+    Run("@licence\n@action\n@toupgrade\nAttention / {1043|ZDSQL server ZDSQL} / OK");
     EXPECT_EQ(csFate("ZDCS-ZDSQL KalmoManager", csBefore), "==");
 }
 

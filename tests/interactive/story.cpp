@@ -3,15 +3,19 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <regex>
 #include <sstream>
+
+#include "framework/conversion.h"
+#include "framework/language.h"
+#include "framework/resource.h"
+#include "tests/support/tui_terminal.h"
 
 namespace kalmo {
 namespace {
 
 // Screens of server "ZDSQL" with what is proposed for it; keys that go on, keys that give up.
-constexpr const char* PSZ_SCREENS = R"(
+const std::string CS_SCREENS = R"(
     @licence    {103E} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / * / {103F} {1040} => Down*40 Tab Enter => Tab Enter
     @directory  {1031} / /usr/local/ZDSQL / .. / * / {1032} {1037} => Enter => Tab*3 Enter
     @config     {1033} / ZDSQL / {1034} / 4900 / {1233} / root / {1032} {1037} => Enter*3 => Tab*4 Enter
@@ -26,8 +30,6 @@ constexpr const char* PSZ_SCREENS = R"(
     @removed    {10E9|ZDSQL server ZDSQL} / {10E3} / {10E4} / {10E5}* / {1032} => Enter
     @box        {103A} / * / {1032} => Enter
 )";
-
-constexpr const char* PSZ_RECORD = "/tmp/record";
 
 // Takes every server off the machine, and the folders and accounts of the stories.
 constexpr const char* PSZ_CLEAR = R"(
@@ -56,20 +58,18 @@ std::string csReplaced(std::string cs, const std::string& rcsOld, const std::str
     return cs;
 }
 
-// The text of a number, "number|insert|insert", from the catalogue of a language.
-std::string csCatalogueText(const std::string& rcsNumber, const std::string& rcsLanguage) {
+// The text of a number, "number|insert|insert", in a language.
+std::string csTextOfNumber(const std::string& rcsNumber, const std::string& rcsLanguage) {
     std::istringstream clParts(rcsNumber);
     std::string csPart;
     std::getline(clParts, csPart, '|');
-    std::ifstream clFile(KALMO_SOURCE "/framework/texts/" + rcsLanguage + ".txt");
-    std::string csText;
-    bool bHere = false;
-    for (std::string csLine; std::getline(clFile, csLine);) {
-        if (csLine.size() > 1 && csLine[0] == '[' && csLine[1] != ' ') {
-            bHere = csLine.starts_with("[0x" + csPart + " ") || csLine.starts_with("[" + csPart + " ");
-        } else if (bHere && !csLine.empty() && !csLine.starts_with('#')) {
-            csText += (csText.empty() ? "" : " / ") + csLine;
-        }
+    CTString csLoaded;
+    const auto unNumber = static_cast<unsigned>(std::stoul(csPart, nullptr, csPart.size() > 4 ? 10 : 16));
+    const int nLangue = nChoisitLangue(rcsLanguage.c_str(), nullptr, nullptr);
+    EXPECT_TRUE(DLLRES_bLoadString(&gstMyModuleInfo604, unNumber, &csLoaded, nLangue)) << csPart;
+    std::string csText = csToUTF8(csLoaded).pszGet();
+    for (const char* const pszLineEnd : {"\r\n\r\n", "\r\n", "\n\n", "\n"}) {
+        csText = csReplaced(csText, pszLineEnd, " / ");
     }
     for (int n = 1; std::getline(clParts, csPart, '|'); ++n) {
         const std::string csInsert = "%" + std::to_string(n);
@@ -126,18 +126,16 @@ std::vector<STStep> CStory::tabSteps(const std::string& rcsScript, const std::st
     std::vector<STStep> tab;
     for (std::sregex_iterator it(csScript.begin(), csScript.end(), clLine), itEnd; it != itEnd; ++it) {
         std::string csLine = (*it)[1];
-        std::smatch clMatch;
         std::string csOtherKeys;
+        std::smatch clMatch;
         if (std::regex_match(csLine, clMatch, clScreen)) {
             csOtherKeys = clMatch[2];
             const std::regex clDefinition(clMatch[1].str() + " +(.*)");
-            const std::string csScreens = PSZ_SCREENS;
-            if (std::regex_search(csScreens, clMatch, clDefinition)) {
-                csLine = std::string(clMatch[1]);
-            }
+            std::regex_search(CS_SCREENS, clMatch, clDefinition);
+            csLine = clMatch[1];
         }
         for (std::smatch clText; std::regex_search(csLine, clText, clNumber);) {
-            csLine = clText.prefix().str() + csCatalogueText(clText[1], rcsLanguage) + clText.suffix().str();
+            csLine = clText.prefix().str() + csTextOfNumber(clText[1], rcsLanguage) + clText.suffix().str();
         }
         std::regex_match(csLine, clMatch, clStep);
         const std::string csKeys = clMatch[2].matched ? clMatch[2].str() : "Enter";
@@ -163,25 +161,23 @@ void CStory::End(const std::vector<STStep>& rtab) {
 }
 
 void CStory::Start(const STStart& rst) {
-    std::vector<std::string> tab = rst.tabLauncher;
+    std::string csCommand = rst.csLauncher;
     if (rst.bRecord) {
-        csShell(std::string("rm -f ") + PSZ_RECORD + "*");
+        csShell("rm -f /tmp/record*");
         // A process cannot be looked at by two: no leak can be found meanwhile.
-        tab = {"env",    "ASAN_OPTIONS=detect_leaks=0",
-               "strace", "-D",
-               "-ff",    "-qq",
-               "-s",     "2000",
-               "-o",     PSZ_RECORD,
-               "-e",     "trace=execve,fork,vfork,clone,clone3"};
+        csCommand =
+            "env ASAN_OPTIONS=detect_leaks=0 strace -D -ff -qq -s 2000 -o /tmp/record "
+            "-e trace=execve,fork,vfork,clone,clone3";
     }
-    tab.insert(tab.end(), {"/srv/dist/" + rst.csPayload + "/kalmoinstall", "/DEBUG=/tmp/trace"});
+    csCommand += " /srv/dist/" + rst.csPayload + "/kalmoinstall /DEBUG=/tmp/trace";
     m_pclTerminal.reset();
     m_pclTerminal = std::make_unique<Terminal>(
-        tab, Terminal::STOptions{.csType = rst.csType,
-                                 .nColumns = rst.nColumns,
-                                 .nRows = rst.nRows,
-                                 .tabEnvironment = {"LC_ALL=" + rst.csLanguage + ".UTF-8"},
-                                 .stPatience = std::chrono::seconds(60)});
+        CTuiTerminal::tabWords(csCommand),
+        Terminal::STOptions{.csType = rst.csType,
+                            .nColumns = rst.nColumns,
+                            .nRows = rst.nRows,
+                            .tabEnvironment = {"LC_ALL=" + rst.csLanguage + ".UTF-8"},
+                            .stPatience = std::chrono::seconds(60)});
 }
 
 void CStory::Walk(const std::vector<STStep>& rtab) {

@@ -21,9 +21,9 @@ struct STStep {
 
 /// How the installer is started.
 struct STStart {
-    std::string csPayload = "current";          ///< Folder below /srv/dist: "current" or "next".
-    std::string csLanguage = "en";              ///< "fr", "es"
-    std::vector<std::string> tabLauncher = {};  ///< A program with arguments that starts the installer.
+    std::string csPayload = "current";  ///< Folder below /srv/dist: "current" or "next".
+    std::string csLanguage = "en";      ///< "fr", "es"
+    std::string csLauncher = "";        ///< A program with arguments that starts the installer.
     std::string csType = "xterm-256color";
     int nColumns = 80;
     int nRows = 24;
@@ -36,8 +36,9 @@ struct STStart {
 /// A script tells a run, a line a screen: "SCREEN => KEYS" or "SCREEN => KEYS => KEYS THAT GIVE UP"; without
 /// keys they are Enter. Lines that begin with "/" belong to the one before. SCREEN holds the texts from top
 /// to bottom, " / " between two rows, frames and blank rows left out; what a box leaves to see of the screen
-/// below it does not count. "*" stands for anything, "{1031}" for the text of that number, "{10C7|name}" for
-/// one with an insert, and "@directory" for a screen of story.cpp with its keys.
+/// below it does not count. "*" stands for anything, "{1031}" for the text of that hexadecimal number
+/// (decimal when it has five digits), "{10C7|name}" for one with an insert, and "@directory" for a screen of
+/// story.cpp with its keys.
 class CStory : public testing::Test {
   protected:
     void SetUp() override;

@@ -32,8 +32,6 @@ write("modes", archive(
     entry(b"100644:", b"", attributes=0x81A44000),  # the bit alone is no directory where Unix says file
     entry(b"40755:not listed/", b"", attributes=0x41ED0010)))
 write("names", archive(entry(b"Sub\\File.txt"), entry(b"sub/FILE.txt", b"the second"), entry(b"\x82/\xb1")))
-write("failing", archive(entry(crc=1, local=dict(crc=1)), entry(b"short", size=20),
-                         entry(b"secret", flags=ENCIPHERED)))
 write("large", archive(entry(data=b"x" * 200000, deflate=True), entry(b"small")))
 write("listed", archive(entry(flags=ENCIPHERED), entry(b"sub\\empty", b"", attributes=0x7FFFFFFF),
                         entry(b".")))  # neither a base name nor an extension: not listed

@@ -8,13 +8,14 @@ import os
 import struct
 import zlib
 
-from zip_bytes import (ENCIPHERED, HELLO, SATURATED, STREAMED, UTF8, archive, block, end_record, entry, locator, records,
-                       split, zip64)
+from zip_bytes import (ENCIPHERED, HELLO, SATURATED, STREAMED, UTF8, archive, block, end_record, entry, locator,
+                       records, split, zip64)
 
 SOUND = archive(entry())
 PASSWORD = "secret"
 # A small one with all that an entry may be, and one with the Zip64 records; both are damaged in every place.
-SMALL = archive(entry(), entry(b"sub/deflated", b"data " * 50 + bytes(range(50)), deflate=True, comment=b"entry"),
+CONTENT = {"a.txt": HELLO, "sub/deflated": b"data " * 50 + bytes(range(50)), "enciphered": b"hidden"}
+SMALL = archive(entry(), entry(b"sub/deflated", CONTENT["sub/deflated"], deflate=True, comment=b"entry"),
                 entry(b"enciphered", b"hidden", password=PASSWORD.encode(), extra=b"UT\4\0time"), comment=b"remark")
 SMALL64 = archive(entry(size=SATURATED, compressed=SATURATED, offset=SATURATED, extra=block(14, 14, 0)),
                   before_end=records(1, 79, directory=79), offset=SATURATED)
@@ -124,9 +125,9 @@ def records_that_lie(sets):
 
 
 def damage_everywhere(sets):
-    for name, sound in ("plain", SMALL), ("zip64", SMALL64):
+    for name, sound, content in ("plain", SMALL, CONTENT), ("zip64", SMALL64, {"a.txt": HELLO}):
         row = dict(password=[PASSWORD])
-        sets.add("sound " + name, sound, "policy", {"a.txt": HELLO}, **row)
+        sets.add("sound " + name, sound, "policy", content, **row)
         for length in range(len(sound)):
             reason = {"open": "end record: "} if length < len(sound) - 6 else {}  # the comment may be cut
             sets.add("cut " + name, sound[:length], **row, **reason)
@@ -174,14 +175,15 @@ def entries_in_each_others_way(sets):
 
 
 def names(sets):
-    hostile = ["..", "../evil", "a/../../evil", "/evil", "/far/evil", "\\evil", "..\\evil", "C:\\evil", "c:evil", "a/..", "//evil",
-               "./../evil"]
+    hostile = ["..", "../evil", "a/../../evil", "/evil", "/far/evil", "\\evil", "..\\evil", "C:\\evil", "c:evil",
+               "a/..", "//evil", "./../evil"]
     for name in hostile:
         sets.add("name", archive(entry(name.encode())), "refuse-hostile", {name.replace("\\", "/"): 3})
     for stored, flags, shown, outcome in [
             (b"", 0, "", None), (b"a\0b", 0, "a?b", 3), (b"\0", 0, "?", 3), (b"x/\xFF\xC0\x80", UTF8, "", None),
             (b"\xED\xA0\x80", UTF8, "", None), (b"%n\n\x1b[2J", 0, "%n??[2J", HELLO), (b"n" * 65535, 0, "n" * 260, 2),
-            (b"n/" * 32767, 0, "", None), (b"../" * 21845, UTF8, "", None), (b"d" * 250 + b"/f", 0, "d" * 250 + "/f", 2)]:
+            (b"n/" * 32767, 0, "", None), (b"../" * 21845, UTF8, "", None),
+            (b"d" * 250 + b"/f", 0, "d" * 250 + "/f", 2)]:
         codes = {} if outcome is None else {shown: outcome}
         sets.add("name", archive(entry(stored, flags=flags)), "refuse-hostile", codes)
 
@@ -192,7 +194,8 @@ def things_in_the_destination(sets):
             ("ln -s ../sentinel a.txt; ln -s .. sub", HELLO, 2), ("ln ../sentinel a.txt; ln -s /far sub", HELLO, 2),
             ("ln -s /sentinel a.txt; ln -s /sentinel sub", HELLO, 2), ("ln -s a.txt a.txt; ln -s sub sub", HELLO, 2),
             ("ln -s ../new a.txt; ln -s ../new sub", HELLO, 2), ("mkfifo a.txt sub", HELLO, 2),
-            ("mkdir a.txt sub; ln ../sentinel sub/file", 2, HELLO), ("mkdir sub; ln -s ../../sentinel sub/file", HELLO, HELLO)]:
+            ("mkdir a.txt sub; ln ../sentinel sub/file", 2, HELLO),
+            ("mkdir sub; ln -s ../../sentinel sub/file", HELLO, HELLO)]:
         sets.add("lying there", sound, "policy", {"a.txt": file_code, "sub/file": below}, lay=lay)
 
 

@@ -30,8 +30,8 @@ CODES = {0, 2, 3, 21, 30, 36}  # 2: a name that makes no path; 36: larger than t
 
 
 def observe(probe, folder, rows):
-    lines = "".join("%s/%s\t%s\t%s\n" % (os.path.abspath(folder), row["path"], "".join(row.get("password", [])[:1]), row.get("lay", ""))
-                    for row in rows)
+    lines = "".join("\t".join([os.path.abspath(folder + "/" + row["path"]), row.get("password", [""])[0],
+                               row.get("lay", "")]) + "\n" for row in rows)
     done = subprocess.run([probe], input=lines, stdout=subprocess.PIPE, text=True, errors="replace")
     seen = None
     for line in done.stdout.split("\n"):

@@ -8,8 +8,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <map>
+#include <numeric>
+#include <set>
+#include <sstream>
 #include <string>
 
 #include "framework/unique_fd.h"
@@ -56,49 +57,40 @@ class CSealedFolder {
         if (::chdir(m_clPath.c_str()) != 0 || ::chroot(".") != 0) {
             return false;
         }
-        m_mapOutside = __mapOutside();
+        m_csOutside = __csOutside();
         return true;
     }
-    /// What differs outside of the destination from when the folder was sealed; empty when nothing does.
+    /// What there is outside of the destination when that is not what there was when the folder was sealed.
     [[nodiscard]] std::string csDisturbed() const {
-        const auto mapNow = __mapOutside();
-        for (const auto* const pmap : {&m_mapOutside, &mapNow}) {
-            for (const auto& [csPath, csState] : *pmap) {
-                const auto& rmapOther = pmap == &mapNow ? m_mapOutside : mapNow;
-                const auto it = rmapOther.find(csPath);
-                if (it == rmapOther.end() || it->second != csState) {
-                    return csPath;
-                }
-            }
-        }
-        return {};
+        const std::string cs = __csOutside();
+        return cs == m_csOutside ? "" : cs;
     }
 
   private:
-    static std::map<std::string, std::string> __mapOutside() {
-        std::map<std::string, std::string> map;
+    // Every path with its mode, owner, time of change, and what a sentinel says.
+    static std::string __csOutside() {
+        std::set<std::string> set;
         for (auto it = std::filesystem::recursive_directory_iterator("/"); it != end(it); ++it) {
-            const std::string csPath = it->path().string();
             struct stat st {};
-            ::lstat(csPath.c_str(), &st);
-            std::string csState = std::to_string(st.st_mode) + " " + std::to_string(st.st_uid) + " ";
+            ::lstat(it->path().c_str(), &st);
+            std::ostringstream clState;
+            clState << it->path() << ' ' << st.st_mode << ' ' << st.st_uid << ' ';
             if (it->path() == PSZ_DESTINATION) {
                 it.disable_recursion_pending();
             } else {
-                csState += std::to_string(st.st_mtim.tv_sec) + "." + std::to_string(st.st_mtim.tv_nsec);
+                clState << st.st_mtim.tv_sec << '.' << st.st_mtim.tv_nsec << ' ';
             }
             if (S_ISREG(st.st_mode) && it->path().filename() == "sentinel") {
-                std::ifstream clFile(it->path());
-                csState.append(std::istreambuf_iterator<char>(clFile), {});
+                clState << std::ifstream(it->path()).rdbuf();
             }
-            map.emplace(csPath, csState);
+            set.insert(clState.str() + "; ");
         }
-        return map;
+        return std::accumulate(set.begin(), set.end(), std::string());
     }
 
     std::filesystem::path m_clPath;
     CUniqueFd m_clOutside{::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-    std::map<std::string, std::string> m_mapOutside;
+    std::string m_csOutside;
 };
 
 }  // namespace kalmo

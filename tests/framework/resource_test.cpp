@@ -54,7 +54,7 @@ TEST_F(Resource, LanguageChoosesTheBlock) {
     EXPECT_EQ(csLoad(4151), L"Anular");
     EXPECT_EQ(nChoisitLangue(nullptr, nullptr, nullptr), 9);
     EXPECT_EQ(nChoisitLangue(nullptr, "es", "fr"), 10);
-    EXPECT_EQ(nChoisitLangue("C", "fr", "fr"), 9);
+    EXPECT_EQ(nChoisitLangue("en", "fr", "fr"), 9);
     EXPECT_EQ(nChoisitLangue("", "", "fr_FR.UTF-8"), 12);
 }
 

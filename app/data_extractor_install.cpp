@@ -78,7 +78,10 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
         return false;
     }
     // The server itself puts its directory in the place of "%%EXE%%".
-    WriteNewConfiguration(szConfPath, pszDbRoot, rstParam.csPort, rstParam.csServerName, m_rclTrace);
+    if (!bWriteNewConfiguration(szConfPath, pszDbRoot, rstParam.csPort, rstParam.csServerName, m_rclTrace)) {
+        _ShowError(nullptr);
+        return false;
+    }
     WriteTelemetryOn(szConfPath, rstParam.nTelemetry);
     _SetDaemonUser(rstParam.csDaemonUser, szConfPath, pclProgress);
     if (!bSync(clDir.pszGet())) {

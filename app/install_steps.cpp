@@ -1,5 +1,6 @@
 #include "app/install_steps.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string>
@@ -24,11 +25,20 @@ void TellStep(CTrace& rclTrace, std::wstring_view svWhat, bool bSuccess, const C
     }
 }
 
-// Whether a key of the configuration now holds a value.
-bool bHolds(const wchar_t* pszConfPath, const wchar_t* pszKey, std::wstring_view svValue) {
-    std::array<wchar_t, nTailleMaxPath + 2> szValue{};
+// The longest value that is looked at.
+constexpr std::size_t nMaxHeld = nTailleMaxPath + 1;
+
+// A value as reading gives it: without blanks before it.
+std::wstring_view svReadBack(const CTString& csValue) {
+    const std::wstring_view sv = csValue.svGet();
+    return sv.substr(std::min(sv.find_first_not_of(L" \t"), sv.size())).substr(0, nMaxHeld);
+}
+
+// What a key of the configuration now holds; empty when it is missing.
+CTString csHeld(const wchar_t* pszConfPath, const wchar_t* pszKey) {
+    std::array<wchar_t, nMaxHeld + 1> szValue{};
     GetPrivateProfileString(PSZ_SECTION_INIT, pszKey, L"", szValue.data(), szValue.size(), pszConfPath);
-    return szValue.data() == svValue.substr(0, szValue.size() - 1);
+    return szValue.data();
 }
 
 }  // namespace
@@ -46,17 +56,30 @@ bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError) {
     return bDeleted;
 }
 
-void WriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
-                           const CTString& csName, CTrace& rclTrace) {
+bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
+                            const CTString& csName, CTrace& rclTrace) {
+    const std::array tabKey{L"DBRootPath", PSZ_KEY_PORT, L"Name"};
+    const std::array tabValue{CTString(pszDbRoot), csPort, csName};
+    std::array<CTString, 3> tabBefore;
+    for (std::size_t n = 0; n < tabKey.size(); ++n) {
+        tabBefore[n] = csHeld(pszConfPath, tabKey[n]);
+    }
     errno = 0;
     WriteDBRootPath(pszConfPath, pszDbRoot);
     WriteServerPort(pszConfPath, csPort.pszGet());
     WriteServerName(pszConfPath, csName.pszGet());
     const CErrnoKept clKept;
-    const bool bWritten = bHolds(pszConfPath, L"DBRootPath", pszDbRoot) &&
-                          bHolds(pszConfPath, PSZ_KEY_PORT, csPort) && bHolds(pszConfPath, L"Name", csName);
+    bool bWritten = true;
+    bool bOfAnother = false;
+    for (std::size_t n = 0; n < tabKey.size(); ++n) {
+        const CTString csNow = csHeld(pszConfPath, tabKey[n]);
+        const bool bHolds = csNow == svReadBack(tabValue[n]);
+        bWritten = bWritten && bHolds;
+        bOfAnother = bOfAnother || (!bHolds && !csNow.bEmpty() && csNow == tabBefore[n]);
+    }
     errno = clKept.nGet();
     rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten);
+    return !bOfAnother;
 }
 
 int nRunServerProgram(const CFSPath& rclDir, std::string_view svShown, std::string_view svHidden,

@@ -18,9 +18,10 @@ bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclErr
 bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError);
 
 /// Writes database root, port (decimal digits) and name, in this order, into an instance's configuration
-/// file. A key that cannot be written is missing, no more: the server starts with its default.
-void WriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
-                           const CTString& csName, CTrace& rclTrace);
+/// file. A key that cannot be written is missing, no more: the server starts with its default. False, with
+/// errno set, only when one still holds what an earlier instance had: the server would register that one.
+bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
+                            const CTString& csName, CTrace& rclTrace);
 
 /// Runs one of the server's programs in the install directory, which ends in "/": svShown is the program's
 /// name with its arguments; svHidden follows it and is not traced. Its standard error is dropped. A command

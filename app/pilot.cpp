@@ -68,6 +68,7 @@ int CPilot::Pilot() {
     if (!m_clServiceManager.bInit(nullptr, 0)) {
         return __bFail(L"detect the init system", L"failed");
     }
+    m_clTrace.Step(L"init system", pszInitSystem());
     const int nOperation = GetPrivateProfileInt(L"PILOTAGE", L"MAJ", OP_NONE, m_csPilotPath.pszGet());
     bool bSuccess = false;
     switch (nOperation) {
@@ -177,8 +178,9 @@ bool CPilot::__bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclInst
         return __bFail(L"Repertoire", L"too long");
     }
     const int nPort = GetPrivateProfileInt(PSZ_SECTION_SERVER, L"Port", nPortDefaut, m_csPilotPath.pszGet());
-    WriteNewConfiguration(szConfPath, rclDatabaseDir.pszGet(), std::to_wstring(nPort), csName, m_clTrace);
-    return rclExtractor.bSync(rclInstallDir.pszGet()) &&
+    return bWriteNewConfiguration(szConfPath, rclDatabaseDir.pszGet(), std::to_wstring(nPort), csName,
+                                  m_clTrace) &&
+           rclExtractor.bSync(rclInstallDir.pszGet()) &&
            __bRunInstallerMode(rclInstallDir, "kalmomanager --INSTALLER") &&
            __bRunInstallerMode(rclInstallDir, "kalmo --INSTALLER");
 }

@@ -22,6 +22,20 @@ bool bProgramIn(CService& rclService, std::wstring_view svDir) {
 
 }  // namespace
 
+const wchar_t* pszInitSystem() {
+    switch (CServiceManager::ms_eDistri) {
+        case eSystemd: return L"systemd";
+        case eDebian: return L"init scripts, as Debian has them";
+        case eRedHat: return L"init scripts, as Red Hat has them";
+        case eMandriva: return L"init scripts, as Mandriva has them";
+        case eFedora: return L"init scripts, as Fedora has them";
+        case eSuSE: return L"init scripts, as SuSE has them";
+        case eGentoo: return L"init scripts, as Gentoo has them";
+        case eSlackware: return L"init scripts, as Slackware has them";
+        default: return L"unknown";
+    }
+}
+
 void ListServer(CServiceManager& rclManager, CServiceList& rtabServer) {
     unsigned dwCursor = 0;
     while (CXPtr_deleteRCV<CService> pclService =

@@ -10,6 +10,9 @@ namespace kalmo {
 
 class CTrace;
 
+/// What the machine runs its services with, for the trace. After CServiceManager::bInit.
+const wchar_t* pszInitSystem();
+
 /// Fills the list: every instance in the order of the manager's listing, then the shared manager if it is
 /// installed.
 void ListServer(CServiceManager& rclManager, CServiceList& rtabServer);

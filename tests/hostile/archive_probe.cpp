@@ -37,7 +37,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned unSeconds = 60;
+constexpr unsigned unSeconds = 30;
+constexpr int nMaxLost = 5;
 constexpr std::uint64_t u64MaxFile = 64U << 20;  // larger files fail to be written
 // The bytes in use: this much for any archive, and so many for each of its own bytes. Names in the directory
 // are kept in wide characters and more than once.
@@ -259,7 +260,7 @@ bool bProbeAll(const std::vector<std::string>& rtabLine) {
     const CTempFolder clFolder;
     auto* const pnDone = static_cast<std::size_t*>(
         ::mmap(nullptr, sizeof(std::size_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-    while (*pnDone < rtabLine.size()) {
+    for (int nLost = 0; *pnDone < rtabLine.size() && nLost < nMaxLost;) {
         std::fflush(stdout);
         const pid_t nChild = ::fork();
         if (nChild == 0) {
@@ -283,10 +284,11 @@ bool bProbeAll(const std::vector<std::string>& rtabLine) {
             std::printf("\nend\t%s %d\n", WIFSIGNALED(nStatus) ? "signal" : "status",
                         WIFSIGNALED(nStatus) ? WTERMSIG(nStatus) : WEXITSTATUS(nStatus));
             ++*pnDone;
+            ++nLost;
             fs::remove_all(clFolder.clPath("tree"));
         }
     }
-    return true;
+    return *pnDone == rtabLine.size();
 }
 
 }  // namespace

@@ -28,6 +28,8 @@ GROWING = (DIRECTORY + "/INSTALL.LOG", DIRECTORY + "/BDD/__system/kalmo.log")
 CALLS = ("openat mkdir mkdirat unlink unlinkat rmdir rename renameat renameat2 link symlink write pwrite64 ftruncate "
          "fallocate fchmod fchmodat fchown fchownat utimensat fsync fdatasync syncfs flock pipe2 clone clone3 fork "
          "vfork wait4 clock_nanosleep").split()
+# Retries pause for a fiftieth of a second, for a fault that does not go away.
+SHORT_PAUSES = "clock_nanosleep:retval=0:delay_enter=20000"
 # What an earlier instance left: every key that an installation writes, shorter and longer, and some that it does not.
 OLD_CONF = ("; mine\n[INIT]\nDBRootPath = /srv/an/older/and/longer/place/of/the/databases/\nAccessPort = 1\n"
             "Comment = kept\nName = formerly\n\n[TELEMETRY]\nACTIVE = 1\n")

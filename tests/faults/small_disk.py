@@ -8,7 +8,7 @@ Once there is room and leave to write, the same order must do its work. Exits wi
 import shutil
 import sys
 
-from scene import DIRECTORY, SYSTEMD, WORK, Snapshot, check_case, prepare, sh
+from scene import DIRECTORY, SHORT_PAUSES, SYSTEMD, WORK, Snapshot, check_case, prepare, sh
 
 FULL, READ_ONLY = "No space left on device", "Read-only file system"
 # Order, file system, what the trace tells, whether the marker says OK afterwards, whether the server runs.
@@ -51,7 +51,7 @@ def main(current, next_version):
         sh(f"mount -t tmpfs -o size=100m disk {DIRECTORY}")
         (fresh if name == "install" else installed).restore()
         squeeze(disk)
-        status = orders[name].run(["clock_nanosleep:retval=0"], trace=True)  # waiting makes no room
+        status = orders[name].run([SHORT_PAUSES], trace=True)
         good &= check_case(f"{name} onto {disk}", status, told, marked, running)
         sh(f"umount {DIRECTORY}" if disk == "ro" else f"mount -o remount,size=100m,nr_inodes=9999 {DIRECTORY}")
         # Without systemd an uninstallation leaves a running server running.

@@ -15,8 +15,8 @@ import re
 import sys
 import time
 
-from scene import (CONF, DIRECTORY, INSTANCE, LOG, MANAGER, MARKER, SYSTEMD, TRACE, Snapshot, calls, difference, files, keys,
-                   prepare, program_of, read, sh, state, wait_for)
+from scene import (CONF, DIRECTORY, INSTANCE, LOG, MANAGER, MARKER, SHORT_PAUSES, SYSTEMD, TRACE, Snapshot, calls, difference,
+                   files, keys, prepare, program_of, read, sh, state, wait_for)
 
 KINDS = {
     "openat": "ENOSPC EIO EROFS EMFILE ENOMEM", "pipe2": "EMFILE ENOMEM",
@@ -120,9 +120,8 @@ def sweep_errors(name, order, before, expected, which):
                 fault = f"{error} {'from' if ever else 'at'} {point}"
                 count += 1
                 before.restore()
-                # Retries that pause are shortened where the fault does not go away.
                 inject = [f"{point.name}:error={error}:when={point.nth}{'+' * ever}"]
-                status = order.run(inject + ["clock_nanosleep:retval=0"] * ever, trace=True)
+                status = order.run(inject + [SHORT_PAUSES] * ever, trace=True)
                 wrong = judge_error(name, point, os.strerror(getattr(errno, error)), before, expected)
                 if status != 0 or wrong:
                     complain(name, fault, f"the run ended with {status}", wrong)

@@ -87,7 +87,7 @@ def sweep_kills(name, order, before, expected, which):
 
 # What may fail although the marker says OK, as the trace tells it.
 TOLERATED = {"install": "install |extract|configuration ", "upgrade": "(stop|start) ",
-             "uninstall": f"delete {DIRECTORY}/(zdlogger|tv)|note "}
+             "uninstall": f"delete {DIRECTORY}/(zdlogger|tv)|note |/etc/init.d/"}
 
 
 def judge_error(name, point, reason, before, expected):
@@ -99,7 +99,7 @@ def judge_error(name, point, reason, before, expected):
         return "" if marked == done or not begun else f"the marker says {read(MARKER)!r}\n" + difference(expected, now)
     if not re.search(f"(failed|rror|not run).*{re.escape(reason)}", trace):
         return f"the trace does not tell of \"{reason}\":\n{trace}"
-    if marked and begun and not re.search(f"({TOLERATED[name]}).*: failed", trace):
+    if marked and begun and not re.search(f"({TOLERATED[name]}).*(: failed|rror)", trace):
         return "the marker says OK:\n" + difference(expected, now)
     if "stay stopped" in trace and (program_of(INSTANCE) or program_of(MANAGER)) and not re.search("stop .*: failed", trace):
         return "a service of a half-replaced instance runs"

@@ -1,40 +1,49 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "tests/support/tui_terminal.h"
 
 namespace kalmo {
 namespace {
 
+// Every control is used once. "Next" of the check boxes is behind two boxes, that of the entries behind four
+// fields, of which the disabled one is skipped.
+constexpr struct {
+    const char* pszKeys;
+    const char* pszReport;
+} TAB_WALK[] = {
+    {"Enter Tab Enter Space Tab Enter", "buttons: the other button was pressed 2 times"},
+    {"Enter*2 Tab Space Tab Enter", "check-boxes: a verified backup"},
+    {"X Enter Backspace 1 Enter Y Enter*3", "entries: ServerX, 4901, rooty, without a frame"},
+    {"Enter Space Tab Enter", "gauge: 2 steps"},
+    {"Down Right Enter Up Space Tab*2 Enter",
+     "lists: 2 chosen: A line that is longer than the list is wide, Line 2"},
+    {"Down Enter*2", "radio-list: option 2"},
+    {"Left Right*2 Tab Enter", "own-control: 3"},
+    {"PageDown Down Tab Enter", "text: not read to the end"},
+    {"Enter", "message: result 0"},
+    {"Tab Enter", "question: result 2"},
+    {"Backspace Enter", "directory: result 1, /usr"},
+    {"Tab Enter", "license: refused"},
+};
+
+TEST(Gallery, IsWalkedThrough) {
+    const char* const pszWrapper = std::getenv("GALLERY_WRAPPER");  // runs the gallery under this command
+    CTuiTerminal clGallery((pszWrapper == nullptr ? "" : pszWrapper + std::string(" ")) + KALMO_GALLERY);
+    std::string csReport = "\n";
+    for (const auto& rst : TAB_WALK) {
+        ASSERT_TRUE(clGallery.bPress(rst.pszKeys));
+        csReport += std::string(rst.pszReport) + "\n";
+    }
+    EXPECT_EQ(clGallery.nWaitEnd(), 0);
+    EXPECT_TRUE(clGallery.bGivenBack());
+    EXPECT_TRUE(clGallery.bShows(csReport)) << clGallery.csText();
+}
+
 std::vector<std::string> tabCommand(std::vector<std::string> tabArgument) {
     tabArgument.insert(tabArgument.begin(), KALMO_GALLERY);
     return tabArgument;
-}
-
-TEST(Dialogs, LookLikeThis) {
-    CTuiTerminal clGallery(KALMO_GALLERY " license", {.nColumns = 50, .nRows = 20});
-    EXPECT_EQ(clGallery.csShow(), R"(
-                                                   ..................................................
-                                                   ..................................................
-  +-------------------------------------------+    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrr...
-  | Licence agreement                         |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-  |+-----------------------------------------+|    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-  ||SAMPLE LICENCE                           ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrrrn..
-  ||                                         ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrn..
-  ||1. This licence shows how a long text is ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrn..
-  ||read: line by line or page by page, and  ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrn..
-  ||how it can be accepted only when its     ||    ..rrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrn..
-  |+-----------------------------------------+|    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-  |                                           |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-  |      +---------+        +---------+       |    ..rrrrrrrnnnnnnnnnnnrrrrrrrrbbbbbbbbbbbrrrrrrrrn..
-  |      |I accept |        |I refuse |       |    ..rrrrrrrnnnnnnnnnnnnrrrrrrrbbbbbbbbbbbnrrrrrrrn..
-  |      +---------+        +---------+       |    ..rrrrrrrnnnnnnnnnnnnrrrrrrrbbbbbbbbbbbnrrrrrrrn..
-  |                                           |    ..rrrrrrrrnnnnnnnnnnnrrrrrrrrnnnnnnnnnnnrrrrrrrn..
-  +-------------------------------------------+    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-                                                   ...nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn..
-                                                   ..................................................
-                                                   ..................................................
-)");
-    EXPECT_FALSE(clGallery.clScreen().stCursor().bVisible);
 }
 
 TEST(Dialogs, ReturnWhatWasPressed) {
@@ -49,26 +58,21 @@ TEST(Dialogs, ReturnWhatWasPressed) {
         int nRowsThen = 0;
     } TAB[] = {
         {{"message"}, "x Escape Up Tab*2 Space", "message: result 0"},
-        {{"message", csLong}, "Tab Enter PageDown Tab KeypadEnter", "message: result 0"},
         {{"question"}, "Enter", "question: result 1"},
         {{"question"}, "Tab Space", "question: result 2"},
         {{"question", csLong}, "Tab*2 Enter Tab*2 Enter", "question: result 2"},
         // The licence's text has the focus first; Tab leads past the disabled button.
         {{"license"}, "Enter Tab Enter", "license: refused"},
         {{"license"}, "Down PageDown*3 Up PageUp Tab Enter", "license: accepted"},
-        {{"license"}, "PageDown*3 Tab*2 Enter", "license: refused"},
-        {{"license", "Short."}, "Tab Enter", "license: refused"},
         {{"license", csLong.substr(0, 17)}, "Enter", "license: accepted"},  // 9 lines, just what fits
         {{"license", csLong.substr(0, 20)}, "Enter Tab Enter", "license: refused"},
         {{"license"}, "Down*30 Tab Enter", "license: refused", 80, 15},  // nothing of it could be seen
-        {{"license"}, "PageDown*3 Tab Enter", "efused", 10, 24},
         // The last line of the text is or is not on what is left of the screen.
         {{"license"}, "PageDown*3 Tab Enter", "license: refused", 80, 24, 80, 13},
         {{"license"}, "PageDown*3 Tab Enter", "license: accepted", 80, 24, 80, 14},
         {{"license"}, "PageDown*3 Tab Enter", "license: refused", 80, 24, 77, 24},
         {{"license"}, "PageDown*3 Tab Enter", "license: accepted", 80, 24, 78, 24},
         {{"directory", "/no/x"}, "y KeypadEnter", "directory: result 1, /no/xy"},
-        {{"directory", "/no/x"}, "Tab*2 Enter", "directory: result 1, /no/x"},
         {{"directory", "/no/x"}, "Tab*3 Space", "directory: result 0, /no/x"},
         {{"radio-list"}, "Up Space Tab*2 Space", "radio-list: cancelled"},
     };
@@ -89,7 +93,6 @@ TEST(Dialogs, ShowTheirTexts) {
         std::vector<std::string> tabArgument;
         const char* pszKeys;
         const char* pszShown;
-        const char* pszEnvironment = "LC_ALL=C.UTF-8";
         int nRows = 24;
     } TAB[] = {
         {{"message", std::string(60, 'a') + "\nzwei\n日本語\x1b[2J\n4\n5"},
@@ -97,7 +100,6 @@ TEST(Dialogs, ShowTheirTexts) {
          "||zwei                                                   ||\n"
          "          ||日本語?[2J                                             ||\n"
          "          ||4                                                      ||\n",
-         "LC_ALL=C.UTF-8",
          17},
         {{"license", "One.\r\n\r\n  two   " + std::string(75, 'x') + "\nthree"},
          "",
@@ -109,12 +111,9 @@ TEST(Dialogs, ShowTheirTexts) {
   ||xxxxx                                                                  ||
   ||three                                                                  ||
 )"},
-        {{"question"}, "", "|   Oui   |             |   Non   |", "LC_ALL=fr_FR.UTF-8"},
-        {{"question"}, "", "|   Sí    |             |   No    |", "LC_ALL=es_ES.UTF-8"},
     };
     for (const auto& rst : TAB) {
-        CTuiTerminal clGallery(tabCommand(rst.tabArgument),
-                               {.nRows = rst.nRows, .tabEnvironment = {rst.pszEnvironment}});
+        CTuiTerminal clGallery(tabCommand(rst.tabArgument), {.nRows = rst.nRows});
         ASSERT_TRUE(clGallery.bPress(rst.pszKeys));
         EXPECT_TRUE(clGallery.bShows(rst.pszShown)) << clGallery.csText();
     }
@@ -129,12 +128,10 @@ TEST(Dialogs, EndWithoutInputAndWithoutATerminal) {
         const char* pszType;
         const char* pszShown;
     } TAB[] = {
-        {"$0 question </dev/null", "xterm", "\nquestion: result 2\n"},
         {"$0 directory /usr/ <&-", "xterm", "\ndirectory: result 0, /usr/\n"},
         {"$0 license </dev/null", "xterm", "\nlicense: refused\n"},
         {"$0 radio-list </dev/null", "xterm", "\nradio-list: cancelled\n"},
         {"$0 message", "unheard-of", NO_TERMINAL},
-        {"$0 message", "", NO_TERMINAL},
         {"unset TERM; $0 message", "xterm", NO_TERMINAL},
         {"$0 message | cat", "xterm", NO_TERMINAL},
         {"$0 nonsense", "xterm", "\nusage: gallery [SCREEN [ARGUMENT] | --list]\n"},

@@ -52,37 +52,6 @@ std::string csChosen(const CTuiTerminal& rcl) {
     return "nothing";
 }
 
-TEST_F(Directory, LooksLikeThis) {
-    CTuiTerminal clTerminal(tabCommand(TREE + "/"), {.nColumns = 54, .nRows = 24});
-    EXPECT_EQ(clTerminal.clScreen().stCursor(), (STCursor{5, 9, true, true}));
-    EXPECT_EQ(clTerminal.csShow(), R"(
-                                                       ......................................................
-                                                       ......................................................
-  +-----------------------------------------------+    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrr...
-  | Choose a directory                            |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-  |  +----------------------------------------+   |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-  |  |/t/                                     |   |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrnrrrn..
-  |  +----------------------------------------+   |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrnrrrn..
-  |                                               |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrrrn..
-  |  +-----------------------------------------+  |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-  |  |..                                       |  |    ..rrrrssnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnrrrrrn..
-  |  |.-hidden                                 |  |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrrrn..
-  |  |alpha                                    |  |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrrrn..
-  |  |bad?                                     |  |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrrrn..
-  |  |Beta                                     |  |    ..rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnsrrrrn..
-  |  +-----------------------------------------+  |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-  |                                               |    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-  |         +-------+           +-------+         |    ..rrrrrrrrrrbbbbbbbbbrrrrrrrrrrrbbbbbbbbbrrrrrrrrrrn..
-  |         |  OK   |           |Cancel |         |    ..rrrrrrrrrrbbbbbbbbbnrrrrrrrrrrbbbbbbbbbnrrrrrrrrrn..
-  |         +-------+           +-------+         |    ..rrrrrrrrrrbbbbbbbbbnrrrrrrrrrrbbbbbbbbbnrrrrrrrrrn..
-  |                                               |    ..rrrrrrrrrrrnnnnnnnnnrrrrrrrrrrrnnnnnnnnnrrrrrrrrrn..
-  +-----------------------------------------------+    ..rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrn..
-                                                       ...nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn..
-                                                       ......................................................
-                                                       ......................................................
-)");
-}
-
 TEST_F(Directory, ListsWhatIsThere) {
     CTuiTerminal clTerminal(tabCommand(TREE + "/"));
     ASSERT_TRUE(clTerminal.bPress("Tab"));
@@ -100,10 +69,8 @@ TEST_F(Directory, IsWalkedWithKeys) {
         const char* pszChosen;
     } TAB[] = {
         // Type-ahead: case-sensitive, the first line that begins so, or else the first line.
-        {"/t/", "a", "/t/a alpha"},
         {"/t/", "b e", "/t/be beta2"},
         {"/t/", "z", "/t/z .."},
-        {"/t/", "w i x", "/t/wix .."},
         {"/t/wix", "Backspace", "/t/wi with blank"},
         {"/t/al", "Delete Left Delete", "/t/a alpha"},
         // Above a path without "/" at its start there is nothing to go to.
@@ -113,20 +80,15 @@ TEST_F(Directory, IsWalkedWithKeys) {
         // An edit of the directory lists it anew, and so does a "/".
         {"/t/alpha", "/", "/t/alpha/ .."},
         {"/t/alpha/", "Backspace", "/t/alpha alpha"},
-        {"/t/alpha/inner", "Left*6 Backspace x", "/t/alphx/inner .."},
         // Into a directory and out again.
         {"/t/", "Tab Down*2 Space", "/t/alpha/ .."},
-        {"/t/alpha/", "Tab Enter", "/t/ .."},
         {"/t/wi", "h Backspace Tab Enter", "/t/with blank/ .."},
-        {"/t/", "日 Tab Enter", "/t/日本語/ .."},
         {"/t/l", "i Tab Enter Down", "/t/link/ inner"},
         {"/t/b", "a Tab Enter Down", "/t/bad?/ seen"},
         {"/t/l", "o Tab Enter Down", "/t/locked/ .."},
-        {"/t/nowhere/", "Tab Down Enter", "/t/ .."},
         // The top has nothing above it; its "/" stays.
         {"/usr/", "Tab Enter", "/ bin"},
         {"/", "Backspace Left Tab Up", "/ bin"},
-        {"/", "Left u s", "/us usr"},
         // Without a "/" the top is listed, and typing selects the first line.
         {"x", "Backspace b o", "bo bin"},
         {"x", "Backspace Tab Down Up Enter", "/bin/ .."},

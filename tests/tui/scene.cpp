@@ -1,11 +1,8 @@
-// Shows one dialog of the toolkit until F1 is pressed or the input ends.
+// Shows a dialog until F1 is pressed or the input ends, then prints the states of its controls and its
+// events.
 //
 //   tui_scene SCENE                  one of the scenes below
-//   tui_scene controls [CONTROL...]  controls side by side: KIND or KIND=TEXT, with "-" in front a disabled
-//                                    one
-//
-// Then prints the states of the controls that have one and the events.
-// Exit status 3 where there is no usable terminal.
+//   tui_scene controls [CONTROL...]  controls side by side: KIND or KIND=TEXT, "-" in front of a disabled one
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -280,33 +277,28 @@ constexpr struct {
     {"primitives", Primitives},
 };
 
-std::string csRun(const std::vector<std::string>& tabArgument) {
-    std::string csReport;
-    for (const auto& rst : TAB_SCENE) {
-        if (rst.svName == tabArgument[1]) {
-            CScene clScene(1, 0, rst.nWidth, rst.nHeight);
-            clScene.m_tabWanted.assign(tabArgument.begin() + 2, tabArgument.end());
-            rst.pfnFill(clScene);
-            clScene.Draw();
-            clScene.MainLoop();
-            for (const auto& rpcl : clScene.m_tabControl) {
-                csReport += csState(rpcl.get());
-            }
-            csReport += clScene.m_csEvents;
-        }
-    }
-    return csReport;
-}
-
 int nMain(const std::vector<std::string>& tabArgument) {
     struct sigaction stInterrupt {};  // without SA_RESTART: reads fail
     stInterrupt.sa_handler = [](int) {};
     ::sigaction(SIGUSR1, &stInterrupt, nullptr);
     SetLocaleUTF8();
-    if (!init_dialog()) {
+    const auto* const pstScene = std::find_if(std::begin(TAB_SCENE), std::end(TAB_SCENE),
+                                              [&](const auto& rst) { return rst.svName == tabArgument[1]; });
+    if (pstScene == std::end(TAB_SCENE) || !init_dialog()) {
         return 3;
     }
-    const std::string csReport = csRun(tabArgument);
+    std::string csReport;
+    {
+        CScene clScene(1, 0, pstScene->nWidth, pstScene->nHeight);
+        clScene.m_tabWanted.assign(tabArgument.begin() + 2, tabArgument.end());
+        pstScene->pfnFill(clScene);
+        clScene.Draw();
+        clScene.MainLoop();
+        for (const auto& rpcl : clScene.m_tabControl) {
+            csReport += csState(rpcl.get());
+        }
+        csReport += clScene.m_csEvents;
+    }
     end_dialog();
     std::printf("%s\n", csReport.c_str() + (csReport.empty() ? 0 : 1));
     return 0;

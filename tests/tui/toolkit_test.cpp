@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <limits>
+
+#include "tui/button.h"
+#include "tui/geometry.h"
+#include "tui/list.h"
+#include "tui/msg_box.h"
+#include "tui/text_columns.h"
+#include "tui/word_wrap.h"
+
+namespace kalmo {
+namespace {
+
+class Toolkit : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr); }
+    void TearDown() override { std::setlocale(LC_CTYPE, "C"); }
+};
+
+TEST_F(Toolkit, TheGaugeRunsFromZeroAndNeverLeavesItsFrame) {
+    EXPECT_EQ(nGaugeBar(5, 10, 20, 20), 10);
+    EXPECT_EQ(nGaugeBar(-1, 0, 40, 20), 0);
+    EXPECT_EQ(nGaugeBar(0, 0, 0, 20), 0);
+    EXPECT_EQ(nGaugeBar(std::numeric_limits<double>::quiet_NaN(), 0, 1, 20), 0);
+    EXPECT_EQ(nGaugeBar(1, 0, 1, -2), 0);
+}
+
+TEST_F(Toolkit, TextsAreMeasuredAndCutByColumns) {
+    const struct {
+        const wchar_t* psz;
+        int nColumns;  // of the whole text
+        int nSkip, nWidth;
+        const wchar_t* pszVisible;
+    } TAB[] = {
+        {L"plain", 5, 1, 3, L"lai"},
+        {L"plain", 5, 0, -3, L""},
+        {L"日本語", 6, 0, 5, L"日本 "},
+        {L"日本語", 6, 1, 4, L" 本 "},
+        {L"e\x0301t", 2, 0, 1, L"e\x0301"},
+        {L"\x0301t", 1, 0, 5, L"t"},
+        {L"\xDC80\xDFFF", 2, 0, 20, L"??"},
+        {L"a\tb\x1B[2J\x7F\x9B", 9, 0, 20, L"a?b?[2J??"},
+        {L"\u202Exyz\u2066\u00AD\u061C\u200B\uFEFF", 9, 0, 20, L"?xyz?????"},
+    };
+    for (const auto& rst : TAB) {
+        EXPECT_EQ(nColumns(std::wstring_view(rst.psz)), rst.nColumns) << testing::PrintToString(rst.psz);
+        EXPECT_EQ(csVisible(rst.psz, rst.nSkip, rst.nWidth), rst.pszVisible)
+            << testing::PrintToString(rst.psz);
+    }
+    std::setlocale(LC_CTYPE, "C");
+    EXPECT_EQ(csVisible(L"é日", 0, 9), L"??");  // what the locale does not have
+}
+
+TEST_F(Toolkit, TextsAreBrokenAtWordsOrCutHard) {
+    using CLines = std::vector<std::wstring_view>;
+    const struct {
+        decltype(&tabWrapWords) pfnBreak;
+        const wchar_t* pszText;
+        int nWidth;
+        CLines tabExpected;
+    } TAB[] = {
+        {tabWrapWords, L"word", -2, {}},
+        {tabWrapWords, L"two words", 4, {L"two ", L"word", L"s"}},
+        {tabWrapWords, L"two   words", 5, {L"two", L"words"}},
+        {tabWrapWords, L"exact fit next", 9, {L"exact fit", L"next"}},
+        {tabWrapWords, L"  leading", 8, {L"  ", L"leading"}},
+        {tabWrapWords, L"one\r\n\n\n  two\n", 20, {L"one", L"two"}},
+        {tabWrapWords, L"日本語 x", 4, {L"日本", L"語 x"}},
+        {tabWrapWords, L"e\u0301e\u0301 x", 2, {L"e\u0301e\u0301", L"x"}},
+        {tabCutLines, L"text", 0, {}},
+        {tabCutLines, L"abcdefghijk", 5, {L"abcde", L"fghij", L"k"}},
+        {tabCutLines, L"abcde\r\nf", 5, {L"abcde", L"f"}},
+        {tabCutLines, L"日本語", 5, {L"日本", L"語"}},
+    };
+    for (const auto& rst : TAB) {
+        EXPECT_EQ(rst.pfnBreak(rst.pszText, rst.nWidth), rst.tabExpected)
+            << testing::PrintToString(rst.pszText) << ' ' << rst.nWidth;
+    }
+    // A word as long as the text is not measured again for every line.
+    EXPECT_EQ(tabWrapWords(std::wstring(1'000'000, L'x'), 10).size(), 100'000U);
+}
+
+TEST_F(Toolkit, AListHoldsCopiesOfItsLines) {
+    CWindow clWindow(0, 0, 40, 20);
+    CList clList(&clWindow, 1, 1, 20, 7, 0);
+    for (wchar_t szLine[] = L"line 0"; szLine[5] < L'5'; ++szLine[5]) {
+        clList.AddLine(szLine);
+    }
+    EXPECT_FALSE(clList.bScrollable());
+    clList.AddLine(nullptr);
+    EXPECT_TRUE(clList.bScrollable());
+    EXPECT_STREQ(clList[5], L"");
+    EXPECT_EQ(clList[6], nullptr);
+    EXPECT_EQ(clList[-1], nullptr);
+    for (const int nLine : {4, 6, -1}) {
+        clList.Select(nLine);
+        EXPECT_EQ(clList.nGetSelectedLine(), 4);
+    }
+    clList.ClearList();
+    EXPECT_EQ(clList.nGetSelectedLine(), 0);
+}
+
+TEST_F(Toolkit, WithoutAScreenTheLoopEndsAndABoxIsPrinted) {
+    CWindow clWindow(0, 0, 40, 20);
+    CButton clButton(&clWindow, L"OK", 1, 1, 10, 4);
+    clWindow.AddChild(&clButton);
+    clWindow.Draw();
+    clWindow.MainLoop();
+    EXPECT_EQ(clWindow.pGetWindow(), nullptr);
+
+    testing::internal::CaptureStderr();
+    CMsgBox(0, 0, 60, 13, L"Ti\x1B[2Jtle", L"one\r\n\ttwo\x07\u009B\xDC9B", CMsgBox::eTYPE::OneButton).Show();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Ti?[2Jtle\none\n\ttwo???\n");
+}
+
+}  // namespace
+}  // namespace kalmo

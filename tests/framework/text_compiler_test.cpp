@@ -19,32 +19,21 @@ MATCHER(StartsAsExpected, "") {
 // What is said of two catalogues that should be the same texts in two languages.
 TEST(TextCompiler, NamesTheLineOfAFault) {
     const std::string csGood = "[1 5x1]\na\n";
-    std::string csMany;  // as many texts as there may be
-    for (int n = 1001; n <= 1121; ++n) {
-        csMany += "[" + std::to_string(n) + " 5x1]\na\n";
-    }
     const struct {
         std::string csFirst, csOther;
         std::vector<std::string> tabComplaint;
     } tabCase[] = {
         {"stray\n", "", {"1.txt:1: text before"}},
         {"[1 5x1]\na\n[2 5x2]\n\nb\n", "", {"1.txt:3: the text is empty or begins"}},
-        {"[1 5x1]\n\xC3\n", "", {"1.txt:2: not valid UTF-8"}},
         {"[1 5x1]\na\r\n", "", {"1.txt:2: control character"}},
-        {"[1 5x1]\na \n", "", {"1.txt:2: blank at the end"}},
-        {"[257 5x1]\na\n", "", {"1.txt:1: a header"}},
         {"[1 5x0]\na\n", "", {"1.txt:1: a header"}},
         // Together.
         {"[1 9x1]\n%1 %2!u!\n[2 5x1]\nb\n", "[2 5x1]\nB\n[1 9x1]\n%2!u!, %1!s!\n", {}},
-        {csMany, csMany, {}},
-        {csMany + csGood, csMany + csGood, {"1.txt:243: 122 texts", "2.txt:243: 122 texts"}},
         {csGood + "[2 5x1]\nb\n",
          csGood + "[3 5x1]\nc\n",
          {"1.txt:3: number 2 is not in 2.txt", "2.txt:3: number 3 is not in 1.txt"}},
         {"[1 5x1]\n%1!u!\n", "[1 5x1]\n%1!d!\n", {"2.txt:1: inserts differ"}},
-        {"[1 5x1]\n5 %\n", csGood, {"1.txt:1: a percent sign"}},
         {csGood + csGood, csGood, {"1.txt:3: number 1 again; first on line 1"}},
-        {"[1 5x2]\na\n", "[1 5x3]\na\n", {"2.txt:1: room differs"}},
         {"[1 5x2]\nabcde\nabcdef\n", "[1 5x2]\na\n", {"1.txt:1: line 2 of the text takes 6 columns"}},
         {"[1 5x2]\na\nb\nc\n", "[1 5x2]\na\n", {"1.txt:1: the text takes 3 lines in a room of 2"}},
         {"[1 5x1]\n%%%1!d!abcd\n", "[1 5x1]\n\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9\xC3\xA9%1!d!\n", {}},

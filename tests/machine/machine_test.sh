@@ -56,14 +56,12 @@ check_gone() {
 test_status_and_streams() {
     local kind
     for kind in systemd sysv; do
-        check "$kind: success" 0 "$(status_of "$machine" "$kind" true)"
         check "$kind: a status" 7 "$(status_of "$machine" "$kind" -- sh -c 'exit 7')"
         check "$kind: a signal" 139 "$(status_of "$machine" "$kind" -- sh -c 'kill -SEGV $$')"
         check "$kind: streams" $'in out\nerr' "$(echo in | "$machine" "$kind" -- sh -c 'echo "$(cat) out"; echo err >&2' 2>&1)"
         check "$kind: directory and marker" "$PWD $kind" "$("$machine" "$kind" -- sh -c 'echo "$PWD $KALMO_MACHINE"')"
     done
     check "one in the other" running "$("$machine" systemd -- "$machine" systemd -- systemctl is-system-running 2>&1)"
-    check "usage: no such folder" 125 "$(status_of "$machine" sysv --bind "$work/none" true)"
 }
 
 test_folders() {
@@ -103,22 +101,15 @@ test_terminal() {
     terminal=$(script --quiet --return --command "stty rows 33 cols 99; $machine systemd -- stty size" /dev/null </dev/null)
     check "the caller's terminal" $'33 99\r' "$terminal"
     # A program that handles Ctrl-C is left alone, one that does not ends the machine.
-    check "Ctrl-C is the command's" $'caught\r\nstill here\r\nstatus 3' "$(press_ctrl_c "$machine sysv --timeout 20 -- python3 -c '
-import signal, sys, time
-def caught(*_):
-    print(\"caught\")
-    print(\"still here\")
-    sys.exit(3)
-signal.signal(signal.SIGINT, caught)
-print(\"ready\", flush=True)
-while True: time.sleep(0.05) # a signal just before one long sleep would wait for its end'")"
+    check "Ctrl-C is the command's" $'caught\r\nstatus 3' "$(press_ctrl_c "$machine sysv --timeout 20 -- \
+        sh -c 'trap \"echo caught; exit 3\" INT; echo ready; while :; do sleep 0.05; done'")"
     check "Ctrl-C ends a plain command" 'status 130' \
         "$(press_ctrl_c "$machine systemd --timeout 20 -- sh -c 'echo ready; exec sleep 1000'")"
 }
 
-# end_by SIGNAL SECONDS COMMAND [ARGUMENT...]: the signal ends the tool that COMMAND is, and all it has begun.
+# end_by SIGNAL SECONDS COMMAND [ARGUMENT...]: after so many seconds the signal ends the tool and all it has begun.
 end_by() {
-    local signal=$1 seconds=$2 tool status
+    local signal=$1 seconds=$2 what="$1 after $2 s: ${*:3:2}" tool status
     shift 2
     env --default-signal=INT "$@" </dev/null 2>/dev/null & # a background job of this shell would ignore SIGINT
     tool=$!
@@ -126,8 +117,8 @@ end_by() {
     kill -s "$signal" "$tool"
     wait "$tool" 2>/dev/null
     status=$?
-    check "$signal after $seconds s: ${*:1:2}" $((128 + $(kill -l "$signal"))) "$status"
-    check_gone "$signal after $seconds s: ${*:1:2}" "$tool"
+    check "$what" $((128 + $(kill -l "$signal"))) "$status"
+    check_gone "$what" "$tool"
 }
 
 test_ends() {
@@ -135,7 +126,6 @@ test_ends() {
     for signal in INT TERM KILL; do
         end_by "$signal" 0.15 "$machine" systemd "${stubborn[@]}" # while it comes up
         end_by "$signal" 0.8 "$machine" systemd "${stubborn[@]}"
-        end_by "$signal" 0.4 "$machine" sysv "${stubborn[@]}"
         end_by "$signal" 0.3 "$private_root" "${stubborn[@]}"
     done
     check "time limit" 124 "$(status_of "$machine" systemd --timeout 1 "${stubborn[@]}")"
@@ -145,14 +135,10 @@ test_ends() {
 }
 
 test_private_root() {
-    check "private root: own files" $'mine 1\nempty' "$("$private_root" sh -c '
-        echo "mine $KALMO_PRIVATE_ROOT" >/etc/debian_version
-        rm -r /etc/init.d /bin/systemctl
-        cat /etc/debian_version
-        [ -z "$(ls -A /tmp /run /dev/shm | grep -v :)" ] && echo empty' 2>&1)"
+    check "private root: own files" 'mine 1' "$("$private_root" sh -c '
+        rm -r /etc/init.d /bin/systemctl && echo "mine $KALMO_PRIVATE_ROOT" >/etc/debian_version
+        cat /etc/debian_version' 2>&1)"
     check "private root: a status" 134 "$(status_of "$private_root" sh -c 'kill -ABRT $$')"
-    check "private root: the kernel's settings" 'Read-only file system' \
-        "$("$private_root" sh -c 'echo >/proc/sys/kernel/hostname' 2>&1 | sed 's/.*: //')"
 }
 
 ((EUID == 0)) || { echo "${0##*/}: must run as root" >&2; exit 1; }

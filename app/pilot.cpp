@@ -65,10 +65,7 @@ int CPilot::Pilot() {
     if (!clLock.bWait(m_clTrace)) {
         return 0;
     }
-    if (!m_clServiceManager.bInit(nullptr, 0)) {
-        return __bFail(L"detect the init system", L"failed");
-    }
-    m_clTrace.Step(L"init system", pszInitSystem());
+    InitServices(m_clServiceManager, m_clTrace);
     const int nOperation = GetPrivateProfileInt(L"PILOTAGE", L"MAJ", OP_NONE, m_csPilotPath.pszGet());
     bool bSuccess = false;
     switch (nOperation) {
@@ -261,10 +258,7 @@ bool CPilot::__bUnregister(const CTString& csName, CUninstallRecord& rclRecord, 
         m_clTrace.Outcome(L"note the uninstall of " + *pcsProgram,
                           rclRecord.bWrite(pclService->pszGetName(), *pcsProgram));
     }
-    errno = 0;
-    const bool bRemoved = pclService->bRemove();
-    m_clTrace.Outcome(L"unregister " + csName, bRemoved);
-    return bRemoved;
+    return bRemoveService(*pclService, m_clTrace);
 }
 
 bool CPilot::__bDelete(const CTString& csPath) {

@@ -6,6 +6,8 @@
 #include "app/config/server_config.h"
 #include "app/trace.h"
 #include "framework/disk_file.h"
+#include "framework/errno_kept.h"
+#include "services/init_script.h"
 #include "services/systemctl.h"
 #include "tui/screen.h"
 
@@ -20,8 +22,6 @@ bool bProgramIn(CService& rclService, std::wstring_view svDir) {
     return CDiskFile::bSameDirectoryName(csGetProgramDirectory(&rclService), svDir);
 }
 
-}  // namespace
-
 const wchar_t* pszInitSystem() {
     switch (CServiceManager::ms_eDistri) {
         case eSystemd: return L"systemd";
@@ -33,6 +33,19 @@ const wchar_t* pszInitSystem() {
         case eGentoo: return L"init scripts, as Gentoo has them";
         case eSlackware: return L"init scripts, as Slackware has them";
         default: return L"unknown";
+    }
+}
+
+}  // namespace
+
+void InitServices(CServiceManager& rclManager, CTrace& rclTrace) {
+    errno = 0;
+    rclManager.bInit(nullptr, 0);
+    const CErrnoKept clKept;
+    rclTrace.Step(L"init system", pszInitSystem());
+    if (CServiceManager::ms_eDistri != eSystemd && CDiskFile::bFileExists(pszSystemctl)) {
+        errno = clKept.nGet();
+        rclTrace.Outcome(L"ask systemctl", false);
     }
 }
 
@@ -84,6 +97,19 @@ void FinishRemoval(CServiceManager& rclManager, const CTString& csName) {
     } else if (rclManager.pclGetService(csName.pszGet(), 0) == nullptr) {
         CService(&rclManager, csName.pszGet()).bRemove();  // the boot links
     }
+}
+
+bool bRemoveService(CService& rclService, CTrace& rclTrace) {
+    errno = 0;
+    const bool bRemoved = rclService.bRemove();
+    const CErrnoKept clKept;
+    rclTrace.Outcome(L"unregister " + CTString(rclService.pszGetName()), bRemoved);
+    if (const CTString csScript = csScriptPath(rclService.pszGetName());
+        bRemoved && CServiceManager::ms_eDistri == eDebian && CDiskFile::bFileExists(csScript)) {
+        errno = clKept.nGet();
+        rclTrace.Outcome(L"delete " + csScript, false);
+    }
+    return bRemoved;
 }
 
 CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)

@@ -10,8 +10,8 @@ namespace kalmo {
 
 class CTrace;
 
-/// What the machine runs its services with, for the trace. After CServiceManager::bInit.
-const wchar_t* pszInitSystem();
+/// Finds out what the machine runs its services with, and traces it. Before anything else here.
+void InitServices(CServiceManager& rclManager, CTrace& rclTrace);
 
 /// Fills the list: every instance in the order of the manager's listing, then the shared manager if it is
 /// installed.
@@ -30,6 +30,9 @@ void StartService(CService& rclService, CTrace& rclTrace);
 /// Ends the removal of a service that was killed half-way, before the service is looked up: one whose file is
 /// gone is then found no longer.
 void FinishRemoval(CServiceManager& rclManager, const CTString& csName);
+
+/// Takes a service out of the boot sequence and traces it. A failure leaves its reason in errno.
+bool bRemoveService(CService& rclService, CTrace& rclTrace);
 
 /// The services that an upgrade of one instance stops before and starts after it has replaced the files.
 ///

@@ -130,18 +130,13 @@ bool CUnInstallWin::_bStopService() {
 }
 
 bool CUnInstallWin::_bRemoveService() {
-    const CTString csWhat = L"unregister " + CTString(m_pclService->pszGetName());
-    errno = 0;
-    const bool bRemoved = m_pclService->bRemove();
+    const bool bRemoved = bRemoveService(*m_pclService, m_rclTrace);
     const int nError = errno != 0 ? errno : ENOTSUP;
     RepaintScreen();  // the tools of an init system complain on the terminal
     if (!bRemoved) {
-        errno = nError;
-        m_rclTrace.Outcome(csWhat, false);
         ShowErrorBox(csFormatText(TEXTE_RETRAIT_SERVICE_ERREUR, csFromUTF8(std::strerror(nError))));
         return false;
     }
-    m_rclTrace.Step(csWhat, L"ok");
     __ShowProgress(&m_stRemove);
     return true;
 }

@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "framework/disk_file.h"
+#include "framework/errno_kept.h"
 #include "services/service_manager.h"
 #include "services/systemctl.h"
 
@@ -47,8 +49,12 @@ constexpr STReleaseWord tabVersion[] = {{"mandrake", eMandriva},
 
 bool bSystemctlWorks() {
     unsigned dwExitCode = 0;
-    return CDiskFile::bFileExists(pszSystemctl) &&
-           bAskSystemctl(L"--no-pager --no-legend", nullptr, &dwExitCode) && dwExitCode == 0;
+    if (!CDiskFile::bFileExists(pszSystemctl) ||
+        !bAskSystemctl(L"--no-pager --no-legend", nullptr, &dwExitCode)) {
+        return false;
+    }
+    errno = 0;  // it has answered
+    return dwExitCode == 0;
 }
 
 template <std::size_t N>
@@ -73,6 +79,7 @@ eDISTRI CServiceManager::__eFindDistri() {
     if (bSystemctlWorks()) {
         return eSystemd;
     }
+    const CErrnoKept clKept;
     for (const STReleaseFile& rst : tabReleaseFile) {
         if (CDiskFile::bFileExists(rst.pszPath)) {
             return rst.eDistri;

@@ -65,7 +65,8 @@ class CService {
     ///
     /// Under systemd a refused "disable" is a failure that changes nothing; afterwards the service is
     /// stopped too. Under SysV only the last step counts, and a script that is already gone is a success.
-    /// On failure errno tells the reason, EPERM under systemd; it may be 0 where no init system is known.
+    /// On failure errno tells the reason, EPERM under systemd; it may be 0 where no init system is known. On
+    /// success it tells, under Debian, why a script could not be deleted, which does not count there.
     bool bRemove();
 
   private:

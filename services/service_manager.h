@@ -43,7 +43,8 @@ class CServiceManager : public CTableauDeBuffer {
     CServiceManager& operator=(const CServiceManager&) = delete;
     ~CServiceManager();
 
-    /// Detects the init system unless that has been done. Both arguments are ignored. Always true.
+    /// Detects the init system unless that has been done. Both arguments are ignored. Always true. Where it
+    /// is not systemd errno tells why an existing systemctl could not be asked, 0 when it just refused.
     bool bInit(const wchar_t* pszMachine, unsigned dwAccess);
 
     /// The service of that name, null when there is none. dwAccess is ignored.

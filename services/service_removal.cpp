@@ -51,10 +51,14 @@ bool CService::__bRemoveSysV() {
     const CTString csName(__svName());
     const CTString csScript = csScriptPath(csName);
     switch (CServiceManager::ms_eDistri) {
-        case eDebian:
-            CDiskFile::bDelete(csScript);
+        case eDebian: {
+            const int nScriptError = CDiskFile::bDelete(csScript) ? 0 : errno;
             // Forced, because the script is gone by now.
-            return bLastStep(nShellCommand(L"update-rc.d -f " + csName + L" remove >/dev/null"));
+            const bool bRemoved =
+                bLastStep(nShellCommand(L"update-rc.d -f " + csName + L" remove >/dev/null"));
+            errno = bRemoved ? nScriptError : errno;
+            return bRemoved;
+        }
         case eRedHat:
         case eMandriva:
         case eFedora:

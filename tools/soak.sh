@@ -40,6 +40,19 @@ sweep() {
             "$1" "$PWD/build/$3/payload/current" "$PWD/build/$3/payload/next" "$4"
 }
 
+# lock_wait: an unattended run gives up after ten minutes when another installer keeps the machine.
+lock_wait() {
+    # shellcheck disable=SC2016 # the machine's shell expands it
+    cmake --preset release && cmake --build --preset release --target payload_current &&
+        "$machine" sysv -- bash -c '
+            cd /tmp && printf "[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=x\nRepertoire=/srv/x\n" >orders
+            flock /run/kalmoinstall.lock sleep 700 &
+            sleep 1
+            "$1/kalmoinstall" /PILOT=/tmp/orders /DEBUG=/tmp/trace
+            cat trace
+            grep -q "another installer has it for ten minutes" trace && [ ! -e /srv/x ]' - "$PWD/build/release/payload/current"
+}
+
 [[ $wanted == *" --list "* ]] || { tools/install_packages.sh check && mkdir -p "$logs"; } || exit 1
 
 step kill_sysv 5 sweep kill sysv release all
@@ -47,6 +60,7 @@ step kill_systemd 15 sweep kill systemd release all
 step kill_sanitized 30 sweep kill sysv dev 200
 step error_sysv 30 sweep error sysv release all
 step error_systemd 90 sweep error systemd release all
+step lock_wait 11 lock_wait
 for corpus in fuzz/corpus/*; do
     step "fuzz_${corpus##*/}" 31 fuzz/run.sh 1800 "${corpus##*/}"
 done

@@ -34,7 +34,7 @@ CASES = [
     ("upgrade", SCRIPT.format("stop", "kill -9 $$"), 30, f"stop {INSTANCE}: failed", False, True),
     ("upgrade", SCRIPT.format("start", "yes | head -c 100000000 >&2"), 10, f"start {INSTANCE}: ok", True, True),
     # Under SysV init an uninstallation does not stop the service.
-    ("uninstall", "rm /usr/sbin/update-rc.d", 10, "unregister first: ok", True, True),
+    ("uninstall", "rm /usr/sbin/update-rc.d", 10, "unregister ZDCS-first: ok", True, True),
 ]
 
 

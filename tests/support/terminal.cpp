@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pty.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -10,14 +11,11 @@
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
-#include <utmp.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -30,40 +28,36 @@ namespace {
     std::abort();
 }
 
+winsize stWindow(int nColumns, int nRows) {
+    winsize st{};
+    st.ws_col = static_cast<unsigned short>(nColumns);
+    st.ws_row = static_cast<unsigned short>(nRows);
+    return st;
+}
+
 // Whether something can be read. Asking also makes the kernel deliver what is still on its way there.
 bool bReadable(int nFd) {
     pollfd st{.fd = nFd, .events = POLLIN, .revents = 0};
     return ::poll(&st, 1, 0) > 0 && (st.revents & POLLIN) != 0;
 }
 
-struct STProcess {
-    char cState = '?';
-    pid_t nGroup = 0;
-};
-
-STProcess stReadProcess(const std::string& rcsFolder) {
-    std::ifstream clFile(rcsFolder + "/stat");
-    std::string csLine;
-    std::getline(clFile, csLine);
-    STProcess st;
-    pid_t nParent = 0;
-    // The program's name stands in brackets before these and may hold anything.
-    std::istringstream(csLine.substr(csLine.rfind(')') + 1)) >> st.cState >> nParent >> st.nGroup;
-    return st;
-}
-
 // Whether the process sleeps in a read of the terminal with the given device number.
-bool bSleepsInRead(const std::string& rcsFolder, dev_t unTerminal) {
-    if (stReadProcess(rcsFolder).cState != 'S') {
+bool bSleepsInRead(pid_t nPid, dev_t unTerminal) {
+    const std::string csFolder = "/proc/" + std::to_string(nPid);
+    std::ifstream clStat(csFolder + "/stat");
+    std::string csStat;
+    std::getline(clStat, csStat);
+    // The program's name stands in brackets before the state and may hold anything.
+    if (!csStat.substr(csStat.rfind(')') + 1).starts_with(" S")) {
         return false;
     }
-    std::ifstream clFile(rcsFolder + "/syscall");
+    std::ifstream clCall(csFolder + "/syscall");
     long nCall = 0;
     unsigned long unFd = 0;
     struct stat st {};
     // The file says "running" when there is no call to tell of.
-    return clFile >> nCall >> std::hex >> unFd && nCall == SYS_read &&
-           ::stat((rcsFolder + "/fd/" + std::to_string(unFd)).c_str(), &st) == 0 && S_ISCHR(st.st_mode) &&
+    return clCall >> nCall >> std::hex >> unFd && nCall == SYS_read &&
+           ::stat((csFolder + "/fd/" + std::to_string(unFd)).c_str(), &st) == 0 && S_ISCHR(st.st_mode) &&
            (st.st_rdev == unTerminal || st.st_rdev == makedev(5, 0));
 }
 
@@ -72,15 +66,6 @@ bool bSleepsInRead(const std::string& rcsFolder, dev_t unTerminal) {
 Terminal::Terminal(const std::vector<std::string>& tabArgument, STOptions stOptions)
     : m_stOptions(std::move(stOptions)),
       m_clEmulator(m_stOptions.nRows, m_stOptions.nColumns, [this](std::string_view sv) { Send(sv); }) {
-    m_clMaster.Reset(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
-    if (!m_clMaster.bValid() || ::grantpt(m_clMaster.nGet()) != 0 || ::unlockpt(m_clMaster.nGet()) != 0) {
-        Die("pseudo-terminal");
-    }
-    m_clSlave.Reset(::ioctl(m_clMaster.nGet(), TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC));
-    if (!m_clSlave.bValid()) {
-        Die("pseudo-terminal");
-    }
-    Resize(m_stOptions.nColumns, m_stOptions.nRows);
     // env sets the environment and becomes the program.
     std::vector<std::string> tabCommand{
         "env", "-u", "LINES", "-u", "COLUMNS", "TERM=" + m_stOptions.csType, "LC_ALL=C.UTF-8"};
@@ -89,19 +74,21 @@ Terminal::Terminal(const std::vector<std::string>& tabArgument, STOptions stOpti
     std::vector<char*> tabArgv(tabCommand.size() + 1);
     std::transform(tabCommand.begin(), tabCommand.end(), tabArgv.begin(),
                    [](std::string& rcs) { return rcs.data(); });
-    m_nPid = ::fork();
-    if (m_nPid < 0) {
-        Die("fork");
-    }
+    const winsize stSize = stWindow(m_stOptions.nColumns, m_stOptions.nRows);
+    int nMaster = -1;
+    m_nPid = ::forkpty(&nMaster, nullptr, nullptr, &stSize);
     if (m_nPid == 0) {
         // A test that runs in the background inherits signals ignored; a program at its terminal does not.
         for (const int nSignal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
             ::signal(nSignal, SIG_DFL);
         }
-        if (::login_tty(m_clSlave.nGet()) == 0) {
-            ::execvp(tabArgv[0], tabArgv.data());
-        }
+        ::execvp(tabArgv[0], tabArgv.data());
         ::_exit(127);
+    }
+    m_clMaster.Reset(nMaster);
+    m_clSlave.Reset(::ioctl(nMaster, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (m_nPid < 0 || ::fcntl(nMaster, F_SETFD, FD_CLOEXEC) != 0 || !m_clSlave.bValid()) {
+        Die("pseudo-terminal");
     }
 }
 
@@ -158,10 +145,7 @@ int Terminal::nWaitEnd() {
 
 void Terminal::Resize(int nColumns, int nRows) {
     m_clEmulator.Resize(nRows, nColumns);
-    const winsize st{.ws_row = static_cast<unsigned short>(nRows),
-                     .ws_col = static_cast<unsigned short>(nColumns),
-                     .ws_xpixel = 0,
-                     .ws_ypixel = 0};
+    const winsize st = stWindow(nColumns, nRows);
     ::ioctl(m_clMaster.nGet(), TIOCSWINSZ, &st);
 }
 
@@ -217,22 +201,8 @@ bool Terminal::__bEnded() {
 
 bool Terminal::__bWaitsForKey() const {
     struct stat st {};
-    if (!m_clMaster.bValid() || bReadable(m_clSlave.nGet()) || ::fstat(m_clSlave.nGet(), &st) != 0) {
-        return false;
-    }
-    const pid_t nGroup = ::tcgetpgrp(m_clMaster.nGet());
-    if (bSleepsInRead("/proc/" + std::to_string(nGroup), st.st_rdev)) {
-        return true;
-    }
-    // Seldom: the reader is not the leader of its group.
-    for (const auto& rclEntry : std::filesystem::directory_iterator("/proc")) {
-        const std::string csFolder = rclEntry.path().string();
-        if (std::isdigit(csFolder[6]) != 0 && stReadProcess(csFolder).nGroup == nGroup &&
-            bSleepsInRead(csFolder, st.st_rdev)) {
-            return true;
-        }
-    }
-    return false;
+    return m_clMaster.bValid() && !bReadable(m_clSlave.nGet()) && ::fstat(m_clSlave.nGet(), &st) == 0 &&
+           bSleepsInRead(::tcgetpgrp(m_clMaster.nGet()), st.st_rdev);
 }
 
 // Asks until the condition holds or patience ends; between two questions the program's output is taken in,

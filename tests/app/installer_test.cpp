@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -228,24 +227,6 @@ TEST_F(CInstaller, LinksInTheWayAreReplacedAndBusyProgramsWaitedFor) {
     EXPECT_FALSE(fs::is_symlink("/tmp/zd/kalmomanager"));
     EXPECT_TRUE(csRead("/tmp/zd/kalmo").starts_with("#!/bin/sh")) << csRead("trace");
     fs::remove("/tmp/outside");
-}
-
-TEST_F(CInstaller, UninstallDeletesItsOwnListOfFiles) {
-    PackServer();
-    Pilot(PSZ_INSTALL);
-    for (const char* const psz :
-         {"tvzdsrv.so", "tvsqlsrv.so", "tvmore.so", "tv.so.1", "zdlogger", "zdlogger64"}) {
-        Write(std::string(PSZ_DIR) + psz, "x");
-    }
-    Pilot(PSZ_REMOVE);
-    EXPECT_TRUE(bMarked());
-    std::vector<std::string> tabLeft;
-    for (const auto& rclEntry : fs::directory_iterator(PSZ_DIR)) {
-        tabLeft.push_back(rclEntry.path().filename());
-    }
-    std::sort(tabLeft.begin(), tabLeft.end());
-    EXPECT_EQ(tabLeft, (std::vector<std::string>{"BDD", "Install.log", "ZDConf.ini", "kalmomanager", "lib",
-                                                 "tv.so.1", "zdlogger64"}));
 }
 
 TEST_F(CInstaller, TraceGoesNeitherThroughALinkNorOverAnEarlierOne) {

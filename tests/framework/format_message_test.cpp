@@ -75,17 +75,5 @@ TEST(FormatMessage, FailsRatherThanGuess) {
     }
 }
 
-TEST(FormatMessage, WindowsShape) {
-    const CFormatArg tabArg[] = {L"name"};
-    wchar_t* psz = nullptr;
-    EXPECT_EQ(FormatMessage(FORMAT_MESSAGE_FROM_STRING, L"<%1>", 0, 0, &psz, 100, tabArg), 0U);
-    ASSERT_EQ(FormatMessage(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_STRING, L"<%1>", 0, 0, &psz,
-                            100, tabArg),
-              6U);
-    EXPECT_EQ(std::wstring(psz), L"<name>");
-    psz[99] = L'.';  // The room asked for is there.
-    LocalFree(psz);
-}
-
 }  // namespace
 }  // namespace kalmo

@@ -30,9 +30,9 @@ class Resource : public testing::Test {
 };
 
 /// A text, or "untouched" where there is none.
-std::wstring csLoad(unsigned unId, int nLangue = 0, const _stMyModuleInfo& rstModule = gstMyModuleInfo604) {
+std::wstring csLoad(unsigned unId, int nLangue = 0) {
     CTString cs(L"untouched");
-    const bool bLoaded = DLLRES_bLoadString(&rstModule, unId, &cs, nLangue);
+    const bool bLoaded = DLLRES_bLoadString(&gstMyModuleInfo604, unId, &cs, nLangue);
     EXPECT_EQ(bLoaded, cs != L"untouched") << unId;
     return std::wstring(cs.svGet());
 }
@@ -65,23 +65,10 @@ TEST_F(Resource, FormatsOrLeavesTheOutputAlone) {
     EXPECT_EQ(cs.svGet(), L"untouched");
     EXPECT_TRUE(bFormat(0x10C7, &cs, L"name"));
     EXPECT_EQ(cs.svGet(), L"- name");
-}
-
-// A module of its own: 1 a text beyond the 16-bit characters, 2 one in an encoded mode.
-bool bGetTestTexts(STRessourceModule* pstRequest) {
-    static constexpr unsigned char tabBeyond[] = {'a', 0, 0x3D, 0xD8, 0x00, 0xDE, 'b', 0, 0, 0};
-    pstRequest->pbyText = tabBeyond;
-    pstRequest->unLength = sizeof tabBeyond;
-    pstRequest->nUnit = 2;
-    pstRequest->nMode = pstRequest->unNumber == 2 ? 3 : 0;
-    return pstRequest->nReserved == -1;
-}
-
-TEST_F(Resource, StoredFormsAreDecoded) {
-    const _stMyModuleInfo stModule{&bGetTestTexts};
-    EXPECT_EQ(csLoad(1, 0, stModule), L"a\U0001F600b");
-    EXPECT_EQ(csLoad(2, 0, stModule), L"untouched");
-    EXPECT_EQ(DLLRES_nGetUtilisation(&stModule, 2), 2 + 16 * 3);
+    wchar_t* psz = nullptr;
+    EXPECT_EQ(DLLRES_nFormatMessage(&gstMyModuleInfo604, 0x10C7, &psz, L"name"), 6);
+    EXPECT_STREQ(psz, L"- name");
+    LocalFree(psz);
 }
 
 // 1 two forms; 3 a language; of others nothing.

@@ -102,7 +102,8 @@ TEST(Keys, AreSeenOnTheScreen) {
         {"", "c", 7, 3, "|ame56789abc |", "", 15},
         {"", "Tab*6", 7, 3, "|name56789abc|"},  // without the focus all of it
         {"", "Tab*2 d e f", 7, 3, "|56789abcdef |", "", 15},
-        {"", "Left*14", 7, 3, "|ame56789abcd|", "", 4},
+        {"", "Backspace*2", 7, 3, "|me56789abcd |", "", 15},  // no empty room behind the text
+        {"", "Left*12", 7, 3, "|ame56789abcd|", "", 4},
         {"", "Tab*2 and Space so Space on", 7, 35, "eand so o   |g", "", 44},
         {"", "Backspace*6", 7, 35, "barean      |g", "nnnnnnrrrrrrrd", 41},  // no fill of its own
         {"", "Tab*2", 13, 3, "[X]wide", "sMsssss"},

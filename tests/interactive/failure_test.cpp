@@ -1,4 +1,4 @@
-// What goes wrong is told, and the terminal is left in order.
+// What goes wrong is told, and the terminal is left in order. Whoever gives up leaves the machine as it was.
 
 #include <csignal>
 
@@ -72,7 +72,7 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
          "absent kalmo"},
         {"", csStart + "Attention / Operation not permitted / OK",
          "test -e kalmomanager && absent ZDConf.ini",
-         "env ASAN_OPTIONS=detect_leaks=0 strace -qq -o/dev/null "
+         "env ASAN_OPTIONS=detect_leaks=0 strace -D -qq -o/dev/null "
          "-e inject=chown,lchown,fchown,fchownat:error=EPERM"},
         // A command line that is too long is cut; so is the password in it, which the server then refuses.
         {"", "@directory\n@config\n@account => Enter " + std::string(190, 'a') + R"( Enter*2
@@ -105,24 +105,23 @@ TEST_F(CStory, TheLicenceMayBeginWithAMarkAndADeathLeavesNothingOfIt) {
 
 TEST_F(CStory, ABusyProgramIsWaitedFor) {
     // Begins an installation that waits for a program to end.
-    const auto Begin = [this](const std::string& rcsSeconds, const STStart& rst = {}) {
+    const auto Begin = [this](int nSeconds, const STStart& rst = {}) {
         SetUp();
-        csShell("mkdir -p /usr/local/ZDSQL; cd /usr/local/ZDSQL; cp /bin/sleep zdlogger; ./zdlogger " +
-                rcsSeconds + " >/dev/null 2>&1 &");
+        KeepBusy("/usr/local/ZDSQL", nSeconds);
         Start(rst);
         Walk(tabSteps("@licence\n@directory\n@config\n@account\n@telemetry => Enter"));
         rclTerminal().Send("\r");
         ASSERT_TRUE(rclTerminal().bWaitText("Installing the server"));
     };
     // Keys that are pressed meanwhile do not close the result.
-    Begin("4");
+    Begin(4);
     rclTerminal().Send("\r\r\r");
     End(tabSteps("@installed"));
-    Begin("60");
+    Begin(60);
     End(tabSteps("Attention / /usr/local/ZDSQL/zdlogger: Text file busy / {123C|zdlogger} / OK"));
 
     // The terminal gets another size meanwhile. It has it twice afterwards, which draws everything anew.
-    Begin("4", {.nColumns = 100, .nRows = 30});
+    Begin(4, {.nColumns = 100, .nRows = 30});
     rclTerminal().Resize(80, 24);
     Walk(tabSteps("@installed => Tab"));
     const std::string csScreen = rclTerminal().clScreen().csSvg();
@@ -134,10 +133,43 @@ TEST_F(CStory, ABusyProgramIsWaitedFor) {
     End(tabSteps("@installed => Tab Enter"));
 
     // Whoever does not want to wait gets a terminal in order back.
-    Begin("60");
+    Begin(60);
     rclTerminal().Send("\x03");
     EXPECT_EQ(rclTerminal().nWaitEnd(), 128 + SIGINT);
     EXPECT_TRUE(rclTerminal().bCooked() && !rclTerminal().clScreen().bAlternateScreen());
+}
+
+TEST_F(CStory, GivingUpChangesNothing) {
+    const std::string csSettings = R"(
+        @config => Tab*2 Backspace*4 kdaemon Tab Enter
+        {103A} / {1235|kdaemon} / {1038} {1039} => Enter => Tab Enter Tab Enter
+        @account
+        @telemetry)";
+    const auto csMachine = [] { return csFiles() + csProcesses("ZDCS-first KalmoManager"); };
+    const auto GiveUpEverywhere = [&](const std::string& rcsScript) {
+        const std::string csBefore = csMachine();
+        std::vector<STStep> tab;
+        for (const STStep& rst : tabSteps(rcsScript)) {
+            tab.push_back({rst.csShown, rst.csGiveUp, ""});
+            Run(tab);
+            EXPECT_TRUE(csMachine() == csBefore) << rst.csShown;
+            tab.back().csKeys = rst.csKeys;
+        }
+    };
+    const std::string csSystem = csFiles("usr root");
+    GiveUpEverywhere("@licence\n@directory" + csSettings);
+    EXPECT_TRUE(csFiles("usr root") == csSystem);
+    Install("first", 4950);
+    GiveUpEverywhere("@licence\n@action => Down Enter*2\n{1031} / * => Enter => Tab*3 Enter" + csSettings);
+    const std::string csUpgrade = "\n@telemetry\nServer: ZDSQL server first / * => Enter => Tab Enter";
+    GiveUpEverywhere(
+        "@licence\n@action => Down Enter*2\n{1031} / * => Backspace*15 srv/zd/first Enter => Tab*3 Enter" +
+        csUpgrade);
+    GiveUpEverywhere("@licence\n@action\n@toupgrade" + csUpgrade);
+    GiveUpEverywhere("@licence\n@action => Down*2 Enter*2\n@toremove");
+    // The manager alone is left.
+    csShell("service_stop ZDCS-first; rm /etc/systemd/system/ZDCS-first.service; systemctl daemon-reload");
+    GiveUpEverywhere("@licence\n@manage => Down Enter*2\n@toremove");
 }
 
 }  // namespace

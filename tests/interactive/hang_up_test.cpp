@@ -9,12 +9,6 @@ namespace {
 
 const std::string QUESTIONS = "@licence\n@directory\n@config\n@account\n@telemetry";
 
-// A program of the instance in that directory runs for so many seconds: its file is waited for.
-std::string csBusy(const std::string& rcsDirectory, const std::string& rcsSeconds) {
-    return "mkdir -p " + rcsDirectory + "; cd " + rcsDirectory +
-           "; cp --remove-destination /bin/sleep zdlogger; ./zdlogger " + rcsSeconds + " >/dev/null 2>&1 &";
-}
-
 const std::string UNATTENDED = R"(
     printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/srv/zd/first\nPort=4950\n' >/tmp/orders
     exec >/dev/null 2>&1
@@ -55,10 +49,10 @@ TEST_F(CStory, AHangUpDoesNotEndWorkThatHasBegun) {
         EXPECT_EQ(rclTerminal().nWaitEnd(), 0);
     };
     const std::string csRunning = " && active ZDCS-ZDSQL && active KalmoManager";
-    csShell(csBusy("/usr/local/ZDSQL", "2"));
+    KeepBusy("/usr/local/ZDSQL", 2);
     HangUp(QUESTIONS + " => Enter", "Installing the server");
     EXPECT_TRUE(bShell("greeting 4900" + csRunning));
-    csShell(csBusy("/usr/local/ZDSQL", "2"));
+    KeepBusy("/usr/local/ZDSQL", 2);
     HangUp("@licence\n@action\n@toupgrade\nServer: * => Tab*2", "Progress", {.csPayload = "next"});
     EXPECT_TRUE(bShell("greeting 4900 | grep 26.0.3" + csRunning));
     // systemd waits for the end of a service that takes its time.
@@ -69,14 +63,15 @@ TEST_F(CStory, AHangUpDoesNotEndWorkThatHasBegun) {
     EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL && absent /usr/local/ZDSQL/tvzdsrv.so"));
     csShell("rm -r /run/systemd/system/ZDCS-ZDSQL.service.d; systemctl daemon-reload");
     // An unattended run has no questions.
-    csShell(csBusy("/srv/zd/first", "2") + UNATTENDED +
-            "install & sleep 1; pkill -HUP -x kalmoinstall; wait %2");
+    KeepBusy("/srv/zd/first", 2);
+    csShell(UNATTENDED + "install & sleep 1; pkill -HUP -x kalmoinstall; wait");
     EXPECT_TRUE(bShell(DONE));
 }
 
 TEST_F(CStory, TwoInstallersDoNotWorkAtOnce) {
     // One works: the operator is told.
-    csShell(csBusy("/srv/zd/first", "4") + UNATTENDED + "install & sleep 1");
+    KeepBusy("/srv/zd/first", 4);
+    csShell(UNATTENDED + "install & sleep 1");
     Run("Attention / {70C1} / OK");
     EXPECT_TRUE(bShell("while pgrep -x kalmoinstall; do sleep 0.1; done; " + DONE));
     // The operator has the machine: the other one waits.

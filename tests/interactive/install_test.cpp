@@ -45,65 +45,58 @@ ACTIVE = 1
     }
 };
 
-class CFromStartToEnd : public CEverywhere, public testing::WithParamInterface<const char*> {};
+class CFromStartToEnd : public CEverywhere, public testing::WithParamInterface<STStart> {};
 
 TEST_P(CFromStartToEnd, AServerIsInstalledUpgradedAndUninstalled) {
-    Run(PSZ_INSTALL, {.csLanguage = GetParam()});
+    STStart stNext = GetParam();
+    stNext.csPayload = "next";
+    Run(PSZ_INSTALL, GetParam());
     ExpectServer(KALMO_VERSION);
-    Run(PSZ_UPGRADE, {.csPayload = "next", .csLanguage = GetParam()});
+    Run(PSZ_UPGRADE, stNext);
     ExpectServer("26.0.3.0");
-    Run(PSZ_UNINSTALL, {.csLanguage = GetParam()});
+    Run(PSZ_UNINSTALL, GetParam());
     EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL && active KalmoManager && ! greeting 4900"));
-    Run(PSZ_UNINSTALL_MANAGER, {.csLanguage = GetParam()});
+    Run(PSZ_UNINSTALL_MANAGER, GetParam());
     EXPECT_TRUE(bShell("unregistered KalmoManager"));
     EXPECT_EQ(csShell("cd /usr/local/ZDSQL && echo $(find . -type f | sort)"),
               "./BDD/__system/kalmo.log ./INSTALL.LOG ./ZDConf.ini ./help/readme.txt");
 }
 
-INSTANTIATE_TEST_SUITE_P(Everywhere, CFromStartToEnd, testing::Values("en"));
-INSTANTIATE_TEST_SUITE_P(Languages, CFromStartToEnd, testing::Values("fr", "es"));
+INSTANTIATE_TEST_SUITE_P(Everywhere, CFromStartToEnd, testing::Values(STStart()));
+INSTANTIATE_TEST_SUITE_P(
+    LanguagesAndTerminals, CFromStartToEnd,
+    testing::Values(STStart{.csLanguage = "fr", .csType = "vt100"},
+                    STStart{.csLanguage = "es", .csType = "xterm", .nColumns = 132, .nRows = 50}));
 
-TEST_F(CEverywhere, EveryTerminalWillDo) {
-    constexpr const char* PSZ_NARROW = R"(
+TEST_F(CEverywhere, ASmallTerminalWillDo) {
+    const STStart stSmall{.nColumns = 60, .nRows = 16};
+    const STStart stNext{.csPayload = "next", .nColumns = 60, .nRows = 16};
+    Run(R"(
         {103E} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / I accept I refuse => Down*40 Tab Enter
         {1031} / /usr/local/ZDSQL / OK Cancel
         Server name / ZDSQL / TCP port / 4900 OK Cancel / System account that runs the server / root => Enter*3
         {2626} / {2627} / Admin / {2628} => Enter*3
         Telemetry sends technical data about the use of
             / [X]Send technical data about the use of this / server / OK Cancel => Enter*2
-        {103B} / Administrator account: Admin / OK)";
-    constexpr const char* PSZ_NARROW_UPGRADE = R"(
+        {103B} / Administrator account: Admin / OK)",
+        stSmall);
+    ExpectServer(KALMO_VERSION);
+    Run(R"(
         {103E} / * => Down*40 Tab Enter
         {10BD} / (X) {10BE} / * / OK Cancel => Enter*2
         {10C2} / ZDSQL server ZDSQL / OK Cancel => Enter*2
         Server: ZDSQL server ZDSQL / * / {10C5} / Yes No => Tab*2 Down*9
         - KalmoManager, * / machine / {10C5} / Yes No => Tab Enter
-        {10C9} / OK)";
-    constexpr const char* PSZ_NARROW_UNINSTALL = R"(
+        {10C9} / OK)",
+        stNext);
+    ExpectServer("26.0.3.0");
+    Run(R"(
         {103E} / * => Down*40 Tab Enter
         {10BD} / (X) {10BE} / * / OK Cancel => Down*2 Enter*2
         {10EA} / ZDSQL server ZDSQL / OK Cancel => Enter*2
-        {10E9|ZDSQL server ZDSQL} / [X] * / OK*)";
-    const struct {
-        STStart stStart;
-        const char* pszInstall = PSZ_INSTALL;
-        const char* pszUpgrade = PSZ_UPGRADE;
-        const char* pszUninstall = PSZ_UNINSTALL;
-    } TAB[] = {{{.csType = "xterm", .nColumns = 132, .nRows = 50}},
-               {{.csType = "vt100"}},
-               {{.nColumns = 60, .nRows = 16}, PSZ_NARROW, PSZ_NARROW_UPGRADE, PSZ_NARROW_UNINSTALL}};
-    for (const auto& rst : TAB) {
-        SCOPED_TRACE(testing::Message() << rst.stStart.csType << " " << rst.stStart.nColumns);
-        SetUp();
-        Run(rst.pszInstall, rst.stStart);
-        ExpectServer(KALMO_VERSION);
-        STStart stNext = rst.stStart;
-        stNext.csPayload = "next";
-        Run(rst.pszUpgrade, stNext);
-        ExpectServer("26.0.3.0");
-        Run(rst.pszUninstall, rst.stStart);
-        EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL"));
-    }
+        {10E9|ZDSQL server ZDSQL} / [X] * / OK*)",
+        stSmall);
+    EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL"));
 }
 
 TEST_F(CEverywhere, TheseCommandsAreRunAndNoOthers) {
@@ -152,23 +145,17 @@ sh: /etc/init.d/ZDCS-ZDSQL start >/dev/null)"},
          R"(
 sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null
 sh: update-rc.d -f ZDCS-ZDSQL remove >/dev/null)"},
-        {PSZ_UNINSTALL_MANAGER, "current", csList + csManager + R"(
-/bin/systemctl stop KalmoManager
-/bin/systemctl --property=FragmentPath show KalmoManager
-/bin/systemctl --property=SourcePath show KalmoManager
-/bin/systemctl disable KalmoManager
-/bin/systemctl stop KalmoManager
-/bin/systemctl daemon-reload)",
-         R"(
-sh: /etc/init.d/KalmoManager stop >/dev/null 2>/dev/null
-sh: update-rc.d -f KalmoManager remove >/dev/null)"},
     };
     for (const auto& rst : TAB) {
+        if (&rst != TAB) {
+            csShell(
+                "for n in {1..50}; do active ZDCS-ZDSQL && active KalmoManager && break; sleep 0.1; done;"
+                "greeting 4900");
+        }
         Run(rst.pszScript, {.csPayload = rst.pszPayload, .bRecord = true});
         EXPECT_EQ(csCommands(), "/bin/systemctl --no-pager --no-legend" +
                                     (bShell("[ $init = systemd ]") ? rst.csSystemd : rst.csSysV) +
                                     "\nsh: clear 2>/dev/null");
-        csShell("greeting 4900; for n in {1..50}; do active KalmoManager && break; sleep 0.1; done");
     }
 }
 

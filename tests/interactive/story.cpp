@@ -28,7 +28,6 @@ const std::string CS_SCREENS = R"(
     @toremove   {10EA} / * / {1032} {1037} => Enter*2 => Tab*2 Enter
     @upgraded   {10C9} / {1032} => Enter
     @removed    {10E9|ZDSQL server ZDSQL} / {10E3} / {10E4} / {10E5}* / {1032} => Enter
-    @box        {103A} / * / {1032} => Enter
 )";
 
 // Takes every server off the machine, and the folders and accounts of the stories.
@@ -230,6 +229,12 @@ void CStory::Install(const std::string& rcsName, int nPort) {
     ASSERT_TRUE(bShell("name=" + rcsName + " port=" + std::to_string(nPort) + R"(
         printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=%s\nRepertoire=/srv/zd/%s\nPort=%s\n' $name $name $port >/tmp/orders
         /srv/dist/current/kalmoinstall /PILOT=/tmp/orders && test -e /srv/zd/$name/Install.log && greeting $port)"));
+}
+
+void CStory::KeepBusy(const std::string& rcsDirectory, int nSeconds) {
+    csShell("mkdir -p " + rcsDirectory + "; cd " + rcsDirectory +
+            "; cp --remove-destination /bin/sleep zdlogger; ./zdlogger " + std::to_string(nSeconds) +
+            " >/dev/null 2>&1 &");
 }
 
 std::string CStory::csFiles(const std::string& rcsFolders) {

@@ -61,6 +61,8 @@ class CStory : public testing::Test {
     static bool bShell(const std::string& rcsCommand);
     /// Installs a server without asking anybody, in a directory below /srv/zd.
     static void Install(const std::string& rcsName, int nPort);
+    /// Lets a program of the instance in a directory run for so many seconds: its file is waited for.
+    static void KeepBusy(const std::string& rcsDirectory, int nSeconds);
     /// All files in folders of the machine, with what changes when they are touched, and the names in /tmp.
     static std::string csFiles(const std::string& rcsFolders = "etc home opt srv usr/local var/lib");
     /// The processes of services, and what has become of them since: a character each, "=" the same process,

@@ -1,4 +1,4 @@
-// Upgrading: which services are told of, stopped and started, and what is kept.
+// Upgrading and uninstalling: which services and files are touched, and what is kept.
 
 #include "tests/interactive/story.h"
 
@@ -43,9 +43,6 @@ TEST_F(CUpgrade, ServicesAreStoppedAndStartedAsTheyLie) {
          ">>second/ZDConf.ini",
          "@toupgrade => Down Enter*2\n@telemetry => Space Enter*2" + csSecond + csVersions, "=!!", "second 0",
          KALMO_VERSION " 26.0.3.0"},
-        {"service_stop ZDCS-first; service_stop KalmoManager; printf '[TELEMETRY]\nACTIVE=1\n' "
-         ">>first/ZDConf.ini",
-         "@toupgrade" + csFirst + csVersions, "!=!", "first 1", "26.0.3.0 " KALMO_VERSION},
         // The server is stopped, the manager here runs. Without notes there is no version to show.
         {R"(service_stop ZDCS-first; sed -i /AccessPort/d first/ZDConf.ini
             sed -i 's/version":"2/vorsion":"2/' first/kalmo /srv/dist/next/kalmoinstall)",
@@ -88,6 +85,35 @@ TEST_F(CUpgrade, AHalfReplacedServerStaysStopped) {
         Attention / {1238|last.txt} / OK)",
         {.csPayload = "next"});
     EXPECT_EQ(csFate(PSZ_SERVICES, csBefore), "-=-");
+}
+
+TEST_F(CStory, UninstallingDeletesAListOfFiles) {
+    const struct {
+        const char* pszPrepare;
+        const char* pszShown;
+        const char* pszLeft;  ///< Of the programs, and whether the service is registered.
+    } TAB[] = {
+        {"service_stop ZDCS-first; touch tvmore.so tv.so.1 zdlogger64",
+         "{10E9|ZDSQL server first} / {10E3} / {10E4} / {10E5}* / OK", "kalmomanager tv.so.1 zdlogger64"},
+        {R"(cp kalmo kalmo64; cp zdlogger zdlogger64
+            sed -i s,first/kalmo,\&64, /etc/systemd/system/ZDCS-first.service
+            systemctl daemon-reload; systemctl restart ZDCS-first)",
+         "{10E9|ZDSQL server first} / {10E3} / {10E4} / {10E5}* / OK", "kalmo kalmomanager zdlogger"},
+        {"rm zdlogger", "{103A} / {10E8|*zdlogger*} / OK", "kalmomanager tvsqlsrv.so tvzdsrv.so"},
+        {"cd /etc/systemd/system/multi-user.target.wants && mount --bind . . && mount -o remount,bind,ro .",
+         "{103A} / {10E7|*} / OK", "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger registered"},
+    };
+    for (const auto& rst : TAB) {
+        SCOPED_TRACE(rst.pszPrepare);
+        SetUp();
+        Install("first", 4950);
+        csShell("cd /srv/zd/first; " + std::string(rst.pszPrepare));
+        Run("@licence\n@action => Down*2 Enter*2\n@toremove\n" + std::string(rst.pszShown));
+        EXPECT_EQ(csShell("cd /srv/zd/first; echo $(ls | grep -E '^(kalmo|zdlogger|tv)'; "
+                          "! registered ZDCS-first || echo registered)"),
+                  rst.pszLeft);
+        EXPECT_TRUE(bShell("! active ZDCS-first; cd /srv/zd/first; test -s ZDConf.ini -a -d BDD/__system"));
+    }
 }
 
 }  // namespace

@@ -20,8 +20,9 @@ namespace kalmo {
 ///
 /// Owned by a test or a tool; the destructor hangs up and kills the program. Nothing waits blindly: a key has
 /// been dealt with when the program sleeps in a read of the terminal again and nothing is under way to it or
-/// from it, which the kernel tells. That holds for a program that reads the terminal itself; one behind a
-/// second terminal (tests/machine/machine --tty) or in a shell pipeline is waited for with bWaitText.
+/// from it, which the kernel tells. That holds for a program that reads the terminal itself and leads its
+/// process group; one behind a second terminal (tests/machine/machine --tty), in a shell pipeline or below a
+/// tracer is waited for with bWaitText.
 class Terminal {
   public:
     struct STOptions {

@@ -52,8 +52,8 @@ class CTuiTerminal : public Terminal {
     /// CEmulator::csShow of the screen.
     [[nodiscard]] std::string csShow() const { return clScreen().csShow(TAB_LEGEND); }
     [[nodiscard]] bool bShows(std::string_view sv) const { return csText().find(sv) != std::string::npos; }
-    /// The last line that a program which has ended left on the screen; the whole screen when it fails or goes
-    /// on.
+    /// The last line that a program which has ended left on the screen; the whole screen when it fails or
+    /// goes on.
     std::string csReport() {
         const bool bEnded = nWaitEnd() == 0;
         std::string cs = csText();

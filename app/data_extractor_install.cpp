@@ -66,7 +66,7 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
         return false;
     }
     CDiskFile::bDelete(clDir.csGet() + PSZ_LOG);
-    CUninstallRecord(PSZ_SERVICE_PREFIX + rstParam.csServerName).bDiscard();
+    CUninstallRecord::ForgetDirectory(clDir.svGet());
     if (!__bCreateDirectory(clDatabaseDir.svGet())) {
         return false;
     }

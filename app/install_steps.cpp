@@ -75,7 +75,8 @@ bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot
         const CTString csNow = csHeld(pszConfPath, tabKey[n]);
         const bool bHolds = csNow == svReadBack(tabValue[n]);
         bWritten = bWritten && bHolds;
-        bOfAnother = bOfAnother || (!bHolds && !csNow.bEmpty() && csNow == tabBefore[n]);
+        bOfAnother =
+            bOfAnother || (clKept.nGet() != 0 && !bHolds && !csNow.bEmpty() && csNow == tabBefore[n]);
     }
     errno = clKept.nGet();
     rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten);

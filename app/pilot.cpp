@@ -1,5 +1,6 @@
 #include "app/pilot.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <string_view>
@@ -60,19 +61,22 @@ int CPilot::Pilot() {
     if (!CDiskFile::bFileExists(m_csPilotPath)) {
         return __bFail(L"parameter file " + m_csPilotPath, L"not found");
     }
+    const int nOperation = GetPrivateProfileInt(L"PILOTAGE", L"MAJ", OP_NONE, m_csPilotPath.pszGet());
+    if (nOperation < OP_UPGRADE || nOperation > OP_UNINSTALL) {
+        m_clTrace.Step(L"MAJ", L"no operation of that number, nothing done");
+        return nOperation;
+    }
     const CHangUpShield clShield;
     CRunLock clLock;
     if (!clLock.bWait(m_clTrace)) {
         return 0;
     }
     InitServices(m_clServiceManager, m_clTrace);
-    const int nOperation = GetPrivateProfileInt(L"PILOTAGE", L"MAJ", OP_NONE, m_csPilotPath.pszGet());
     bool bSuccess = false;
     switch (nOperation) {
         case OP_UPGRADE: bSuccess = __bUpgrade(); break;
         case OP_INSTALL: bSuccess = __bInstall(); break;
-        case OP_UNINSTALL: bSuccess = __bUnInstall(); break;
-        default: m_clTrace.Step(L"MAJ", L"no operation of that number, nothing done"); return nOperation;
+        default: bSuccess = __bUnInstall(); break;
     }
     m_clTrace.Step(L"unattended run", bSuccess ? L"ok" : L"failed");
     return bSuccess ? 1 : 0;
@@ -143,7 +147,7 @@ bool CPilot::__bInstall() {
     if (!__bForgetSuccess(clInstallDir.csGet()) || !clExtractor.bInit()) {
         return false;
     }
-    CUninstallRecord(__csServiceName(csName)).bDiscard();
+    CUninstallRecord::ForgetDirectory(clInstallDir.svGet());
     for (const CFSPath& rclDir : {clInstallDir, clDatabaseDir}) {
         CXError clError;
         if (!bCreateDirectory(rclDir.svGet(), m_clTrace, &clError)) {
@@ -202,7 +206,7 @@ bool CPilot::__bUpgrade(CService& rclService, const CTString& csName) {
     if (!__bForgetSuccess(csDirectory) || !clExtractor.bInit()) {
         return false;
     }
-    CUninstallRecord(__csServiceName(csName)).bDiscard();
+    CUninstallRecord::ForgetDirectory(csDirectory);
     clServices.StopAll();
     if (!clExtractor.bUpgrade(csDirectory.pszGet(), nullptr) || !clExtractor.bSync(csDirectory.pszGet())) {
         return __bFail(L"extract", L"what was stopped stays stopped");
@@ -229,36 +233,45 @@ bool CPilot::__bUnInstall() {
     if (!__bRemoveFiles(csProgram)) {
         return false;
     }
-    if (__LogSuccess(csDirectory)) {
+    // With a unit or script that stays there is still something to do.
+    if (__LogSuccess(csDirectory) && !m_bStays) {
         m_clTrace.Outcome(L"forget the note of the uninstall", clRecord.bDiscard());
     }
     return true;
 }
 
 bool CPilot::__bUnregister(const CTString& csName, CUninstallRecord& rclRecord, CTString* pcsProgram) {
-    CTString csNoted;
-    m_bGoingOn = rclRecord.bRead(&csNoted, pcsProgram);
-    if (m_bGoingOn) {
-        FinishRemoval(m_clServiceManager, csNoted);
+    CUninstallRecord::STNote stNote;
+    const bool bNoted = rclRecord.bRead(&stNote);
+    if (bNoted) {
+        FinishRemoval(m_clServiceManager, stNote.csService);
     }
     const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName);
     if (pclService == nullptr) {
+        // One that cannot be asked about, for whatever reason, is still there while its files are.
+        m_bGoingOn = bNoted && std::ranges::none_of(stNote.tabDefinition, [](const CTString& rcsPath) {
+                         return CDiskFile::bFileExists(rcsPath);
+                     });
         if (!m_bGoingOn) {
             return __bFail(L"uninstall " + csName, L"no such instance");
         }
         m_clTrace.Step(L"unregister " + csName, L"done by an earlier run, which did not end; going on");
+        *pcsProgram = stNote.csProgram;
         return __bForgetSuccess(CTString(CFSPath::stSplit(*pcsProgram).svDirectory));
     }
-    m_bGoingOn = false;
     *pcsProgram = csGetProgramWithoutArg(pclService.get());
     if (const CTString csDirectory = csGetProgramDirectory(pclService.get()); !csDirectory.bEmpty()) {
         if (!__bForgetSuccess(csDirectory)) {
             return false;
         }
-        m_clTrace.Outcome(L"note the uninstall of " + *pcsProgram,
-                          rclRecord.bWrite(pclService->pszGetName(), *pcsProgram));
+        const bool bWritten =
+            rclRecord.bWrite({pclService->pszGetName(), *pcsProgram, tabDefinition(*pclService)});
+        m_clTrace.Outcome(L"note the uninstall of " + *pcsProgram, bWritten);
     }
-    return bRemoveService(*pclService, m_clTrace);
+    m_bGoingOn = bNoted && stNote.csProgram == *pcsProgram;
+    const bool bRemoved = bRemoveService(*pclService, m_clTrace);
+    m_bStays = errno != 0;
+    return bRemoved;
 }
 
 bool CPilot::__bDelete(const CTString& csPath) {

@@ -66,6 +66,7 @@ class CPilot {
     CTString m_csPilotPath;
     CTString m_csDebugPath;
     CServiceManager m_clServiceManager;
+    bool m_bStays = false;    ///< A unit or script could not be deleted.
     bool m_bGoingOn = false;  ///< An uninstall that an earlier run began: what is gone already is done.
     CTrace m_clTrace;
 };

@@ -12,8 +12,8 @@
 namespace kalmo {
 namespace {
 
-// In a directory that only root can write: nobody else can hold the machine.
-constexpr const char* PSZ_LOCK = "/run/kalmoinstall.lock";
+// In directories that only root can write: nobody else can hold the machine. Older ones have no /run.
+constexpr const char* TAB_LOCK[] = {"/run/kalmoinstall.lock", "/var/run/kalmoinstall.lock"};
 constexpr const wchar_t* PSZ_STEP = L"have the machine alone";
 constexpr std::chrono::minutes clLongestWait{10};
 constexpr useconds_t unPauseMicros = 200'000;
@@ -21,8 +21,10 @@ constexpr useconds_t unPauseMicros = 200'000;
 }  // namespace
 
 bool CRunLock::bTake(CTrace& rclTrace) {
-    if (!m_clFd.bValid()) {
-        m_clFd.Reset(::open(PSZ_LOCK, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+    for (const char* const pszLock : TAB_LOCK) {
+        if (!m_clFd.bValid()) {
+            m_clFd.Reset(::open(pszLock, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+        }
     }
     const bool bMine = m_clFd.bValid() && ::flock(m_clFd.nGet(), LOCK_EX | LOCK_NB) == 0;
     if (!bMine && m_clFd.bValid() && errno == EWOULDBLOCK) {

@@ -71,7 +71,7 @@ CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, 
 bool bRunning(CService& rclService, CTrace& rclTrace) {
     errno = 0;
     const eSERVICESTATUS eStatus = rclService.eGetStatus();
-    if (eStatus == eServiceUnknown) {
+    if (eStatus == eServiceUnknown || errno != 0) {
         rclTrace.Outcome(L"ask whether " + CTString(rclService.pszGetName()) + L" runs", false);
     }
     return eStatus == eServiceRunning;
@@ -91,6 +91,21 @@ void StartService(CService& rclService, CTrace& rclTrace) {
     RepaintScreen();
 }
 
+std::vector<CTString> tabDefinition(const CService& rclService) {
+    const wchar_t* const pszName = rclService.pszGetName();
+    if (CServiceManager::ms_eDistri != eSystemd) {
+        return {csScriptPath(pszName)};
+    }
+    std::vector<CTString> tab;
+    for (const char* const pszProperty : {"FragmentPath", "SourcePath"}) {
+        if (const CTString csPath = CServiceManager::csGetSystemdProp(pszProperty, pszName);
+            !csPath.bEmpty()) {
+            tab.push_back(csPath);
+        }
+    }
+    return tab;
+}
+
 void FinishRemoval(CServiceManager& rclManager, const CTString& csName) {
     if (CServiceManager::ms_eDistri == eSystemd) {
         bCommandSystemctl(L"daemon-reload");  // it remembers a failed unit whose file is gone
@@ -104,10 +119,9 @@ bool bRemoveService(CService& rclService, CTrace& rclTrace) {
     const bool bRemoved = rclService.bRemove();
     const CErrnoKept clKept;
     rclTrace.Outcome(L"unregister " + CTString(rclService.pszGetName()), bRemoved);
-    if (const CTString csScript = csScriptPath(rclService.pszGetName());
-        bRemoved && CServiceManager::ms_eDistri == eDebian && CDiskFile::bFileExists(csScript)) {
+    if (bRemoved && clKept.nGet() != 0) {
         errno = clKept.nGet();
-        rclTrace.Outcome(L"delete " + csScript, false);
+        rclTrace.Outcome(L"delete the unit or script of " + CTString(rclService.pszGetName()), false);
     }
     return bRemoved;
 }

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 
@@ -20,6 +21,34 @@ bool bSyncDirectory(const wchar_t* pszDirectory) {
     return clDirectory.bOpen(pszDirectory, CDiskFile::eMODE::ReadDirectory) && clDirectory.bSync();
 }
 
+bool bReadNote(const CTString& csPath, CUninstallRecord::STNote* pst) {
+    std::string csText;
+    if (!CDiskFile::bLoad(csPath, nMaxRecord, &csText)) {
+        return false;
+    }
+    std::vector<CTString> tabLine;
+    std::size_t nStart = 0;
+    for (std::size_t nEnd = 0; (nEnd = csText.find('\n', nStart)) != std::string::npos; nStart = nEnd + 1) {
+        tabLine.push_back(csFromUTF8(std::string_view(csText).substr(nStart, nEnd - nStart)));
+    }
+    const auto bPath = [](const CTString& rcs) { return rcs.svGet().starts_with(L'/'); };
+    if (tabLine.size() < 3 || nStart != csText.size() ||
+        !std::all_of(tabLine.begin() + 1, tabLine.end(), bPath)) {
+        return false;
+    }
+    *pst = {tabLine[0], tabLine[1], {tabLine.begin() + 2, tabLine.end()}};
+    return true;
+}
+
+// Deletes a record, and the directory unless there are others.
+bool bDeleteNote(const CTString& csPath) {
+    if (!CDiskFile::bDelete(csPath) && errno != ENOENT) {
+        return false;
+    }
+    ::rmdir(csToUTF8(PSZ_DIRECTORY).pszGet());
+    return true;
+}
+
 }  // namespace
 
 CUninstallRecord::CUninstallRecord(std::wstring_view svService) : m_csPath(svService) {
@@ -27,13 +56,21 @@ CUninstallRecord::CUninstallRecord(std::wstring_view svService) : m_csPath(svSer
     m_csPath = PSZ_DIRECTORY + m_csPath + L".uninstall";
 }
 
-bool CUninstallRecord::bWrite(const CTString& csName, const CTString& csProgram) {
-    const CXYString<char> csText = csToUTF8(csName + L"\n" + csProgram + L"\n");
+bool CUninstallRecord::bWrite(const STNote& rst) {
+    if (rst.tabDefinition.empty()) {
+        errno = ENODATA;
+        return false;
+    }
+    CTString csNote = rst.csService + L"\n" + rst.csProgram + L"\n";
+    for (const CTString& rcsDefinition : rst.tabDefinition) {
+        csNote += rcsDefinition + L"\n";
+    }
+    const CXYString<char> csText = csToUTF8(csNote);
     CDiskFile clFile;
     const bool bWritten = CDiskFile::bCreateDirectory(PSZ_DIRECTORY) &&
                           clFile.bOpen(m_csPath, CDiskFile::eMODE::Create) &&
                           clFile.bWrite(csText.pszGet(), csText.nGetLength()) && clFile.bSync() &&
-                          bSyncDirectory(PSZ_DIRECTORY);
+                          bSyncDirectory(PSZ_DIRECTORY) && bSyncDirectory(L"/var/lib/");
     if (!bWritten) {
         const CErrnoKept clKept;
         bDiscard();
@@ -41,27 +78,25 @@ bool CUninstallRecord::bWrite(const CTString& csName, const CTString& csProgram)
     return bWritten;
 }
 
-bool CUninstallRecord::bRead(CTString* pcsName, CTString* pcsProgram) const {
-    std::string csText;
-    if (!CDiskFile::bLoad(m_csPath, nMaxRecord, &csText)) {
-        return false;
-    }
-    const std::size_t nName = csText.find('\n');
-    const std::size_t nEnd = csText.find('\n', nName + 1);
-    if (nName == std::string::npos || nEnd == std::string::npos || csText[nName + 1] != '/') {
-        return false;
-    }
-    *pcsName = csFromUTF8(std::string_view(csText).substr(0, nName));
-    *pcsProgram = csFromUTF8(std::string_view(csText).substr(nName + 1, nEnd - nName - 1));
-    return true;
+bool CUninstallRecord::bRead(STNote* pst) const {
+    return bReadNote(m_csPath, pst);
 }
 
 bool CUninstallRecord::bDiscard() {
-    if (!CDiskFile::bDelete(m_csPath)) {
-        return errno == ENOENT;
+    return bDeleteNote(m_csPath);
+}
+
+void CUninstallRecord::ForgetDirectory(std::wstring_view svDirectory) {
+    CFileSearch clSearch;
+    for (bool bFound = CDiskFile::bFindFirst(CTString(PSZ_DIRECTORY) + L"*.uninstall", 0, &clSearch); bFound;
+         bFound = CDiskFile::bFindNext(&clSearch)) {
+        const CTString csPath = PSZ_DIRECTORY + clSearch.csGetName();
+        STNote st;
+        if (bReadNote(csPath, &st) &&
+            CDiskFile::bSameDirectoryName(CFSPath::stSplit(st.csProgram).svDirectory, svDirectory)) {
+            bDeleteNote(csPath);
+        }
     }
-    ::rmdir(csToUTF8(PSZ_DIRECTORY).pszGet());  // refused while there are others
-    return true;
 }
 
 }  // namespace kalmo

@@ -5,8 +5,8 @@
 #   bench/services.sh [--build FOLDER] [--processor]
 #
 # --build takes a build folder that is built already. --processor judges by the time that the processors work, which
-# hardly depends on what else the machine does, instead of the time that passes. The instances are units of systemd in a throwaway machine.
-# Needs root. Exit status: 0 every target is met, 1 one is missed, 2 the measurement could not be made.
+# hardly depends on what else the machine does, instead of the time that passes. The instances are units of systemd in
+# a throwaway machine. Needs root. Exit status: 0 every target is met, 1 one is missed, 2 the measurement could not be made.
 set -euo pipefail
 cd -- "$(dirname -- "$(realpath -- "${BASH_SOURCE[0]}")")/.."
 

@@ -1,9 +1,8 @@
 // The measurement of bench/services.sh: lists the instances of this machine as the installer does when it
 // starts, then compares the name and the port of each with those that an operator wants.
 //
-//   services_bench    prints how many instances there are, the seconds of the listing, names and ports, and
-//   the
-//                     processor's seconds for all of it, those of systemd included
+// It prints how many instances there are, the seconds of the listing, names and ports, and the processor's
+// seconds for all of it, those of systemd included.
 #include <sys/resource.h>
 
 #include <chrono>

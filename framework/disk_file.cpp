@@ -241,11 +241,16 @@ bool CDiskFile::bReserve(std::int64_t i64Length) {
         return i64Now >= 0;
     }
     // See fallocate(2): blocks behind the end, which stays where it is.
+    const int nErrnoBefore = errno;
     int nResult = -1;
     do {
         nResult = ::fallocate(m_clFd.nGet(), FALLOC_FL_KEEP_SIZE, i64Now, i64Length - i64Now);
     } while (nResult != 0 && errno == EINTR);
-    return nResult == 0 || errno == EOPNOTSUPP || errno == ENOSYS;
+    if (nResult != 0 && errno != EOPNOTSUPP && errno != ENOSYS) {
+        return false;
+    }
+    errno = nErrnoBefore;
+    return true;
 }
 
 bool CDiskFile::bSync() {

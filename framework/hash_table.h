@@ -1,11 +1,10 @@
 #ifndef KALMO_FRAMEWORK_HASH_TABLE_H
 #define KALMO_FRAMEWORK_HASH_TABLE_H
 
-#include <sys/auxv.h>
+#include <sys/random.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <map>
 #include <string_view>
 #include <unordered_map>
@@ -69,13 +68,11 @@ class CTHashTableTi {
         }
 
       private:
-        // The system gives every program sixteen random bytes along.
+        // Where the system has no random bytes, early at its start, the factor is known, and that is all.
         static std::uint64_t __u64Random() noexcept {
-            std::uint64_t tab[2] = {};
-            if (const auto* const p = reinterpret_cast<const void*>(::getauxval(AT_RANDOM)); p != nullptr) {
-                std::memcpy(tab, p, sizeof tab);
-            }
-            return tab[0] * 0x9E3779B97F4A7C15 + tab[1];
+            std::uint64_t u64 = 0x9E3779B97F4A7C15;
+            static_cast<void>(::getrandom(&u64, sizeof u64, GRND_NONBLOCK) == sizeof u64);
+            return u64;
         }
     };
     struct CLess {

@@ -227,11 +227,11 @@ bool CLanceProcessus::__bArrete(int nErrno) {
 // Waits until the child has written or closed its output. False when its time is over.
 bool CLanceProcessus::__bAttendSortie() {
     pollfd st{m_clSortie.nGet(), POLLIN, 0};
-    while (m_clSortie.bValid() && ::poll(&st, 1, nTickMillis) <= 0) {
+    do {
         if (__bEnRetard()) {
             return false;
         }
-    }
+    } while (m_clSortie.bValid() && ::poll(&st, 1, nTickMillis) <= 0);
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "services/service.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
@@ -118,6 +119,7 @@ eSERVICESTATUS CService::eGetStatus() {
         !clScript.bAttendFinExecution(&dwExitCode)) {
         return eServiceUnknown;
     }
+    errno = 0;
     switch (dwExitCode) {
         case 0: return eServiceRunning;
         case 1: return eServiceFailed;

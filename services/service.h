@@ -58,15 +58,16 @@ class CService {
     bool bRestart();
     /// dwControlStop or dwControlReload; any other code is false and does nothing.
     bool bSendControlCommand(unsigned dwCode);
-    /// The state now. A state that systemd does not know counts as stopped, and so does a script whose
-    /// "status" ends neither with 0 (running) nor with 1 (failed).
+    /// The state now; errno is 0, or tells why it could not be asked for. A state that systemd does not know
+    /// counts as stopped, and so does a script whose "status" ends neither with 0 (running) nor with 1
+    /// (failed).
     eSERVICESTATUS eGetStatus();
     /// Takes the service out of the boot sequence and deletes its unit file or script.
     ///
     /// Under systemd a refused "disable" is a failure that changes nothing; afterwards the service is
     /// stopped too. Under SysV only the last step counts, and a script that is already gone is a success.
     /// On failure errno tells the reason, EPERM under systemd; it may be 0 where no init system is known. On
-    /// success it tells, under Debian, why a script could not be deleted, which does not count there.
+    /// success it tells why a unit file or a script stays that should be gone, which does not count; else 0.
     bool bRemove();
 
   private:

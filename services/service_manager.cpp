@@ -106,7 +106,13 @@ CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSystemd(const wchar_t*
 CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName) {
     CXYString<char> csOutput;
     const CTString csArguments = L"--property=" + csFromUTF8(pszProperty) + L" show " + CTString(pszName);
-    return bAskSystemctl(csArguments, &csOutput, nullptr) ? csReadProperty(csOutput) : CTString();
+    errno = 0;
+    if (!bAskSystemctl(csArguments, &csOutput, nullptr)) {
+        errno = errno != 0 ? errno : EIO;
+        return {};
+    }
+    errno = 0;
+    return csReadProperty(csOutput);
 }
 
 CXPtr_deleteRCV<CService> CServiceManager::pclEnumService(unsigned* pdwCursor, const wchar_t* pszPrefix,

@@ -65,7 +65,8 @@ class CServiceManager : public CTableauDeBuffer {
     /// Ends a listing before its end and sets the cursor to 0.
     void AbortEnumService(unsigned* pdwCursor);
 
-    /// The value of one property of a systemd unit; empty when it is unknown or cannot be asked for.
+    /// The value of one property of a systemd unit; empty when it is unknown or, with the reason in errno,
+    /// which is 0 otherwise, when it cannot be asked for.
     static CTString csGetSystemdProp(const char* pszProperty, const wchar_t* pszName);
 
   private:

@@ -10,16 +10,21 @@
 namespace kalmo {
 namespace {
 
-// Deletes the file that a unit property names. A few characters are no path but a stray answer.
-void DeleteUnitFile(const CTString& csPath) {
-    if (csPath.nGetLength() > 3) {
-        CDiskFile::bDelete(csPath);
-    }
+// Deletes a file that a removal does not depend on. 0, or why it stays.
+int nDelete(const CTString& csPath) {
+    return CDiskFile::bDelete(csPath) || errno == ENOENT ? 0 : errno;
+}
+
+// The same for the file that a unit property names. A few characters are no path but a stray answer.
+int nDeleteUnitFile(const CTString& csPath) {
+    return csPath.nGetLength() > 3 ? nDelete(csPath) : 0;
 }
 
 // The result of the last step of a removal: a file that is already gone is as good as one deleted.
 bool bLastStep(int nResult) {
-    return nResult != -1 || errno == ENOENT;
+    const bool bDone = nResult != -1 || errno == ENOENT;
+    errno = bDone ? 0 : errno;
+    return bDone;
 }
 
 bool bDeleteLast(const CTString& csPath) {
@@ -41,9 +46,10 @@ bool CService::__bRemoveSystemd() {
         return false;
     }
     bCommandSystemctl(CTString(L"stop ") + __svName());
-    DeleteUnitFile(csFragmentPath);
-    DeleteUnitFile(csSourcePath);
+    const int nFragmentError = nDeleteUnitFile(csFragmentPath);
+    const int nSourceError = nDeleteUnitFile(csSourcePath);
     bCommandSystemctl(L"daemon-reload");
+    errno = nFragmentError != 0 ? nFragmentError : nSourceError;
     return true;
 }
 
@@ -52,7 +58,7 @@ bool CService::__bRemoveSysV() {
     const CTString csScript = csScriptPath(csName);
     switch (CServiceManager::ms_eDistri) {
         case eDebian: {
-            const int nScriptError = CDiskFile::bDelete(csScript) ? 0 : errno;
+            const int nScriptError = nDelete(csScript);
             // Forced, because the script is gone by now.
             const bool bRemoved =
                 bLastStep(nShellCommand(L"update-rc.d -f " + csName + L" remove >/dev/null"));

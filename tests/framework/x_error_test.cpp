@@ -94,6 +94,7 @@ TEST(XError, MessagesAddUp) {
 
 TEST(XError, ItemsAreTyped) {
     CXError clError;
+    clError.AddInfo(EIT_HELPFILE, L"replaced");
     clError.AddInfo(EIT_RECNUM, INT64_MIN);
     clError.AddInfo(EIT_DATAACCESS, reinterpret_cast<const void*>(std::uintptr_t{0xAB}));
     clError.AddInfo(EIT_PILETL, L"a\r\nb");

@@ -158,6 +158,9 @@ sh: update-rc.d -f ZDCS-ZDSQL remove >/dev/null)"},
         EXPECT_EQ(csCommands(), "/bin/systemctl --no-pager --no-legend" +
                                     (bShell("[ $init = systemd ]") ? rst.csSystemd : rst.csSysV) +
                                     "\nsh: clear 2>/dev/null");
+        // What was installed is on the disk before a program of the server, or the first service, starts.
+        EXPECT_EQ(csShell("cat /tmp/record.* | grep -c '^syncfs'"),
+                  rst.pszScript == PSZ_UNINSTALL ? "0" : "1");
     }
 }
 

@@ -166,7 +166,7 @@ void CStory::Start(const STStart& rst) {
         // A process cannot be looked at by two: no leak can be found meanwhile.
         csCommand =
             "env ASAN_OPTIONS=detect_leaks=0 strace -D -ff -qq -s 2000 -o /tmp/record "
-            "-e trace=execve,fork,vfork,clone,clone3";
+            "-e trace=execve,fork,vfork,clone,clone3,syncfs";
     }
     csCommand += " /srv/dist/" + rst.csPayload + "/kalmoinstall /DEBUG=/tmp/trace";
     m_pclTerminal.reset();

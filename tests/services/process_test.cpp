@@ -153,6 +153,7 @@ TEST_F(ProcessTest, WhoGoesBeyondALimitIsEnded) {
     for (const auto& [pszScript, bRead, nErrno] : {CCase{L"exec sleep 60", true, ETIMEDOUT},
                                                    {L"exec sleep 60 >&- 2>&-", true, ETIMEDOUT},
                                                    {L"exec sleep 60", false, ETIMEDOUT},
+                                                   {L"while :; do echo; sleep 0.05; done", true, ETIMEDOUT},
                                                    {L"exec yes", true, EOVERFLOW},
                                                    {L"head -c 100000 /dev/zero", true, 0}}) {
         CLanceProcessus clProcess;

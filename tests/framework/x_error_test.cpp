@@ -86,8 +86,9 @@ TEST(XError, MessagesAddUp) {
     clError.AddUserMessageFirst(L"very first");
     EXPECT_EQ(csUser(clError), L"very first\r\nfirst\r\nmiddle\r\nlast");
     // The arguments are kept: what the caller passed is gone when the error is shown.
-    clError.SetUserError(&stBadModule, 30, std::wstring(300, L'a'), std::string("b"));
-    EXPECT_EQ(csUser(clError), std::wstring(300, L'a') + L" and b");
+    const std::wstring csLong(300, L'a');
+    clError.SetUserError(&stBadModule, 30, std::wstring(csLong), std::string("b"));
+    EXPECT_EQ(csUser(clError), csLong + L" and b");
     clError.ChangeUserError(&stBadModule, 20);
     EXPECT_EQ(csUser(clError), L"<No Memory>");
 }

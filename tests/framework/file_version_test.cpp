@@ -34,7 +34,7 @@ TEST(FileVersion, OfProgramsAndOtherFiles) {
     ASSERT_TRUE(GetModuleFileNameW(szProgram));
     EXPECT_EQ(csVersionOfFile(szProgram), L"12.3.4.5");
     const CTempFolder clFolder;
-    ASSERT_TRUE(clFolder.bShell("touch empty; mkfifo fifo; cp " KALMO_CORPUS "/* ."));
+    ASSERT_TRUE(clFolder.bShell("touch empty; mkfifo fifo; cp " KALMO_VERSION_NOTES "/* ."));
     for (const char* const psz :
          {"program_32", "program_64", "program_64_big_endian_align_8", "object_64", "object_32_big_endian"}) {
         EXPECT_EQ(csVersionOfFile(clFolder.csWide(psz)), L"25.0.98.0") << psz;
@@ -46,7 +46,7 @@ TEST(FileVersion, OfProgramsAndOtherFiles) {
 
 TEST(FileVersion, NotesAreToldApartAndSizesMayLie) {
     // Behind the headers come a note of GNU at 120 and the right one at 156, with three bytes to fill it up.
-    const std::string csGood = CTempFolder().csRead(KALMO_CORPUS "/program_64");
+    const std::string csGood = CTempFolder().csRead(KALMO_VERSION_NOTES "/program_64");
     const auto csPatched = [&csGood](std::size_t nAt, std::string_view svBytes) {
         return std::string(csGood).replace(nAt, svBytes.size(), svBytes);
     };

@@ -33,8 +33,9 @@ class CPilot {
     [[nodiscard]] CTrace& rclGetTrace() noexcept { return m_clTrace; }
 
   private:
-    /// The service of an instance or, for "kalmomanager" in any letter case, of the shared manager.
+    /// The name of an instance's service or, for "kalmomanager" in any letter case, of the shared manager's.
     static CTString __csServiceName(const CTString& csName);
+    /// That service; null when there is none.
     CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
     bool __bInstall();
     /// Files, configuration and the server's own programs of a new instance.

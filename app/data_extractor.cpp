@@ -144,10 +144,19 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
         _ProcessZipError(eCode, svName, clTarget.bEmpty() ? svName : clTarget.svGet());
         return false;
     }
-    if ((bRootOwner && !CDiskFile::bSetFileOwnerUnix(clTarget.svGet(), 0, 0)) ||
-        CDiskFile::Unix_chmod(clTarget.svGet(), unMode) == -1) {
+    const auto bTell = [&](const wchar_t* pszOperation) {
+        {
+            const CErrnoKept clKept;
+            m_rclTrace.Outcome(pszOperation + clTarget.csGet(), false);
+        }
         _ShowError(nullptr);
         return false;
+    };
+    if (bRootOwner && !CDiskFile::bSetFileOwnerUnix(clTarget.svGet(), 0, 0)) {
+        return bTell(L"set the owner of ");
+    }
+    if (CDiskFile::Unix_chmod(clTarget.svGet(), unMode) == -1) {
+        return bTell(L"set the mode of ");
     }
     m_rclTrace.Step(L"install " + clTarget.csGet(), L"ok");
     return true;

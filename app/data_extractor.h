@@ -51,6 +51,10 @@ class CDataExtractor : public CTVWinZip {
     bool bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, const STInstallParam& rstParam,
                   CInstallProgressWin* pclProgress);
 
+    /// How many bytes too many the command has that tells the server's program in a directory its
+    /// administrator account; 0 when it fits.
+    static std::size_t nCommandExcess(const wchar_t* pszDir, const STInstallParam& rstParam);
+
     /// Extracts the payload into the directory of an instance, over what is there, and writes the window's
     /// telemetry choice into its configuration file. Without a window the configuration stays as it is.
     bool bUpgrade(const wchar_t* pszDir, CUpgradeWin* pclWindow);
@@ -86,6 +90,10 @@ class CDataExtractor : public CTVWinZip {
     /// Runs one of the server's programs in its installer mode; false, and the log has been shown, when that
     /// failed. The arguments behind svShown, with a password in them, do not get into the trace.
     bool __bRunServerProgram(const CFSPath& rclDir, std::string_view svShown, std::string_view svHidden);
+    /// The name and arguments of the server's program in its installer mode; behind them, what nobody may
+    /// see.
+    static void __AddInstallerMode(const STInstallParam& rstParam, std::string* pcsShown,
+                                   std::string* pcsHidden);
     /// Appends a password, enciphered for the account.
     static void __AddCryptPassword(const STInstallParam& rstParam, std::string* pcsCommand);
 

@@ -26,7 +26,6 @@ constexpr std::wstring_view svProgramRoot = L"%%EXE%%";
 constexpr const wchar_t* PSZ_LOG = L"INSTALL.LOG";
 constexpr std::size_t nMaxLog = 16U << 20U;
 constexpr int nExitFailure = 255;
-constexpr std::size_t nMaxCommand = 260;  // a buffer of 261 bytes with its terminating zero
 
 // Where the database lies whose root is given as the configuration tells it. False when that is too long.
 bool bDatabaseDirectory(const CFSPath& rclInstallDir, std::wstring_view svRoot, CFSPath* pclDir) {
@@ -98,12 +97,9 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
     if (!__bRunServerProgram(clDir, "kalmomanager --INSTALLER", "")) {
         return false;
     }
-    std::string csServer = "kalmo --INSTALLER";
+    std::string csServer;
     std::string csHidden;
-    if (rstParam.csAdminAccount != L"Admin" || !rstParam.csAdminPassword.bEmpty()) {
-        csServer += " --CREATEUSER " + csShellQuoted(csToUTF8(rstParam.csAdminAccount)) + " --PWDC ";
-        __AddCryptPassword(rstParam, &csHidden);
-    }
+    __AddInstallerMode(rstParam, &csServer, &csHidden);
     if (!__bRunServerProgram(clDir, csServer, csHidden)) {
         return false;
     }
@@ -112,10 +108,32 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
     return true;
 }
 
+void CDataExtractor::__AddInstallerMode(const STInstallParam& rstParam, std::string* pcsShown,
+                                        std::string* pcsHidden) {
+    *pcsShown += "kalmo --INSTALLER";
+    if (rstParam.csAdminAccount != L"Admin" || !rstParam.csAdminPassword.bEmpty()) {
+        *pcsShown += " --CREATEUSER " + csShellQuoted(csToUTF8(rstParam.csAdminAccount)) + " --PWDC ";
+        __AddCryptPassword(rstParam, pcsHidden);
+    }
+}
+
+std::size_t CDataExtractor::nCommandExcess(const wchar_t* pszDir, const STInstallParam& rstParam) {
+    CFSPath clDir;
+    std::string csServer;
+    std::string csHidden;
+    if (!clDir.bSet(pszDir) || !clDir.bAddTrailingSlash()) {
+        return nMaxServerCommand;
+    }
+    __AddInstallerMode(rstParam, &csServer, &csHidden);
+    const std::size_t nLength = csServerCommand(clDir, csServer, csHidden).size();
+    return nLength - std::min(nLength, nMaxServerCommand);
+}
+
 bool CDataExtractor::__bCreateDirectory(std::wstring_view svDir) {
     CXError clError;
     const bool bCreated = bCreateDirectory(svDir, m_rclTrace, &clError);
     if (!bCreated) {
+        clError.SetUserErrorMessage(csLoadText(TEXTE_REPERTOIRE_NON_CREE).pszGet());
         _ShowError(&clError);
     }
     return bCreated;
@@ -127,7 +145,7 @@ void CDataExtractor::__AddCryptPassword(const STInstallParam& rstParam, std::str
 
 bool CDataExtractor::__bRunServerProgram(const CFSPath& rclDir, std::string_view svShown,
                                          std::string_view svHidden) {
-    const int nStatus = nRunServerProgram(rclDir, svShown, svHidden, nMaxCommand, m_rclTrace);
+    const int nStatus = nRunServerProgram(rclDir, svShown, svHidden, nMaxServerCommand, m_rclTrace);
     // The exit code alone decides; of a program that a signal ended there is none, which counts as 0.
     if (nStatus != -1 && nExitCode(nStatus) != nExitFailure) {
         return true;

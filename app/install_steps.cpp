@@ -1,6 +1,5 @@
 #include "app/install_steps.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string>
@@ -12,6 +11,7 @@
 #include "framework/disk_file.h"
 #include "framework/errno_kept.h"
 #include "framework/profile.h"
+#include "framework/profile_value.h"
 #include "framework/x_error.h"
 
 namespace kalmo {
@@ -27,12 +27,6 @@ void TellStep(CTrace& rclTrace, std::wstring_view svWhat, bool bSuccess, const C
 
 // The longest value that is looked at.
 constexpr std::size_t nMaxHeld = nTailleMaxPath + 1;
-
-// A value as reading gives it: without blanks before it.
-std::wstring_view svReadBack(const CTString& csValue) {
-    const std::wstring_view sv = csValue.svGet();
-    return sv.substr(std::min(sv.find_first_not_of(L" \t"), sv.size())).substr(0, nMaxHeld);
-}
 
 // What a key of the configuration now holds; empty when it is missing.
 CTString csHeld(const wchar_t* pszConfPath, const wchar_t* pszKey) {
@@ -56,6 +50,18 @@ bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError) {
     return bDeleted;
 }
 
+std::vector<CTString> tabServerLibraries(const CTString& csDirectory) {
+    std::vector<CTString> tab;
+    CFileSearch clSearch;
+    for (bool bFound = CDiskFile::bFindFirst(csDirectory + L"tv*.so", 0, &clSearch); bFound;
+         bFound = CDiskFile::bFindNext(&clSearch)) {
+        if (clSearch.dwGetAttributes() != dwAttributRepertoire) {
+            tab.push_back(csDirectory + clSearch.csGetName());
+        }
+    }
+    return tab;
+}
+
 bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
                             const CTString& csName, CTrace& rclTrace) {
     const std::array tabKey{L"DBRootPath", PSZ_KEY_PORT, L"Name"};
@@ -73,7 +79,7 @@ bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot
     bool bOfAnother = false;
     for (std::size_t n = 0; n < tabKey.size(); ++n) {
         const CTString csNow = csHeld(pszConfPath, tabKey[n]);
-        const bool bHolds = csNow == svReadBack(tabValue[n]);
+        const bool bHolds = csNow == csValeurRelue(tabValue[n]).svGet().substr(0, nMaxHeld);
         bWritten = bWritten && bHolds;
         bOfAnother =
             bOfAnother || (clKept.nGet() != 0 && !bHolds && !csNow.bEmpty() && csNow == tabBefore[n]);
@@ -83,14 +89,14 @@ bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot
     return !bOfAnother;
 }
 
+std::string csServerCommand(const CFSPath& rclDir, std::string_view svShown, std::string_view svHidden) {
+    return csShellWord(rclDir.csGetUTF8().svGet()).append(svShown).append(svHidden).append(" 2>/dev/null");
+}
+
 int nRunServerProgram(const CFSPath& rclDir, std::string_view svShown, std::string_view svHidden,
                       std::size_t nMaxBytes, CTrace& rclTrace) {
-    static constexpr std::string_view svDropErrors = " 2>/dev/null";
-    const std::string csProgram = csShellWord(rclDir.csGetUTF8().svGet()) + std::string(svShown);
-    std::string csCommand = csProgram;
-    csCommand.append(svHidden).append(svDropErrors);
-    std::string csTold = csProgram;
-    csTold.append(svHidden.empty() ? "" : "***").append(svDropErrors);
+    std::string csCommand = csServerCommand(rclDir, svShown, svHidden);
+    std::string csTold = csServerCommand(rclDir, svShown, svHidden.empty() ? "" : "***");
     if (csCommand.size() > nMaxBytes) {
         csCommand.resize(nMaxBytes);
         csTold += " (cut to " + std::to_string(csCommand.size()) + " bytes)";

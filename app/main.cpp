@@ -1,5 +1,7 @@
 #include <sys/stat.h>
 
+#include <cstdlib>
+
 #include "app/run.h"
 #include "framework/language.h"
 #include "framework/process_info.h"
@@ -11,6 +13,8 @@ int main(int nArgc, char** ppszArgv) {
     using namespace kalmo;
     // The server's accounts must be able to read what root installs, whatever root's own umask is.
     ::umask(022);
+    // cron and a plain su leave out the folders with the tools of the boot sequence.
+    ::setenv("PATH", "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin", 1);
 
     DLLRES_bInit(nullptr, 0);
     CStringAllocator::sInit();

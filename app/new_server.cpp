@@ -4,13 +4,15 @@
 #include <cstring>
 
 #include "app/hang_up_shield.h"
+#include "app/install_steps.h"
 #include "app/message.h"
+#include "app/refusal.h"
 #include "app/server_services.h"
 #include "app/texts.h"
 #include "app/trace.h"
 #include "app/upgrade_server.h"
 #include "framework/conversion.h"
-#include "framework/disk_file.h"
+#include "framework/profile_value.h"
 #include "tui/dialogs/config_account_win.h"
 #include "tui/dialogs/config_win.h"
 #include "tui/dialogs/install_progress_win.h"
@@ -25,6 +27,17 @@ constexpr const wchar_t* PSZ_DEFAULT_DIR = L"/usr/local/ZDSQL";
 constexpr const wchar_t* PSZ_DB_ROOT = L"%%EXE%%/BDD";
 constexpr int CHOOSER_WIDTH = 80;
 constexpr int CHOOSER_HEIGHT = 40;
+
+// What speaks against a directory that was chosen. One that holds an instance stands for the instance.
+CRefusal clRefuseInstallDir(CFSPath clDir, CServiceList& rtabServer) {
+    if (pclCheckPathConflict(rtabServer, clDir.pszGet()) != nullptr) {
+        return {};
+    }
+    static_cast<void>(
+        clDir.bAddTrailingSlash());  // one that has no room for it has none for a command either
+    const CRefusal clTooLong = clRefuseCommandRoom(clDir, nMaxServerCommand);
+    return clTooLong ? clTooLong : clRefuseDirectory(clDir, rtabServer);
+}
 
 // Makes a dialog of its preferred size and shows it; gives pfnRead what was answered. False when cancelled.
 template <class TDialog, class CReader, class... TArg>
@@ -44,7 +57,7 @@ bool bAsk(CReader pfnRead, TArg&&... arg) {
 
 void InstallNewServer(CDataExtractor* pclExtractor, CServiceManager* pclManager, CServiceList& rtabServer) {
     CPathBuffer szDir;
-    if (!bFindInstallDir(szDir)) {
+    if (!bFindInstallDir(szDir, rtabServer, pclExtractor->rclGetTrace())) {
         return;
     }
     if (CService* const pclInstalled = pclCheckPathConflict(rtabServer, szDir); pclInstalled != nullptr) {
@@ -54,13 +67,13 @@ void InstallNewServer(CDataExtractor* pclExtractor, CServiceManager* pclManager,
         return;
     }
     CDataExtractor::STInstallParam stParam;
-    if (bConfigNewServer(rtabServer, stParam) &&
+    if (bConfigNewServer(rtabServer, stParam, szDir) &&
         bChooseTelemetry(ETelemetryState::Unknown, stParam.nTelemetry)) {
         ExecuteInstallServer(pclExtractor, szDir, pclManager, stParam);
     }
 }
 
-bool bFindInstallDir(CPathBuffer& rszDir) {
+bool bFindInstallDir(CPathBuffer& rszDir, CServiceList& rtabServer, CTrace& rclTrace) {
     CTString csDir(PSZ_DEFAULT_DIR);
     while (true) {
         auto clChooser = clMakeCentred<CDirectory>(CHOOSER_WIDTH, CHOOSER_HEIGHT,
@@ -71,36 +84,39 @@ bool bFindInstallDir(CPathBuffer& rszDir) {
             return false;
         }
         csDir = CTString(clChooser.pszGetDir());
-        if (CFSPath clDir; clDir.bSet(csDir)) {
+        CFSPath clDir;
+        if (!clDir.bSet(csDir)) {
+            ShowErrorBox(csFromUTF8(std::strerror(ENAMETOOLONG)));
+        } else if (const CRefusal clRefusal = clRefuseInstallDir(clDir, rtabServer)) {
+            bTellRefusal(L"install directory", *clRefusal, rclTrace);
+        } else {
             clDir.CopyTo(rszDir);
             return true;
         }
-        ShowErrorBox(csFromUTF8(std::strerror(ENAMETOOLONG)));
     }
 }
 
-CService* pclCheckPathConflict(CServiceList& rtabServer, const wchar_t* pszDir) {
-    for (const CXPtr_deleteRCV<CService>& pclService : rtabServer) {
-        if (!bIsManager(*pclService) &&
-            CDiskFile::bSameDirectoryName(csGetProgramDirectory(pclService.get()), pszDir)) {
-            return pclService.get();
+bool bConfigNewServer(CServiceList& rtabServer, CDataExtractor::STInstallParam& rstParam,
+                      const wchar_t* pszDir) {
+    // As the server will read them.
+    const auto ReadSettings = [&rstParam](const CConfigWin& rclDialog) {
+        rstParam.csServerName = csValeurRelue(rclDialog.pszGetServerName());
+        rstParam.csPort = rclDialog.pszGetPort();
+        rstParam.csDaemonUser = csValeurRelue(rclDialog.pszGetDaemonUser());
+    };
+    const auto ReadAccount = [&rstParam](const CConfigAccountWin& rclDialog) {
+        rstParam.csAdminAccount = rclDialog.pszGetAccount();
+        rstParam.csAdminPassword = rclDialog.pszGetPassword();
+    };
+    const auto bAccountFits = [&](const CConfigAccountWin& rclDialog) {
+        ReadAccount(rclDialog);
+        const std::size_t nTooMany = CDataExtractor::nCommandExcess(pszDir, rstParam);
+        if (nTooMany > 0) {
+            ShowErrorBox(csFormatText(TEXTE_COMPTE_TROP_LONG, static_cast<int>(nTooMany)));
         }
-    }
-    return nullptr;
-}
-
-bool bConfigNewServer(CServiceList& rtabServer, CDataExtractor::STInstallParam& rstParam) {
-    return bAsk<CConfigWin>(
-               [&rstParam](const CConfigWin& rclDialog) {
-                   rstParam.csServerName = rclDialog.pszGetServerName();
-                   rstParam.csPort = rclDialog.pszGetPort();
-                   rstParam.csDaemonUser = rclDialog.pszGetDaemonUser();
-               },
-               rtabServer) &&
-           bAsk<CConfigAccountWin>([&rstParam](const CConfigAccountWin& rclDialog) {
-               rstParam.csAdminAccount = rclDialog.pszGetAccount();
-               rstParam.csAdminPassword = rclDialog.pszGetPassword();
-           });
+        return nTooMany == 0;
+    };
+    return bAsk<CConfigWin>(ReadSettings, rtabServer) && bAsk<CConfigAccountWin>(ReadAccount, bAccountFits);
 }
 
 bool bChooseTelemetry(ETelemetryState eKnown, int& rnOn) {

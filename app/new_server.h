@@ -11,20 +11,20 @@
 namespace kalmo {
 
 class CServiceManager;
+class CTrace;
 
 /// The whole installation. The payload is open; the list holds what is installed already. A directory that
 /// holds an instance turns it into the upgrade of that instance.
 void InstallNewServer(CDataExtractor* pclExtractor, CServiceManager* pclManager, CServiceList& rtabServer);
 
-/// Asks for the install directory, an absolute path. False when cancelled.
-bool bFindInstallDir(CPathBuffer& rszDir);
+/// Asks for the install directory, an absolute path in which an instance can be installed and found again, or
+/// the directory of one that is listed. False when cancelled.
+bool bFindInstallDir(CPathBuffer& rszDir, CServiceList& rtabServer, CTrace& rclTrace);
 
-/// The first listed service, the shared manager aside, whose program lies in that directory; null when there
-/// is none. It stays the list's.
-CService* pclCheckPathConflict(CServiceList& rtabServer, const wchar_t* pszDir);
-
-/// Asks for all settings but the telemetry choice. False when cancelled.
-bool bConfigNewServer(CServiceList& rtabServer, CDataExtractor::STInstallParam& rstParam);
+/// Asks for all settings but the telemetry choice. An administrator account that the server's program in the
+/// install directory could not be told is refused. False when cancelled.
+bool bConfigNewServer(CServiceList& rtabServer, CDataExtractor::STInstallParam& rstParam,
+                      const wchar_t* pszDir);
 
 /// Gives the telemetry choice, 1 or 0: the known one or, when none is known, the operator's. False when
 /// cancelled.

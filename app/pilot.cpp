@@ -1,32 +1,31 @@
 #include "app/pilot.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "app/config/server_config.h"
 #include "app/data_extractor.h"
 #include "app/hang_up_shield.h"
 #include "app/install_steps.h"
+#include "app/refusal.h"
 #include "app/run_lock.h"
 #include "app/server_services.h"
 #include "app/uninstall_record.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
-#include "framework/profile.h"
+#include "framework/unique_fd.h"
 #include "framework/x_error.h"
 #include "services/service.h"
 
 namespace kalmo {
 namespace {
 
-constexpr const wchar_t* PSZ_SECTION_SERVER = L"SERVEUR";
-constexpr std::size_t nMaxServerName = 100;
 constexpr const wchar_t* PSZ_MARKER = L"Install.log";
-
-enum eOPERATION { OP_UPGRADE = 1, OP_INSTALL = 2, OP_UNINSTALL = 3, OP_NONE = 4 };
 
 // The path behind an option's prefix, or nothing. A bare name lies in the current directory, and so does one
 // that only begins with a dot: without a slash the profile calls would look for it in the home directory.
@@ -41,6 +40,17 @@ bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTStrin
                          (svPath.starts_with(L'.') && svPath.find(L'/') != std::wstring_view::npos);
     *pcsPath = CTString(bAsItIs ? L"" : L"./") + svPath;
     return true;
+}
+
+// Nobody sits there: a program that asks all the same is told that there is nothing more, and does not take
+// what a caller's script was to read.
+void CloseStandardInput() {
+    CUniqueFd clNull(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (clNull.nGet() == STDIN_FILENO) {
+        ::fcntl(clNull.nRelease(), F_SETFD, 0);
+    } else if (clNull.bValid()) {
+        ::dup2(clNull.nGet(), STDIN_FILENO);
+    }
 }
 
 }  // namespace
@@ -58,13 +68,12 @@ bool CPilot::bCheckPilot(int nArgc, char** ppszArgv) {
 }
 
 int CPilot::Pilot() {
-    if (!CDiskFile::bFileExists(m_csPilotPath)) {
-        return __bFail(L"parameter file " + m_csPilotPath, L"not found");
+    CloseStandardInput();
+    if (!m_stOrders.bRead(m_csPilotPath, m_clTrace)) {
+        return 0;
     }
-    const int nOperation = GetPrivateProfileInt(L"PILOTAGE", L"MAJ", OP_NONE, m_csPilotPath.pszGet());
-    if (nOperation < OP_UPGRADE || nOperation > OP_UNINSTALL) {
-        m_clTrace.Step(L"MAJ", L"no operation of that number, nothing done");
-        return nOperation;
+    if (m_stOrders.nOperation < OP_UPGRADE || m_stOrders.nOperation > OP_UNINSTALL) {
+        return m_stOrders.nOperation;
     }
     const CHangUpShield clShield;
     CRunLock clLock;
@@ -72,8 +81,12 @@ int CPilot::Pilot() {
         return 0;
     }
     InitServices(m_clServiceManager, m_clTrace);
+    // To systemctl some names are several; what is no unit's name is not even looked up.
+    if (CServiceManager::ms_eDistri == eSystemd && !__bNamePossible()) {
+        return 0;
+    }
     bool bSuccess = false;
-    switch (nOperation) {
+    switch (m_stOrders.nOperation) {
         case OP_UPGRADE: bSuccess = __bUpgrade(); break;
         case OP_INSTALL: bSuccess = __bInstall(); break;
         default: bSuccess = __bUnInstall(); break;
@@ -87,30 +100,6 @@ bool CPilot::__bFail(std::wstring_view svWhat, std::wstring_view svWhy) {
     return false;
 }
 
-bool CPilot::__bReadText(const wchar_t* pszKey, std::size_t nMax, CTString* pcsValue) {
-    // One character more than allowed tells a value that is too long from one that just fits.
-    std::vector<wchar_t> tabValue(nMax + 2);
-    GetPrivateProfileString(PSZ_SECTION_SERVER, pszKey, L"", tabValue.data(),
-                            static_cast<int>(tabValue.size()), m_csPilotPath.pszGet());
-    *pcsValue = CTString(tabValue.data());
-    if (pcsValue->bEmpty()) {
-        return __bFail(pszKey, L"missing in the parameter file");
-    }
-    return pcsValue->nGetLength() <= nMax || __bFail(pszKey, L"too long");
-}
-
-bool CPilot::__bReadServer(CTString* pcsName) {
-    if (!__bReadText(L"Serveur", nMaxServerName, pcsName)) {
-        return false;
-    }
-    // systemctl takes a blank as the border of two names and "*" as every name.
-    static constexpr std::wstring_view svUnitName =
-        L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789:-_.@";
-    return CServiceManager::ms_eDistri != eSystemd ||
-           pcsName->svGet().find_first_not_of(svUnitName) == std::wstring_view::npos ||
-           __bFail(L"Serveur", L"no name that a service can have: " + *pcsName);
-}
-
 CTString CPilot::__csServiceName(const CTString& csName) {
     return bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM) ? CTString(PSZ_MANAGER_SERVICE)
                                                        : CTString(PSZ_SERVICE_PREFIX) + csName;
@@ -120,35 +109,45 @@ CXPtr_deleteRCV<CService> CPilot::__pclGetServer(const CTString& csName) {
     return m_clServiceManager.pclGetService(__csServiceName(csName).pszGet(), 0);
 }
 
-bool CPilot::__bRunInstallerMode(const CFSPath& clInstallDir, std::string_view svCommand) {
-    return nRunServerProgram(clInstallDir, svCommand, "", std::string::npos, m_clTrace) != -1;
+bool CPilot::__bRunInstallerMode(std::string_view svCommand) {
+    return nRunServerProgram(m_stOrders.clInstallDir, svCommand, "", std::string::npos, m_clTrace) != -1;
+}
+
+bool CPilot::__bNamePossible() {
+    const CRefusal clRefusal = clRefuseName(m_stOrders.csServer);
+    return !clRefusal || bTellRefusal(L"Serveur", *clRefusal, m_clTrace);
+}
+
+bool CPilot::__bDirectoryFree() {
+    CServiceList tabServer;
+    ListServer(m_clServiceManager, tabServer);
+    const CFSPath& rclDir = m_stOrders.clInstallDir;
+    if (const CService* const pclOther = pclCheckPathConflict(tabServer, rclDir.pszGet());
+        pclOther != nullptr) {
+        return __bFail(L"Repertoire", csQuoted(rclDir.csGet()) + L" is the directory of the instance " +
+                                          CTString(pclOther->pszGetName()));
+    }
+    const CRefusal clRefusal = clRefuseDirectory(rclDir, tabServer);
+    return !clRefusal || bTellRefusal(L"Repertoire", *clRefusal, m_clTrace);
 }
 
 bool CPilot::__bInstall() {
-    CTString csName;
-    CTString csDirectory;
-    if (!__bReadServer(&csName) || !__bReadText(L"Repertoire", nTailleMaxPath, &csDirectory)) {
-        return false;
+    if (const CXPtr_deleteRCV<CService> pclService = __pclGetServer(m_stOrders.csServer)) {
+        m_clTrace.Step(L"install " + m_stOrders.csServer, L"the instance exists: upgrade");
+        return __bUpgrade(*pclService);
     }
-    if (const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName)) {
-        m_clTrace.Step(L"install " + csName, L"the instance exists: upgrade");
-        return __bUpgrade(*pclService, csName);
-    }
-    CFSPath clInstallDir;
-    CFSPath clDatabaseDir;
-    if (!csDirectory.svGet().starts_with(L'/')) {
-        return __bFail(L"Repertoire", L"no absolute path");
-    }
-    if (!clInstallDir.bSet(csDirectory) || !clInstallDir.bAddTrailingSlash() ||
-        !clDatabaseDir.bSet(clInstallDir.svGet()) || !clDatabaseDir.bAppend(L"BDD/")) {
+    const CFSPath& rclInstallDir = m_stOrders.clInstallDir;
+    CFSPath clDatabaseDir = rclInstallDir;
+    if (!clDatabaseDir.bAppend(L"BDD/")) {
         return __bFail(L"Repertoire", L"too long");
     }
     CDataExtractor clExtractor(m_clTrace);
-    if (!__bForgetSuccess(clInstallDir.csGet()) || !clExtractor.bInit()) {
+    if (!__bNamePossible() || !__bDirectoryFree() || !__bForgetSuccess(rclInstallDir.csGet()) ||
+        !clExtractor.bInit()) {
         return false;
     }
-    CUninstallRecord::ForgetDirectory(clInstallDir.svGet());
-    for (const CFSPath& rclDir : {clInstallDir, clDatabaseDir}) {
+    CUninstallRecord::ForgetDirectory(rclInstallDir.svGet());
+    for (const CFSPath& rclDir : {rclInstallDir, clDatabaseDir}) {
         CXError clError;
         if (!bCreateDirectory(rclDir.svGet(), m_clTrace, &clError)) {
             return false;
@@ -156,52 +155,46 @@ bool CPilot::__bInstall() {
     }
     // Here already when the instance shares its directory, or when an earlier run did not end.
     const CXPtr_deleteRCV<CService> pclManagerHere =
-        pclGetKalmoManagerInPath(&m_clServiceManager, clInstallDir.pszGet());
+        pclGetKalmoManagerInPath(&m_clServiceManager, rclInstallDir.pszGet());
     if (pclManagerHere != nullptr) {
         StopService(*pclManagerHere, m_clTrace);
     }
-    const bool bInstalled = __bInstallInto(clExtractor, clInstallDir, clDatabaseDir, csName);
+    const bool bInstalled = __bInstallInto(clExtractor, clDatabaseDir);
     if (pclManagerHere != nullptr && !bRunning(*pclManagerHere, m_clTrace)) {
         StartService(*pclManagerHere, m_clTrace);
     }
     if (bInstalled) {
-        __LogSuccess(clInstallDir.csGet());
+        __LogSuccess(rclInstallDir.csGet());
     }
     return bInstalled;
 }
 
-bool CPilot::__bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclInstallDir,
-                            const CFSPath& rclDatabaseDir, const CTString& csName) {
+bool CPilot::__bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclDatabaseDir) {
+    const CFSPath& rclInstallDir = m_stOrders.clInstallDir;
     // The result does not decide: the server's programs may be whole although a later entry failed.
     m_clTrace.Step(L"extract", rclExtractor.bUpgrade(rclInstallDir.pszGet(), nullptr) ? L"ok" : L"failed");
     CPathBuffer szConfPath;
     if (!CDiskFile::MakePath(szConfPath, rclInstallDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
         return __bFail(L"Repertoire", L"too long");
     }
-    const int nPort = GetPrivateProfileInt(PSZ_SECTION_SERVER, L"Port", nPortDefaut, m_csPilotPath.pszGet());
-    return bWriteNewConfiguration(szConfPath, rclDatabaseDir.pszGet(), std::to_wstring(nPort), csName,
-                                  m_clTrace) &&
-           rclExtractor.bSync(rclInstallDir.pszGet()) &&
-           __bRunInstallerMode(rclInstallDir, "kalmomanager --INSTALLER") &&
-           __bRunInstallerMode(rclInstallDir, "kalmo --INSTALLER");
+    return bWriteNewConfiguration(szConfPath, rclDatabaseDir.pszGet(), std::to_wstring(m_stOrders.nPort),
+                                  m_stOrders.csServer, m_clTrace) &&
+           rclExtractor.bSync(rclInstallDir.pszGet()) && __bRunInstallerMode("kalmomanager --INSTALLER") &&
+           __bRunInstallerMode("kalmo --INSTALLER");
 }
 
 bool CPilot::__bUpgrade() {
-    CTString csName;
-    if (!__bReadServer(&csName)) {
-        return false;
-    }
-    const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName);
-    return pclService != nullptr ? __bUpgrade(*pclService, csName)
-                                 : __bFail(L"upgrade " + csName, L"no such instance");
+    const CXPtr_deleteRCV<CService> pclService = __pclGetServer(m_stOrders.csServer);
+    return pclService != nullptr ? __bUpgrade(*pclService)
+                                 : __bFail(L"upgrade " + m_stOrders.csServer, L"no such instance");
 }
 
-bool CPilot::__bUpgrade(CService& rclService, const CTString& csName) {
+bool CPilot::__bUpgrade(CService& rclService) {
+    if (const CRefusal clRefusal = clRefuseUpgrade(rclService)) {
+        return bTellRefusal(L"upgrade " + m_stOrders.csServer, *clRefusal, m_clTrace);
+    }
     CUpgradeServices clServices(rclService, m_clTrace);
     const CTString& csDirectory = clServices.csGetDirectory();
-    if (csDirectory.bEmpty()) {
-        return __bFail(L"upgrade " + csName, L"the service tells no program");
-    }
     CDataExtractor clExtractor(m_clTrace);
     if (!__bForgetSuccess(csDirectory) || !clExtractor.bInit()) {
         return false;
@@ -217,13 +210,9 @@ bool CPilot::__bUpgrade(CService& rclService, const CTString& csName) {
 }
 
 bool CPilot::__bUnInstall() {
-    CTString csName;
-    if (!__bReadServer(&csName)) {
-        return false;
-    }
-    CUninstallRecord clRecord(__csServiceName(csName));
+    CUninstallRecord clRecord(__csServiceName(m_stOrders.csServer).svGet());
     CTString csProgram;
-    if (!__bUnregister(csName, clRecord, &csProgram)) {
+    if (!__bUnregister(clRecord, &csProgram)) {
         return false;
     }
     const CTString csDirectory(CFSPath::stSplit(csProgram).svDirectory);
@@ -233,14 +222,20 @@ bool CPilot::__bUnInstall() {
     if (!__bRemoveFiles(csProgram)) {
         return false;
     }
+    // Where the directory is lost there is no place for a marker, nor anything left to be done.
+    const bool bLost = m_bGoingOn && !CDiskFile::bDirectoryExists(csDirectory);
+    if (bLost) {
+        m_clTrace.Step(L"marker " + csDirectory + PSZ_MARKER, L"left out, the directory is gone");
+    }
     // With a unit or script that stays there is still something to do.
-    if (__LogSuccess(csDirectory) && !m_bStays) {
+    if ((bLost || __LogSuccess(csDirectory)) && !m_bStays) {
         m_clTrace.Outcome(L"forget the note of the uninstall", clRecord.bDiscard());
     }
     return true;
 }
 
-bool CPilot::__bUnregister(const CTString& csName, CUninstallRecord& rclRecord, CTString* pcsProgram) {
+bool CPilot::__bUnregister(CUninstallRecord& rclRecord, CTString* pcsProgram) {
+    const CTString& csName = m_stOrders.csServer;
     CUninstallRecord::STNote stNote;
     const bool bNoted = rclRecord.bRead(&stNote);
     if (bNoted) {
@@ -258,6 +253,9 @@ bool CPilot::__bUnregister(const CTString& csName, CUninstallRecord& rclRecord, 
         m_clTrace.Step(L"unregister " + csName, L"done by an earlier run, which did not end; going on");
         *pcsProgram = stNote.csProgram;
         return __bForgetSuccess(CTString(CFSPath::stSplit(*pcsProgram).svDirectory));
+    }
+    if (const CRefusal clRefusal = clRefuseRemoval(*pclService)) {
+        return bTellRefusal(L"uninstall " + csName, *clRefusal, m_clTrace);
     }
     *pcsProgram = csGetProgramWithoutArg(pclService.get());
     if (const CTString csDirectory = csGetProgramDirectory(pclService.get()); !csDirectory.bEmpty()) {
@@ -290,10 +288,8 @@ bool CPilot::__bRemoveFiles(const CTString& csProgram) {
         return false;
     }
     __bDelete(csDirectory + L"zdlogger");
-    CFileSearch clSearch;
-    for (bool bFound = CDiskFile::bFindFirst(csDirectory + L"tv*.so", 0, &clSearch); bFound;
-         bFound = CDiskFile::bFindNext(&clSearch)) {
-        __bDelete(csDirectory + clSearch.csGetName());
+    for (const CTString& rcsLibrary : tabServerLibraries(csDirectory)) {
+        __bDelete(rcsLibrary);
     }
     return true;
 }

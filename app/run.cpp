@@ -3,10 +3,12 @@
 #include <cstdio>
 #include <string_view>
 
+#include "app/command_tracer.h"
 #include "app/config/program_version.h"
 #include "app/interactive_run.h"
 #include "app/pilot.h"
 #include "app/texts.h"
+#include "app/trace.h"
 #include "framework/conversion.h"
 
 namespace kalmo {
@@ -35,11 +37,18 @@ void Run(int nArgc, char** ppszArgv) {
         return;
     }
     CPilot clPilot;
-    if (clPilot.bCheckPilot(nArgc, ppszArgv)) {
+    const bool bUnattended = clPilot.bCheckPilot(nArgc, ppszArgv);
+    CTrace& rclTrace = clPilot.rclGetTrace();
+    const CCommandTracer clTracer(rclTrace);
+    // Runs that append to one trace are told apart by their first line.
+    rclTrace.Step(L"kalmoinstall " + csGetOwnVersion(),
+                  bUnattended ? L"unattended run, parameter file " + csQuoted(clPilot.csGetPilotPath())
+                              : CTString(L"interactive run"));
+    if (bUnattended) {
         clPilot.Pilot();
         return;
     }
-    RunInteractive(clPilot.rclGetTrace());
+    RunInteractive(rclTrace);
 }
 
 }  // namespace kalmo

@@ -60,6 +60,15 @@ void ListServer(CServiceManager& rclManager, CServiceList& rtabServer) {
     }
 }
 
+CService* pclCheckPathConflict(CServiceList& rtabServer, const wchar_t* pszDir) {
+    for (const CXPtr_deleteRCV<CService>& pclService : rtabServer) {
+        if (!bIsManager(*pclService) && bProgramIn(*pclService, pszDir)) {
+            return pclService.get();
+        }
+    }
+    return nullptr;
+}
+
 CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, const wchar_t* pszDir) {
     CXPtr_deleteRCV<CService> pclService = pclGetKalmoManager(*pclManager);
     if (pclService != nullptr && !bProgramIn(*pclService, pszDir)) {
@@ -137,11 +146,23 @@ CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)
 
 void CUpgradeServices::StopAll() {
     if (m_bManagerHere) {
+        m_tabStopped.push_back(m_pclKalmoManager.get());
         StopService(*m_pclKalmoManager, m_rclTrace);
     }
     if (bInstanceRunning()) {
+        m_tabStopped.push_back(&m_rclInstance);
         StopService(m_rclInstance, m_rclTrace);
     }
+}
+
+CTString CUpgradeServices::csStoppedNow() {
+    CTString cs;
+    for (CService* const pclService : m_tabStopped) {
+        if (!bRunning(*pclService, m_rclTrace)) {
+            cs += L"\n- " + csGetDisplayName(*pclService);
+        }
+    }
+    return cs;
 }
 
 void CUpgradeServices::StartAll() {

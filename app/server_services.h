@@ -19,6 +19,10 @@ void InitServices(CServiceManager& rclManager, CTrace& rclTrace);
 /// installed.
 void ListServer(CServiceManager& rclManager, CServiceList& rtabServer);
 
+/// The first listed service, the shared manager aside, whose program lies in that directory; null when there
+/// is none. It stays the list's.
+CService* pclCheckPathConflict(CServiceList& rtabServer, const wchar_t* pszDir);
+
 /// The shared manager's service when its program lies in that directory, else null.
 CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, const wchar_t* pszDir);
 
@@ -58,6 +62,9 @@ class CUpgradeServices {
 
     void StopAll();
     void StartAll();
+    /// What StopAll stopped and does not run now: the display names, each on a line of its own. Empty when
+    /// all runs as before.
+    [[nodiscard]] CTString csStoppedNow();
 
   private:
     CService& m_rclInstance;
@@ -65,6 +72,7 @@ class CUpgradeServices {
     CTString m_csDirectory;
     CXPtr_deleteRCV<CService> m_pclKalmoManager;  ///< Null when it is not installed.
     bool m_bManagerHere = false;
+    std::vector<CService*> m_tabStopped;
 };
 
 }  // namespace kalmo

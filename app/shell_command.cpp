@@ -2,6 +2,9 @@
 
 #include <sys/wait.h>
 
+#include <csignal>
+
+#include "app/command_tracer.h"
 #include "app/trace.h"
 #include "framework/conversion.h"
 #include "framework/errno_kept.h"
@@ -9,15 +12,11 @@
 #include "tui/screen.h"
 
 namespace kalmo {
-namespace {
 
-// What a status says, for the trace.
-std::wstring csStatus(int nStatus) {
-    return WIFEXITED(nStatus) ? L"exit code " + std::to_wstring(WEXITSTATUS(nStatus))
-                              : L"killed by signal " + std::to_wstring(WTERMSIG(nStatus));
+CTString csStatus(int nStatus) {
+    return CTString(WIFEXITED(nStatus) ? L"exit code " + std::to_wstring(WEXITSTATUS(nStatus))
+                                       : L"killed by signal " + std::to_wstring(WTERMSIG(nStatus)));
 }
-
-}  // namespace
 
 std::string csShellWord(std::string_view sv) {
     static constexpr std::string_view svPlain =
@@ -51,6 +50,11 @@ int nRunShell(const std::string& csCommand, CTrace& rclTrace, std::string_view s
         rclTrace.Outcome(csTold, false);
     } else {
         rclTrace.Step(csTold, csStatus(nStatus));
+    }
+    // An exit code means what the command's own rules say, 130 too.
+    if (nStatus != -1 && WIFSIGNALED(nStatus) &&
+        (WTERMSIG(nStatus) == SIGINT || WTERMSIG(nStatus) == SIGQUIT)) {
+        EndInterruptedRun(csTold, rclTrace);
     }
     RepaintScreen();
     return nStatus;

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "framework/xy_string.h"
+
 /// Commands that go through the shell. Texts are bytes, UTF-8 for what the installer passes.
 namespace kalmo {
 
@@ -16,7 +18,11 @@ std::string csShellWord(std::string_view sv);
 /// A text between double quotes, with a backslash before each character that means something there.
 std::string csShellQuoted(std::string_view sv);
 
-/// Runs a command and traces it with what came of it. Returns the status as system() does: -1 when no shell
+/// What a status of waitpid(2) says, for the trace.
+CTString csStatus(int nStatus);
+
+/// Runs a command and traces it with what came of it. Does not return where Ctrl-C or Ctrl-\ ended it
+/// (EndInterruptedRun). Returns the status as system() does: -1 when no shell
 /// could run it. The screen, on which the command may have written, is shown again.
 ///
 /// The trace shows svTold instead of the command when that is given: a trace never holds a password.

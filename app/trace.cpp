@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <cwchar>
 #include <string>
 #include <utility>
 
@@ -35,21 +36,47 @@ std::string csNow() {
     return std::string(szTime.data(), nLength) + szMillis.data();
 }
 
+// Control characters, with which a name could forge a line or reach the terminal of whoever reads the trace.
+// Bytes that are no UTF-8 are lone surrogates here (csFromUTF8).
+bool bControl(wchar_t c) {
+    return c < L' ' || (c >= 0x7F && c <= 0x9F) || (c >= 0xDC80 && c <= 0xDCFF);
+}
+
+std::wstring csEscaped(wchar_t c) {
+    std::array<wchar_t, 8> szCode{};
+    std::swprintf(szCode.data(), szCode.size(), L"\\x%02X", static_cast<unsigned>(c) & 0xFFU);
+    return szCode.data();
+}
+
 // A line stays a line whatever a file name or a message holds.
-std::string csOneLine(std::wstring_view sv) {
-    std::string cs;
-    const CXYString<char> csBytes = csToUTF8(sv);
-    for (const char c : csBytes.svGet()) {
-        if (c == '\n') {
-            cs += " | ";
-        } else if (static_cast<unsigned char>(c) >= ' ') {
-            cs += c;
+CXYString<char> csOneLine(std::wstring_view sv) {
+    sv = sv.substr(0, sv.find_last_not_of(L"\r\n") + 1);
+    std::wstring cs;
+    for (std::size_t n = 0; n < sv.size(); ++n) {
+        if (sv[n] == L'\n') {
+            cs += L" | ";
+        } else if (sv.substr(n, 2) != L"\r\n") {
+            cs += bControl(sv[n]) ? csEscaped(sv[n]) : std::wstring(1, sv[n]);
         }
     }
-    return cs;
+    return csToUTF8(cs);
 }
 
 }  // namespace
+
+CTString csReason(int nErrno) {
+    return csFromUTF8(std::strerror(nErrno));
+}
+
+CTString csQuoted(std::wstring_view svValue) {
+    std::wstring cs = L"\"";
+    for (const wchar_t c : svValue) {
+        cs += c == L'"' || c == L'\\' ? std::wstring{L'\\', c}
+              : bControl(c)           ? csEscaped(c)
+                                      : std::wstring(1, c);
+    }
+    return CTString(cs + L'"');
+}
 
 bool CTrace::bOpen(std::wstring_view svPath) {
     CFSPath clPath;
@@ -71,7 +98,8 @@ void CTrace::Step(std::wstring_view svWhat, std::wstring_view svResult) {
     if (!m_clFd.bValid()) {
         return;
     }
-    const std::string csLine = csNow() + "  " + csOneLine(svWhat) + ": " + csOneLine(svResult) + "\n";
+    const std::string csLine =
+        csNow() + "  " + csOneLine(svWhat).pszGet() + ": " + csOneLine(svResult).pszGet() + "\n";
     // One write a line, so that the lines of two runs do not mix; a full disk must not stop the work.
     const ssize_t nWritten = ::write(m_clFd.nGet(), csLine.data(), csLine.size());
     static_cast<void>(nWritten);
@@ -81,9 +109,7 @@ void CTrace::Outcome(std::wstring_view svWhat, bool bSuccess) {
     const int nError = errno;
     CTString csResult(bSuccess ? L"ok" : L"failed");
     if (!bSuccess && nError != 0) {
-        csResult += L" (";
-        csResult += csFromUTF8(std::strerror(nError));
-        csResult += L")";
+        csResult += L" (" + csReason(nError) + L")";
     }
     Step(svWhat, csResult);
 }

@@ -4,10 +4,18 @@
 #include <string_view>
 
 #include "framework/unique_fd.h"
+#include "framework/xy_string.h"
 
 namespace kalmo {
 
 class CXError;
+
+/// A value as a trace shows it: between double quotes, with a backslash before each quote and backslash, and
+/// control characters (bytes that are no UTF-8 among them) as "\xNN".
+CTString csQuoted(std::wstring_view svValue);
+
+/// Why a call of the system failed, in the run's language.
+CTString csReason(int nErrno);
 
 /// The trace of a run that the option "/DEBUG=" asks for: one line a step, with time, what and result.
 ///
@@ -19,7 +27,8 @@ class CTrace {
     /// a symbolic link among it, is refused, and so is a path of more than 260 characters.
     bool bOpen(std::wstring_view svPath);
 
-    /// One step: "2026-11-21 10:00:00.000  what: result".
+    /// One step: "2026-11-21 10:00:00.000  what: result". A line end in a text becomes " | ", any other
+    /// control character "\xNN".
     void Step(std::wstring_view svWhat, std::wstring_view svResult);
     /// A step that succeeded or failed. Call it before anything that changes errno: a failure is explained
     /// with it.

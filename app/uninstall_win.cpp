@@ -1,17 +1,19 @@
 #include "app/uninstall_win.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 
 #include "app/config/server_config.h"
 #include "app/hang_up_shield.h"
 #include "app/install_steps.h"
 #include "app/message.h"
+#include "app/refusal.h"
 #include "app/server_services.h"
 #include "app/texts.h"
 #include "app/trace.h"
 #include "framework/conversion.h"
-#include "framework/disk_file.h"
 #include "framework/x_error.h"
 #include "services/service.h"
 #include "tui/attribute.h"
@@ -42,11 +44,12 @@ CTString csDeleteLabel(bool bManager) {
     return bManager ? csLabel : csLabel + csLoadText(TEXTE_RETRAIT_GARDE);
 }
 
-// Where the close button stands: in its place below the gauge or, in a window too low for both, in the
+// Where the close button stands: in its place below the gauge or, where its caption has no row there, in the
 // gauge's.
 int nCloseRow(bool bManager, int nHeight) {
     const int nRow = nDeleteRows(bManager) + 15;
-    return nRow + BUTTON_HEIGHT < nHeight ? nRow : nHeight - BUTTON_HEIGHT - 2;
+    const int nCaptionRow = nRow + (BUTTON_HEIGHT - 3) / 2 + 1;
+    return nCaptionRow < nHeight ? nRow : nHeight - BUTTON_HEIGHT - 2;
 }
 
 }  // namespace
@@ -91,20 +94,16 @@ void CUnInstallWin::_ListFile() {
     CTString csProgram = csGetProgramWithoutArg(m_pclService);
     csProgram.Replace(L'\\', L'/');
     if (csDirectory.bEmpty()) {
-        csProgram.Empty();  // no path that is absolute: nothing in the current directory may be taken for it
+        return;  // no path that is absolute: nothing in the current directory may be taken for it
     }
     m_tabFile.push_back(csProgram);
-    if (m_bManager || csDirectory.bEmpty()) {
+    if (m_bManager) {
         return;
     }
     // The logger of a 64-bit server carries the same suffix as the server.
     const wchar_t* const pszSuffix = csProgram.svGet().ends_with(L"64") ? L"64" : L"";
     m_tabFile.push_back(csDirectory + L"zdlogger" + pszSuffix);
-    CFileSearch clSearch;
-    for (bool bFound = CDiskFile::bFindFirst(csDirectory + L"tv*.so", 0, &clSearch); bFound;
-         bFound = CDiskFile::bFindNext(&clSearch)) {
-        m_tabFile.push_back(csDirectory + clSearch.csGetName());
-    }
+    std::ranges::copy(tabServerLibraries(csDirectory), std::back_inserter(m_tabFile));
 }
 
 void CUnInstallWin::MainLoop() {
@@ -134,7 +133,12 @@ bool CUnInstallWin::_bRemoveService() {
     const int nError = errno != 0 ? errno : ENOTSUP;
     RepaintScreen();  // the tools of an init system complain on the terminal
     if (!bRemoved) {
-        ShowErrorBox(csFormatText(TEXTE_RETRAIT_SERVICE_ERREUR, csFromUTF8(std::strerror(nError))));
+        const CTString csError =
+            csFormatText(TEXTE_RETRAIT_SERVICE_ERREUR, csFromUTF8(std::strerror(nError)));
+        const bool bStopped = !kalmo::bRunning(*m_pclService, m_rclTrace);
+        ShowErrorBox(bStopped ? csError + L"\n\n" +
+                                    csFormatText(TEXTE_ARRETES, L"\n- " + csGetDisplayName(*m_pclService))
+                              : csError);
         return false;
     }
     __ShowProgress(&m_stRemove);
@@ -142,6 +146,10 @@ bool CUnInstallWin::_bRemoveService() {
 }
 
 bool CUnInstallWin::_bRemoveFiles() {
+    if (m_tabFile.empty()) {
+        ShowErrorBox(csFormatText(TEXTE_RETRAIT_SANS_FICHIER, csGetDisplayName(*m_pclService)));
+        return false;
+    }
     for (const CTString& rcsFile : m_tabFile) {
         CXError clError;
         if (!bDeleteFile(rcsFile, m_rclTrace, &clError)) {
@@ -173,6 +181,10 @@ bool CUnInstallWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
 }
 
 void UninstallServer(CService* pclService, CTrace& rclTrace) {
+    if (const CRefusal clRefusal = clRefuseRemoval(*pclService)) {
+        bTellRefusal(L"uninstall " + CTString(pclService->pszGetName()), *clRefusal, rclTrace);
+        return;
+    }
     auto clWindow = clMakeCentred<CUnInstallWin>(CUnInstallWin::PREFERRED_WIDTH,
                                                  CUnInstallWin::PREFERRED_HEIGHT, pclService, rclTrace);
     clWindow.Draw();

@@ -31,6 +31,7 @@ class CUnInstallWin : public CWindow {
 
   private:
     /// Finds the files to delete: the program; for an instance also the logger and the libraries beside it.
+    /// None for a service that tells no program.
     void _ListFile();
     /// A service that cannot be stopped is no obstacle: always true.
     bool _bStopService();
@@ -60,7 +61,8 @@ class CUnInstallWin : public CWindow {
     CButton m_clClose;
 };
 
-/// Uninstalls an instance or the shared manager. Returns when the operator has seen the result.
+/// Uninstalls an instance or the shared manager, unless its command is not that of a program of ours: that is
+/// told, and nothing done. Returns when the operator has seen the result.
 void UninstallServer(CService* pclService, CTrace& rclTrace);
 
 }  // namespace kalmo

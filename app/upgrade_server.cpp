@@ -2,20 +2,17 @@
 
 #include "app/config/server_config.h"
 #include "app/data_extractor.h"
-#include "app/message.h"
 #include "app/new_server.h"
-#include "app/texts.h"
-#include "app/trace.h"
+#include "app/refusal.h"
 #include "app/upgrade_win.h"
 #include "tui/placement.h"
 
 namespace kalmo {
 
 void UpgradeServer(CDataExtractor* pclExtractor, CService* pclService) {
-    if (csGetProgramDirectory(pclService).bEmpty()) {
-        pclExtractor->rclGetTrace().Step(L"upgrade " + CTString(pclService->pszGetName()),
-                                         L"failed: the service tells no program");
-        ShowErrorBox(csFormatText(TEXTE_SANS_PROGRAMME, csGetDisplayName(*pclService)));
+    if (const CRefusal clRefusal = clRefuseUpgrade(*pclService)) {
+        bTellRefusal(L"upgrade " + CTString(pclService->pszGetName()), *clRefusal,
+                     pclExtractor->rclGetTrace());
         return;
     }
     CPathBuffer szConfPath;

@@ -95,6 +95,9 @@ void CUpgradeWin::_Upgrade() {
     __ShowStep(1);
     const wchar_t* const pszDir = m_clServices.csGetDirectory().pszGet();
     if (!m_pclExtractor->bUpgrade(pszDir, this) || !m_pclExtractor->bSync(pszDir)) {
+        if (const CTString csStopped = m_clServices.csStoppedNow(); !csStopped.bEmpty()) {
+            ShowErrorBox(csFormatText(TEXTE_ARRETES, csStopped));
+        }
         return;
     }
     m_clServices.StartAll();

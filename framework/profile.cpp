@@ -1,10 +1,7 @@
 #include "framework/profile.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
-#include <cwchar>
 #include <optional>
 #include <string>
 
@@ -12,6 +9,7 @@
 #include "framework/process_info.h"
 #include "framework/profile_encoding.h"
 #include "framework/profile_file.h"
+#include "framework/profile_value.h"
 
 namespace kalmo {
 namespace {
@@ -112,8 +110,7 @@ int GetPrivateProfileInt(const wchar_t* pszSection, const wchar_t* pszKey, int n
     std::array<wchar_t, nTailleEntier> szValue{};
     GetPrivateProfileStringW(pszSection, pszKey, std::to_wstring(nDefault).c_str(), szValue.data(),
                              static_cast<unsigned>(szValue.size()), pszFile);
-    const long nValue = std::wcstol(szValue.data(), nullptr, 10);
-    return static_cast<int>(std::clamp<long>(nValue, INT_MIN, INT_MAX));
+    return nEntierDeValeur(szValue.data());
 }
 
 bool WritePrivateProfileStringW(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszValue,

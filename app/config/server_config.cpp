@@ -2,10 +2,15 @@
 
 #include <pwd.h>
 
+#include <array>
+#include <cwchar>
+#include <string_view>
+
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
 #include "services/service.h"
+#include "services/service_manager.h"
 
 namespace kalmo {
 namespace {
@@ -32,15 +37,35 @@ void WriteTelemetryOn(const wchar_t* pszConfPath, int nOn) {
 }
 
 ETelemetryState eReadTelemetry(const wchar_t* pszConfPath) {
-    switch (GetPrivateProfileInt(PSZ_SECTION_TELEMETRY, PSZ_KEY_ACTIVE, -1, pszConfPath)) {
-        case 0: return ETelemetryState::Off;
-        case 1: return ETelemetryState::On;
-        default: return ETelemetryState::Unknown;
+    // An integer and nothing behind it: a text that only begins with a digit is no choice that somebody made.
+    std::array<wchar_t, 20> szValue{};
+    GetPrivateProfileString(PSZ_SECTION_TELEMETRY, PSZ_KEY_ACTIVE, L"-1", szValue.data(),
+                            static_cast<unsigned>(szValue.size()), pszConfPath);
+    wchar_t* pszEnd = nullptr;
+    const long nValue = std::wcstol(szValue.data(), &pszEnd, 10);
+    const bool bInteger = pszEnd != szValue.data() &&
+                          std::wstring_view(pszEnd).find_first_not_of(L" \t") == std::wstring_view::npos;
+    if (!bInteger || (nValue != 0 && nValue != 1)) {
+        return ETelemetryState::Unknown;
     }
+    return nValue == 1 ? ETelemetryState::On : ETelemetryState::Off;
 }
 
 int nReadServerPort(const wchar_t* pszConfPath) {
     return GetPrivateProfileInt(PSZ_SECTION_INIT, PSZ_KEY_PORT, nPortDefaut, pszConfPath);
+}
+
+bool bServiceCanBeNamed(const CTString& csName) {
+    // systemctl takes a blank as the border of two names and "*" as every name.
+    static constexpr std::wstring_view svUnitName =
+        L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789:-_.@";
+    static constexpr std::wstring_view svShell = L"\"\\'`$&|;<>()[]{}*?!#~\t";
+    static constexpr std::size_t nMaxBytes = 242;  // 255 with "ZDCS-" and ".service"
+    const std::wstring_view svName = csName;
+    const bool bPlain = CServiceManager::ms_eDistri == eSystemd
+                            ? svName.find_first_not_of(svUnitName) == std::wstring_view::npos
+                            : svName.find_first_of(svShell) == std::wstring_view::npos;
+    return bPlain && !svName.empty() && csToUTF8(csName).nGetLength() <= nMaxBytes;
 }
 
 bool bSystemAccountExists(const CTString& csUser) {

@@ -26,6 +26,12 @@ inline constexpr int nPortDefaut = 4900;
 inline constexpr const wchar_t* PSZ_MANAGER_SERVICE = L"KalmoManager";
 inline constexpr const wchar_t* PSZ_MANAGER_PROGRAM = L"kalmomanager";
 inline constexpr const wchar_t* PSZ_SERVICE_PREFIX = L"ZDCS-";
+/// The program of an instance; the manager's name begins with it too.
+inline constexpr const wchar_t* PSZ_SERVER_PROGRAM = L"kalmo";
+
+/// Whether an instance's service can have that name and be worked with: not empty, not too long; under
+/// systemd what unit names are made of, under SysV nothing that means something to a shell.
+bool bServiceCanBeNamed(const CTString& csName);
 
 /// What an instance's configuration says about telemetry.
 enum class ETelemetryState : int {

@@ -1,20 +1,25 @@
 #ifndef KALMO_TUI_DIALOGS_CONFIG_ACCOUNT_WIN_H
 #define KALMO_TUI_DIALOGS_CONFIG_ACCOUNT_WIN_H
 
+#include <functional>
+
 #include "tui/entry.h"
 #include "tui/libel.h"
 #include "tui/ok_cancel_win.h"
 
 namespace kalmo {
 
-/// Asks for the administrator account of a new server's databases. Takes whatever is typed; the password is
-/// shown and may be empty.
+/// Asks for the administrator account of a new server's databases. The dialog itself takes whatever is typed,
+/// unless whoever shows it lends it a check; the password is shown and may be empty.
 class CConfigAccountWin : public COkCancelWin {
   public:
     static constexpr int PREFERRED_WIDTH = 70;
     static constexpr int PREFERRED_HEIGHT = 24;
 
-    CConfigAccountWin(int nX, int nY, int nWidth, int nHeight);
+    /// Is asked when OK is pressed; when false, and shown, the dialog goes on.
+    using CCheck = std::function<bool(const CConfigAccountWin& rclDialog)>;
+
+    CConfigAccountWin(int nX, int nY, int nWidth, int nHeight, CCheck fnCheck = {});
 
     /// What stands in the fields; each is valid until its field changes.
     [[nodiscard]] const wchar_t* pszGetAccount() const noexcept { return m_clAccount.pszGetText(); }
@@ -22,7 +27,11 @@ class CConfigAccountWin : public COkCancelWin {
 
     bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override;
 
+  protected:
+    void _Confirm() override;
+
   private:
+    CCheck m_fnCheck;
     CLibel m_clTitle;
     CEntry m_clAccount;
     CEntry m_clPassword;

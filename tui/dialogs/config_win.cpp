@@ -7,6 +7,8 @@
 
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
+#include "framework/profile_value.h"
+#include "services/service_manager.h"
 #include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
 #include "tui/msg_box.h"
@@ -67,12 +69,13 @@ bool CConfigWin::_bCheck() {
             return false;
         }
     }
-    return true;
+    return __bCheckNewName();
 }
 
 bool CConfigWin::__bCheckAccount() {
-    const CTString csAccount = m_clDaemonUser.pszGetText();
-    if (csAccount == PSZ_ROOT || bSystemAccountExists(csAccount)) {
+    const CTString csAccount = csValeurRelue(m_clDaemonUser.pszGetText());
+    // Without a name the server runs as root; there is nothing to create.
+    if (csAccount.bEmpty() || csAccount == PSZ_ROOT || bSystemAccountExists(csAccount)) {
         return true;
     }
     const CTString csQuestion = csFormatText(TEXTE_COMPTE_INCONNU, csAccount);
@@ -83,12 +86,30 @@ bool CConfigWin::__bCheckAccount() {
     return nAnswer == CMsgBox::RESULT_FIRST;
 }
 
+CTString CConfigWin::__csName() const {
+    return csValeurRelue(m_clName.pszGetText());
+}
+
 bool CConfigWin::__bCheckName(const CService& rclService) {
-    if (!bEgalSansCasse(m_clName.pszGetText(), svInstanceName(rclService))) {
+    if (!bEgalSansCasse(__csName(), svInstanceName(rclService))) {
         return true;
     }
-    _ShowConflict(csFormatText(TEXTE_CONFLIT_NOM, m_clName.pszGetText()).pszGet());
+    _ShowConflict(csFormatText(TEXTE_CONFLIT_NOM, __csName()).pszGet());
     return false;
+}
+
+bool CConfigWin::__bCheckNewName() {
+    const CTString csName = __csName();
+    if (!bServiceCanBeNamed(csName)) {
+        _ShowConflict(csFormatText(TEXTE_NOM_IMPOSSIBLE, csName).pszGet());
+        return false;
+    }
+    CServiceManager clManager;
+    if (clManager.pclGetService((CTString(PSZ_SERVICE_PREFIX) + csName).pszGet(), 0) != nullptr) {
+        _ShowConflict(csFormatText(TEXTE_CONFLIT_NOM, csName).pszGet());
+        return false;
+    }
+    return true;
 }
 
 bool CConfigWin::_bCheckPort(long nPort, CService& rclService) {

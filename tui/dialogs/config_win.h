@@ -32,7 +32,8 @@ class CConfigWin : public COkCancelWin {
   protected:
     void _Confirm() override;
     /// Whether the settings can be used: the account exists or is to be created, no installed server but the
-    /// shared manager has the same name or port. What speaks against them has been shown.
+    /// shared manager has the same name or port, the machine knows no service of that name, and one can have
+    /// it. Names count as the server will read them. What speaks against the settings has been shown.
     bool _bCheck();
     /// False, and shown, when that server has this port.
     bool _bCheckPort(long nPort, CService& rclService);
@@ -43,6 +44,9 @@ class CConfigWin : public COkCancelWin {
     /// False when the account does not exist and is not to be created either.
     bool __bCheckAccount();
     bool __bCheckName(const CService& rclService);
+    /// False, and shown, when the machine has a service of that name, listed or not, or none can have it.
+    bool __bCheckNewName();
+    [[nodiscard]] CTString __csName() const;
 
     CServiceList& m_rclServices;
     CEntry m_clName;

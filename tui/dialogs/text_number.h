@@ -21,6 +21,7 @@ constexpr unsigned TEXTE_COMPTE_SYSTEME = 4659;
 constexpr unsigned TEXTE_COMPTE_INCONNU = 4661;  ///< Insert 1: the account.
 constexpr unsigned TEXTE_CONFLIT_NOM = 4299;     ///< Insert 1: the name.
 constexpr unsigned TEXTE_CONFLIT_PORT = 4300;    ///< Inserts: the port as an int, the server that uses it.
+constexpr unsigned TEXTE_NOM_IMPOSSIBLE = 4169;  ///< Insert 1: the name.
 
 constexpr unsigned TEXTE_TITRE_COMPTE = 9766;
 constexpr unsigned TEXTE_COMPTE = 9767;

@@ -68,8 +68,8 @@ CTString csNoOperation(std::string_view svBytes) {
 // One key of the file.
 struct STValue {
     const wchar_t* pszKey;
-    bool bThere = false;
     CTString cs;
+    bool bThere;  // behind the text that finding it fills
 
     STValue(CProfileFile& rclFile, const wchar_t* pszSection, const wchar_t* pszTheKey)
         : pszKey(pszTheKey), bThere(rclFile.bGetValue(pszSection, pszTheKey, &cs)) {}

@@ -2,8 +2,6 @@
 
 #include <sys/wait.h>
 
-#include <csignal>
-
 #include "app/command_tracer.h"
 #include "app/trace.h"
 #include "framework/conversion.h"
@@ -51,9 +49,7 @@ int nRunShell(const std::string& csCommand, CTrace& rclTrace, std::string_view s
     } else {
         rclTrace.Step(csTold, csStatus(nStatus));
     }
-    // An exit code means what the command's own rules say, 130 too.
-    if (nStatus != -1 && WIFSIGNALED(nStatus) &&
-        (WTERMSIG(nStatus) == SIGINT || WTERMSIG(nStatus) == SIGQUIT)) {
+    if (bInterrupted(nStatus)) {
         EndInterruptedRun(csTold, rclTrace);
     }
     RepaintScreen();

@@ -9,6 +9,8 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "app/archive_password.h"
@@ -148,6 +150,146 @@ TEST_F(CInstaller, NamesThatReachOtherUnitsAreRefused) {
         EXPECT_TRUE(bTraced("no name that a service can have")) << psz;
     }
     EXPECT_EQ(csRead("units").find("show"), std::string::npos);
+}
+
+TEST_F(CInstaller, WhatIsNotOursIsRefusedAndStaysAsItIs) {
+    const auto csInto = [](const std::string& rcsDir, const char* pszName = "second") {
+        return "[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=" + std::string(pszName) + "\nRepertoire=" + rcsDir +
+               "\n";
+    };
+    const auto csWrap = [](const std::string& rcs) {
+        return "sed -i 's,Program=\",&" + rcs + " ,' /etc/init.d/ZDCS-first";
+    };
+    const std::string csNice = csWrap("/usr/bin/nice --adjustment=5");
+    const std::string csEnv = csWrap("/usr/bin/env LANG=C");
+    const char* const pszNice =
+        R"(not of this product: "/usr/bin/nice --adjustment=5 /tmp/zd/kalmo --service")";
+    const struct {
+        std::string csPrepare;
+        std::string csOrders;
+        const char* pszTraced;
+    } TAB[] = {
+        {csNice, PSZ_UPGRADE, pszNice},
+        {csNice, PSZ_REMOVE, pszNice},
+        {csNice, csInto("/tmp/zd"), pszNice},
+        {csEnv, PSZ_UPGRADE, "not of this product"},
+        {csEnv, PSZ_REMOVE, "not of this product"},
+        {csWrap("nice"), PSZ_REMOVE, "not of this product"},
+        // A path that the line's limit cuts names something else.
+        {"sed -i 's,Program=\",&/tmp/" + std::string(140, 'd') + ",' /etc/init.d/ZDCS-first", PSZ_REMOVE,
+         "not of this product"},
+        // Cut short, the manager's name is that of the daemon beside it.
+        {"sed 's,kalmo --service\",kalmo,' /etc/init.d/ZDCS-first >/etc/init.d/KalmoManager",
+         "[PILOTAGE]\nMAJ=3\n[SERVEUR]\nServeur=kalmomanager\n", "KalmoManager runs a program that is not"},
+        {"rm -r /tmp/zd", PSZ_UPGRADE, "its directory /tmp/zd/ is gone"},
+        {"", csInto("/tmp//zd/."), "is the directory of the instance ZDCS-first"},
+        {"", csInto("/tmp/other --x"), "could not be found again"},
+        {"", csInto("/tmp/other\"x"), "could not be found again"},
+        {"", csInto("/tmp/" + std::string(125, 'd')), "could not be found again"},
+        {"", csInto("/tmp/other", "it's"), "no name that a service can have: \"it's\""},
+    };
+    const auto csMachine = [] {
+        nShell(
+            "cd /; { find tmp/zd tmp/other* tmp/d* etc/init.d -type f | xargs md5sum; cat tmp/run/calls; } "
+            ">/tmp/machine 2>&1");
+        return csRead("/tmp/machine");
+    };
+    for (const auto& rst : TAB) {
+        SCOPED_TRACE(rst.csPrepare + "\n" + rst.csOrders);
+        SetUp();
+        fs::remove("/etc/init.d/KalmoManager");
+        PackServer();
+        Pilot(PSZ_INSTALL);
+        Write("/tmp/zd/tvzdsrv.so", "");
+        Write("/tmp/zd/tvsqlsrv.so", "");
+        ASSERT_EQ(nShell(rst.csPrepare), 0);
+        const std::string csBefore = csMachine();
+        Pilot(rst.csOrders);
+        EXPECT_EQ(csMachine(), csBefore);
+        EXPECT_TRUE(bTraced(rst.pszTraced)) << csRead("trace");
+    }
+    SetUp();
+    PackServer();
+    // One that just fits is installed, upgraded and marked where it lies.
+    const std::string csDir = "/tmp/zd/" + std::string(120, 'd');
+    Pilot(csInto(csDir, "first"));
+    fs::remove(csDir + "/Install.log");
+    Pilot(PSZ_UPGRADE);
+    EXPECT_EQ(csRead(csDir + "/Install.log"), "OK") << csRead("trace");
+}
+
+TEST_F(CInstaller, OrdersAreReadOnceAndToldOneByOne) {
+    PackServer();
+    Pilot(PSZ_INSTALL);
+    const std::string csStart = "kalmoinstall 25.0.98.0: unattended run, parameter file \"./pilot.ini\"\n";
+    EXPECT_TRUE(bTraced(csStart));
+    EXPECT_TRUE(bTraced(R"(orders: MAJ="2" Serveur="first" Repertoire="/tmp/zd" Port="4950")"));
+    const std::pair<std::string, const char*> TAB[] = {
+        {"", "MAJ: the parameter file is empty"},
+        {"\xEF\xBB\xBF" + std::string(PSZ_UPGRADE), "byte-order mark of UTF-8"},
+        {"\xFE\xFF\0[", "byte-order mark of UTF-16 big-endian"},
+        {"[SERVEUR]\nServeur=first\n", "MAJ: missing in the parameter file"},
+        {"[PILOTAGE]\nMAJ=7\n", "MAJ: no operation of that number"},
+        {"[PILOTAGE]\nMAJ=3\n[SERVEUR]\nServeur=a\x1B\"\\\x07\n",
+         R"(Serveur="a\x1B\"\\\x07" Repertoire missing)"},
+    };
+    for (const auto& [csOrders, pszTraced] : TAB) {
+        Pilot(csOrders);
+        EXPECT_TRUE(bTraced(pszTraced)) << csRead("trace");
+    }
+    Run("/PILOT=none.ini /DEBUG=trace");
+    EXPECT_TRUE(bTraced("parameter file \"./none.ini\": failed: not found"));
+    fs::remove("pilot.ini");
+    fs::create_symlink("/proc/self/mem", "pilot.ini");
+    Run("/PILOT=pilot.ini /DEBUG=trace");
+    EXPECT_TRUE(bTraced("read parameter file \"./pilot.ini\": failed ("));
+    fs::remove("pilot.ini");
+
+    // What the file says while the run waits for another one is not its order.
+    Write("pilot.ini", PSZ_UPGRADE);
+    Write("other.ini", PSZ_REMOVE);
+    fs::remove("trace");
+    ASSERT_EQ(nShell(R"(exec 9>/run/kalmoinstall.lock; flock 9
+        ./kalmoinstall /PILOT=pilot.ini /DEBUG=trace 9>&- &
+        for n in $(seq 200); do grep -q waiting trace && break; sleep 0.05; done
+        cp other.ini pilot.ini; exec 9>&-; wait)"),
+              0);
+    EXPECT_TRUE(bMarked() && fs::exists("/tmp/zd/kalmo")) << csRead("trace");
+}
+
+TEST_F(CInstaller, WhatTheKeyboardEndsEndsTheRun) {
+    PackServer();
+    Write("tree/KalmoManager",
+          "#!/bin/sh\nread -r line && echo \"read $line\" >>/tmp/run/calls\nkill -INT $$\n");
+    ASSERT_EQ(nShell("cd tree && zip -qXDr ../kalmoinstall.zip ."), 0);
+    Write("pilot.ini", PSZ_INSTALL);
+    ASSERT_EQ(nShell("echo typed | ./kalmoinstall /PILOT=pilot.ini /DEBUG=trace"), 0);
+    EXPECT_TRUE(bTraced("ended by the keyboard during: /tmp/zd/kalmomanager --INSTALLER"));
+    EXPECT_EQ(csRead("calls"), "(none)") << "nobody's input was read, and nothing ran behind it";
+    EXPECT_FALSE(bMarked());
+
+    // A tool of the boot sequence, which cron's path does not lead to.
+    PackServer();
+    for (const auto& [csTool, pszTraced, bLeft] : std::vector<std::tuple<std::string, const char*, bool>>{
+             {"kill -QUIT $$", "ended by the keyboard during: update-rc.d -f ZDCS-first remove", true},
+             {"echo 'no links' >&2; exit 3",
+              "update-rc.d -f ZDCS-first remove >/dev/null: exit code 3: no links", false},
+         }) {
+        Pilot(PSZ_INSTALL);
+        Write("/tmp/zd/tvzdsrv.so", "");
+        Write("/tmp/zd/tvsqlsrv.so", "");
+        fs::create_directories("/tmp/zd/tvmore.so");
+        Write("/usr/sbin/update-rc.d", "#!/bin/sh\n" + csTool + "\n");
+        fs::permissions("/usr/sbin/update-rc.d", fs::perms(0755));
+        Write("pilot.ini", PSZ_REMOVE);
+        fs::remove("trace");
+        ASSERT_EQ(nShell("PATH=/bin ./kalmoinstall /PILOT=pilot.ini /DEBUG=trace 2>/dev/null"), 0);
+        EXPECT_TRUE(bTraced(pszTraced)) << csRead("trace");
+        EXPECT_EQ(fs::exists("/tmp/zd/kalmo"), bLeft);
+        EXPECT_EQ(bMarked(), !bLeft);
+        EXPECT_FALSE(bTraced("tvmore.so")) << "a directory is no file to delete";
+        fs::remove_all("/tmp/zd/tvmore.so");
+    }
 }
 
 TEST_F(CInstaller, AMarkerNeverSurvivesAFailedRun) {

@@ -44,8 +44,10 @@ TEST(ServerConfig, TelemetryIsKnownWhenItIsZeroOrOne) {
     const std::wstring csConf = clFolder.csWide("ZDConf.ini");
     EXPECT_EQ(eReadTelemetry(csConf.c_str()), ETelemetryState::Unknown);
     const std::pair<const char*, ETelemetryState> tabCase[] = {
-        {"0", ETelemetryState::Off},      {"1", ETelemetryState::On},    {"2", ETelemetryState::Unknown},
-        {"-1", ETelemetryState::Unknown}, {"yes", ETelemetryState::Off}, {"1x", ETelemetryState::On},
+        {"0", ETelemetryState::Off},       {"1 ", ETelemetryState::On},
+        {"2", ETelemetryState::Unknown},   {"-1", ETelemetryState::Unknown},
+        {"yes", ETelemetryState::Unknown}, {"1x", ETelemetryState::Unknown},
+        {"0 1", ETelemetryState::Unknown}, {"", ETelemetryState::Unknown},
     };
     for (const auto& [pszValue, eState] : tabCase) {
         clFolder.Write("ZDConf.ini", std::string("[telemetry]\nActive=") + pszValue + "\n");

@@ -40,16 +40,75 @@ check() {
 # equal EXPECTED ACTUAL
 equal() { [ "$1" = "$2" ] || { printf 'expected: %s\nis:       %s\n' "$1" "$2"; false; }; }
 
-# pilot FOLDER OPERATION NAME [DIRECTORY PORT]: one unattended run of the installer in FOLDER.
-pilot() {
+# orders OPERATION NAME [DIRECTORY PORT]: writes a parameter file.
+orders() {
     {
-        printf '[PILOTAGE]\nMAJ=%s\n[SERVEUR]\nServeur=%s\n' "$2" "$3"
-        [ $# -lt 5 ] || printf 'Repertoire=%s\nPort=%s\n' "$4" "$5"
+        printf '[PILOTAGE]\nMAJ=%s\n[SERVEUR]\nServeur=%s\n' "$1" "$2"
+        [ $# -lt 4 ] || printf 'Repertoire=%s\nPort=%s\n' "$3" "$4"
     } >"$work/pilot.ini"
     : >"$work/trace"
+}
+
+# pilot FOLDER OPERATION NAME [DIRECTORY PORT]: one unattended run of the installer in FOLDER.
+pilot() {
+    orders "${@:2}"
     printf '  $ kalmoinstall /PILOT=pilot.ini    (MAJ=%s Serveur=%s%s)\n' "$2" "$3" "${4:+ Repertoire=$4 Port=$5}"
     check "said nothing and returned 0" equal 0 \
         "$("$1/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace" 2>&1; echo $?)"
+}
+
+# What an installer could change: files of the servers and of the system, and the processes of the services.
+machine_now() {
+    find /srv/zd /etc/init.d /etc/systemd/system /usr/bin/nice /usr/bin/env ! -name trace -printf '%p %m %s %T@ %C@\n'
+    pgrep -a 'kalmo|zdlogger'
+}
+
+# refuses WHY OPERATION NAME [DIRECTORY PORT]: such a run changes nothing, and its trace says why.
+refuses() {
+    local why=$1 before
+    shift
+    before=$(machine_now)
+    orders "$@"
+    "$current/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace"
+    { grep -q -- "$why" "$work/trace" || { cat "$work/trace"; false; }; } && equal "$before" "$(machine_now)"
+}
+
+# Lets another program start the first instance, in the way of administrators, and takes that back.
+wrap() {
+    case $init in
+        systemd)
+            mkdir -p /etc/systemd/system/ZDCS-first.service.d
+            printf '[Service]\nExecStart=\nExecStart=/usr/bin/nice --adjustment=5 %s --service\n' "$first/kalmo" \
+                >/etc/systemd/system/ZDCS-first.service.d/nice.conf
+            systemctl daemon-reload
+            ;;
+        *) sed -i 's,^Program=",&/usr/bin/nice --adjustment=5 ,' /etc/init.d/ZDCS-first ;;
+    esac
+}
+unwrap() {
+    case $init in
+        systemd) rm -r /etc/systemd/system/ZDCS-first.service.d && systemctl daemon-reload ;;
+        *) sed -i 's,/usr/bin/nice --adjustment=5 ,,' /etc/init.d/ZDCS-first ;;
+    esac
+}
+wrapped_stays() {
+    local result=0
+    wrap
+    refuses 'not of this product: "/usr/bin/nice' 1 first && refuses 'not of this product: "/usr/bin/nice' 3 first || result=1
+    unwrap
+    return $result
+}
+
+# Stopped and out of the boot, an instance is still one: its directory is taken, and an upgrade finds it.
+asleep_is_found() {
+    case $init in
+        systemd) systemctl disable --now ZDCS-second ;;
+        *) "/etc/init.d/ZDCS-second" stop && update-rc.d ZDCS-second disable ;;
+    esac
+    refuses 'directory of the instance ZDCS-second' 2 third "$second" 4902 || return
+    orders 1 second
+    "$next/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace"
+    marked "$second" && greets 4901 "ZDSQL second $(server_version "$next") ready"
 }
 
 runs() { active "$1" || { cat "$work/trace"; false; }; }
@@ -128,6 +187,11 @@ check "the trace says why" grep -q "no such instance" "$work/trace"
 pilot "$next" 4 first
 check "an unknown operation does nothing" absent "$first/Install.log"
 check "the first instance goes on" greets 4900 "ZDSQL first $(server_version "$next") ready"
+
+say "Nothing that is not its own"
+check "an instance that another program starts is neither upgraded nor removed" wrapped_stays
+check "an instance that is stopped and disabled keeps its directory and can be upgraded" asleep_is_found
+check "a directory that could not be found again is refused" refuses 'could not be found again' 2 third '/srv/zd/a --b' 4902
 
 say "Uninstall both instances, then the manager"
 for name in first second kalmomanager; do

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "tests/support/temp_folder.h"
 #include "tests/support/tui_terminal.h"
 
@@ -45,14 +47,21 @@ TEST(ConfigWin, RefusesTheNameAndThePortOfAnotherServer) {
         {{{"ZDCS-C"}}, "C", "4900", "|A server named \"C\" "},
         // What is no port is compared all the same.
         {{{"ZDCS-B", "[INIT]\nAccessPort=x\n"}}, "C", "", "|Port 0 "},
+        // Names count as the server reads them; a unit cannot have just any.
+        {{{"ZDCS-A", PORT_4901}}, " a", "4900", "|A server named \"a\" "},
+        {{}, "", "4900", "|No server can have the name"},
+        {{}, "a b", "4900", "|\"a b\"."},
+        {{}, "café", "4900", "|\"café\"."},
+        {{}, " A:-_.@1", "4900"},
         // The shared manager has neither.
         {{{"KALMOMANAGER"}}, "MANAGER", "4900"},
     };
     for (const auto& rst : TAB) {
         const CTempFolder clFolder;
         CTuiTerminal clTerminal(csCommand(clFolder, rst.tabServer));
+        const std::string csTyped = std::regex_replace(rst.csName, std::regex(" "), " Space ");
         ASSERT_TRUE(
-            clTerminal.bPress("Backspace*5 " + rst.csName + " Enter Backspace*4 " + rst.csPort + " Enter*2"));
+            clTerminal.bPress("Backspace*5 " + csTyped + " Enter Backspace*4 " + rst.csPort + " Enter*2"));
         if (rst.pszConflict != nullptr) {
             EXPECT_TRUE(clTerminal.bShows("+Attention--") && clTerminal.bShows(rst.pszConflict))
                 << rst.pszConflict << clTerminal.csText();

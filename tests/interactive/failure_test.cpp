@@ -56,29 +56,34 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
         // Accounts that useradd refuses, or would take for an option, and that the server then does not find.
         {"", csNoAccount("a:b"), "grep -q 'DaemonUser = a:b' ZDConf.ini"},
         {"", csNoAccount("-h"), "! grep -q 'useradd.*exit code' /tmp/trace"},
-        // A directory in which one entry's path is too long.
-        {"", "@directory => Backspace*15 srv/zd/" + std::string(237, 'd') + R"( Enter
-            @config
-            @account
-            @telemetry
-            Attention / help/readme.txt: File name too long / {123C|help/readme.txt} / OK)",
-         "cd /srv/zd/d* && test -e zdlogger -a ! -e help"},
         // A directory that cannot be created, an owner that cannot be set.
         {"", R"(@directory => Backspace*15 proc/zd Enter
             @config
             @account
             @telemetry
-            Attention / /proc/zd/: No such file or directory / OK)",
+            Attention / /proc/zd/: No such file or directory / {104F} / OK)",
          "absent kalmo"},
         {"", csStart + "Attention / Operation not permitted / OK",
          "test -e kalmomanager && absent ZDConf.ini",
          "env ASAN_OPTIONS=detect_leaks=0 strace -D -qq -o/dev/null "
          "-e inject=chown,lchown,fchown,fchownat:error=EPERM"},
-        // A command line that is too long is cut; so is the password in it, which the server then refuses.
-        {"", "@directory\n@config\n@account => Enter " + std::string(190, 'a') + R"( Enter*2
+        // What would not fit into the commands of the server's programs is refused where it is chosen, and so
+        // is
+        // a directory that would be cut when it is read.
+        {"", "@directory => Backspace*15 srv/zd/" + std::string(237, 'd') + R"( Enter
+            *Attention / The path of the directory / * / OK
+            {1031} / * => Backspace*245 srv/zd/a;b Enter
+            *Attention / {1046|/srv/zd/a;b/} / OK
+            {1031} / /srv/zd/a;b / * => Tab*3 Enter)",
+         "absent /srv/zd/a*"},
+        {"",
+         csStart.substr(0, csStart.find("@account")) + "@account => Enter " + std::string(90, 'a') +
+             R"( Enter*2
+            {103A} / {1048|3} / OK
+            {2626} / * => Tab*3 Backspace*2 Enter*2
             @telemetry
-            Attention / * / no password of account Admin stands behind PWDC / OK)",
-         "grep -q 'kalmo --INSTALLER .*cut to 260 bytes' /tmp/trace"},
+            {103B} / * / OK)",
+         "active ZDCS-ZDSQL"},
     };
     for (const auto& rst : TAB) {
         SCOPED_TRACE(rst.csScript);
@@ -137,6 +142,47 @@ TEST_F(CStory, ABusyProgramIsWaitedFor) {
     rclTerminal().Send("\x03");
     EXPECT_EQ(rclTerminal().nWaitEnd(), 128 + SIGINT);
     EXPECT_TRUE(rclTerminal().bCooked() && !rclTerminal().clScreen().bAlternateScreen());
+}
+
+TEST_F(CStory, WhatIsNotOursIsRefusedAndStaysAsItIs) {
+    const std::string csName = "ZDSQL server first";
+    const char* const pszWrap = R"(mkdir /etc/systemd/system/ZDCS-first.service.d
+        printf '[Service]\nExecStart=\nExecStart=/usr/bin/nice --adjustment=5 /srv/zd/first/kalmo --service\n' \
+            >/etc/systemd/system/ZDCS-first.service.d/x.conf
+        systemctl daemon-reload)";
+    const std::string csForeign =
+        "{103A} / {1045|" + csName + "|/usr/bin/nice --adjustment=5 /srv/zd/first/kalmo --service} / OK";
+    const struct {
+        const char* pszPrepare;
+        std::string csScript;
+        const char* pszLauncher = "";
+    } TAB[] = {
+        {pszWrap, "@licence\n@action\n@toupgrade\n" + csForeign},
+        {pszWrap, "@licence\n@action => Down*2 Enter*2\n@toremove\n" + csForeign},
+        {pszWrap, "@licence\n@action => Down Enter*2\n{1031} / * => Backspace*15 srv/zd/first Enter\n*" +
+                      csForeign + "\n{1031} / * => Tab*3 Enter"},
+        {"rm -r /srv/zd/first",
+         "@licence\n@action\n@toupgrade\n{103A} / {104E|" + csName + "|/srv/zd/first/} / OK"},
+        // Nobody has loaded it, and still it has its name, in whatever way that is written.
+        {"systemctl disable --now ZDCS-first", R"(@licence
+            @action => Down Enter*2
+            {1031} / * => Backspace*15 srv/zd/x Enter
+            @config => Backspace*5 Space FIRST Enter*3
+            {103A} / {10CB|FIRST} / OK
+            {1033} / * => Tab Enter)"},
+        {"", "{103A} / {104C|/none|No such file or directory} / OK", "env TMPDIR=/none"},
+    };
+    const auto csMachine = [] { return csFiles() + csProcesses("ZDCS-first KalmoManager"); };
+    for (const auto& rst : TAB) {
+        SCOPED_TRACE(rst.csScript);
+        SetUp();
+        Install("first", 4950);
+        csShell(rst.pszPrepare);
+        const std::string csBefore = csMachine();
+        Run(rst.csScript, {.csLauncher = rst.pszLauncher});
+        EXPECT_TRUE(csMachine() == csBefore);
+        csShell("rm -rf /etc/systemd/system/ZDCS-first.service.d; systemctl daemon-reload");
+    }
 }
 
 TEST_F(CStory, GivingUpChangesNothing) {

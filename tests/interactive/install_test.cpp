@@ -113,17 +113,19 @@ sh: /usr/local/ZDSQL/kalmo --INSTALLER 2>/dev/null)";
 /bin/systemctl list-units --all --type=service --full --no-pager --no-legend)";
     const std::string csManager = R"(
 /bin/systemctl --property=Description,ExecStart,Type show KalmoManager)";
-    const std::string csServers = csList + csList + R"( --plain
-/bin/systemctl --property=Description,ExecStart,Type show ZDCS-ZDSQL)" +
-                                  csManager;
+    const std::string csFiles = R"(
+/bin/systemctl list-unit-files --type=service --full --no-pager --no-legend)";
+    const std::string csServer = R"(
+/bin/systemctl --property=Description,ExecStart,Type show ZDCS-ZDSQL)";
+    const std::string csServers = csList + csList + " --plain" + csServer + csFiles + csManager;
     const struct {
         const char* pszScript;
         const char* pszPayload;
         std::string csSystemd;
         std::string csSysV;
     } TAB[] = {
-        {PSZ_INSTALL, "current", csList + csManager + csManager + csInstall, csInstall},
-        {PSZ_UPGRADE, "next", csServers + csManager + R"(
+        {PSZ_INSTALL, "current", csList + csFiles + csManager + csServer + csManager + csInstall, csInstall},
+        {PSZ_UPGRADE, "next", csServers + csManager + csManager + R"(
 /bin/systemctl --property=ActiveState show KalmoManager
 /bin/systemctl --property=ActiveState show ZDCS-ZDSQL
 /bin/systemctl stop KalmoManager
@@ -179,6 +181,16 @@ TEST_F(CInitScripts, MayComplainButMustTellTheirProgram) {
         End(tabSteps("@upgraded"));
     }
     EXPECT_EQ(tabScreen[1], tabScreen[0]);
+    // A name that is another one's as a script has it.
+    csShell("cp /etc/init.d/ZDCS-ZDSQL /etc/init.d/ZDCS-a_b");
+    Run(R"(
+        @licence
+        @action => Down Enter*2
+        {1031} / * => Backspace*15 srv/zd/x Enter
+        @config => Backspace*5 a Space b Enter Backspace*4 4999 Enter*2
+        {103A} / {10CB|a b} / OK
+        {1033} / a b / * => Tab Enter)");
+    csShell("rm /etc/init.d/ZDCS-a_b");
     csShell("sed -i \"/^Program=/s/\\\"/'/g\" /etc/init.d/ZDCS-ZDSQL");
     const std::string csBefore = csProcesses("ZDCS-ZDSQL KalmoManager");
     Run("@licence\n@action\n@toupgrade\nAttention / {1043|ZDSQL server ZDSQL} / OK");

@@ -82,7 +82,8 @@ TEST_F(CUpgrade, AHalfReplacedServerStaysStopped) {
         @toupgrade
         @telemetry
         Server: ZDSQL server first / * / Yes No
-        Attention / {1238|last.txt} / OK)",
+        Attention / {1238|last.txt} / OK
+        {103A} / Stopped now: / - KalmoManager, * / - ZDSQL server first / * / OK)",
         {.csPayload = "next"});
     EXPECT_EQ(csFate(PSZ_SERVICES, csBefore), "-=-");
 }
@@ -101,7 +102,11 @@ TEST_F(CStory, UninstallingDeletesAListOfFiles) {
          "{10E9|ZDSQL server first} / {10E3} / {10E4} / {10E5}* / OK", "kalmo kalmomanager zdlogger"},
         {"rm zdlogger", "{103A} / {10E8|*zdlogger*} / OK", "kalmomanager tvsqlsrv.so tvzdsrv.so"},
         {"cd /etc/systemd/system/multi-user.target.wants && mount --bind . . && mount -o remount,bind,ro .",
-         "{103A} / {10E7|*} / OK", "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger registered"},
+         "{103A} / {10E7|Read-only file system} / {104A| / - ZDSQL server first} / OK",
+         "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger registered"},
+        {"sed -i 's/^ExecStart=.*/ExecStop=true/;s/^Type=.*//' /etc/systemd/system/ZDCS-first.service; "
+         "systemctl daemon-reload; systemctl stop ZDCS-first; pkill -x kalmo",
+         "{103A} / {104D|ZDSQL server first} / OK", "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger"},
     };
     for (const auto& rst : TAB) {
         SCOPED_TRACE(rst.pszPrepare);

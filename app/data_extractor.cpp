@@ -1,5 +1,6 @@
 #include "app/data_extractor.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -44,7 +45,9 @@ unsigned unTextOfResult(int nCode) {
 
 }  // namespace
 
-CDataExtractor::CDataExtractor(CTrace& rclTrace) : m_rclTrace(rclTrace) {}
+CDataExtractor::CDataExtractor(CTrace& rclTrace) : m_rclTrace(rclTrace) {
+    _SetPermissionsInterdites(S_IWGRP | S_IWOTH);  // root's programs are nobody else's to write, at no moment
+}
 
 bool CDataExtractor::bInit() {
     CPathBuffer szProgram;

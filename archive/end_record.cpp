@@ -113,6 +113,8 @@ STZipFault stReadZip64EndRecord(IXStream& rclStream, CRecordBuffer& rclBuffer, s
     CLeCursor cl = rclBuffer.clCursor();
     const std::uint32_t dwSignature = cl.dwNext();
     const std::uint64_t u64Size = cl.u64Next();
+    pstEnd->u64Zip64Length =
+        u64Size <= UINT64_MAX - u64TailleZip64NotCounted ? u64Size + u64TailleZip64NotCounted : UINT64_MAX;
     cl.Skip(4);  // version made by, version needed
     const std::uint32_t dwThisDisk = cl.dwNext();
     const std::uint32_t dwDirectoryDisk = cl.dwNext();
@@ -134,14 +136,15 @@ STZipFault stReadZip64EndRecord(IXStream& rclStream, CRecordBuffer& rclBuffer, s
     if (pstEnd->dwDirectoryDisk == dwSaturatedDisk) {
         pstEnd->dwDirectoryDisk = dwDirectoryDisk;
     }
-    // The directory ends where its first end record begins; in a split set that may be on another volume.
-    if (!pstEnd->bDirectorySplit()) {
-        const std::uint64_t u64Room = pstEnd->u64EndPosition - STZip64Locator::nTaille;
-        if (u64Room < u64TailleZip64NotCounted || u64Size > u64Room - u64TailleZip64NotCounted) {
-            return {ARCHIVE_BAD, "Zip64 end record: longer than the room before its locator", u64Position};
-        }
-        pstEnd->u64EndPosition = u64Room - u64TailleZip64NotCounted - u64Size;
+    return {};
+}
+
+STZipFault stPassZip64EndRecord(STEndRecord* pstEnd) {
+    const std::uint64_t u64Room = pstEnd->u64EndPosition - STZip64Locator::nTaille;
+    if (pstEnd->u64Zip64Length > u64Room) {
+        return {ARCHIVE_BAD, "Zip64 end record: longer than the room before its locator", u64Room};
     }
+    pstEnd->u64EndPosition = u64Room - pstEnd->u64Zip64Length;
     return {};
 }
 

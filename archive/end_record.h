@@ -22,14 +22,14 @@ struct STEndRecord {
     std::uint64_t u64DirectoryOffset = 0;  ///< As stored: without the prefix.
     std::uint16_t wCommentLength = 0;
     CTString csComment;                ///< Converted from code page 1252.
-    std::uint64_t u64EndPosition = 0;  ///< Where the first of the end records starts.
+    std::uint64_t u64EndPosition = 0;  ///< Where the first of the end records starts, this one at first.
+    std::uint64_t u64Zip64Length = 0;  ///< Of the Zip64 end record as it says; 0 where there is none.
 
-    /// The volume that the archive file itself is. A set made in one go may begin its directory on an
-    /// earlier volume than the one that holds the end record.
+    /// The volume that the archive file itself is, as far as the records tell. A set made in one go may begin
+    /// its directory on an earlier volume than the one that holds the end record.
     [[nodiscard]] std::uint32_t dwLastDisk() const noexcept {
         return dwThisDisk > dwDirectoryDisk ? dwThisDisk : dwDirectoryDisk;
     }
-    [[nodiscard]] bool bDirectorySplit() const noexcept { return dwDirectoryDisk < dwLastDisk(); }
     /// True when the Zip64 records hold the real values. The offset alone decides it.
     [[nodiscard]] bool bZip64() const noexcept { return u64DirectoryOffset == 0xFFFFFFFF; }
 };
@@ -59,6 +59,10 @@ STZipFault stReadZip64Locator(IXStream& rclStream, CRecordBuffer& rclBuffer, con
 /// Reads the Zip64 end record at a position and puts its values into the end record's place.
 STZipFault stReadZip64EndRecord(IXStream& rclStream, CRecordBuffer& rclBuffer, std::uint64_t u64Position,
                                 STEndRecord* pstEnd);
+
+/// Moves the end position in front of the Zip64 end record, which lies, by its own length, right before its
+/// locator. For an archive whose directory is in the same file.
+STZipFault stPassZip64EndRecord(STEndRecord* pstEnd);
 
 }  // namespace kalmo
 

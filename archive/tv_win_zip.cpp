@@ -137,7 +137,7 @@ eARCHIVE CTVWinZip::__eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDes
     } while (eResult == ARCHIVE_OK && nRead > 0);
 
     const CErrnoKept clKept;
-    const bool bCrcOk = m_clZip.CloseCurrentFileInZip(1, 0) == ARCHIVE_OK;
+    const bool bCrcOk = m_clZip.CloseCurrentFileInZip(0, 0) == ARCHIVE_OK;
     if (eResult == ARCHIVE_OK && !bCrcOk) {
         eResult = ARCHIVE_DATA;
     }
@@ -147,7 +147,7 @@ eARCHIVE CTVWinZip::__eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDes
     return eResult;
 }
 
-eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination) {
+eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination) const {
     if (svDestination.empty()) {
         return ARCHIVE_OK;
     }
@@ -158,7 +158,7 @@ eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_
         return ARCHIVE_CREATE;
     }
     clDirectory.bSetTime(rclEntree.rstGetTimes().stModif);  // not every file system keeps times
-    return clDirectory.bSetPermission(rclEntree.unPermission()) ? ARCHIVE_OK : ARCHIVE_CREATE;
+    return clDirectory.bSetPermission(__unPermission(rclEntree)) ? ARCHIVE_OK : ARCHIVE_CREATE;
 }
 
 eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination) {
@@ -182,7 +182,7 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
     if (eResult == ARCHIVE_OK) {
         // Not every file system keeps times and permissions; the bytes are what counts.
         clFile.bSetTime(rclEntree.rstGetTimes().stModif);
-        clFile.bSetPermission(rclEntree.unPermission());
+        clFile.bSetPermission(__unPermission(rclEntree));
         if (!clFile.bClose()) {
             eResult = errno == ENOSPC ? ARCHIVE_DISK_FULL : ARCHIVE_WRITE;
         }
@@ -259,8 +259,7 @@ eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, CTLBIN* ptabOut, un
 }
 
 eARCHIVE CTVWinZip::eMotDePasse(const wchar_t* pszMotDePasse) {
-    const std::wstring_view svPassword = pszMotDePasse != nullptr ? pszMotDePasse : L"";
-    return _eErreur(m_clZip.bSetPassword(svPassword) ? ARCHIVE_OK : ARCHIVE_PASSWORD);
+    return _eErreur(m_clZip.bSetPassword(pszMotDePasse) ? ARCHIVE_OK : ARCHIVE_PASSWORD);
 }
 
 eARCHIVE CTVWinZip::eGetMotDePasse(CTString& rcsMotDePasse) {

@@ -36,6 +36,11 @@ class CTVWinZip : public CTVZipBase {
     /// nothing was.
     [[nodiscard]] CTString csGetDefaut() const { return m_clZip.csGetDefaut(); }
 
+  protected:
+    /// Tells which permission bits nothing that is extracted gets, files and directories, at no moment;
+    /// whatever their entries say. None at first.
+    void _SetPermissionsInterdites(mode_t unBits) noexcept { m_unInterdites = unBits; }
+
   private:
     class CFichierRouvert;
 
@@ -49,13 +54,18 @@ class CTVWinZip : public CTVZipBase {
                         CExtraction clExtraction);
     eARCHIVE __eExtraitVersMemoire(const CRepEntree& rclEntree, CTLBIN* ptabOut);
     eARCHIVE __eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination);
-    static eARCHIVE __eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination);
+    eARCHIVE __eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination) const;
+    /// The permissions that an entry's file or directory is given.
+    [[nodiscard]] mode_t __unPermission(const CRepEntree& rclEntree) const noexcept {
+        return rclEntree.unPermission() & ~m_unInterdites;
+    }
     /// Opens the current entry's data.
     eARCHIVE __eOuvreEntree();
     /// Copies the current entry's data, and closes it.
     eARCHIVE __eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDestination);
 
     CWinZip m_clZip;
+    mode_t m_unInterdites = 0;
 };
 
 }  // namespace kalmo

@@ -24,9 +24,28 @@ CTString CVolumeSet::csExtension(std::uint32_t dwDisk) const {
     return nLength > 0 ? CTString(szExtension.data()) : CTString();
 }
 
+bool CVolumeSet::__bPathOf(std::uint32_t dwDisk, CPathBuffer& rszOut) const {
+    if (m_csPath.bEmpty()) {
+        errno = ENOENT;
+        return false;
+    }
+    const STPathParts stPath = CFSPath::stSplit(m_csPath);
+    const CTString cs = csExtension(dwDisk);
+    if (!CDiskFile::MakePath(rszOut, stPath.svDirectory, stPath.svBaseName, cs.svGet().substr(1))) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    return true;
+}
+
+bool CVolumeSet::bInArchiveFile(std::uint32_t dwDisk) const {
+    CPathBuffer szPath;
+    return !bEarlier(dwDisk) || !__bPathOf(dwDisk, szPath) || !CDiskFile::bFileExists(szPath);
+}
+
 IXStream* CVolumeSet::pclFrom(std::uint32_t dwDisk) {
     Release();
-    if (dwDisk >= m_dwLast) {
+    if (bInArchiveFile(dwDisk)) {
         return m_pclLast;
     }
     m_pclJoined = std::make_unique<CJoined>(*this, dwDisk);
@@ -38,19 +57,8 @@ bool CVolumeSet::CJoined::__bOpen(std::uint32_t dwDisk, std::int64_t i64Start) {
     m_dwDisk = dwDisk;
     m_i64Start = i64Start;
     if (!__bOnLast()) {
-        if (m_rclSet.m_csPath.bEmpty()) {
-            errno = ENOENT;
-            return false;
-        }
-        const STPathParts stPath = CFSPath::stSplit(m_rclSet.m_csPath);
-        const CTString csExtension = m_rclSet.csExtension(dwDisk);
         CPathBuffer szPath;
-        if (!CDiskFile::MakePath(szPath, stPath.svDirectory, stPath.svBaseName,
-                                 csExtension.svGet().substr(1))) {
-            errno = ENAMETOOLONG;
-            return false;
-        }
-        if (!m_clFile.bOpen(szPath, CDiskFile::eMODE::Read)) {
+        if (!m_rclSet.__bPathOf(dwDisk, szPath) || !m_clFile.bOpen(szPath, CDiskFile::eMODE::Read)) {
             return false;
         }
         m_i64Length = m_clFile.i64GetLength();

@@ -15,7 +15,8 @@ namespace kalmo {
 ///
 /// The last volume is the archive file itself, which the record reader's owner opened; the earlier ones lie
 /// beside it under the same base name with the extensions z01, z02 and so on, and are opened when something
-/// of them is read. An archive in one file is a set of one volume.
+/// of them is read. An archive in one file is a set of one volume, also one that counts itself as a later
+/// volume: what is said to lie in a volume that is not there is looked for in the archive file.
 class CVolumeSet {
   public:
     /// Begins a set of one volume. The stream is borrowed and must stay while the set is used. The path says
@@ -23,17 +24,27 @@ class CVolumeSet {
     void Attach(IXStream* pclLast, std::wstring_view svPath);
     /// Tells the number of the last volume, counted from 0.
     void SetLastDisk(std::uint32_t dwLast) noexcept { m_dwLast = dwLast; }
+    /// True for a volume in front of the last one.
+    [[nodiscard]] bool bEarlier(std::uint32_t dwDisk) const noexcept { return dwDisk < m_dwLast; }
     /// Closes what was opened.
     void Release() noexcept { m_pclJoined.reset(); }
 
     /// The extension of a volume's file: ".z01" for volume 0, ".zip" for the last one and beyond.
     [[nodiscard]] CTString csExtension(std::uint32_t dwDisk) const;
 
-    /// The bytes from the start of a volume on, going on in the volumes that follow it. Never null; a
-    /// missing volume shows as a failed read with the reason in errno. Valid until the next call.
+    /// True when what lies in a volume is to be read from the archive file: it is the last one or beyond, or
+    /// has no file of its own.
+    [[nodiscard]] bool bInArchiveFile(std::uint32_t dwDisk) const;
+
+    /// The bytes from the start of a volume on, going on in the volumes that follow it; those of the archive
+    /// file where bInArchiveFile says so. Never null; a following volume that is missing, or one that cannot
+    /// be opened, shows as a failed read with the reason in errno. Valid until the next call.
     IXStream* pclFrom(std::uint32_t dwDisk);
 
   private:
+    /// The path of the file of an earlier volume. False, with errno set, when there can be none.
+    bool __bPathOf(std::uint32_t dwDisk, CPathBuffer& rszOut) const;
+
     /// Several volumes as one run of bytes. The position counts from the start of the first of them. In front
     /// of a missing one it ends: a read up to there gives what there is, a read beyond fails.
     class CJoined final : public IXStream {

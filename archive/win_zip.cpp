@@ -46,6 +46,7 @@ void CWinZip::FermeZip() {
     (void)CloseCurrentFileInZip(0, 0);
     m_clVolumes.Release();
     m_stEnd = {};
+    m_bDirectorySplit = false;
     m_tabHeader.clear();
     m_clIndex.Vide();
     m_nCurrent = -1;
@@ -81,6 +82,10 @@ STZipFault CWinZip::__stReadEndRecords(IXStream& rclCache) {
         return st;
     }
     m_clVolumes.SetLastDisk(m_stEnd.dwLastDisk());
+    m_bDirectorySplit = !m_clVolumes.bInArchiveFile(m_stEnd.dwDirectoryDisk);
+    if (!m_bDirectorySplit) {
+        m_clVolumes.SetLastDisk(m_stEnd.dwDirectoryDisk);
+    }
     return __stFindPrefix();
 }
 
@@ -96,16 +101,24 @@ STZipFault CWinZip::__stReadZip64(IXStream& rclCache) {
     IXStream* pclSource = &rclCache;
     if (stLocator.dwTotalDisks > 1 && stLocator.dwDisk < stLocator.dwTotalDisks - 1) {
         m_clVolumes.SetLastDisk(stLocator.dwTotalDisks - 1);
-        pclSource = m_clVolumes.pclFrom(stLocator.dwDisk);
+        if (!m_clVolumes.bInArchiveFile(stLocator.dwDisk)) {
+            pclSource = m_clVolumes.pclFrom(stLocator.dwDisk);
+        }
     }
     return stReadZip64EndRecord(*pclSource, m_clRecord, stLocator.u64Offset + m_u64Prefixe, &m_stEnd);
 }
 
 STZipFault CWinZip::__stFindPrefix() {
-    if (m_stEnd.bDirectorySplit()) {
+    if (m_bDirectorySplit) {
         // The directory does not end in the volume it starts in. Such a set has nothing in front of it.
         m_u64Prefixe = 0;
         return {};
+    }
+    if (m_stEnd.u64Zip64Length > 0) {
+        const STZipFault st = stPassZip64EndRecord(&m_stEnd);
+        if (st.eCode != ARCHIVE_OK) {
+            return st;
+        }
     }
     const std::uint64_t u64Size = m_stEnd.u64DirectorySize;
     const std::uint64_t u64Offset = m_stEnd.u64DirectoryOffset;
@@ -120,7 +133,7 @@ STZipFault CWinZip::__stReadDirectory(IXStream& rclCache) {
     if (m_stEnd.u64DirectorySize == 0) {
         return {};
     }
-    if (!m_stEnd.bDirectorySplit()) {
+    if (!m_bDirectorySplit) {
         return __stReadHeaders(rclCache);
     }
     CReadCache clVolumeCache(*m_clVolumes.pclFrom(m_stEnd.dwDirectoryDisk), nTailleCache);
@@ -202,6 +215,10 @@ const wchar_t* CWinZip::CurrentFile_szName() const noexcept {
 
 CTString CWinZip::CurrentFile_szExtZip(std::uint32_t dwDisk) const {
     return m_clVolumes.csExtension(dwDisk);
+}
+
+bool CWinZip::bSetPassword(const wchar_t* pszPassword) {
+    return bSetPassword(pszPassword != nullptr ? std::wstring_view(pszPassword) : std::wstring_view());
 }
 
 bool CWinZip::bSetPassword(std::wstring_view svPassword) {

@@ -67,9 +67,9 @@ class CWinZip {
     /// there is no failure. Never delivers more than the uncompressed size that the directory states; the
     /// CRC is taken over what is delivered. False when reading or inflating fails, or no entry is open.
     bool bReadCurrentFileInZip(void* pBuffer, std::size_t nSize, std::size_t* pnRead);
-    /// Ends the reading. With nVerifie not 0, and when all data was read, compares its CRC: ARCHIVE_CRC on
-    /// a mismatch. nReserve has no meaning.
-    eARCHIVE CloseCurrentFileInZip(int nVerifie, int nReserve);
+    /// Ends the reading. When all data was read its CRC is compared, whatever the arguments, which have no
+    /// meaning: ARCHIVE_CRC on a mismatch. Of a reading that was broken off nothing is compared.
+    eARCHIVE CloseCurrentFileInZip(int nReserve1, int nReserve2);
 
     /// How many entries there are.
     [[nodiscard]] std::size_t nGetCount() const noexcept { return m_tabHeader.size(); }
@@ -81,8 +81,10 @@ class CWinZip {
     /// 0; ".zip" for the last disk and beyond.
     [[nodiscard]] CTString CurrentFile_szExtZip(std::uint32_t dwDisk) const;
 
-    /// Sets the password for the entries opened from now on. A password with a character that is zero or
-    /// negative as a signed number is refused: the empty one is set and the result is false.
+    /// Sets the password for the entries opened from now on; null sets the empty one. A password with a
+    /// character that is zero or negative as a signed number is refused: the empty one is set and the result
+    /// is false.
+    bool bSetPassword(const wchar_t* pszPassword);
     bool bSetPassword(std::wstring_view svPassword);
     [[nodiscard]] const wchar_t* pszGetPassword() const noexcept { return m_csPassword.pszGet(); }
     [[nodiscard]] const CTString& csGetPassword() const noexcept { return m_csPassword; }
@@ -134,6 +136,7 @@ class CWinZip {
     CVolumeSet m_clVolumes;
     CRecordBuffer m_clRecord;
     STEndRecord m_stEnd;
+    bool m_bDirectorySplit = false;  ///< The directory starts in an earlier volume than the archive file.
     std::uint64_t m_u64Prefixe = 0;
     std::deque<STCentralHeader> m_tabHeader;
     CTHashTableTi<int> m_clIndex{nBucketsInitial};  ///< Names with slashes.

@@ -36,7 +36,9 @@ STZipFault CWinZip::__stOpenEntry(const STCentralHeader& rst) {
         st = stCompareHeaders(stLocal, rst, u64Position);
     }
     if (st.eCode != ARCHIVE_OK) {
-        return st;
+        const bool bMissing =
+            m_clVolumes.bEarlier(rst.wDiskStart) && m_clVolumes.bInArchiveFile(rst.wDiskStart);
+        return bMissing ? STZipFault{ARCHIVE_BAD, "local header: its volume is missing", u64Position} : st;
     }
     m_stLecture = {};
     m_stLecture.pclSource = pclSource;
@@ -144,14 +146,14 @@ bool CWinZip::bReadCurrentFileInZip(void* pBuffer, std::size_t nSize, std::size_
     return true;
 }
 
-eARCHIVE CWinZip::CloseCurrentFileInZip(int nVerifie, int /*nReserve*/) {
+eARCHIVE CWinZip::CloseCurrentFileInZip(int /*nReserve1*/, int /*nReserve2*/) {
     if (!m_stLecture.bOuvert) {
         return ARCHIVE_OK;
     }
     m_stLecture.bOuvert = false;
     m_clInflater.End();
     m_clVolumes.Release();
-    if (nVerifie != 0 && m_stLecture.u64ResteOriginal == 0 && m_stLecture.dwCrc != m_stLecture.dwCrcAttendu) {
+    if (m_stLecture.u64ResteOriginal == 0 && m_stLecture.dwCrc != m_stLecture.dwCrcAttendu) {
         return __eFaute({ARCHIVE_CRC, "entry: not the CRC of the directory",
                          static_cast<std::uint64_t>(m_stLecture.i64Position)});
     }

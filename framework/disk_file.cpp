@@ -34,9 +34,12 @@ bool bStat(std::wstring_view svPath, struct stat* pst) {
 
 // Opens a file for writing without following or sharing anything that stands in its place.
 int nCreate(const char* pszPath, mode_t unPermission) {
+    // Others may hold one open that they may write: emptied in place, it would give them what comes.
+    const mode_t unOthersWrite = (S_IWGRP | S_IWOTH) & ~unPermission;
     struct stat st {};
-    const auto bPlainFile = [&st] {
-        return S_ISREG(st.st_mode) && st.st_nlink <= 1 && st.st_uid == ::geteuid();
+    const auto bPlainFile = [&] {
+        return S_ISREG(st.st_mode) && st.st_nlink <= 1 && st.st_uid == ::geteuid() &&
+               (st.st_mode & unOthersWrite) == 0;
     };
     if (::lstat(pszPath, &st) == 0 && !S_ISDIR(st.st_mode) && !bPlainFile() && ::unlink(pszPath) != 0) {
         return -1;

@@ -41,9 +41,11 @@ class CDiskFile final : public IXStream {
     /// Opens a file; one that was open is closed first.
     ///
     /// Create empties a regular file in place. Anything else that stands there (a symbolic link, a device,
-    /// a file with several names or of another user) is unlinked first, so that the bytes never land outside
-    /// the named place. A new file gets the permission bits unPermission, less the umask.
-    /// ReadWrite follows a symbolic link only when root or this user made it (else errno ELOOP).
+    /// a file with several names or of another user, a file that group or others may write although
+    /// unPermission does not let them) is unlinked first, so that the bytes never land outside the named
+    /// place and nobody who holds the old file open can change them. A new file gets the permission bits
+    /// unPermission, less the umask. ReadWrite follows a symbolic link only when root or this user made it
+    /// (else errno ELOOP).
     bool bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission = 0644);
     /// Closes the file. False when the system reports a late write error.
     bool bClose();

@@ -31,7 +31,7 @@ void CCheckBox::Draw() {
     if (m_bChecked != 0) {
         DrawTextLine(pGetWindow(), y, x + 1, bFocused ? ATTR_MARK_FOCUS : ATTR_MARK, L"X", width - 1);
     }
-    SmartPrint(0, 3, m_csLabel.pszGet(), bFocused ? ATTR_SELECTED : ATTR_BORDER, width - 4);
+    _nSmartPrint(0, 3, m_csLabel.pszGet(), bFocused ? ATTR_SELECTED : ATTR_BORDER, width - 4, height);
 }
 
 }  // namespace kalmo

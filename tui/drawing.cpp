@@ -1,5 +1,7 @@
 #include "tui/drawing.h"
 
+#include <wchar.h>
+
 #include <algorithm>
 #include <string>
 
@@ -7,6 +9,8 @@
 
 namespace kalmo {
 namespace {
+
+static_assert(MAX_MARKS == CCHARW_MAX - 1, "curses keeps as many");
 
 bool bMove(WINDOW* pWindow, int nRow, int nColumn) {
     return pWindow != nullptr && ::wmove(pWindow, nRow, nColumn) == OK;
@@ -23,6 +27,24 @@ void DrawRow(WINDOW* pWindow, int nX, int nY, int nLength, chtype ch) {
 void DrawColumn(WINDOW* pWindow, int nX, int nY, int nLength, chtype ch) {
     if (nLength > 0 && bMove(pWindow, nY, nX)) {
         ::wvline(pWindow, ch, nLength);
+    }
+}
+
+// Adds text cell by cell: the functions for whole strings lose the marks behind a wide character. Every cell
+// is one character with its marks, as csVisible hands them out.
+void AddCells(WINDOW* pWindow, std::wstring_view sv) {
+    while (!sv.empty()) {
+        wchar_t szCell[MAX_MARKS + 2] = {sv.front()};
+        std::size_t n = 1;
+        while (n < sv.size() && n <= MAX_MARKS && ::wcwidth(sv[n]) == 0) {
+            szCell[n] = sv[n];
+            ++n;
+        }
+        cchar_t st;
+        if (::setcchar(&st, szCell, A_NORMAL, 0, nullptr) == OK) {
+            ::wadd_wch(pWindow, &st);
+        }
+        sv.remove_prefix(n);
     }
 }
 
@@ -77,7 +99,7 @@ void DrawTextLine(WINDOW* pWindow, int nRow, int nColumn, chtype attr, std::wstr
     const int nRoom = std::min(nMaxColumns, ::getmaxx(pWindow) - nColumn);
     const std::wstring csText = csVisible(svText, nSkip, nRoom);
     ::wattr_on(pWindow, attr, nullptr);
-    ::waddnwstr(pWindow, csText.data(), static_cast<int>(csText.size()));
+    AddCells(pWindow, csText);
     ::wattr_off(pWindow, attr, nullptr);
 }
 

@@ -14,7 +14,7 @@ bool CLibel::bSetFocus(int /*bNewFocus*/) {
 
 void CLibel::Draw() {
     if (m_bBorder == 0) {
-        SmartPrint(0, 0, m_csText.pszGet(), m_attr, width);
+        _nSmartPrint(0, 0, m_csText.pszGet(), m_attr, width, height);
         return;
     }
     DrawBorder(pGetWindow(), x, y, width - 1, height - 1, m_attr);

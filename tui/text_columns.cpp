@@ -9,7 +9,8 @@ namespace {
 // agree on their width either.
 bool bInvisible(wchar_t c) {
     return c == 0xAD || c == 0x61C || (c >= 0x200B && c <= 0x200F) || (c >= 0x202A && c <= 0x202E) ||
-           (c >= 0x2066 && c <= 0x2069) || c == 0xFEFF;
+           (c >= 0x2060 && c <= 0x206F) || c == 0x180E || c == 0xFEFF || (c >= 0xFFF9 && c <= 0xFFFB) ||
+           (c >= 0x1BCA0 && c <= 0x1BCA3) || (c >= 0xE0000 && c <= 0xE007F);
 }
 
 bool bSurrogate(wchar_t c) {
@@ -25,48 +26,55 @@ wchar_t cDrawable(wchar_t c) {
     return c == 0 || bSurrogate(c) || bInvisible(c) || ::wcwidth(c) < 0 ? L'?' : c;
 }
 
-int nColumns(wchar_t c) {
-    return c >= L' ' && c <= L'~' ? 1 : ::wcwidth(cDrawable(c));
+CCellWalk::STDrawn CCellWalk::stNext(wchar_t c) {
+    STDrawn st{cDrawable(c), 1};
+    if (st.c < L' ' || st.c > L'~') {
+        st.nColumns = ::wcwidth(st.c);
+    }
+    if (st.nColumns == 0 && m_nRoom == 0) {
+        st = {L'?', 1};
+    }
+    m_nRoom = st.nColumns > 0 ? MAX_MARKS : m_nRoom - 1;
+    return st;
 }
 
 int nColumns(std::wstring_view sv) {
+    CCellWalk clWalk;
     int nTotal = 0;
     for (const wchar_t c : sv) {
-        nTotal += nColumns(c);
+        nTotal += clWalk.stNext(c).nColumns;
     }
     return nTotal;
 }
 
 std::wstring csVisible(std::wstring_view sv, int nSkip, int nWidth) {
     std::wstring csOut;
-    bool bBaseVisible = false;  // A combining character may follow.
+    CCellWalk clWalk;
+    bool bBaseVisible = false;  // A mark may follow.
     int nColumn = -nSkip;       // Of the next character, in the view.
     for (const wchar_t c : sv) {
-        const int nTaken = nColumns(c);
-        if (nColumn >= nWidth && (nTaken > 0 || !bBaseVisible)) {
+        const CCellWalk::STDrawn st = clWalk.stNext(c);
+        if (nColumn >= nWidth && (st.nColumns > 0 || !bBaseVisible)) {
             break;
         }
-        if (nTaken == 0) {
-            if (bBaseVisible) {
-                csOut += c;
-            }
-            continue;
+        if (st.nColumns > 0) {
+            bBaseVisible = nColumn >= 0 && nColumn + st.nColumns <= nWidth;
+            nColumn += st.nColumns;
         }
-        bBaseVisible = nColumn >= 0 && nColumn + nTaken <= nWidth;
         if (bBaseVisible) {
-            csOut += cDrawable(c);
-        } else if (nColumn + nTaken > 0) {
+            csOut += st.c;
+        } else if (st.nColumns > 0 && nColumn > 0) {
             csOut += L' ';
         }
-        nColumn += nTaken;
     }
     return csOut;
 }
 
 std::size_t nFitting(std::wstring_view sv, int nWidth) {
+    CCellWalk clWalk;
     int nTotal = 0;
     for (std::size_t n = 0; n < sv.size(); ++n) {
-        nTotal += nColumns(sv[n]);
+        nTotal += clWalk.stNext(sv[n]).nColumns;
         if (nTotal > nWidth) {
             return n;
         }

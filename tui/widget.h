@@ -1,6 +1,7 @@
 #ifndef KALMO_TUI_WIDGET_H
 #define KALMO_TUI_WIDGET_H
 
+#include <climits>
 #include <string_view>
 
 #include "tui/event.h"
@@ -50,9 +51,10 @@ class CWidget {
 
     /// Prints a text broken at its words (tabWrapWords) and returns the number of lines; 0 for a null or
     /// empty one. The position is relative to the widget. nMaxWidth of -1 stands for width - nColumn - 2.
-    /// Lines below the widget's last row are neither printed nor counted.
+    /// The text is printed whole, also below the widget's last row: a control that must stay inside it uses
+    /// _nSmartPrint.
     int SmartPrint(int nRow, int nColumn, const wchar_t* pszText, chtype attr, int nMaxWidth) {
-        return _nSmartPrint(nRow, nColumn, pszText, attr, nMaxWidth, height);
+        return _nSmartPrint(nRow, nColumn, pszText, attr, nMaxWidth, INT_MAX);
     }
 
   protected:
@@ -74,7 +76,7 @@ class CWidget {
     static void _PrintA(WINDOW* pWindow, int nRow, int nColumn, const char* pszFormat, ...)
         __attribute__((format(printf, 4, 5)));
 
-    /// SmartPrint down to the row before nEndRow.
+    /// SmartPrint down to the row before nEndRow; further lines are neither printed nor counted.
     int _nSmartPrint(int nRow, int nColumn, const wchar_t* pszText, chtype attr, int nMaxWidth, int nEndRow);
 
     /// Shows or hides the terminal's cursor as the widget wants it while it has the focus.

@@ -19,20 +19,22 @@ STRun stMeasureRun(std::wstring_view sv, int nRoom) {
     constexpr std::wstring_view BLANK = L" \t";
     const bool bWord = !sv.empty() && BLANK.find(sv.front()) == BLANK.npos;
     STRun st;
+    CCellWalk clWalk;
     for (const wchar_t c : sv) {
         const bool bEnd = c == L'\r' || c == L'\n' || (BLANK.find(c) == BLANK.npos) != bWord;
         if (bEnd || st.nWidth > nRoom) {
             break;
         }
         ++st.nLength;
-        st.nWidth += nColumns(c);
+        st.nWidth += clWalk.stNext(c).nColumns;
     }
     return st;
 }
 
-// Characters that fit into a line, one at least so that a wide character cannot hold up a narrow line.
+// Characters that fit into a line, one with its marks at least so that a wide one cannot hold up a narrow
+// line.
 std::size_t nHardCut(std::wstring_view sv, int nMaxWidth) {
-    return std::min(sv.size(), std::max<std::size_t>(nFitting(sv, nMaxWidth), 1));
+    return nFitting(sv, std::max(nMaxWidth, nColumns(sv.substr(0, 1))));
 }
 
 std::size_t nLineLength(std::wstring_view sv, int nMaxWidth) {

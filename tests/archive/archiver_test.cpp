@@ -40,6 +40,13 @@ const STArchiver tabArchiver[] = {
      "        with a.open(os.path.join(d, n)[2:], \"w\", force_zip64=True) as e:\n"
      "            e.write(open(os.path.join(d, n), \"rb\").read())\n"
      "a.close()' | cat >../a.zip"},
+    // The tool for payloads: in any locale, and nothing where a name is none.
+    {"make_payload",
+     ": >'\u20AC\u00E9'; mkdir ../bad && : >\"../bad/$(printf '\\377')\" && export LC_ALL=C && "
+     "! " KALMO_MAKE_PAYLOAD " ../bad ../a.zip && test ! -e ../a.zip && " KALMO_MAKE_PAYLOAD " . ../a.zip"},
+    {"make_payload_enciphered",
+     "cp nothing '\u65E5'; printf '#!/bin/sh\necho pass word\n' >../p && chmod +x ../p && " KALMO_MAKE_PAYLOAD
+     " --password-from ../p --encipher '*[x\u65E5]*' . ../a.zip && ! 7z t -pwrong ../a.zip >/dev/null 2>&1"},
     {"self_extractor", "zip -q -r ../b.zip . && cat /bin/ls ../b.zip >../a.zip && zip -q -A ../a.zip"},
 };
 
@@ -79,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(Each, Archiver, testing::ValuesIn(tabArchiver),
 TEST(ArchiverCounts, MoreThanSixteenBitsCount) {
     const CTempFolder clFolder;
     ASSERT_TRUE(clFolder.bShell(R"(seq 70000 >list && mkdir in && cd in && xargs touch <../list
-        echo last >70000 && zip -q -X -fz -r ../many.zip .)"));
+        echo last >70000 && )" KALMO_MAKE_PAYLOAD " . ../many.zip"));
     CTVWinZip cl;
     ASSERT_EQ(cl.eOuvreArchive(clFolder.csWide("many.zip"), 0, 0), ARCHIVE_OK);
     EXPECT_EQ(cl.dwNombreFichier(), 70000U);

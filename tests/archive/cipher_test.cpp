@@ -55,6 +55,9 @@ TEST(EntryCipher, EntryOpensWithItsPasswordOnly) {
 }
 
 TEST(EntryCipher, PasswordsThatCannotBeUsedAreRefused) {
+    CWinZip clRecords;
+    EXPECT_TRUE(clRecords.bSetPassword(L"dropped") && clRecords.bSetPassword(nullptr));
+    EXPECT_STREQ(clRecords.pszGetPassword(), L"");
     CTVWinZip cl;
     CTString csPassword;
     EXPECT_EQ(cl.eMotDePasse(L"dropped"), ARCHIVE_OK);

@@ -35,7 +35,9 @@ class Extraction : public CMadeZips {
     /// How many descriptors are open that were not at the start.
     [[nodiscard]] int nOpen() const { return nOpenDescriptors() - m_nDescriptors; }
 
-    CTVWinZip m_cl;
+    struct CArchive : CTVWinZip {
+        using CTVWinZip::_SetPermissionsInterdites;
+    } m_cl;
     const int m_nDescriptors = nOpenDescriptors();
 };
 
@@ -81,6 +83,22 @@ TEST_F(Extraction, PermissionsAndTimesComeFromTheEntry) {
     fs::create_directory_symlink("40700:", m_clFolder.clPath("link"));
     EXPECT_EQ(eExtract("40755:", "link"), ARCHIVE_CREATE);
     EXPECT_EQ(stOf("40700:").st_mode, S_IFDIR | 0700U) << "changed through a link";
+}
+
+// A moment is enough for somebody who waits for it, and a descriptor outlives the permission.
+TEST_F(Extraction, NothingIsWritableForOthersAtAnyMoment) {
+    m_cl._SetPermissionsInterdites(0022);
+    ASSERT_EQ(eOpen("open modes"), ARCHIVE_OK);
+    EXPECT_EQ(eExtract("d", "d"), ARCHIVE_OK);
+    EXPECT_EQ(stOf("d").st_mode, S_IFDIR | 0755U);
+    for (const char* const pszBefore : {"644", "666", "620", "602"}) {
+        ASSERT_TRUE(m_clFolder.bShell(std::string("rm -f f; echo old >f; chmod ") + pszBefore + " f"));
+        std::ofstream clHeld(m_clFolder.clPath("f"), std::ios::in);
+        EXPECT_EQ(eExtract("f", "f"), ARCHIVE_OK);
+        EXPECT_EQ(stOf("f").st_mode, S_IFREG | 0755U) << pszBefore;
+        clHeld << "evil" << std::flush;
+        EXPECT_EQ(m_clFolder.csRead("f"), pszBefore == std::string("644") ? "evil" : "new") << pszBefore;
+    }
 }
 
 TEST_F(Extraction, NamesFlagsAndLookups) {

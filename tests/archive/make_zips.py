@@ -31,6 +31,7 @@ write("modes", archive(
     entry(b"40700:", b"", attributes=0x4000 | 0o700),
     entry(b"100644:", b"", attributes=0x81A44000),  # the bit alone is no directory where Unix says file
     entry(b"40755:not listed/", b"", attributes=0x41ED0010)))
+write("open modes", archive(entry(b"f", b"new", attributes=0x81FF0000), entry(b"d", b"", attributes=0x41FF0000)))
 write("names", archive(entry(b"Sub\\File.txt"), entry(b"sub/FILE.txt", b"the second"), entry(b"\x82/\xb1")))
 write("large", archive(entry(data=b"x" * 200000, deflate=True), entry(b"small")))
 write("listed", archive(entry(flags=ENCIPHERED), entry(b"sub\\empty", b"", attributes=0x7FFFFFFF),

@@ -71,12 +71,13 @@ def records_that_lie(sets):
             ("central header: cut short", archive(entry(), count=0xFFFF)),
             ("central header: name cut short", archive(entry(name_length=250))),
             ("central header: extra field cut short", archive(entry(extra_length=0xFFFF))),
-            ("central header: cannot be read", archive(entry(), disk=2)),  # begins in a missing volume
+            # Begins in a missing volume, and is not here.
+            (fits, archive(entry(), disk=2, offset=50)),
             ("Zip64 locator: wrong signature", zip64(b"")),
             ("Zip64 end record: wrong signature", zip64(locator(0))),
             ("Zip64 end record: cannot be read", zip64(locator(2**64 - 1))),
             ("Zip64 end record: cut short", zip64(locator(len(SOUND)))),
-            ("Zip64 end record: cannot be read", zip64(locator(0, SATURATED))),  # volumes without end
+            ("Zip64 end record: wrong signature", zip64(locator(0, SATURATED))),  # volumes without end
             ("Zip64 end record: longer than the room before its locator", zip64(records(1, 51, 2**64 - 4))),
             (fits, zip64(records(1, 2**64 - 1))),
             ("central header: wrong signature", zip64(records(2**64 - 1, 51)))]:
@@ -84,7 +85,12 @@ def records_that_lie(sets):
     sets.becomes(HELLO, b"anything" + archive(entry(), comment=b"c" * 65535))
     # Where the end record has no room for them, volumes are counted in the Zip64 one.
     sets.becomes(HELLO, zip64(records(1, 51), disk=0xFFFF, directory_disk=0xFFFF))
-    sets.becomes(3, archive(entry(), disk=2, directory_disk=2))  # lies in a volume that is not there
+    # One file that counts itself as a later volume, though there is no other.
+    for disk, directory_disk in (2, 2), (2, 0), (0, 2), (0xFFFE, 3):
+        sets.becomes(HELLO, archive(entry(), disk=disk, directory_disk=directory_disk))
+        sets.becomes(HELLO, b"in front" + archive(entry(disk=1), disk=disk, directory_disk=directory_disk))
+    sets.becomes(HELLO, zip64(records(1, 51)[:-4] + b"\4\0\0\0", disk=3))
+    sets.becomes(3, archive(entry(disk=1, offset=7), disk=2, directory_disk=2))  # in a volume that is not there
     # Another story in the local header.
     sets.becomes(3, local=dict(signature=0))
     sets.becomes(3, local=dict(method=8))

@@ -66,6 +66,34 @@ TEST(Keys, DoWhatTheControlsSay) {
     }
 }
 
+// A mark behind a wide character, a Hangul syllable in letters: one cell, edited letter by letter. No kana
+// here, whose marks the emulator gives columns.
+TEST(Keys, WhatAFieldShowsIsItsText) {
+    const struct {
+        const char *pszControl, *pszKeys, *pszShown, *pszReport;
+        int nCursor;
+    } TAB[] = {
+        {"entry=", "日 \u0301 x", "日\u0301x     ", "日\u0301x|", 6},
+        {"entry=日\u0301", "Backspace", "日      ", "日|", 5},
+        {"entry=ᄒ\u1161\u11AB", "", "ᄒ\u1161\u11AB      ", "ᄒ\u1161\u11AB|", 5},
+        {"entry=ᄒ\u1161\u11AB", "Left Backspace", "ᄒ\u11AB      ", "ᄒ|\u11AB", 5},
+        {"entry=日\u0301x", "Left*3 Delete", "?x      ", "|\u0301x", 3},
+        {"entry=a\u0301\u0301\u0301\u0301\u0301", "Backspace", "a\u0301\u0301\u0301\u0301       ",
+         "a\u0301\u0301\u0301\u0301|", 4},
+        {"list=日\u0301", "Down", "日    ", "1 0:1", 0},
+        {"list=\u0301", "", "?     ", "0", 0},
+    };
+    for (const auto& rst : TAB) {
+        CTuiTerminal clTerminal(TUI_SCENE " controls " + std::string(rst.pszControl));
+        EXPECT_TRUE(clTerminal.bPress(rst.pszKeys));
+        const std::size_t nWidth = *rst.pszControl == 'e' ? 8 : 6;
+        EXPECT_EQ(clTerminal.csText(2, 3, static_cast<int>(nWidth)), rst.pszShown) << rst.pszControl;
+        EXPECT_TRUE(rst.nCursor == 0 || clTerminal.clScreen().stCursor().nColumn == rst.nCursor);
+        EXPECT_TRUE(clTerminal.bPress("F1"));
+        EXPECT_EQ(clTerminal.csReport(), rst.pszReport) << rst.pszControl;
+    }
+}
+
 TEST(Keys, TheCursorShowsWhereOneTypes) {
     const struct {
         const char* pszType;

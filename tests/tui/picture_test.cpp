@@ -54,10 +54,10 @@ constexpr struct {
      "0 2 -1 -1 1"},
     {" primitives", R"(
  +-A title that is longer than the +   .rrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrrr..
- | +-------+   +----+  +---+       |   .rrrrrrrrrrrrrrbbbbbbrrmmmmmrrrrrrrrn.
- | |       |   |    |  |   |       |   .rrrnnnnnnnrsrrbggggbrrmrrrmrrrrrrrrn.
- | |       |   |    |  +---+       |   .rrrnnnnnnnrsrrbggggbrrmmmmmrrrrrrrrn.
- | +-------+   +----+              |   .rrrrrrrrrrrsrrbbbbbbrrrrrrrrrrrrrrrn.
+ | +-------+   +----+  +---+ more  |   .rrrrrrrrrrrrrrbbbbbbrrmmmmmrnnnnnrrn.
+ | |       |   |    |  |   | than  |   .rrrnnnnnnnrsrrbggggbrrmrrrmrnnnnnrrn.
+ | |       |   |    |  +---+ one   |   .rrrnnnnnnnrsrrbggggbrrmmmmmrnnnnrrrn.
+ | +-------+   +----+        row   |   .rrrrrrrrrrrsrrbbbbbbrrrrrrrrnnnrrrrn.
  |                 sixteen columns.|   .rrrsssssssssrrrrrrnnnnnnnnnnnnnnnnrn.
  | wide            are kept        |   .rrnnnnrrrrrrrrrrrrnnnnnnnnrrrrrrrrrn.
  |  +narrow é?     for this        |   .rrrnsssssssssrrrrrnnnnnnnnrrrrrrrrrn.
@@ -66,7 +66,7 @@ constexpr struct {
  +---a text that is longer than its w  .rrrrnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn.
                                        ..nnnnnnnnnnnnnnnnnnnnnnnnnnnnnssssss.
 )",
-     "3 0"},  // lines of the wrapped text, and of none
+     "3 0 4"},  // lines of the wrapped text, of none, and of one that is longer than its control
 };
 
 // What other terminals make of the looks.

@@ -124,7 +124,9 @@ class CScene : public CWindow {
         _PrintA(pWin, 50, 2, "%s", "outside");
         m_csEvents =
             " " + std::to_string(SmartPrint(5, 18, L"sixteen columns. are kept\nfor this", ATTR_NORMAL, -1)) +
-            " " + std::to_string(SmartPrint(5, 2, nullptr, ATTR_NORMAL, 9));
+            " " + std::to_string(SmartPrint(5, 2, nullptr, ATTR_NORMAL, 9)) + " " +
+            std::to_string(CLibel(this, L"", 28, 1, 5, 1, 0, A_NORMAL)
+                               .SmartPrint(0, 0, L"more than one row", ATTR_NORMAL, 5));
     }
 
   private:
@@ -146,10 +148,10 @@ void Fields(CScene& rclScene) {
     rclScene.pclAdd<CEntry>(L"text", 18, 5, 14, 5, L"Much longer label", CWidget::eBORDER_SHADOW);
     rclScene.pclAdd<CEntry>(L"bare", 34, 6, 10, 4, L"unseen", CWidget::eBORDER_NONE)->SetMaxLength(12);
     rclScene.pclAdd<CEntry>(L"greyed", 46, 6, 8, 3, L"", CWidget::eBORDER_FRAME)->SetEnable(0);
-    rclScene.pclAdd<CCheckBox>(L"keep it running today", 2, 10, 18, 2, 0);
+    rclScene.pclAdd<CCheckBox>(L"keep it running today and on", 2, 10, 18, 2, 0);
     rclScene.pclAdd<CCheckBox>(L"wide", 2, 13, 10, 1, 1);
     rclScene.pclAdd<CLibel>(L"A framed text that is longer than its frame", 20, 10, 16, 4, 1, ATTR_BORDER);
-    rclScene.pclAdd<CLibel>(L"plain text", 38, 10, 6, 2, 0, ATTR_SELECTED);
+    rclScene.pclAdd<CLibel>(L"plain text\ncut", 38, 10, 6, 2, 0, ATTR_SELECTED);
     rclScene.pclAdd<CJauge>(38, 12, 18, 3, 0.0, 40.0, L"Progress")->SetValue(15);
     rclScene.pclAdd<CJauge>(46, 9, 8, 3, 0.0, 1.0, L"A long caption")->SetValue(3);
     rclScene.pclAdd<CJauge>(1, 1, 30, 10, 0.0, 1.0, L"")->SetVisible(0);

@@ -39,10 +39,13 @@ TEST_F(Toolkit, TextsAreMeasuredAndCutByColumns) {
         {L"日本語", 6, 0, 5, L"日本 "},
         {L"日本語", 6, 1, 4, L" 本 "},
         {L"e\x0301t", 2, 0, 1, L"e\x0301"},
-        {L"\x0301t", 1, 0, 5, L"t"},
+        {L"か\x3099ᄒ\x1161\x11AB.", 5, 0, 4, L"か\x3099ᄒ\x1161\x11AB"},
+        {L"か\x3099.", 3, 1, 2, L" ."},
+        {L"\x0301t", 2, 0, 5, L"?t"},  // what finds no cell has one of its own
+        {L"a\x301\x301\x301\x301\x301z", 3, 0, 2, L"a\x301\x301\x301\x301?"},
         {L"\xDC80\xDFFF", 2, 0, 20, L"??"},
         {L"a\tb\x1B[2J\x7F\x9B", 9, 0, 20, L"a?b?[2J??"},
-        {L"\u202Exyz\u2066\u00AD\u061C\u200B\uFEFF", 9, 0, 20, L"?xyz?????"},
+        {L"\u202Exyz\u2066\u00AD\u061C\u200B\uFEFF\u2060\U000E0041", 11, 0, 20, L"?xyz???????"},
     };
     for (const auto& rst : TAB) {
         EXPECT_EQ(nColumns(std::wstring_view(rst.psz)), rst.nColumns) << testing::PrintToString(rst.psz);
@@ -73,6 +76,7 @@ TEST_F(Toolkit, TextsAreBrokenAtWordsOrCutHard) {
         {tabCutLines, L"abcdefghijk", 5, {L"abcde", L"fghij", L"k"}},
         {tabCutLines, L"abcde\r\nf", 5, {L"abcde", L"f"}},
         {tabCutLines, L"日本語", 5, {L"日本", L"語"}},
+        {tabCutLines, L"か\x3099か", 1, {L"か\x3099", L"か"}},
     };
     for (const auto& rst : TAB) {
         EXPECT_EQ(rst.pfnBreak(rst.pszText, rst.nWidth), rst.tabExpected)

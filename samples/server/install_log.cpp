@@ -6,7 +6,7 @@ namespace kalmo::sample {
 
 CInstallLog::CInstallLog(const CFSPath& clDirectory) {
     CFSPath clPath = clDirectory;
-    if (clPath.bAppend(L"INSTALL", L"LOG")) {
+    if (!clPath.bEmpty() && clPath.bAppend(L"INSTALL", L"LOG")) {
         m_pstFile.reset(std::fopen(clPath.csGetUTF8().pszGet(), "ae"));
     }
 }

@@ -13,6 +13,7 @@ namespace kalmo::sample {
 /// Both programs append to it; the installer shows it when one of them fails.
 class CInstallLog {
   public:
+    /// A directory that is empty, since it is not known, has no log: nothing is kept.
     explicit CInstallLog(const CFSPath& clDirectory);
     void Line(std::wstring_view svText);
 

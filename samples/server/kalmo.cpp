@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -21,6 +22,7 @@
 #include "framework/disk_file.h"
 #include "samples/server/accounts.h"
 #include "samples/server/failure.h"
+#include "samples/server/first_answer.h"
 #include "samples/server/install_log.h"
 #include "samples/server/instance.h"
 #include "samples/server/registration.h"
@@ -34,7 +36,8 @@ namespace {
 
 constexpr int nInstallerFailed = 255;
 
-// The directory of the server's own tables, owned by the account that the daemon runs as.
+// The directory of the server's own tables and what an earlier daemon left in it, owned by the account that
+// the daemon runs as now.
 bool bPrepareDatabase(const STInstance& rst, CInstallLog& rclLog) {
     CFSPath clSystem = rst.clDatabaseRoot;
     if (rst.clDatabaseRoot.bEmpty() || !clSystem.bAppend(L"__system/") ||
@@ -42,18 +45,21 @@ bool bPrepareDatabase(const STInstance& rst, CInstallLog& rclLog) {
         rclLog.Line(L"cannot create the database directory " + clSystem.csGet());
         return false;
     }
-    if (rst.csDaemonUser.bEmpty()) {
-        return true;
-    }
-    const passwd* const pstUser = ::getpwnam(csToUTF8(rst.csDaemonUser).pszGet());
+    const CTString csUser = rst.csDaemonUser.bEmpty() ? CTString(L"root") : rst.csDaemonUser;
+    const passwd* const pstUser = ::getpwnam(csToUTF8(csUser).pszGet());
     if (pstUser == nullptr) {
-        rclLog.Line(L"no such account: " + rst.csDaemonUser);
+        rclLog.Line(L"no such account: " + csUser);
         return false;
     }
-    const bool bOwned =
-        CDiskFile::bSetFileOwnerUnix(rst.clDatabaseRoot.svGet(), pstUser->pw_uid, pstUser->pw_gid) &&
-        CDiskFile::bSetFileOwnerUnix(clSystem.svGet(), pstUser->pw_uid, pstUser->pw_gid);
-    rclLog.Line(L"databases of account " + rst.csDaemonUser + (bOwned ? L": ok" : L": failed"));
+    const auto bOwn = [pstUser](std::wstring_view svPath) {
+        return CDiskFile::bSetFileOwnerUnix(svPath, pstUser->pw_uid, pstUser->pw_gid);
+    };
+    bool bOwned = bOwn(rst.clDatabaseRoot.svGet()) && bOwn(clSystem.svGet());
+    for (const wchar_t* const psz : {L"accounts", L"kalmo.log"}) {
+        CFSPath clFile = clSystem;
+        bOwned = bOwned && clFile.bAppend(psz) && (bOwn(clFile.svGet()) || errno == ENOENT);
+    }
+    rclLog.Line(L"databases of account " + csUser + (bOwned ? L": ok" : L": failed"));
     return bOwned;
 }
 
@@ -91,6 +97,13 @@ bool bCreateAccount(const STInstance& rst, const STNewAccount& rstAccount, CInst
     return bMade;
 }
 
+// What a version of the instance says to those who connect, without the line's end.
+std::string csGreeting(const STInstance& rst, const CXYString<char>& rcsVersion) {
+    std::array<char, 256> szLine{};
+    tvzdsrv_Greeting(szLine.data(), szLine.size(), csToUTF8(rst.csName).pszGet(), rcsVersion.pszGet());
+    return szLine.data();
+}
+
 int nInstall(const STInstance& rst, CArguments tabArgument) {
     CInstallLog clLog(rst.clDirectory);
     if (const std::optional<int> nCode = nToldToFail(rst, L"kalmo", clLog)) {
@@ -108,9 +121,14 @@ int nInstall(const STInstance& rst, CArguments tabArgument) {
     CServiceManager clManager;
     STRegistration stService{L"ZDCS-" + rst.csName, L"ZDSQL server " + rst.csName, rst.clDirectory,
                              rst.csDaemonUser};
-    const bool bDone = clManager.bInit(nullptr, 0) && stService.clProgram.bAppend(L"kalmo") &&
-                       bPrepareDatabase(rst, clLog) && bCreateAccount(rst, stAccount, clLog) &&
-                       bRegister(stService, clLog);
+    if (!stService.clProgram.bAppend(L"kalmo")) {
+        clLog.Line(L"the program's path is too long: " + rst.clDirectory.csGet());
+        return nInstallerFailed;
+    }
+    const bool bDone =
+        clManager.bInit(nullptr, 0) && bPrepareDatabase(rst, clLog) &&
+        bCreateAccount(rst, stAccount, clLog) && bRegister(stService, clLog) &&
+        bAwaitGreeting(stService.csService, rst.nPort, csGreeting(rst, csToUTF8(csGetOwnVersion())), clLog);
     return bDone ? 0 : nInstallerFailed;
 }
 
@@ -146,11 +164,7 @@ int nServe(STInstance& rst) {
 
     const CXYString<char> csVersion = csToUTF8(csGetOwnVersion());
     Log("start " + std::string(csVersion.svGet()) + ", dialect " + csDialect(rst));
-    const auto Greeting = [&] {
-        std::array<char, 256> szLine{};
-        tvzdsrv_Greeting(szLine.data(), szLine.size(), csToUTF8(rst.csName).pszGet(), csVersion.pszGet());
-        return std::string(szLine.data()) + "\n";
-    };
+    const auto Greeting = [&] { return csGreeting(rst, csVersion) + "\n"; };
     const auto Answer = [&](std::string_view svLine) -> std::string {
         static constexpr std::string_view svLogin = "LOGIN ";
         const bool bIn = svLine.starts_with(svLogin) &&
@@ -170,7 +184,11 @@ int nMain(CArguments tabArgument) {
     const std::string_view svMode = svModeOf(tabArgument);
     STInstance st;
     if (!bReadInstance(&st)) {
-        std::fputs("kalmo: the path of the configuration is too long\n", stderr);
+        std::fputs("kalmo: the path of the configuration or of the databases is too long\n", stderr);
+        if (svMode == "--INSTALLER") {
+            CInstallLog(st.clDirectory)
+                .Line(L"the path of the configuration or of the databases is too long");
+        }
         return nInstallerFailed;
     }
     if (svMode == "--INSTALLER") {

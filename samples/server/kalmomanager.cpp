@@ -51,7 +51,11 @@ int nInstall(const STInstance& rst) {
         return 0;
     }
     STRegistration stService{PSZ_SERVICE, L"ZDSQL server manager", rst.clDirectory, L""};
-    return stService.clProgram.bAppend(L"kalmomanager") && bRegister(stService, clLog) ? 0 : nInstallerFailed;
+    if (!stService.clProgram.bAppend(L"kalmomanager")) {
+        clLog.Line(L"the program's path is too long: " + rst.clDirectory.csGet());
+        return nInstallerFailed;
+    }
+    return bRegister(stService, clLog) ? 0 : nInstallerFailed;
 }
 
 // One line an instance: the name of its service and its status number.
@@ -62,7 +66,9 @@ std::string csInstances() {
     unsigned dwCursor = 0;
     while (const CXPtr_deleteRCV<CService> pcl = clManager.pclEnumService(&dwCursor, L"ZDCS-", 0)) {
         cs += csToUTF8(pcl->pszGetName()).pszGet();
-        cs += " " + std::to_string(pcl->eGetStatus()) + "\n";
+        cs += ' ';
+        cs += std::to_string(pcl->eGetStatus());
+        cs += '\n';
     }
     return cs;
 }
@@ -97,7 +103,9 @@ int nMain(CArguments tabArgument) {
     }
     STInstance st;
     if (svMode == "--INSTALLER") {
-        return bReadInstance(&st) ? nInstall(st) : nInstallerFailed;
+        // Of the settings it needs none.
+        static_cast<void>(bReadInstance(&st));
+        return st.clDirectory.bEmpty() ? nInstallerFailed : nInstall(st);
     }
     if (svMode == "--service") {
         return nServe();

@@ -129,9 +129,9 @@ const char* pszBootTool() {
 
 bool bRegisterSysV(const STRegistration& rst, CInstallLog& rclLog) {
     const CTString csScript = csScriptPath(rst.csService);
-    // Whoever reads the script's marker lines reads no longer ones.
+    // Whoever reads the script's marker lines reads no longer ones, with the line feed.
     const CXYString<char> csProgram = csToUTF8(rst.clProgram.svGet());
-    if (svProgramMarker.size() + csProgram.nGetLength() + sizeof " --service\"" - 1 > nMaxProgramLine) {
+    if (svProgramMarker.size() + csProgram.nGetLength() + sizeof " --service\"" - 1 >= nMaxProgramLine) {
         rclLog.Line(L"the program's path is too long for an init script: " + rst.clProgram.csGet());
         return false;
     }

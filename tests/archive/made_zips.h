@@ -27,7 +27,7 @@ class CMadeZips : public testing::Test {
 inline std::string csExtract(CTVWinZip& rcl, std::wstring_view svName = L"a.txt") {
     CTLBIN tab;
     const eARCHIVE e = rcl.eExtraitFichier(svName, &tab, 0, nullptr, 0, nullptr);
-    return e == ARCHIVE_OK ? std::string(tab.begin(), tab.end()) : "!" + std::to_string(e);
+    return e == ARCHIVE_OK ? std::string(tab.begin(), tab.end()) : std::string("!").append(std::to_string(e));
 }
 
 }  // namespace kalmo

@@ -61,7 +61,7 @@ def program_of(service):
 
 def greeting():
     try:
-        with socket.create_connection(("127.0.0.1", PORT), 1) as s:
+        with socket.create_connection(("127.0.0.1", PORT), 10) as s:
             return s.recv(200).decode()
     except OSError:
         return ""
@@ -137,13 +137,13 @@ class Snapshot:
         if SYSTEMD:
             sh(f"systemctl stop {MANAGER} {INSTANCE}")
         wait_for(lambda: sh(f"find /proc/[0-9]*/exe -lname '{DIRECTORY}/*' | tr -dc '0-9\n' | xargs -r kill -9 && false"
-                            f" || find /proc/[0-9]*/exe -lname '{DIRECTORY}/*'").stdout == "", 10)
+                            f" || find /proc/[0-9]*/exe -lname '{DIRECTORY}/*'").stdout == "", 60)
         for path in WATCHED:
             shutil.rmtree(path, ignore_errors=True)
         sh(f"rm -f /run/ZDCS-* /run/Kalmo* /run/kalmo*; tar -C / -xpf {self.tar}")
         for command in ["systemctl daemon-reload"] * SYSTEMD + [start(service) for service in self.running]:
             sh(command)
-        if not wait_for(lambda: services() == self.services, 10):
+        if not wait_for(lambda: services() == self.services, 60):
             raise SystemExit("the machine cannot be put back:\n" + difference(self.state, state()))
 
 
@@ -168,7 +168,7 @@ class Order(typing.NamedTuple):
         except subprocess.TimeoutExpired:
             os.killpg(process.pid, signal.SIGKILL)
             return "endless"
-        ended = wait_for(lambda: not sh(f"pgrep -s {process.pid}").stdout, 30)
+        ended = wait_for(lambda: not sh(f"pgrep -s {process.pid}").stdout, 60)
         return status if ended else "its children do not end"
 
 
@@ -199,7 +199,7 @@ def check_case(case, status, told, marked, running, *more):
     wrong += [f"the trace does not tell \"{told}\""] * (not re.search(told, trace))
     wrong += [f"the marker says {read(MARKER)!r}"] * ((read(MARKER) == b"OK") != marked)
     wrong += [f"the server {'does not run' if running else 'runs'}"] * (
-        bool(wait_for(greeting, 3 if running else 0.2)) != running)
+        bool(wait_for(greeting, 30 if running else 0.2)) != running)
     print(f"{'FAILED' if wrong else 'ok':8}{case}", *wrong, *[trace] * bool(wrong), sep="\n  ", flush=True)
     return not wrong
 

@@ -53,6 +53,10 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
          "active KalmoManager && unregistered ZDCS-ZDSQL"},
         {"echo 254 >kalmo.fail; echo 1 >kalmomanager.fail", csStart + "@installed",
          "unregistered KalmoManager && unregistered ZDCS-ZDSQL"},
+        // A server that cannot have its port.
+        {"python3 -m http.server 4900 >/dev/null 2>&1 & echo $! >/tmp/web; sleep 1",
+         csStart + "Attention / * / ZDCS-ZDSQL has ended; port 4900 is another program's / OK",
+         "kill $(cat /tmp/web)"},
         // Accounts that useradd refuses, or would take for an option, and that the server then does not find.
         {"", csNoAccount("a:b"), "grep -q 'DaemonUser = a:b' ZDConf.ini"},
         {"", csNoAccount("-h"), "! grep -q 'useradd.*exit code' /tmp/trace"},

@@ -75,7 +75,8 @@ class CScene : public CWindow {
     bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override {
         const auto it = std::find_if(m_tabControl.begin(), m_tabControl.end(),
                                      [pclSender](const auto& rpcl) { return rpcl.get() == pclSender; });
-        m_csEvents += " " + std::to_string(it - m_tabControl.begin()) + ":" + std::to_string(eEvent);
+        m_csEvents.append(" ").append(std::to_string(it - m_tabControl.begin()));
+        m_csEvents.append(":").append(std::to_string(eEvent));
         return true;
     }
     int OnKeyEvent(int nKey) override {
@@ -122,11 +123,12 @@ class CScene : public CWindow {
         _PrintA(pWin, 9, 2, "%s=%03d", "port", 49);
         _PrintA(pWin, 10, 4, "%s%2000s", "a text that is longer than its window", "");
         _PrintA(pWin, 50, 2, "%s", "outside");
-        m_csEvents =
-            " " + std::to_string(SmartPrint(5, 18, L"sixteen columns. are kept\nfor this", ATTR_NORMAL, -1)) +
-            " " + std::to_string(SmartPrint(5, 2, nullptr, ATTR_NORMAL, 9)) + " " +
-            std::to_string(CLibel(this, L"", 28, 1, 5, 1, 0, A_NORMAL)
-                               .SmartPrint(0, 0, L"more than one row", ATTR_NORMAL, 5));
+        const int nKept = SmartPrint(5, 18, L"sixteen columns. are kept\nfor this", ATTR_NORMAL, -1);
+        CLibel clLow(this, L"", 28, 1, 5, 1, 0, A_NORMAL);
+        const int nLow = clLow.SmartPrint(0, 0, L"more than one row", ATTR_NORMAL, 5);
+        m_csEvents.append(" ").append(std::to_string(nKept));
+        m_csEvents.append(" ").append(std::to_string(SmartPrint(5, 2, nullptr, ATTR_NORMAL, 9)));
+        m_csEvents.append(" ").append(std::to_string(nLow));
     }
 
   private:
@@ -261,10 +263,10 @@ std::string csState(const CWidget* pclControl) {
         return pclBox->bIsChecked() ? " x" : " o";
     }
     if (const auto* const pclList = dynamic_cast<const CList*>(pclControl)) {
-        return " " + std::to_string(pclList->nGetSelectedLine());
+        return std::string(" ") + std::to_string(pclList->nGetSelectedLine());
     }
     const auto* const pclRadio = dynamic_cast<const CRadioList*>(pclControl);
-    return pclRadio == nullptr ? "" : " " + std::to_string(pclRadio->nGetSelectedItem());
+    return pclRadio == nullptr ? "" : std::string(" ") + std::to_string(pclRadio->nGetSelectedItem());
 }
 
 constexpr struct {

@@ -1,0 +1,143 @@
+#include "samples/server/first_answer.h"
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "framework/conversion.h"
+#include "framework/unique_fd.h"
+#include "services/service.h"
+#include "services/service_manager.h"
+
+namespace kalmo::sample {
+namespace {
+
+constexpr std::chrono::seconds clLongest(10);
+constexpr int nStep = 50;  // milliseconds
+// The service's state is asked for every so many steps. An init script takes a program that is being started
+// for a dead one, and systemd starts again what has failed: once is not enough to call it ended.
+constexpr int nStepsAQuestion = 6;
+constexpr int nTimesEnded = 3;
+constexpr std::size_t nMaxLine = 255;
+
+// The first line of whoever listens on a port. Nobody is waited for longer than a step.
+class CFirstLine {
+  public:
+    explicit CFirstLine(int nPort) {
+        m_st.sin_family = AF_INET;
+        m_st.sin_port = htons(static_cast<std::uint16_t>(nPort));
+        m_st.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    }
+
+    // Goes on for a step. True when the line is there, whole or as long as a line may be.
+    bool bCame() {
+        if (!m_clSocket.bValid() && !__bConnect()) {
+            ::poll(nullptr, 0, nStep);
+            return false;
+        }
+        pollfd st{m_clSocket.nGet(), POLLIN, 0};
+        if (::poll(&st, 1, nStep) <= 0) {
+            return false;
+        }
+        std::array<char, nMaxLine> tabPiece{};
+        const ssize_t n = ::recv(m_clSocket.nGet(), tabPiece.data(), tabPiece.size(), MSG_DONTWAIT);
+        if (n <= 0) {
+            Forget();
+            ::poll(nullptr, 0, nStep);
+            return false;
+        }
+        m_csText.append(tabPiece.data(), static_cast<std::size_t>(n));
+        return m_csText.find('\n') != m_csText.npos || m_csText.size() >= nMaxLine;
+    }
+
+    [[nodiscard]] std::string_view svLine() const {
+        return std::string_view(m_csText).substr(0, std::min(m_csText.find('\n'), nMaxLine));
+    }
+    [[nodiscard]] bool bConnected() const { return m_clSocket.bValid(); }
+    // Hangs up; the next step connects again.
+    void Forget() {
+        m_clSocket.Reset();
+        m_csText.clear();
+    }
+
+  private:
+    bool __bConnect() {
+        CUniqueFd clSocket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        sockaddr_in stOwn{};
+        socklen_t unSize = sizeof stOwn;
+        const bool bBegun =
+            ::connect(clSocket.nGet(), reinterpret_cast<const sockaddr*>(&m_st), sizeof m_st) == 0 ||
+            errno == EINPROGRESS;
+        // A socket that was given this very port as its own is connected with itself, and keeps the port
+        // busy.
+        if (bBegun && ::getsockname(clSocket.nGet(), reinterpret_cast<sockaddr*>(&stOwn), &unSize) == 0 &&
+            stOwn.sin_port != m_st.sin_port) {
+            m_clSocket = std::move(clSocket);
+        }
+        return m_clSocket.bValid();
+    }
+
+    sockaddr_in m_st{};
+    CUniqueFd m_clSocket;
+    std::string m_csText;
+};
+
+// What a stranger says, fit for a log.
+CTString csPrintable(std::string_view sv) {
+    CTString cs;
+    for (const char c : sv) {
+        cs += c >= ' ' && c <= '~' ? static_cast<wchar_t>(c) : L'?';
+    }
+    return cs;
+}
+
+}  // namespace
+
+bool bAwaitGreeting(const CTString& csService, int nPort, std::string_view svGreeting, CInstallLog& rclLog) {
+    CServiceManager clManager;
+    CService clService(&clManager, csService.pszGet());
+    CFirstLine clLine(nPort);
+    const CTString csPort = L"port " + CTString(std::to_wstring(nPort));
+    const auto clEnd = std::chrono::steady_clock::now() + clLongest;
+    int nEnded = 0;
+    bool bStranger = false;
+    for (int n = 1; std::chrono::steady_clock::now() < clEnd && nEnded < nTimesEnded; ++n) {
+        const bool bCame = clLine.bCame();
+        if (bCame && clLine.svLine() != svGreeting) {
+            rclLog.Line(csPort + L" is another program's, which answers: " + csPrintable(clLine.svLine()));
+            return false;
+        }
+        if (!bCame && n % nStepsAQuestion != 0) {
+            continue;
+        }
+        const eSERVICESTATUS eStatus = clService.eGetStatus();
+        if (bCame && eStatus == eServiceRunning) {
+            rclLog.Line(csPort + L" answers: " + csPrintable(clLine.svLine()));
+            return true;
+        }
+        nEnded = eStatus == eServiceStopped || eStatus == eServiceFailed ? nEnded + 1 : 0;
+        bStranger = bCame || clLine.bConnected();
+        if (bCame) {
+            // The same instance, but not as this service: started by hand, say.
+            clLine.Forget();
+            ::poll(nullptr, 0, nStep * nStepsAQuestion);
+        }
+    }
+    if (nEnded < nTimesEnded) {
+        rclLog.Line(csService + L" does not answer in time on " + csPort);
+    } else {
+        rclLog.Line(csService + L" has ended; " + csPort +
+                    (bStranger ? L" is another program's" : L" is free"));
+    }
+    return false;
+}
+
+}  // namespace kalmo::sample

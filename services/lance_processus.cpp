@@ -28,6 +28,9 @@ struct STPipe {
 
 constexpr int nTickMillis = 100;
 
+// What is kept of the output of a child that is waited for.
+constexpr std::size_t nMaxPutAside = 65536;
+
 bool bMakePipe(STPipe* pst) {
     int tabFd[2];
     if (::pipe2(tabFd, O_CLOEXEC) != 0) {
@@ -40,20 +43,6 @@ bool bMakePipe(STPipe* pst) {
 
 CXYString<char> csNarrow(const wchar_t* psz) {
     return psz == nullptr ? CXYString<char>() : csToUTF8(psz);
-}
-
-// Takes back the SIGPIPE that a write of this thread has just caused. Precondition: SIGPIPE is blocked.
-void ForgetSigpipe() {
-    sigset_t st;
-    ::sigemptyset(&st);
-    ::sigaddset(&st, SIGPIPE);
-    const timespec stNow{};
-    ::sigtimedwait(&st, nullptr, &stNow);
-}
-
-bool bSigpipePending() {
-    sigset_t st;
-    return ::sigpending(&st) == 0 && ::sigismember(&st, SIGPIPE) == 1;
 }
 
 }  // namespace
@@ -131,19 +120,13 @@ bool CLanceProcessus::__bFork(CArgumentVector& rtabArgument) {
 
 bool CLanceProcessus::bEcritEntree(const void* pBuffer, unsigned dwSize) {
     const auto* pbyNext = static_cast<const unsigned char*>(pBuffer);
-    const CSignalBlock clBlock{SIGPIPE};
-    const bool bPendingBefore = bSigpipePending();
+    const CSigpipeBlock clBlock;
     while (dwSize > 0) {
         const ssize_t nPut = ::write(m_clEntree.nGet(), pbyNext, dwSize);
         if (nPut < 0 && errno == EINTR) {
             continue;
         }
         if (nPut <= 0) {
-            const int nErrno = errno;
-            if (nErrno == EPIPE && !bPendingBefore) {
-                ForgetSigpipe();
-            }
-            errno = nErrno;
             return false;
         }
         pbyNext += nPut;
@@ -152,8 +135,9 @@ bool CLanceProcessus::bEcritEntree(const void* pBuffer, unsigned dwSize) {
     return true;
 }
 
-// Reads once, appending when pcsOutput is given. The number of bytes, 0 at the end, negative on failure.
-ssize_t CLanceProcessus::__nLit(CXYString<char>* pcsOutput) {
+// Reads the pipe once, appending as far as nMax bytes when pcsOutput is given. The number of bytes read, 0 at
+// the end, negative on failure.
+ssize_t CLanceProcessus::__nLit(CXYString<char>* pcsOutput, std::size_t nMax) {
     if (!m_clSortie.bValid()) {
         return 0;
     }
@@ -163,16 +147,31 @@ ssize_t CLanceProcessus::__nLit(CXYString<char>* pcsOutput) {
         nGot = ::read(m_clSortie.nGet(), tabPiece.data(), tabPiece.size());
     } while (nGot < 0 && errno == EINTR);
     if (nGot > 0 && pcsOutput != nullptr) {
-        *pcsOutput += std::string_view(tabPiece.data(), static_cast<std::size_t>(nGot));
+        *pcsOutput += std::string_view(tabPiece.data(), std::min(static_cast<std::size_t>(nGot), nMax));
     }
     return nGot;
 }
 
+// The same, with what was put aside first.
+ssize_t CLanceProcessus::__nPrend(CXYString<char>* pcsOutput, std::size_t nMax) {
+    if (m_csMise.bEmpty()) {
+        return __nLit(pcsOutput, nMax);
+    }
+    const CXYString<char> csMise = std::exchange(m_csMise, {});
+    if (pcsOutput != nullptr) {
+        *pcsOutput += csMise.svGet().substr(0, nMax);
+    }
+    return static_cast<ssize_t>(csMise.nGetLength());
+}
+
 bool CLanceProcessus::bLitSortieA(CXYString<char>* pcsOutput) {
-    return __nLit(pcsOutput) > 0;
+    return __nPrend(pcsOutput) > 0;
 }
 
 bool CLanceProcessus::bLitSortie_NonBloquant(CXYString<char>* pcsOutput) {
+    if (!m_csMise.bEmpty()) {
+        return __nPrend(pcsOutput) > 0;
+    }
     pollfd st{m_clSortie.nGet(), POLLIN, 0};
     const int nReady = ::poll(&st, 1, 0);
     return m_clSortie.bValid() && (nReady == 0 || (nReady > 0 && __nLit(pcsOutput) > 0));
@@ -183,22 +182,25 @@ bool CLanceProcessus::bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput,
     std::size_t nRead = 0;
     ssize_t nGot = 0;
     do {
-        if (!__bAttendSortie()) {
+        if (m_csMise.bEmpty() && !__bAttendSortie()) {
             return __bArrete(ETIMEDOUT);
         }
-        nGot = __nLit(pcsOutput);
+        nGot = __nPrend(pcsOutput, m_nMaxKept - std::min(nRead, m_nMaxKept));
         nRead += static_cast<std::size_t>(std::max<ssize_t>(nGot, 0));
         if (nRead > m_nMaxOutput) {
             return __bArrete(EOVERFLOW);
         }
     } while (nGot > 0);
+    const int nErrno = errno;
     m_clSortie.Reset();
-    return bAttendFinExecution(pdwExitCode) && nGot == 0;
+    const bool bEnded = bAttendFinExecution(pdwExitCode);
+    errno = nGot < 0 ? nErrno : errno;
+    return bEnded && nGot == 0;
 }
 
 bool CLanceProcessus::bAttendFinExecution(unsigned* pdwExitCode) {
     m_clEntree.Reset();
-    if (!__bJetteSortie()) {
+    if (!__bVideSortie()) {
         return __bArrete(ETIMEDOUT);
     }
     __Attend(0);
@@ -206,7 +208,7 @@ bool CLanceProcessus::bAttendFinExecution(unsigned* pdwExitCode) {
         return false;
     }
     if (pdwExitCode != nullptr) {
-        *pdwExitCode = static_cast<unsigned>(m_nCode);
+        *pdwExitCode = static_cast<unsigned>(CProcessManager::nCodeOfStatus(m_nStatus));
     }
     return true;
 }
@@ -235,45 +237,57 @@ bool CLanceProcessus::__bAttendSortie() {
     return true;
 }
 
-// Drops what the child writes, until it ends. False when its time is over before.
-bool CLanceProcessus::__bJetteSortie() {
+// Takes what the child writes, until it ends. False when its time is over before.
+bool CLanceProcessus::__bVideSortie() {
     // SIGCHLD comes only while ppoll sleeps, so the child's end is not missed between look and sleep. The
     // tick is for programs with other threads, which may be given the signal instead, and for the limit.
     const CSignalBlock clBlock{SIGCHLD};
     sigset_t stAsleep = clBlock.rstGetBefore();
     ::sigdelset(&stAsleep, SIGCHLD);
     const timespec stTick{0, nTickMillis * 1'000'000L};
+    bool bDropped = false;
     while (!bProcessusTermine()) {
         if (__bEnRetard()) {
             return false;
         }
         pollfd st{m_clSortie.nGet(), POLLIN, 0};
-        if (::ppoll(&st, m_clSortie.bValid() ? 1 : 0, &stTick, &stAsleep) > 0 && __nLit(nullptr) <= 0) {
+        if (::ppoll(&st, m_clSortie.bValid() ? 1 : 0, &stTick, &stAsleep) <= 0) {
+            continue;
+        }
+        const std::size_t nRoom = nMaxPutAside - m_csMise.nGetLength();
+        const ssize_t nGot = __nLit(&m_csMise, nRoom);
+        bDropped = bDropped || nGot > static_cast<ssize_t>(nRoom);
+        if (nGot <= 0) {
             m_clSortie.Reset();
         }
+    }
+    if (bDropped) {
+        m_clSortie.Reset();  // what is left there does not follow on what was kept
     }
     return true;
 }
 
-// Asks for the child's end with the given options of waitpid(2).
+// Asks for the child's end with the given options of waitpid(2). errno changes only when its status is lost.
 void CLanceProcessus::__Attend(int nOptions) {
     if (m_eEtat != eETAT::EnCours) {
         return;
     }
+    const int nErrno = errno;
     int nStatus = 0;
     pid_t nEnded = -1;
     do {
         nEnded = ::waitpid(m_nPid, &nStatus, nOptions);
     } while (nEnded < 0 && errno == EINTR);
     if (nEnded > 0) {
-        m_nCode = CProcessManager::nCodeOfStatus(nStatus);
+        m_nStatus = nStatus;
         m_eEtat = eETAT::Termine;
     } else if (nEnded < 0) {
-        // The handler was faster and has the code.
+        // The handler was faster and has the status.
         const bool bKnown = CProcessManager::m_gpclManager != nullptr &&
-                            CProcessManager::m_gpclManager->bGetCode(m_nPid, &m_nCode);
+                            CProcessManager::m_gpclManager->bGetStatus(m_nPid, &m_nStatus);
         m_eEtat = bKnown ? eETAT::Termine : eETAT::Perdu;
     }
+    errno = m_eEtat == eETAT::Perdu ? errno : nErrno;
 }
 
 bool CLanceProcessus::bProcessusTermine() {
@@ -293,6 +307,7 @@ void CLanceProcessus::Kill() {
 bool CLanceProcessus::bLibere() {
     m_clSortie.Reset();
     m_clEntree.Reset();
+    m_csMise.Empty();
     if (m_eEtat != eETAT::Libre && CProcessManager::m_gpclManager != nullptr) {
         CProcessManager::m_gpclManager->FreePid(m_nPid);
     }

@@ -59,6 +59,10 @@ class CLanceProcessus {
     /// not at all.
     void ExpectAnswer() noexcept { SetLimits(std::chrono::seconds(30), std::size_t{16} << 20U); }
 
+    /// Keeps no more than nMax bytes of the output that bLitSortieEtAttendFinExecution reads; the rest is
+    /// read and dropped. Without it all is kept.
+    void KeepAtMost(std::size_t nMax) noexcept { m_nMaxKept = nMax; }
+
     /// Writes all bytes to the child's standard input; waits while the pipe is full. False, without a
     /// SIGPIPE, when the child has closed its input or has ended.
     bool bEcritEntree(const void* pBuffer, unsigned dwSize);
@@ -73,31 +77,36 @@ class CLanceProcessus {
     /// last process that holds the pipe has closed it, then waits for the child. Both arguments may be null;
     /// the output is read in any case. False when reading or waiting failed.
     bool bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput, unsigned* pdwExitCode);
-    /// Closes the child's input and waits for its end. Output that the child writes meanwhile is dropped, so
-    /// that a full pipe cannot stop it; processes that it left behind with the pipe are not waited for.
-    /// May be asked again. The exit code counts as CProcessManager::nCodeOfStatus says; pdwExitCode may be
-    /// null. False when no child was launched or its code is lost.
+    /// Closes the child's input and waits for its end. Output that the child writes meanwhile is taken out of
+    /// the pipe, so that a full one cannot stop it, and the first 64 KiB are there to be read afterwards;
+    /// what comes behind them is dropped. Processes that it left behind with the pipe are not waited for. May
+    /// be asked again. The exit code counts as CProcessManager::nCodeOfStatus says; pdwExitCode may be null.
+    /// False when no child was launched or its code is lost.
     bool bAttendFinExecution(unsigned* pdwExitCode);
+    /// How the child that was waited for ended, as waitpid(2) tells it: a signal that ended it is no exit
+    /// code there. Unspecified before a wait that succeeded.
+    [[nodiscard]] int nGetStatus() const noexcept { return m_nStatus; }
     /// Whether the child has ended. True as well when none was launched.
     bool bProcessusTermine();
     /// Ends a child that still runs, with SIGKILL. Waiting for it then yields 9.
     void Kill();
-    /// Lets go of the child and the pipes. Always true.
+    /// Lets go of the child and the pipes, and of output that was not read. Always true.
     bool bLibere();
 
   private:
     enum class eETAT {
         Libre,    ///< No child.
         EnCours,  ///< Launched, not known to have ended.
-        Termine,  ///< Ended, m_nCode is its exit code.
-        Perdu,    ///< Ended, but somebody else took its exit code.
+        Termine,  ///< Ended, m_nStatus tells how.
+        Perdu,    ///< Ended, but somebody else took its status.
     };
 
     bool __bLance(CArgumentVector tabArgument, CXError* pclError);
     bool __bFork(CArgumentVector& rtabArgument);
-    ssize_t __nLit(CXYString<char>* pcsOutput);
+    ssize_t __nLit(CXYString<char>* pcsOutput, std::size_t nMax = SIZE_MAX);
+    ssize_t __nPrend(CXYString<char>* pcsOutput, std::size_t nMax = SIZE_MAX);
     bool __bAttendSortie();
-    bool __bJetteSortie();
+    bool __bVideSortie();
     bool __bEnRetard() const;
     /// Ends a child that has gone beyond a limit. Returns false.
     bool __bArrete(int nErrno);
@@ -105,12 +114,14 @@ class CLanceProcessus {
 
     eETAT m_eEtat = eETAT::Libre;
     pid_t m_nPid = -1;
-    int m_nCode = 0;
+    int m_nStatus = 0;
     std::chrono::milliseconds m_clLongest = std::chrono::milliseconds::max();
     std::size_t m_nMaxOutput = SIZE_MAX;
+    std::size_t m_nMaxKept = SIZE_MAX;
     std::chrono::steady_clock::time_point m_clLaunch;
-    CUniqueFd m_clSortie;  ///< Read end of the child's output.
-    CUniqueFd m_clEntree;  ///< Write end of the child's input.
+    CXYString<char> m_csMise;  ///< Output that was taken out of the pipe while its end was waited for.
+    CUniqueFd m_clSortie;      ///< Read end of the child's output.
+    CUniqueFd m_clEntree;      ///< Write end of the child's input.
 };
 
 }  // namespace kalmo

@@ -19,6 +19,15 @@ namespace kalmo {
 
 CProcessManager* CProcessManager::m_gpclManager = nullptr;
 
+namespace {
+
+// The status of waitpid(2) that belongs to what a SIGCHLD tells: a number of an exit or of a signal.
+int nStatusOfSignal(const siginfo_t& rst) noexcept {
+    return rst.si_code == CLD_EXITED ? (rst.si_status & 0xFF) << 8 : rst.si_status;
+}
+
+}  // namespace
+
 // The right to work on the table. Whoever holds the lock has SIGCHLD blocked, so a handler that finds it held
 // waits for another thread and never for the one that it interrupted.
 class CProcessManager::CLock {
@@ -72,10 +81,17 @@ pid_t CProcessManager::Fork() {
 }
 
 bool CProcessManager::bGetCode(pid_t nPid, int* pnCode) {
+    int nStatus = 0;
+    const bool bKnown = bGetStatus(nPid, &nStatus);
+    *pnCode = bKnown ? nCodeOfStatus(nStatus) : *pnCode;
+    return bKnown;
+}
+
+bool CProcessManager::bGetStatus(pid_t nPid, int* pnStatus) {
     const CLock clLock(*this);
     for (const STChild* pst = m_pstChildren; pst != nullptr; pst = pst->pstNext) {
         if (pst->nPid == nPid && pst->bTerminated) {
-            *pnCode = pst->nCode;
+            *pnStatus = pst->nStatus;
             return true;
         }
     }
@@ -139,7 +155,7 @@ bool CProcessManager::__bCollect(const siginfo_t* pstInfo) noexcept {
         __Unlink(ppst);
     } else if (nEnded > 0 || pstInfo->si_code > 0) {
         // Positive codes come from the kernel and carry the status, also for a child already waited for.
-        (*ppst)->nCode = nEnded > 0 ? nCodeOfStatus(nStatus) : pstInfo->si_status;
+        (*ppst)->nStatus = nEnded > 0 ? nStatus : nStatusOfSignal(*pstInfo);
         (*ppst)->bTerminated = true;
     }
     return true;
@@ -156,7 +172,7 @@ void CProcessManager::__CollectOthers() noexcept {
             continue;
         }
         if (nEnded > 0) {
-            (*ppst)->nCode = nCodeOfStatus(nStatus);
+            (*ppst)->nStatus = nStatus;
             (*ppst)->bTerminated = true;
         }
         ppst = &(*ppst)->pstNext;

@@ -35,6 +35,8 @@ class CProcessManager {
     /// The exit code of a child that the handler collected, as nCodeOfStatus counts it. False when the child
     /// has no record or has not been collected.
     bool bGetCode(pid_t nPid, int* pnCode);
+    /// The same as a status of waitpid(2), which tells a child that a signal ended from one that exited.
+    bool bGetStatus(pid_t nPid, int* pnStatus);
     /// Gives up a child's record. A child that still runs is collected by the handler when it ends.
     void FreePid(pid_t nPid);
     /// The body of the SIGCHLD handler. A signal about a child that is not in the table goes on to the
@@ -49,9 +51,9 @@ class CProcessManager {
   private:
     struct STChild {
         pid_t nPid;
-        int nCode;
-        bool bTerminated;  ///< The child was collected and its code is known.
-        bool bInUse;       ///< A launcher still wants the code.
+        int nStatus;       ///< As waitpid(2) gives it.
+        bool bTerminated;  ///< The child was collected and its status is known.
+        bool bInUse;       ///< A launcher still wants the status.
         STChild* pstNext;
     };
     class CLock;

@@ -7,8 +7,8 @@
 #include "framework/disk_file.h"
 #include "services/init_script.h"
 #include "services/lance_processus.h"
+#include "services/service_command.h"
 #include "services/service_manager.h"
-#include "services/shell_command.h"
 #include "services/systemctl.h"
 #include "services/systemctl_output.h"
 
@@ -76,7 +76,7 @@ void CService::SetBinaryPathFromSysVScript() {
 }
 
 bool CService::__bSysVCommand(std::wstring_view svAction) const {
-    return bShellSuccess(nShellCommand(csScriptPath(__svName()) + L" " + svAction));
+    return bRunScript(csScriptPath(__svName()) + L" " + svAction);
 }
 
 bool CService::bStart(const wchar_t* pszArgs) {

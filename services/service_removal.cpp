@@ -3,8 +3,8 @@
 #include "framework/disk_file.h"
 #include "services/init_script.h"
 #include "services/service.h"
+#include "services/service_command.h"
 #include "services/service_manager.h"
-#include "services/shell_command.h"
 #include "services/systemctl.h"
 
 namespace kalmo {
@@ -61,19 +61,17 @@ bool CService::__bRemoveSysV() {
             const int nScriptError = nDelete(csScript);
             // Forced, because the script is gone by now.
             const bool bRemoved =
-                bLastStep(nShellCommand(L"update-rc.d -f " + csName + L" remove >/dev/null"));
+                bLastStep(nRunBootTool(L"update-rc.d -f " + csName + L" remove >/dev/null"));
             errno = bRemoved ? nScriptError : errno;
             return bRemoved;
         }
         case eRedHat:
         case eMandriva:
         case eFedora:
-            nShellCommand(L"chkconfig --del " + csName + L" >/dev/null");
+            nRunBootTool(L"chkconfig --del " + csName + L" >/dev/null");
             return bDeleteLast(csScript);
-        case eSuSE: nShellCommand(L"insserv -r " + csName + L" >/dev/null"); return bDeleteLast(csScript);
-        case eGentoo:
-            nShellCommand(L"rc-update del " + csName + L" >/dev/null");
-            return bDeleteLast(csScript);
+        case eSuSE: nRunBootTool(L"insserv -r " + csName + L" >/dev/null"); return bDeleteLast(csScript);
+        case eGentoo: nRunBootTool(L"rc-update del " + csName + L" >/dev/null"); return bDeleteLast(csScript);
         case eSlackware: return bDeleteLast(L"/etc/rc.d/rc." + csName);
         // No step is taken, so what counts is the error that the caller's last call left.
         default: return errno == ENOENT;

@@ -1,7 +1,9 @@
 #ifndef KALMO_SERVICES_SIGNAL_BLOCK_H
 #define KALMO_SERVICES_SIGNAL_BLOCK_H
 
+#include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <initializer_list>
 
 namespace kalmo {
@@ -35,6 +37,36 @@ class CSignalBlock {
 
   private:
     sigset_t m_stBefore;
+};
+
+/// Blocks SIGPIPE for the calling thread while it lives and takes back the one that a write of this thread
+/// has caused meanwhile. Leaves errno alone.
+class CSigpipeBlock {
+  public:
+    CSigpipeBlock() noexcept : m_bPendingBefore(bPending()) {}
+    CSigpipeBlock(const CSigpipeBlock&) = delete;
+    CSigpipeBlock& operator=(const CSigpipeBlock&) = delete;
+    ~CSigpipeBlock() {
+        if (m_bPendingBefore || !bPending()) {
+            return;
+        }
+        const int nErrno = errno;
+        sigset_t st;
+        ::sigemptyset(&st);
+        ::sigaddset(&st, SIGPIPE);
+        const timespec stNow{};
+        ::sigtimedwait(&st, nullptr, &stNow);
+        errno = nErrno;
+    }
+
+  private:
+    static bool bPending() noexcept {
+        sigset_t st;
+        return ::sigpending(&st) == 0 && ::sigismember(&st, SIGPIPE) == 1;
+    }
+
+    CSignalBlock m_clBlock{SIGPIPE};
+    bool m_bPendingBefore;
 };
 
 }  // namespace kalmo

@@ -1,7 +1,10 @@
 #include "services/systemctl.h"
 
+#include <cerrno>
 #include <cstdlib>
 
+#include "framework/conversion.h"
+#include "services/command_witness.h"
 #include "services/lance_processus.h"
 
 namespace kalmo {
@@ -36,9 +39,25 @@ bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, un
     return bRun(clSystemctl, svArguments, pcsOutput, pdwExitCode);
 }
 
-bool bCommandSystemctl(std::wstring_view svArguments) {
+bool bCommandSystemctl(std::wstring_view svArguments, CXYString<char>* pcsSaid) {
+    CLanceProcessus clSystemctl;
+    clSystemctl.KeepAtMost(nMaxSaid);
+    CXYString<char> csSaid;
     unsigned dwExitCode = 0;
-    return bRunSystemctl(svArguments, nullptr, &dwExitCode) && dwExitCode == 0;
+    errno = 0;
+    const bool bRan = bRun(clSystemctl, svArguments, &csSaid, &dwExitCode);
+    const int nErrno = bRan ? 0 : errno;
+    if (!bRan || dwExitCode != 0) {
+        const CTString csCommand = CTString(pszSystemctl) + L" " + svArguments;
+        const CTString csWords = csFromUTF8(csSaid);
+        errno = nErrno;
+        TellCommandEnd({csCommand, bRan ? clSystemctl.nGetStatus() : -1, csWords});
+    }
+    if (pcsSaid != nullptr) {
+        *pcsSaid = csSaid;
+    }
+    errno = nErrno;
+    return bRan && dwExitCode == 0;
 }
 
 }  // namespace kalmo

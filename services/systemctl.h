@@ -19,8 +19,11 @@ bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, un
 bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode);
 
 /// Gives systemctl a command, which may take as long as the service does. True only when it ran and ended
-/// with 0.
-bool bCommandSystemctl(std::wstring_view svArguments);
+/// with 0. The witness of commands is told of a failure.
+///
+/// On failure errno is the system's reason when it could not be run, and 0 when it ran: its words tell the
+/// reason then, which *pcsSaid gets (their first nMaxSaid bytes) unless it is null.
+bool bCommandSystemctl(std::wstring_view svArguments, CXYString<char>* pcsSaid = nullptr);
 
 }  // namespace kalmo
 

@@ -44,10 +44,7 @@ bool bReadMarkedText(IXStream& rclScript, std::string_view svMarker, std::size_t
         }
         std::string_view svValue = stLine.sv.substr(nMarker + svMarker.size());
         const std::size_t nQuote = svValue.find('"');
-        if (nQuote == std::string_view::npos && stLine.bGoesOn) {
-            return false;  // a path that is cut off names another place
-        }
-        if (nQuote == std::string_view::npos && svValue.ends_with('\r')) {
+        if (nQuote == std::string_view::npos && !stLine.bGoesOn && svValue.ends_with('\r')) {
             svValue.remove_suffix(1);
         }
         *pcsValue = csFromUTF8(svValue.substr(0, nQuote));

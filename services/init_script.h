@@ -26,8 +26,9 @@ inline CTString csScriptPath(std::wstring_view svName) {
 /// up to the line's end when there is none. UTF-8.
 ///
 /// A line longer than nMaxLine bytes (at most nMaxDisplayNameLine) counts as several lines of that length,
-/// so no marker is found across such a border, and a text that goes on behind it is no text. The script is
-/// read from its start. False, with *pcsValue as it was, when no line has the marker with a whole text.
+/// so no marker is found across such a border, and a text that goes on behind it ends there: whoever acts on
+/// a path makes sure that it is a whole one. The script is read from its start. False, with *pcsValue as it
+/// was, when no line has the marker.
 bool bReadMarkedText(IXStream& rclScript, std::string_view svMarker, std::size_t nMaxLine,
                      CTString* pcsValue);
 

@@ -66,8 +66,11 @@ class CService {
     ///
     /// Under systemd a refused "disable" is a failure that changes nothing; afterwards the service is
     /// stopped too. Under SysV only the last step counts, and a script that is already gone is a success.
-    /// On failure errno tells the reason, EPERM under systemd; it may be 0 where no init system is known. On
-    /// success it tells why a unit file or a script stays that should be gone, which does not count; else 0.
+    /// Nothing but files and symbolic links is deleted.
+    /// On failure errno tells the reason, under systemd that of systemctl: EPERM where it lacked a right,
+    /// ECANCELED where its words name no reason of the system; it may be 0 where no init system is known. On
+    /// success it tells why a unit file or a script stays, or could not be asked for and may stay, which does
+    /// not count; else 0.
     bool bRemove();
 
   private:

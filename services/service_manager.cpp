@@ -1,14 +1,15 @@
 #include "services/service_manager.h"
 
+#include <cerrno>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "services/init_script.h"
 #include "services/systemctl.h"
 #include "services/systemctl_output.h"
+#include "services/unit_listing.h"
 
 namespace kalmo {
 namespace {
@@ -16,27 +17,8 @@ namespace {
 constexpr std::size_t nTableRoom = 20;
 constexpr std::size_t nTableStep = 30;
 
-constexpr std::wstring_view svListUnits = L"list-units --all --type=service --full --no-pager --no-legend";
-
 const wchar_t* pszOrNull(const std::optional<CTString>& rcs) {
     return rcs ? rcs->pszGet() : nullptr;
-}
-
-// Lists the units, asking again without the status column when only that hid the names.
-bool bReadUnitList(std::wstring_view svPrefix, std::vector<CTString>* ptabName) {
-    CXYString<char> csOutput;
-    if (!bAskSystemctl(svListUnits, &csOutput, nullptr)) {
-        return false;
-    }
-    *ptabName = tabReadUnitNames(csOutput, svPrefix);
-    if (ptabName->empty() && bHasMarkedNames(csOutput, svPrefix)) {
-        csOutput.Empty();
-        if (!bAskSystemctl(CTString(svListUnits) + L" --plain", &csOutput, nullptr)) {
-            return false;
-        }
-        *ptabName = tabReadUnitNames(csOutput, svPrefix);
-    }
-    return true;
 }
 
 }  // namespace
@@ -105,14 +87,16 @@ CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSystemd(const wchar_t*
 
 CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName) {
     CXYString<char> csOutput;
+    unsigned dwExitCode = 0;
     const CTString csArguments = L"--property=" + csFromUTF8(pszProperty) + L" show " + CTString(pszName);
     errno = 0;
-    if (!bAskSystemctl(csArguments, &csOutput, nullptr)) {
+    if (!bAskSystemctl(csArguments, &csOutput, &dwExitCode)) {
         errno = errno != 0 ? errno : EIO;
         return {};
     }
-    errno = 0;
-    return csReadProperty(csOutput);
+    const CTString csValue = csReadProperty(csOutput);
+    errno = csValue.bEmpty() && dwExitCode != 0 ? EIO : 0;
+    return csValue;
 }
 
 CXPtr_deleteRCV<CService> CServiceManager::pclEnumService(unsigned* pdwCursor, const wchar_t* pszPrefix,
@@ -129,15 +113,20 @@ CXPtr_deleteRCV<CService> CServiceManager::pclEnumService(unsigned* pdwCursor, c
 // Fills the table with the records of all units whose name begins with the prefix.
 bool CServiceManager::__bListSystemd(std::wstring_view svPrefix) {
     std::vector<CTString> tabName;
-    if (!bReadUnitList(svPrefix, &tabName)) {
+    if (!bListUnits(svPrefix, &tabName)) {
         return false;
     }
-    for (const CTString& rcsName : tabName) {
+    __AddSystemd(tabName);
+    __AddSystemd(tabListUnitFiles(svPrefix, tabName));
+    return true;
+}
+
+void CServiceManager::__AddSystemd(const std::vector<CTString>& rtabName) {
+    for (const CTString& rcsName : rtabName) {
         if (CXPtr_deleteRCV<CService> pclService = __pclGetServiceSystemd(rcsName.pszGet())) {
             _Add(pclService.release());
         }
     }
-    return true;
 }
 
 CXPtr_deleteRCV<CService> CServiceManager::__pclNextSystemd(unsigned* pdwCursor, std::wstring_view svPrefix) {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <vector>
 
 #include "framework/array.h"
 #include "framework/xy_string.h"
@@ -54,7 +55,8 @@ class CServiceManager : public CTableauDeBuffer {
     [[nodiscard]] CXPtr_deleteRCV<CService> pclGetService(const wchar_t* pszName, unsigned dwAccess);
 
     /// The next service whose name begins with pszPrefix as a script's name would be written; null at the
-    /// end or when the listing fails. A null or empty prefix finds every service. dwAccess is ignored.
+    /// end or when the listing fails. A null or empty prefix finds every service. dwAccess is ignored. Under
+    /// systemd the units that it has loaded come first, then those that just have a unit file.
     ///
     /// *pdwCursor is 0 to begin a listing, which ends one that was going on, and is then only passed back.
     /// At the end it keeps its last value: whoever lists again sets it to 0. Under systemd it is an index; a
@@ -66,7 +68,7 @@ class CServiceManager : public CTableauDeBuffer {
     void AbortEnumService(unsigned* pdwCursor);
 
     /// The value of one property of a systemd unit; empty when it is unknown or, with the reason in errno,
-    /// which is 0 otherwise, when it cannot be asked for.
+    /// which is 0 otherwise, when it cannot be asked for or systemctl refuses to answer (EIO).
     static CTString csGetSystemdProp(const char* pszProperty, const wchar_t* pszName);
 
   private:
@@ -80,6 +82,7 @@ class CServiceManager : public CTableauDeBuffer {
     CXPtr_deleteRCV<CService> __pclGetServiceSystemd(const wchar_t* pszName);
     CXPtr_deleteRCV<CService> __pclGetServiceSysV(const wchar_t* pszName);
     bool __bListSystemd(std::wstring_view svPrefix);
+    void __AddSystemd(const std::vector<CTString>& rtabName);
     CXPtr_deleteRCV<CService> __pclNextSystemd(unsigned* pdwCursor, std::wstring_view svPrefix);
     CXPtr_deleteRCV<CService> __pclNextSysV(unsigned* pdwCursor, std::wstring_view svPrefix);
     void __EndListing();

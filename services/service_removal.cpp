@@ -1,7 +1,11 @@
+#include <sys/stat.h>
+
 #include <cerrno>
 
+#include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "services/init_script.h"
+#include "services/refusal_reason.h"
 #include "services/service.h"
 #include "services/service_command.h"
 #include "services/service_manager.h"
@@ -10,15 +14,32 @@
 namespace kalmo {
 namespace {
 
-// Deletes a file that a removal does not depend on. 0, or why it stays.
-int nDelete(const CTString& csPath) {
-    return CDiskFile::bDelete(csPath) || errno == ENOENT ? 0 : errno;
+// Deletes a unit file, a script or a link to one. Whatever else has the name stays: systemd tells of a masked
+// unit, for one, that its file is /dev/null.
+bool bDelete(const CTString& csPath) {
+    struct stat st {};
+    if (::lstat(csToUTF8(csPath).pszGet(), &st) == 0 && !S_ISREG(st.st_mode) && !S_ISLNK(st.st_mode)) {
+        errno = S_ISDIR(st.st_mode) ? EISDIR : EINVAL;
+        return false;
+    }
+    return CDiskFile::bDelete(csPath);
 }
 
-// The same for the file that a unit property names. A few characters are no path but a stray answer.
-int nDeleteUnitFile(const CTString& csPath) {
-    return csPath.nGetLength() > 3 ? nDelete(csPath) : 0;
+// The same for a file that a removal does not depend on. 0, or why it stays.
+int nDelete(const CTString& csPath) {
+    return bDelete(csPath) || errno == ENOENT ? 0 : errno;
 }
+
+// The path in a unit property, and why it could not be asked for, or 0.
+struct STUnitFile {
+    CTString csPath;
+    int nError;
+
+    STUnitFile(const char* pszProperty, const wchar_t* pszName)
+        : csPath(CServiceManager::csGetSystemdProp(pszProperty, pszName)), nError(errno) {}
+    // 0, or why the file stays. A few characters are no path but a stray answer.
+    [[nodiscard]] int nDeleteIt() const { return csPath.nGetLength() > 3 ? nDelete(csPath) : nError; }
+};
 
 // The result of the last step of a removal: a file that is already gone is as good as one deleted.
 bool bLastStep(int nResult) {
@@ -28,7 +49,7 @@ bool bLastStep(int nResult) {
 }
 
 bool bDeleteLast(const CTString& csPath) {
-    return bLastStep(CDiskFile::bDelete(csPath) ? 0 : -1);
+    return bLastStep(bDelete(csPath) ? 0 : -1);
 }
 
 }  // namespace
@@ -39,15 +60,16 @@ bool CService::bRemove() {
 
 bool CService::__bRemoveSystemd() {
     // Asked for first: a disabled unit that is not in use may be forgotten, and its files with it.
-    const CTString csFragmentPath = CServiceManager::csGetSystemdProp("FragmentPath", pszGetName());
-    const CTString csSourcePath = CServiceManager::csGetSystemdProp("SourcePath", pszGetName());
-    if (!bCommandSystemctl(CTString(L"disable ") + __svName())) {
-        errno = EPERM;
+    const STUnitFile stFragment("FragmentPath", pszGetName());
+    const STUnitFile stSource("SourcePath", pszGetName());
+    CXYString<char> csSaid;
+    if (!bCommandSystemctl(CTString(L"disable ") + __svName(), &csSaid)) {
+        errno = errno != 0 ? errno : nReasonInWords(csSaid);
         return false;
     }
     bCommandSystemctl(CTString(L"stop ") + __svName());
-    const int nFragmentError = nDeleteUnitFile(csFragmentPath);
-    const int nSourceError = nDeleteUnitFile(csSourcePath);
+    const int nFragmentError = stFragment.nDeleteIt();
+    const int nSourceError = stSource.nDeleteIt();
     bCommandSystemctl(L"daemon-reload");
     errno = nFragmentError != 0 ? nFragmentError : nSourceError;
     return true;

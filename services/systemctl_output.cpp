@@ -107,6 +107,20 @@ std::vector<CTString> tabReadUnitNames(std::string_view svOutput, std::wstring_v
     return tabName;
 }
 
+std::vector<CTString> tabReadUnitIds(std::string_view svOutput) {
+    static constexpr std::wstring_view svKey = L"Id=";
+    std::vector<CTString> tabId;
+    const CTString csText = csFromUTF8(svOutput);
+    for (std::wstring_view svText = csText; !svText.empty();) {
+        const std::wstring_view svLine = svTakeLine(&svText);
+        if (svLine.starts_with(svKey) && svLine.ends_with(svUnitSuffix)) {
+            tabId.emplace_back(
+                svLine.substr(svKey.size(), svLine.size() - svKey.size() - svUnitSuffix.size()));
+        }
+    }
+    return tabId;
+}
+
 bool bHasMarkedNames(std::string_view svOutput, std::wstring_view svPrefix) {
     const std::vector<CTString> tabName = tabReadAllNames(svOutput);
     return std::any_of(tabName.begin(), tabName.end(), [&](const CTString& rcsName) {

@@ -35,10 +35,14 @@ CTString csReadProperty(std::string_view svOutput);
 /// The status that the property ActiveState means, in any case. An unknown or empty state is stopped.
 eSERVICESTATUS eReadActiveState(std::wstring_view svState);
 
-/// The unit names in the output of "systemctl list-units": of each line that contains ".service" the text
-/// from the line's very start up to there, when it begins with svPrefix. An empty prefix keeps every name.
-/// The list ends at an empty line or at a line without a line feed, which itself still counts.
+/// The unit names in the output of "systemctl list-units" and "list-unit-files": of each line that contains
+/// ".service" the text from the line's very start up to there, when it begins with svPrefix. An empty prefix
+/// keeps every name. The list ends at an empty line or at a line without a line feed, which itself still
+/// counts.
 std::vector<CTString> tabReadUnitNames(std::string_view svOutput, std::wstring_view svPrefix);
+
+/// The units' own names in the output of "systemctl show --property=Id" for some names, aliases among them.
+std::vector<CTString> tabReadUnitIds(std::string_view svOutput);
 
 /// True when some name of the list begins with svPrefix behind leading blanks or a status mark, which
 /// tabReadUnitNames takes for parts of the name. systemctl prints such a column since version 246, unless it

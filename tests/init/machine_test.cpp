@@ -84,7 +84,16 @@ TEST_F(SystemdMachine, EveryStateAndTheListing) {
     Reach(2, "Type=oneshot\nExecStart=/bin/sleep 99", "systemctl start --no-block ZDCS-2", eServiceStarting);
     Reach(3, "ExecStart=/bin/sleep 99\nExecStop=/bin/sleep 99",
           "systemctl start ZDCS-3 && systemctl stop --no-block ZDCS-3", eServiceStopping);
-    EXPECT_EQ(tabList(L"ZDCS-"), (CNames{L"ZDCS-0", L"ZDCS-1", L"ZDCS-2", L"ZDCS-3"}));
+    // Not loaded: neither running nor started at the boot. A template, an alias and a masked unit are no
+    // instances.
+    Unit("ZDCS-off", "ExecStart=/bin/sleep 99");
+    Unit("ZDCS-t@", "ExecStart=/bin/sleep 99");
+    ASSERT_TRUE(
+        bShell("cd /etc/systemd/system && ln -s ZDCS-off.service ZDCS-alias.service && "
+               "ln -s /dev/null ZDCS-masked.service && systemctl daemon-reload"));
+    EXPECT_EQ(tabList(L"ZDCS-"), (CNames{L"ZDCS-0", L"ZDCS-1", L"ZDCS-2", L"ZDCS-3", L"ZDCS-off"}));
+    const CNames tabAll = tabList(L"");
+    EXPECT_EQ(tabAll.count(L"ZDCS-1") + tabAll.count(L"ZDCS-off") + tabAll.count(L"dbus"), 3U);
     EXPECT_EQ(csFind(L"ZDCS-unknown"), L"none");
     EXPECT_EQ(CService(&m_clManager, L"ZDCS-unknown").eGetStatus(), eServiceStopped);
 }

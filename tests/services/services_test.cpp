@@ -1,8 +1,15 @@
 #include "services/service.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
+#include <functional>
 #include <utility>
 
+#include "framework/conversion.h"
+#include "services/command_witness.h"
 #include "tests/services/stand_in.h"
 
 namespace kalmo {
@@ -50,9 +57,122 @@ TEST_F(ServiceManagerTest, SystemdUnits) {
     EXPECT_EQ(tabList(L"x-"), CNames());
 }
 
-struct ServiceTest : CStandInTest {
+TEST_F(ServiceManagerTest, UnitsThatHaveJustAFile) {
+    CServiceManager::ms_eDistri = eSystemd;
+    Tool(PSZ_SYSTEMCTL, R"(case "$*" in
+        list-units*plain) printf 'x-a.service a\nx-failed.service a\n';;
+        list-units*) printf '  x-a.service a\n* x-failed.service a\n';;
+        list-unit-files*) test -e /tmp/refused && exit 1
+            for n in a off off alias t@ masked -b; do echo x-$n.service disabled; done;;
+        --property=Id*) for n in a off masked -b; do echo Id=x-$n.service; echo; done;;
+        *masked) echo Type=;;
+        *) echo Type=simple;; esac)");
+    const CNames tabAll{L"x-a", L"x-failed", L"x-off", L"x--b"};
+    EXPECT_EQ(tabList(L"x-"), tabAll);
+    EXPECT_NE(
+        csTakeRecord().find("list-unit-files --type=service --full --no-pager --no-legend x-*\n"
+                            "systemctl --property=Id show x-off.service x-alias.service x-masked.service "
+                            "x--b.service\nsystemctl --property=Description,ExecStart,Type show x-off\n"),
+        std::string::npos);
+    EXPECT_EQ(tabList(L""), tabAll);
+    Write("/tmp/refused", "");
+    EXPECT_EQ(tabList(L"x-"), (CNames{L"x-a", L"x-failed"}));
+}
+
+struct ServiceTest : CStandInTest, ICommandWitness {
+    void SetUp() override {
+        CStandInTest::SetUp();
+        SetCommandWitness(this);
+    }
+    void TearDown() override {
+        SetCommandWitness(nullptr);
+        CStandInTest::TearDown();
+    }
+    // Command, status and words; "!" while the script is there; what is long only counts.
+    void CommandEnded(const STCommandEnd& rst) noexcept override {
+        const std::string csSaid(csToUTF8(rst.svSaid).svGet());
+        m_csTold += std::string(csToUTF8(rst.svCommand).svGet()) + (bExists(PSZ_SCRIPT) ? "!" : "=") +
+                    std::to_string(rst.nStatus == -1 ? -errno : rst.nStatus) + ":" +
+                    (csSaid.size() > 99 ? std::to_string(csSaid.size()) : csSaid) + "|";
+    }
+    std::string csTakeTold() { return std::exchange(m_csTold, ""); }
+
     CService m_clService{nullptr, L"svc"};
+    std::string m_csTold;
 };
+
+TEST_F(ServiceTest, TheWitnessIsToldHowCommandsEnd) {
+    using CRow = std::tuple<int, const char*, bool, std::string>;  // init system, what the command does...
+    for (const auto& [nDistri, pszBody, bWorks, csTold] :
+         {CRow(eDebian, "exit 0", true, ""),
+          {eDebian, "echo 1 >/dev/stderr; echo 2 >&2; exit 3", false, "768:1\n2\n|"},
+          {eDebian, "head -c 100000 /dev/zero | tr '\\0' x >&2; exit 1", false, "256:4096|"},
+          {eDebian, "kill -9 $PPID", true, ""},
+          {eDebian, "kill -INT $PPID", true, "2:|"},
+          {eDebian, "exit 131", false, "33536:|"},
+          {eSystemd, "echo x", true, ""},
+          {eSystemd, "echo 1; echo 2 >&2; exit 4", false, "1024:1\n2\n|"},
+          {eSystemd, "yes | head -c 1000000; exit 1", false, "256:4096|"},
+          {eSystemd, "kill -INT $$", false, "2:|"},
+          {eSystemd, nullptr, false, "-2:|"}}) {
+        CServiceManager::ms_eDistri = nDistri;
+        const bool bUnit = nDistri == eSystemd;
+        Tool(bUnit ? PSZ_SYSTEMCTL : PSZ_SCRIPT, pszBody == nullptr ? "" : pszBody);
+        std::filesystem::remove(bUnit ? PSZ_SCRIPT : PSZ_SYSTEMCTL);
+        std::filesystem::remove(pszBody == nullptr ? PSZ_SYSTEMCTL : "");
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(m_clService.bStart(nullptr), bWorks);
+        EXPECT_TRUE(!bUnit || bWorks || errno == (pszBody == nullptr ? ENOENT : 0));
+        const std::string csSaid = testing::internal::GetCapturedStderr();
+        EXPECT_TRUE(csTold != "256:4096|" || csSaid.size() == (bUnit ? 0 : 100000))
+            << "what was said is lost";
+        const char* const pszCommand =
+            bUnit ? "/bin/systemctl start svc=" : "/etc/init.d/svc start >/dev/null!";
+        EXPECT_EQ(csTakeTold(), csTold.empty() ? "" : pszCommand + csTold);
+    }
+}
+
+TEST_F(ServiceTest, StandardErrorIsPutBack) {
+    CServiceManager::ms_eDistri = eDebian;
+    // Whoever is left behind goes on, and may write more than anybody keeps.
+    Tool(PSZ_SCRIPT, "{ sleep 0.3; yes >&2; echo >/tmp/alive; } & echo said >&2; exit 3");
+    const int nBefore = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 10);
+    for (const bool bClosed : {false, true}) {
+        std::filesystem::remove("/tmp/alive");
+        bClosed ? ::close(STDERR_FILENO) : ::fcntl(STDERR_FILENO, F_SETFD, FD_CLOEXEC);
+        EXPECT_FALSE(m_clService.bStart(nullptr));
+        EXPECT_EQ(::fcntl(STDERR_FILENO, F_GETFD), bClosed ? -1 : FD_CLOEXEC);
+        ::dup2(nBefore, STDERR_FILENO);
+        EXPECT_EQ(csTakeTold(), "/etc/init.d/svc start >/dev/null!768:said\n|");
+        for (int n = 0; n < 200 && !bExists("/tmp/alive"); ++n) {
+            ::usleep(50000);
+        }
+        EXPECT_TRUE(bExists("/tmp/alive"));
+    }
+    ::close(nBefore);
+}
+
+TEST_F(ServiceTest, WhyARemovalFailsAndWhyAFileStays) {
+    CServiceManager::ms_eDistri = eSystemd;
+    ::mkfifo("/tmp/fifo", 0600);
+    using CRow = std::tuple<const char*, bool, int>;  // what systemctl does, the result, the reason
+    for (const auto& [pszBody, bWorks, nError] :
+         {CRow("*disable*) echo Failed: Access denied; exit 1;;", false, EPERM),
+          {"*disable*) echo Interactive authentication required. >&2; exit 1;;", false, EPERM},
+          {"*disable*) echo Failed to disable unit: Read-only file system; exit 1;;", false, EROFS},
+          {"*disable*) echo Is not: no space left on device; exit 1;;", false, ENOSPC},
+          {"*disable*) echo Unit file svc.service does not exist.; exit 1;;", false, ECANCELED},
+          {"*SourcePath*) rm $0;;", false, ENOENT},
+          {"*FragmentPath*) echo refused; exit 1;;", true, EIO},
+          {"*SourcePath*) echo SourcePath=/tmp/fifo;;", true, EINVAL},
+          {"*FragmentPath*) echo FragmentPath=/tmp;;", true, EISDIR},
+          {"*SourcePath*) echo SourcePath=/tmp/gone;;", true, 0}}) {
+        Tool(PSZ_SYSTEMCTL, "case \"$*\" in " + std::string(pszBody) + " esac");
+        EXPECT_EQ(m_clService.bRemove(), bWorks) << pszBody;
+        EXPECT_EQ(errno, nError) << pszBody;
+    }
+    EXPECT_TRUE(bExists("/tmp/fifo"));
+}
 
 TEST_F(ServiceTest, SysVCommandsAndWhatTheySilence) {
     for (const bool bWorks : {false, true}) {
@@ -111,7 +231,7 @@ TEST_F(ServiceTest, SystemdRemovalGoesInOrder) {
 TEST_F(ServiceTest, SysVRemovalByDistribution) {
     ::setenv("PATH", "/tmp/tools:/usr/bin:/bin", 1);
     for (const char* const psz : {"update-rc.d", "chkconfig", "insserv", "rc-update"}) {
-        Tool(std::string("/tmp/tools/") + psz, "ls /etc/init.d >>/tmp/record; exit 1");
+        Tool(std::string("/tmp/tools/") + psz, "ls /etc/init.d >>/tmp/record; echo no >&2; exit 1");
     }
     // The tool's call, and the script where it was still there.
     for (const auto& [eDistri, pszRecord] : {std::pair{eDebian, "update-rc.d -f svc remove\n"},
@@ -124,6 +244,9 @@ TEST_F(ServiceTest, SysVRemovalByDistribution) {
         Write(PSZ_SCRIPT, "");
         EXPECT_TRUE(m_clService.bRemove()) << "the tool's failure does not count";
         EXPECT_EQ(csTakeRecord(), pszRecord);
+        // With the script still there, unless it goes first.
+        EXPECT_TRUE(
+            csTakeTold().ends_with(eDistri == eDebian ? " >/dev/null=256:no\n|" : " >/dev/null!256:no\n|"));
         EXPECT_FALSE(bExists(PSZ_SCRIPT));
         EXPECT_TRUE(m_clService.bRemove()) << "gone already";
         // What cannot be deleted makes a failure where deleting is the last step.

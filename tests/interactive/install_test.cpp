@@ -111,18 +111,20 @@ sh: /usr/local/ZDSQL/kalmomanager --INSTALLER 2>/dev/null
 sh: /usr/local/ZDSQL/kalmo --INSTALLER 2>/dev/null)";
     const std::string csList = R"(
 /bin/systemctl list-units --all --type=service --full --no-pager --no-legend)";
+    const std::string csFiles = R"(
+/bin/systemctl list-unit-files --type=service --full --no-pager --no-legend ZDCS-*)";
     const std::string csManager = R"(
 /bin/systemctl --property=Description,ExecStart,Type show KalmoManager)";
     const std::string csServers = csList + csList + R"( --plain
 /bin/systemctl --property=Description,ExecStart,Type show ZDCS-ZDSQL)" +
-                                  csManager;
+                                  csFiles + csManager;
     const struct {
         const char* pszScript;
         const char* pszPayload;
         std::string csSystemd;
         std::string csSysV;
     } TAB[] = {
-        {PSZ_INSTALL, "current", csList + csManager + csManager + csInstall, csInstall},
+        {PSZ_INSTALL, "current", csList + csFiles + csManager + csManager + csInstall, csInstall},
         {PSZ_UPGRADE, "next", csServers + csManager + R"(
 /bin/systemctl --property=ActiveState show KalmoManager
 /bin/systemctl --property=ActiveState show ZDCS-ZDSQL

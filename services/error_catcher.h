@@ -13,8 +13,9 @@ namespace kalmo {
 /// Standard error is a pipe meanwhile that every holder of it can both read and write, without waiting: a
 /// program that the command leaves behind may go on writing for ever. It is never stopped nor ended for it,
 /// and what it writes into a pipe that is full (1 MiB where the system allows it) is lost. Unlike a sealed
-/// file, a pipe can be opened again as /dev/stderr by a script. Where no such pipe can be had, standard error
-/// stays as it is and nothing is caught. Leaves errno alone.
+/// file, a pipe can be opened anew by a script, as /dev/stderr; that has the ways of an ordinary pipe, so
+/// that a program left behind with it alone is ended when it writes. Where no such pipe can be had, standard
+/// error stays as it is and nothing is caught. Leaves errno alone.
 class CErrorCatcher {
   public:
     CErrorCatcher() noexcept;

@@ -94,7 +94,7 @@ CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_
         errno = errno != 0 ? errno : EIO;
         return {};
     }
-    const CTString csValue = csReadProperty(csOutput);
+    CTString csValue = csReadProperty(csOutput);
     errno = csValue.bEmpty() && dwExitCode != 0 ? EIO : 0;
     return csValue;
 }

@@ -111,10 +111,10 @@ sh: /usr/local/ZDSQL/kalmomanager --INSTALLER 2>/dev/null
 sh: /usr/local/ZDSQL/kalmo --INSTALLER 2>/dev/null)";
     const std::string csList = R"(
 /bin/systemctl list-units --all --type=service --full --no-pager --no-legend)";
+    const std::string csFiles = R"(
+/bin/systemctl list-unit-files --type=service --full --no-pager --no-legend ZDCS-*)";
     const std::string csManager = R"(
 /bin/systemctl --property=Description,ExecStart,Type show KalmoManager)";
-    const std::string csFiles = R"(
-/bin/systemctl list-unit-files --type=service --full --no-pager --no-legend)";
     const std::string csServer = R"(
 /bin/systemctl --property=Description,ExecStart,Type show ZDCS-ZDSQL)";
     const std::string csServers = csList + csList + " --plain" + csServer + csFiles + csManager;

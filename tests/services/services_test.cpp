@@ -135,7 +135,7 @@ TEST_F(ServiceTest, TheWitnessIsToldHowCommandsEnd) {
 TEST_F(ServiceTest, StandardErrorIsPutBack) {
     CServiceManager::ms_eDistri = eDebian;
     // Whoever is left behind goes on, and may write more than anybody keeps.
-    Tool(PSZ_SCRIPT, "{ sleep 0.3; yes >&2; echo >/tmp/alive; } & echo said >&2; exit 3");
+    Tool(PSZ_SCRIPT, "{ sleep 0.3; echo late >&2; yes >&2; echo >/tmp/alive; } & echo said >&2; exit 3");
     const int nBefore = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 10);
     for (const bool bClosed : {false, true}) {
         std::filesystem::remove("/tmp/alive");

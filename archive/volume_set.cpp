@@ -3,8 +3,10 @@
 #include <array>
 #include <cerrno>
 #include <cwchar>
+#include <exception>
 
 #include "framework/fs_path.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 
@@ -45,8 +47,11 @@ bool CVolumeSet::CJoined::__bOpen(std::uint32_t dwDisk, std::int64_t i64Start) {
         const STPathParts stPath = CFSPath::stSplit(m_rclSet.m_csPath);
         const CTString csExtension = m_rclSet.csExtension(dwDisk);
         CPathBuffer szPath;
-        if (!CDiskFile::MakePath(szPath, stPath.svDirectory, stPath.svBaseName,
-                                 csExtension.svGet().substr(1))) {
+        const auto bJoin = [&] {
+            return CDiskFile::MakePath(szPath, stPath.svDirectory, stPath.svBaseName,
+                                       csExtension.svGet().substr(1));
+        };
+        if (!bThrowingNoMemory(bJoin)) {
             errno = ENAMETOOLONG;
             return false;
         }
@@ -74,7 +79,8 @@ bool CVolumeSet::CJoined::__bEnter(std::int64_t i64Position) {
     return true;
 }
 
-bool CVolumeSet::CJoined::bRead(void* pBuffer, std::size_t nSize, std::size_t* pnRead) {
+bool CVolumeSet::CJoined::bRead(void* pBuffer, std::size_t nSize, std::size_t* pnRead) try {
+    const CMemoryScope clScope;
     auto* const pbyBuffer = static_cast<unsigned char*>(pBuffer);
     std::size_t nDone = 0;
     while (nDone < nSize) {
@@ -99,6 +105,8 @@ bool CVolumeSet::CJoined::bRead(void* pBuffer, std::size_t nSize, std::size_t* p
     m_i64Position += static_cast<std::int64_t>(nDone);
     *pnRead = nDone;
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CVolumeSet::CJoined::bWrite(const void* /*pBuffer*/, std::size_t /*nSize*/) {

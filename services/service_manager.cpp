@@ -1,11 +1,13 @@
 #include "services/service_manager.h"
 
+#include <exception>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/memory_scope.h"
 #include "services/init_script.h"
 #include "services/systemctl.h"
 #include "services/systemctl_output.h"
@@ -49,11 +51,14 @@ CServiceManager::~CServiceManager() {
     __EndListing();
 }
 
-bool CServiceManager::bInit(const wchar_t* /*pszMachine*/, unsigned /*dwAccess*/) {
+bool CServiceManager::bInit(const wchar_t* /*pszMachine*/, unsigned /*dwAccess*/) try {
+    const CMemoryScope clScope;
     if (ms_eDistri == eNotDetected) {
         ms_eDistri = __eFindDistri();
     }
     return true;
+} catch (const std::exception&) {
+    return NoMemory(true);
 }
 
 // Turns a service's name into the name that its script has.
@@ -64,11 +69,14 @@ void CServiceManager::__GetScriptName(CTString* pcsName) {
     pcsName->Replace(L'.', L'-');
 }
 
-CXPtr_deleteRCV<CService> CServiceManager::pclGetService(const wchar_t* pszName, unsigned /*dwAccess*/) {
+CXPtr_deleteRCV<CService> CServiceManager::pclGetService(const wchar_t* pszName, unsigned /*dwAccess*/) try {
+    const CMemoryScope clScope;
     if (pszName == nullptr) {
         return nullptr;
     }
     return ms_eDistri == eSystemd ? __pclGetServiceSystemd(pszName) : __pclGetServiceSysV(pszName);
+} catch (const std::exception&) {
+    return NoMemory(CXPtr_deleteRCV<CService>());
 }
 
 CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSysV(const wchar_t* pszName) {
@@ -103,7 +111,8 @@ CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSystemd(const wchar_t*
     return pclService;
 }
 
-CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName) {
+CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName) try {
+    const CMemoryScope clScope;
     CXYString<char> csOutput;
     const CTString csArguments = L"--property=" + csFromUTF8(pszProperty) + L" show " + CTString(pszName);
     errno = 0;
@@ -113,10 +122,13 @@ CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_
     }
     errno = 0;
     return csReadProperty(csOutput);
+} catch (const std::exception&) {
+    return NoMemory(CTString());
 }
 
 CXPtr_deleteRCV<CService> CServiceManager::pclEnumService(unsigned* pdwCursor, const wchar_t* pszPrefix,
-                                                          unsigned /*dwAccess*/) {
+                                                          unsigned /*dwAccess*/) try {
+    const CMemoryScope clScope;
     CTString csPrefix(pszPrefix);
     __GetScriptName(&csPrefix);
     if (*pdwCursor == 0) {
@@ -124,6 +136,8 @@ CXPtr_deleteRCV<CService> CServiceManager::pclEnumService(unsigned* pdwCursor, c
     }
     return ms_eDistri == eSystemd ? __pclNextSystemd(pdwCursor, csPrefix)
                                   : __pclNextSysV(pdwCursor, csPrefix);
+} catch (const std::exception&) {
+    return NoMemory(CXPtr_deleteRCV<CService>());
 }
 
 // Fills the table with the records of all units whose name begins with the prefix.
@@ -134,7 +148,8 @@ bool CServiceManager::__bListSystemd(std::wstring_view svPrefix) {
     }
     for (const CTString& rcsName : tabName) {
         if (CXPtr_deleteRCV<CService> pclService = __pclGetServiceSystemd(rcsName.pszGet())) {
-            _Add(pclService.release());
+            _Add(pclService.get());
+            static_cast<void>(pclService.release());  // belongs to the table now
         }
     }
     return true;

@@ -1,6 +1,8 @@
 #include <cerrno>
+#include <exception>
 
 #include "framework/disk_file.h"
+#include "framework/memory_scope.h"
 #include "services/init_script.h"
 #include "services/service.h"
 #include "services/service_manager.h"
@@ -33,8 +35,11 @@ bool bDeleteLast(const CTString& csPath) {
 
 }  // namespace
 
-bool CService::bRemove() {
+bool CService::bRemove() try {
+    const CMemoryScope clScope;
     return CServiceManager::ms_eDistri == eSystemd ? __bRemoveSystemd() : __bRemoveSysV();
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CService::__bRemoveSystemd() {

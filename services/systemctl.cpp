@@ -1,7 +1,9 @@
 #include "services/systemctl.h"
 
 #include <cstdlib>
+#include <exception>
 
+#include "framework/memory_scope.h"
 #include "services/lance_processus.h"
 
 namespace kalmo {
@@ -25,20 +27,29 @@ bool bRun(CLanceProcessus& rclSystemctl, std::wstring_view svArguments, CXYStrin
 
 }  // namespace
 
-bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
+bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) try {
+    const CMemoryScope clScope;
     CLanceProcessus clSystemctl;
     return bRun(clSystemctl, svArguments, pcsOutput, pdwExitCode);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
+bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) try {
+    const CMemoryScope clScope;
     CLanceProcessus clSystemctl;
     clSystemctl.ExpectAnswer();
     return bRun(clSystemctl, svArguments, pcsOutput, pdwExitCode);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool bCommandSystemctl(std::wstring_view svArguments) {
+bool bCommandSystemctl(std::wstring_view svArguments) try {
+    const CMemoryScope clScope;
     unsigned dwExitCode = 0;
     return bRunSystemctl(svArguments, nullptr, &dwExitCode) && dwExitCode == 0;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 }  // namespace kalmo

@@ -145,7 +145,8 @@ unsigned GetPrivateProfileStringW(const wchar_t* pszSection, const wchar_t* pszK
     const CTString csAnswered = csAnswer(pszSection, pszKey, pszDefault, dwSize, pszFile);
     return dwCopyOut(csAnswered.svGet(), pszBuffer, dwSize);
 } catch (const std::exception&) {
-    return dwCopyOut(std::wstring_view(pszDefault == nullptr ? L"" : pszDefault), pszBuffer, dwSize);
+    return NoMemory(
+        dwCopyOut(std::wstring_view(pszDefault == nullptr ? L"" : pszDefault), pszBuffer, dwSize));
 }
 
 unsigned GetPrivateProfileStringA(const char* pszSection, const char* pszKey, const char* pszDefault,
@@ -157,7 +158,7 @@ unsigned GetPrivateProfileStringA(const char* pszSection, const char* pszKey, co
     const std::string csNarrow = csEncode(eENCODAGE::Octets, csAnswered);
     return dwCopyOut(std::string_view(csNarrow), pszBuffer, dwSize);
 } catch (const std::exception&) {
-    return dwCopyOut(std::string_view(pszDefault == nullptr ? "" : pszDefault), pszBuffer, dwSize);
+    return NoMemory(dwCopyOut(std::string_view(pszDefault == nullptr ? "" : pszDefault), pszBuffer, dwSize));
 }
 
 int GetPrivateProfileInt(const wchar_t* pszSection, const wchar_t* pszKey, int nDefault,
@@ -169,7 +170,7 @@ int GetPrivateProfileInt(const wchar_t* pszSection, const wchar_t* pszKey, int n
     const long nValue = std::wcstol(szValue.data(), nullptr, 10);
     return static_cast<int>(std::clamp<long>(nValue, INT_MIN, INT_MAX));
 } catch (const std::exception&) {
-    return nDefault;
+    return NoMemory(nDefault);
 }
 
 bool WritePrivateProfileStringW(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszValue,

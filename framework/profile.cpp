@@ -95,9 +95,8 @@ bool bChangeNew(std::wstring_view svPath, const STChange& rst) {
     const CXYString<char> csPath = csToUTF8(svPath);
     CDiskFile clFile;
     if (rst.bRemoves()) {
-        const STPathParts stParts = CFSPath::stSplit(svPath);
-        return !stParts.svFileName.empty() &&
-               ::faccessat(AT_FDCWD, csToUTF8(stParts.svDirectory).pszGet(), W_OK | X_OK, AT_EACCESS) == 0;
+        const CXYString<char> csDirectory = csToUTF8(CFSPath::stSplit(svPath).svDirectory);
+        return ::faccessat(AT_FDCWD, csDirectory.pszGet(), W_OK | X_OK, AT_EACCESS) == 0;
     }
     if (!clFile.bOpen(svPath, CDiskFile::eMODE::Create)) {
         return false;

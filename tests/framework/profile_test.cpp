@@ -216,7 +216,7 @@ TEST_F(Profile, AWriteWithoutRoomLeavesTheFile) {
 }
 
 TEST_F(Profile, FilesThatCannotBeUsed) {
-    ASSERT_TRUE(m_clFolder.bShell("mkfifo fifo; ln -s loop loop"));
+    ASSERT_TRUE(m_clFolder.bShell("mkfifo fifo; ln -s loop loop; ln -s gone f.ini"));
     for (const std::wstring& rcs :
          {m_clFolder.csWide(""), m_clFolder.csWide("none/f.ini"), m_clFolder.csWide("fifo"),
           m_clFolder.csWide("loop"), L"/" + std::wstring(260, L'x')}) {
@@ -237,6 +237,7 @@ TEST_F(Profile, FilesThatCannotBeUsed) {
         EXPECT_FALSE(bSet(pszSection, pszKey, pszValue));
     }
     EXPECT_EQ(csFile(), "(none)");
+    EXPECT_TRUE(m_clFolder.bShell("test -h f.ini"));
 }
 
 // The test runs in a file tree of its own, so that this account's home may be written to.

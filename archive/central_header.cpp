@@ -1,8 +1,10 @@
 #include "archive/central_header.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "archive/zip64_extra.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -37,7 +39,9 @@ void ParseFixedPart(CLeCursor cl, STCentralHeader* pst) {
 
 }  // namespace
 
-STZipFault stReadCentralHeader(IXStream& rclStream, CRecordBuffer& rclBuffer, STCentralHeader* pstHeader) {
+STZipFault stReadCentralHeader(IXStream& rclStream, CRecordBuffer& rclBuffer,
+                               STCentralHeader* pstHeader) try {
+    const CMemoryScope clScope;
     const auto u64Position = static_cast<std::uint64_t>(rclStream.i64GetPosition());
     if (!rclBuffer.bFillNext(rclStream, nTailleFixe)) {
         return {ARCHIVE_BAD, "central header: cannot be read", u64Position};
@@ -70,6 +74,8 @@ STZipFault stReadCentralHeader(IXStream& rclStream, CRecordBuffer& rclBuffer, ST
         return {ARCHIVE_BAD, "central header: no next one", u64Position};
     }
     return {};
+} catch (const std::exception&) {
+    return NoMemory(STZipFault{ARCHIVE_BAD, "central header: no memory for it", rclBuffer.u64GetPosition()});
 }
 
 }  // namespace kalmo

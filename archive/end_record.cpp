@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <exception>
 #include <string>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -59,7 +61,8 @@ std::optional<std::uint64_t> u64FindEndRecord(IXStream& rclStream) {
 }
 
 STZipFault stReadEndRecord(IXStream& rclStream, CRecordBuffer& rclBuffer, std::uint64_t u64Position,
-                           STEndRecord* pstEnd) {
+                           STEndRecord* pstEnd) try {
+    const CMemoryScope clScope;
     if (!rclBuffer.bFill(rclStream, u64Position, nTailleEndRecord)) {
         return {ARCHIVE_READ, "end record: cannot be read", u64Position};
     }
@@ -83,6 +86,8 @@ STZipFault stReadEndRecord(IXStream& rclStream, CRecordBuffer& rclBuffer, std::u
         csFromCodePage(eCODEPAGE::Ansi1252,
                        csReadComment(rclStream, u64Position + nTailleEndRecord, pstEnd->wCommentLength));
     return {};
+} catch (const std::exception&) {
+    return NoMemory(STZipFault{ARCHIVE_BAD, "end record: no memory for it", u64Position});
 }
 
 STZipFault stReadZip64Locator(IXStream& rclStream, CRecordBuffer& rclBuffer, const STEndRecord& rstEnd,

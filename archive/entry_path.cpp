@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 #include <span>
 #include <vector>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 #include "framework/unique_fd.h"
 
 namespace kalmo {
@@ -81,18 +83,22 @@ bool bMakeDirectories(std::wstring_view svRoot, std::span<const std::wstring_vie
 
 }  // namespace
 
-eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut) {
+eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut) try {
+    const CMemoryScope clScope;
     *pclOut = CFSPath();
     const std::vector<std::wstring_view> tabName = tabComponents(svEntryName);
     if (tabName.empty() || svRoot.empty()) {
         return ARCHIVE_BAD;
     }
     CFSPath clPath;
-    bool bFits = clPath.bSet(svRoot);
-    for (const std::wstring_view svName : tabName) {
-        bFits = bFits && clPath.bAppend(svName);
-    }
-    if (!bFits) {
+    const auto bJoin = [&] {
+        bool bFits = clPath.bSet(svRoot);
+        for (const std::wstring_view svName : tabName) {
+            bFits = bFits && clPath.bAppend(svName);
+        }
+        return bFits;
+    };
+    if (!bThrowingNoMemory(bJoin)) {
         errno = ENAMETOOLONG;
         return ARCHIVE_CREATE;
     }
@@ -102,6 +108,8 @@ eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, 
     }
     *pclOut = clPath;
     return ARCHIVE_OK;
+} catch (const std::exception&) {
+    return NoMemory(ARCHIVE_CREATE);
 }
 
 }  // namespace kalmo

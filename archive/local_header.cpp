@@ -1,9 +1,11 @@
 #include "archive/local_header.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "archive/zip64_extra.h"
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -14,7 +16,8 @@ constexpr std::uint32_t dwSIGNATURE_LOCAL = 0x04034B50;
 }  // namespace
 
 STZipFault stReadLocalHeader(IXStream& rclStream, CRecordBuffer& rclBuffer, std::uint64_t u64Position,
-                             STLocalHeader* pstHeader) {
+                             STLocalHeader* pstHeader) try {
+    const CMemoryScope clScope;
     // One read for the fixed part and the name: an archive has many entries.
     if (!rclBuffer.bFill(rclStream, u64Position, nTailleFixe + nTailleMaxNomEntree)) {
         return {ARCHIVE_BAD, "local header: cannot be read", u64Position};
@@ -51,6 +54,8 @@ STZipFault stReadLocalHeader(IXStream& rclStream, CRecordBuffer& rclBuffer, std:
                         {&pstHeader->u64TailleOriginale, &pstHeader->u64TailleCompresse});
     }
     return {};
+} catch (const std::exception&) {
+    return NoMemory(STZipFault{ARCHIVE_BAD, "local header: no memory for it", u64Position});
 }
 
 STZipFault stCompareHeaders(const STLocalHeader& rstLocal, const STCentralHeader& rstCentral,

@@ -1,13 +1,16 @@
 #include "archive/repertoire.h"
 
 #include <climits>
+#include <exception>
 #include <utility>
 
 #include "archive/entry_name.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 
-bool CRepertoire::bAjouteEntree(CRepEntree clEntree) {
+bool CRepertoire::bAjouteEntree(CRepEntree clEntree) try {
+    const CMemoryScope clScope;
     if (m_nCount >= INT_MAX) {
         return false;
     }
@@ -19,16 +22,22 @@ bool CRepertoire::bAjouteEntree(CRepEntree clEntree) {
     __rclEntree(m_nCount) = std::move(clEntree);
     ++m_nCount;
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-int CRepertoire::lRang(std::wstring_view svNom) const {
+int CRepertoire::lRang(std::wstring_view svNom) const try {
+    const CMemoryScope clScope;
     const int* const pnRang = svNom.find(L'\\') == std::wstring_view::npos
                                   ? m_clIndex.pTrouve(svNom)
                                   : m_clIndex.pTrouve(csWithSlashes(svNom));
     return pnRang == nullptr ? -1 : *pnRang;
+} catch (const std::exception&) {
+    return NoMemory(-1);
 }
 
-int CRepertoire::lRangCasse(std::wstring_view svNom) const {
+int CRepertoire::lRangCasse(std::wstring_view svNom) const try {
+    const CMemoryScope clScope;
     // Names that differ in case alone are rare: the index nearly always answers.
     const CTString csNom = csWithSlashes(svNom);
     int nRang = lRang(csNom);
@@ -36,6 +45,8 @@ int CRepertoire::lRangCasse(std::wstring_view svNom) const {
         ++nRang;
     }
     return __bRang(nRang) ? nRang : -1;
+} catch (const std::exception&) {
+    return NoMemory(-1);
 }
 
 const CRepEntree* CRepertoire::pclGetEntree(int nRang) const noexcept {
@@ -60,7 +71,8 @@ void CRepertoire::SupprimeElement(int nRang) {
     _RecalculeHash();
 }
 
-bool CRepertoire::bChangeChemin(int nRang, std::wstring_view svRepertoire) {
+bool CRepertoire::bChangeChemin(int nRang, std::wstring_view svRepertoire) try {
+    const CMemoryScope clScope;
     if (!__bRang(nRang)) {
         return false;
     }
@@ -70,9 +82,17 @@ bool CRepertoire::bChangeChemin(int nRang, std::wstring_view svRepertoire) {
         csNom += L'/';
     }
     csNom += CFSPath::stSplit(rclEntree.csGetNom()).svFileName;
+    const CTString csBefore = rclEntree.csGetNom();
     rclEntree.SetNom(std::move(csNom));
-    _RecalculeHash();
+    try {
+        _RecalculeHash();
+    } catch (const std::exception&) {
+        rclEntree.SetNom(csBefore);
+        throw;
+    }
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 void CRepertoire::ForceRepVideAlaFin() {
@@ -93,13 +113,21 @@ void CRepertoire::ForceRepVideAlaFin() {
 }
 
 void CRepertoire::_RecalculeHash() {
-    m_clIndex.Vide();
-    m_nFichier = 0;
+    if (m_nCount == 0) {
+        m_clIndex.Vide();
+        m_nFichier = 0;
+        return;
+    }
+    // Made aside, so that the former one stays where memory does not suffice.
+    CTHashTableTi<int> clIndex(nBucketsInitial);
+    std::size_t nFichier = 0;
     for (std::size_t n = 0; n < m_nCount; ++n) {
         const CRepEntree& rclEntree = __rclEntree(n);
-        m_clIndex.Ajoute(rclEntree.csGetNom(), static_cast<int>(n));
-        m_nFichier += rclEntree.bEstUnFichierFactice() ? 0 : 1;
+        clIndex.Ajoute(rclEntree.csGetNom(), static_cast<int>(n));
+        nFichier += rclEntree.bEstUnFichierFactice() ? 0 : 1;
     }
+    m_clIndex = std::move(clIndex);
+    m_nFichier = nFichier;
 }
 
 }  // namespace kalmo

@@ -1,11 +1,13 @@
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <string>
 
 #include "archive/entry_name.h"
 #include "archive/le_cursor.h"
 #include "archive/repertoire.h"
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 
 // A directory on disk, little-endian:
 //
@@ -94,7 +96,8 @@ bool bWrite(CDiskFile& rclFile, const CLeWriter& rcl) {
 
 }  // namespace
 
-bool CRepertoire::bLit(IXStream& rclStream) {
+bool CRepertoire::bLit(IXStream& rclStream) try {
+    const CMemoryScope clScope;
     Vide();
     std::array<unsigned char, nTailleEntete> tabHeader{};
     if (!rclStream.bReadAll(tabHeader.data(), tabHeader.size())) {
@@ -113,9 +116,13 @@ bool CRepertoire::bLit(IXStream& rclStream) {
         }
     }
     return true;
+} catch (const std::exception&) {
+    Vide();
+    return NoMemory(false);
 }
 
-eARCHIVE CRepertoire::eEcrit(CDiskFile& rclFile) const {
+eARCHIVE CRepertoire::eEcrit(CDiskFile& rclFile) const try {
+    const CMemoryScope clScope;
     CLeWriter clHeader;
     clHeader.Put(dwSIGNATURE, 4);
     clHeader.Put(dwVERSION, 4);
@@ -140,6 +147,8 @@ eARCHIVE CRepertoire::eEcrit(CDiskFile& rclFile) const {
         return ARCHIVE_OK;
     }
     return errno == ENOSPC ? ARCHIVE_DISK_FULL : ARCHIVE_WRITE;
+} catch (const std::exception&) {
+    return NoMemory(ARCHIVE_WRITE);
 }
 
 }  // namespace kalmo

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <exception>
 
 #include "framework/errno_kept.h"
 #include "framework/fs_path.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -35,7 +37,8 @@ class CTVWinZip::CFichierRouvert {
     bool m_bOpen;
 };
 
-eARCHIVE CTVWinZip::eOuvreArchive(std::wstring_view svPath, unsigned dwFlags, std::int64_t i64Base) {
+eARCHIVE CTVWinZip::eOuvreArchive(std::wstring_view svPath, unsigned dwFlags, std::int64_t i64Base) try {
+    const CMemoryScope clScope;
     const CTString csPath(svPath);  // the caller's view may be of the path that is kept here
     m_pclStream = &m_clFichier;
     m_csChemin = csPath;
@@ -46,9 +49,16 @@ eARCHIVE CTVWinZip::eOuvreArchive(std::wstring_view svPath, unsigned dwFlags, st
         return _eErreur(ARCHIVE_NOT_FOUND);
     }
     return __eOuvre(dwFlags, i64Base);
+} catch (const std::exception&) {
+    m_clRepertoire.Vide();
+    m_clZip.FermeZip();
+    _Ferme();
+    m_bOuvert = false;
+    return NoMemory(_eErreur(ARCHIVE_BAD));
 }
 
-eARCHIVE CTVWinZip::eOuvreArchiveStream(IXStream* pclStream, unsigned dwFlags, std::int64_t i64Base) {
+eARCHIVE CTVWinZip::eOuvreArchiveStream(IXStream* pclStream, unsigned dwFlags, std::int64_t i64Base) try {
+    const CMemoryScope clScope;
     _Ferme();
     m_csChemin.Empty();
     m_bOuvert = false;
@@ -61,6 +71,12 @@ eARCHIVE CTVWinZip::eOuvreArchiveStream(IXStream* pclStream, unsigned dwFlags, s
     }
     m_pclStream = pclStream;
     return __eOuvre(dwFlags, i64Base);
+} catch (const std::exception&) {
+    m_clRepertoire.Vide();
+    m_clZip.FermeZip();
+    _Ferme();
+    m_bOuvert = false;
+    return NoMemory(_eErreur(ARCHIVE_BAD));
 }
 
 eARCHIVE CTVWinZip::__eOuvre(unsigned dwFlags, std::int64_t i64Base) {
@@ -71,10 +87,16 @@ eARCHIVE CTVWinZip::__eOuvre(unsigned dwFlags, std::int64_t i64Base) {
         return _eErreur(ARCHIVE_BAD);
     }
     m_bOuvert = true;
-    return eLitRepertoireMono();
+    m_bOuvert = eLitRepertoireMono() == ARCHIVE_OK;
+    if (!m_bOuvert) {
+        const CErrnoKept clKept;
+        _Ferme();
+    }
+    return m_eErreur;
 }
 
-eARCHIVE CTVWinZip::eLitRepertoireMono() {
+eARCHIVE CTVWinZip::eLitRepertoireMono() try {
+    const CMemoryScope clScope;
     if (!m_bOuvert) {
         return _eErreur(ARCHIVE_NOT_OPEN);
     }
@@ -99,6 +121,9 @@ eARCHIVE CTVWinZip::eLitRepertoireMono() {
         }
     }
     return _eErreur(ARCHIVE_OK);
+} catch (const std::exception&) {
+    m_clRepertoire.Vide();
+    return NoMemory(_eErreur(ARCHIVE_BAD));
 }
 
 eARCHIVE CTVWinZip::__eTrouve(std::wstring_view svNom, bool bCasse, const CRepEntree** ppclEntree) {
@@ -235,9 +260,10 @@ eARCHIVE CTVWinZip::__eExtrait(std::wstring_view svNom, bool bCasse, HWND hFenet
 
 eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view svDestination,
                                     unsigned /*dwReserve*/, HWND hFenetre, int /*nReserve*/, unsigned dwFlags,
-                                    STInfoAvancement* pstAvancement) {
+                                    STInfoAvancement* pstAvancement) try {
+    const CMemoryScope clScope;
     CFSPath clDestination;
-    const bool bTooLong = !clDestination.bSet(svDestination);
+    const bool bTooLong = !bThrowingNoMemory([&] { return clDestination.bSet(svDestination); });
     if ((dwFlags & dwEXTRAIT_SUPPRIME) != 0 && CDiskFile::bFileExists(clDestination.svGet())) {
         CDiskFile::bDelete(clDestination.svGet());
     }
@@ -249,13 +275,24 @@ eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view s
         return __eExtraitVersFichier(rclEntree, clDestination.svGet());
     };
     return __eExtrait(svNom, (dwFlags & dwEXTRAIT_CASSE) != 0, hFenetre, pstAvancement, Extraction);
+} catch (const std::exception&) {
+    (void)m_clZip.CloseCurrentFileInZip(0, 0);
+    m_hFenetre = nullptr;
+    m_pstAvancement = nullptr;
+    return NoMemory(_eErreur(ARCHIVE_BAD));
 }
 
 eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, CTLBIN* ptabOut, unsigned /*dwReserve*/,
-                                    HWND hFenetre, int /*nReserve*/, STInfoAvancement* pstAvancement) {
+                                    HWND hFenetre, int /*nReserve*/, STInfoAvancement* pstAvancement) try {
+    const CMemoryScope clScope;
     ptabOut->clear();
     return __eExtrait(svNom, false, hFenetre, pstAvancement,
                       [&](const CRepEntree& rclEntree) { return __eExtraitVersMemoire(rclEntree, ptabOut); });
+} catch (const std::exception&) {
+    (void)m_clZip.CloseCurrentFileInZip(0, 0);
+    m_hFenetre = nullptr;
+    m_pstAvancement = nullptr;
+    return NoMemory(_eErreur(ARCHIVE_BAD));
 }
 
 eARCHIVE CTVWinZip::eMotDePasse(const wchar_t* pszMotDePasse) {

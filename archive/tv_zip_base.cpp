@@ -1,9 +1,11 @@
 #include "archive/tv_zip_base.h"
 
+#include <exception>
 #include <string>
 #include <utility>
 
 #include "archive/dos_date.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -129,7 +131,8 @@ void CTVZipBase::SetPourcentGlobal(unsigned dwPourcent) {
     m_dwPourcentGlobal = dwPourcent;
 }
 
-eARCHIVE CTVZipBase::eGetInfoFichier(int nRang, CTString& rcsInfo) {
+eARCHIVE CTVZipBase::eGetInfoFichier(int nRang, CTString& rcsInfo) try {
+    const CMemoryScope clScope;
     rcsInfo.Empty();
     const CRepEntree* const pcl = m_clRepertoire.pclGetEntree(nRang);
     if (pcl == nullptr) {
@@ -148,6 +151,9 @@ eARCHIVE CTVZipBase::eGetInfoFichier(int nRang, CTString& rcsInfo) {
     rcsInfo += static_cast<std::int32_t>(pcl->dwGetAttribut()) < 0 ? L"\tH\t" : L"\t\t";
     rcsInfo += pcl->bCrypte() ? L'+' : L'N';
     return _eErreur(ARCHIVE_OK);
+} catch (const std::exception&) {
+    rcsInfo.Empty();
+    return NoMemory(_eErreur(ARCHIVE_BAD));
 }
 
 bool CTVZipBase::bDebutSectionCritique() {

@@ -3,8 +3,10 @@
 #include <array>
 #include <cerrno>
 #include <cwchar>
+#include <exception>
 
 #include "framework/fs_path.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 
@@ -31,8 +33,9 @@ bool CVolumeSet::__bPathOf(std::uint32_t dwDisk, CPathBuffer& rszOut) const {
     }
     const STPathParts stPath = CFSPath::stSplit(m_csPath);
     const CTString cs = csExtension(dwDisk);
+    errno = 0;
     if (!CDiskFile::MakePath(rszOut, stPath.svDirectory, stPath.svBaseName, cs.svGet().substr(1))) {
-        errno = ENAMETOOLONG;
+        errno = errno == ENOMEM ? ENOMEM : ENAMETOOLONG;
         return false;
     }
     return true;
@@ -82,7 +85,8 @@ bool CVolumeSet::CJoined::__bEnter(std::int64_t i64Position) {
     return true;
 }
 
-bool CVolumeSet::CJoined::bRead(void* pBuffer, std::size_t nSize, std::size_t* pnRead) {
+bool CVolumeSet::CJoined::bRead(void* pBuffer, std::size_t nSize, std::size_t* pnRead) try {
+    const CMemoryScope clScope;
     auto* const pbyBuffer = static_cast<unsigned char*>(pBuffer);
     std::size_t nDone = 0;
     while (nDone < nSize) {
@@ -107,6 +111,8 @@ bool CVolumeSet::CJoined::bRead(void* pBuffer, std::size_t nSize, std::size_t* p
     m_i64Position += static_cast<std::int64_t>(nDone);
     *pnRead = nDone;
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CVolumeSet::CJoined::bWrite(const void* /*pBuffer*/, std::size_t /*nSize*/) {

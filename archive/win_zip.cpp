@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <climits>
+#include <exception>
 #include <string>
 #include <utility>
 
 #include "framework/disk_file.h"
+#include "framework/memory_scope.h"
 #include "framework/read_cache.h"
 
 // The archive's records: opening, the central directory and the current entry in it. Reading an entry's data
@@ -53,7 +55,8 @@ void CWinZip::FermeZip() {
     m_stFault = {};
 }
 
-eARCHIVE CWinZip::OuvreZip(std::wstring_view svPath, int /*nFlags*/) {
+eARCHIVE CWinZip::OuvreZip(std::wstring_view svPath, int /*nFlags*/) try {
+    const CMemoryScope clScope;
     FermeZip();
     m_clVolumes.Attach(m_pclStream, svPath);
     // Records are small and lie close together.
@@ -67,6 +70,9 @@ eARCHIVE CWinZip::OuvreZip(std::wstring_view svPath, int /*nFlags*/) {
         FermeZip();
     }
     return __eFaute(st);
+} catch (const std::exception&) {
+    FermeZip();
+    return NoMemory(ARCHIVE_BAD);
 }
 
 STZipFault CWinZip::__stReadEndRecords(IXStream& rclCache) {
@@ -165,13 +171,16 @@ STZipFault CWinZip::__stReadHeaders(IXStream& rclStream) {
     return {};
 }
 
-bool CWinZip::bFichierZip(std::wstring_view svPath) {
+bool CWinZip::bFichierZip(std::wstring_view svPath) try {
+    const CMemoryScope clScope;
     CDiskFile clFile;
     if (!clFile.bOpen(svPath, CDiskFile::eMODE::Read)) {
         return false;
     }
     CReadCache clCache(clFile, nTailleCache);
     return u64FindEndRecord(clCache).has_value();
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 eARCHIVE CWinZip::FirstFile() {
@@ -185,7 +194,8 @@ eARCHIVE CWinZip::NextFile(int /*nReserve*/) {
     return bMore ? ARCHIVE_OK : ARCHIVE_NO_CURRENT;
 }
 
-eARCHIVE CWinZip::LocateFile(std::wstring_view svNom, bool bCasse) {
+eARCHIVE CWinZip::LocateFile(std::wstring_view svNom, bool bCasse) try {
+    const CMemoryScope clScope;
     const CTString csNom = csWithSlashes(svNom);
     const int* const pnFirst = m_clIndex.pTrouve(csNom);
     if (pnFirst == nullptr) {
@@ -202,6 +212,8 @@ eARCHIVE CWinZip::LocateFile(std::wstring_view svNom, bool bCasse) {
     }
     m_nCurrent = static_cast<int>(n);
     return ARCHIVE_OK;
+} catch (const std::exception&) {
+    return NoMemory(ARCHIVE_BAD);
 }
 
 const STCentralHeader* CWinZip::pstGetCurrent() const noexcept {
@@ -221,11 +233,15 @@ bool CWinZip::bSetPassword(const wchar_t* pszPassword) {
     return bSetPassword(pszPassword != nullptr ? std::wstring_view(pszPassword) : std::wstring_view());
 }
 
-bool CWinZip::bSetPassword(std::wstring_view svPassword) {
+bool CWinZip::bSetPassword(std::wstring_view svPassword) try {
+    const CMemoryScope clScope;
     const bool bUsable = std::all_of(svPassword.begin(), svPassword.end(),
                                      [](wchar_t c) { return static_cast<std::int32_t>(c) > 0; });
     m_csPassword = bUsable ? CTString(svPassword) : CTString();
     return bUsable;
+} catch (const std::exception&) {
+    m_csPassword.Empty();
+    return NoMemory(false);
 }
 
 }  // namespace kalmo

@@ -1,15 +1,18 @@
 #include <algorithm>
 #include <cstring>
+#include <exception>
 
 #include "archive/crc32.h"
 #include "archive/local_header.h"
 #include "archive/win_zip.h"
+#include "framework/memory_scope.h"
 
 // The data of the current entry: local header, deciphering, inflating, CRC.
 
 namespace kalmo {
 
-eARCHIVE CWinZip::OpenCurrentFileInZip() {
+eARCHIVE CWinZip::OpenCurrentFileInZip() try {
+    const CMemoryScope clScope;
     const STCentralHeader* const pst = pstGetCurrent();
     if (pst == nullptr) {
         return ARCHIVE_NO_CURRENT;
@@ -22,6 +25,9 @@ eARCHIVE CWinZip::OpenCurrentFileInZip() {
     }
     m_stLecture.bOuvert = st.eCode == ARCHIVE_OK;
     return __eFaute(st);
+} catch (const std::exception&) {
+    m_clVolumes.Release();
+    return NoMemory(ARCHIVE_BAD);
 }
 
 STZipFault CWinZip::__stOpenEntry(const STCentralHeader& rst) {

@@ -8,8 +8,10 @@
 #include <cerrno>
 #include <climits>
 #include <ctime>
+#include <exception>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 #include "framework/x_error.h"
 
 namespace kalmo {
@@ -156,7 +158,8 @@ bool bReport(bool bSuccess, std::wstring_view svPath, CXError* pclError) {
 
 }  // namespace
 
-bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission) {
+bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission) try {
+    const CMemoryScope clScope;
     m_clFd.Reset();
     m_i64Position = 0;
     const CXYString<char> csPath = csSystemPath(svPath);
@@ -172,6 +175,8 @@ bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission
         case eMODE::Create: m_clFd.Reset(nCreate(csPath.pszGet(), unPermission)); break;
     }
     return bIsOpen();
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CDiskFile::bClose() {
@@ -278,26 +283,39 @@ bool CDiskFile::bSetPermission(mode_t unPermission) {
     return ::fchmod(m_clFd.nGet(), unPermission) == 0;
 }
 
-bool CDiskFile::bFileExists(std::wstring_view svPath) {
+bool CDiskFile::bFileExists(std::wstring_view svPath) try {
+    const CMemoryScope clScope;
     struct stat st {};
     return bStat(svPath, &st) && !S_ISDIR(st.st_mode);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CDiskFile::bDirectoryExists(std::wstring_view svPath) {
+bool CDiskFile::bDirectoryExists(std::wstring_view svPath) try {
+    const CMemoryScope clScope;
     struct stat st {};
     return bStat(svPath, &st) && S_ISDIR(st.st_mode);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CDiskFile::bDelete(std::wstring_view svPath, CXError* pclError) {
+bool CDiskFile::bDelete(std::wstring_view svPath, CXError* pclError) try {
+    const CMemoryScope clScope;
     const CXYString<char> csPath = csSystemPath(svPath);
     return bReport(!csPath.bEmpty() && ::unlink(csPath.pszGet()) == 0, svPath, pclError);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CDiskFile::bCreateDirectory(std::wstring_view svPath, CXError* pclError) {
+bool CDiskFile::bCreateDirectory(std::wstring_view svPath, CXError* pclError) try {
+    const CMemoryScope clScope;
     return bReport(bMakeDirectories(svPath), svPath, pclError);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CDiskFile::bSameDirectoryName(std::wstring_view svLeft, std::wstring_view svRight) {
+bool CDiskFile::bSameDirectoryName(std::wstring_view svLeft, std::wstring_view svRight) try {
+    const CMemoryScope clScope;
     if (svLeft.empty() || svRight.empty()) {
         return false;
     }
@@ -308,20 +326,29 @@ bool CDiskFile::bSameDirectoryName(std::wstring_view svLeft, std::wstring_view s
     struct stat stRight {};
     return bStat(svLeft, &stLeft) && bStat(svRight, &stRight) && stLeft.st_dev == stRight.st_dev &&
            stLeft.st_ino == stRight.st_ino;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CDiskFile::bSetFileOwnerUnix(std::wstring_view svPath, uid_t unUser, gid_t unGroup) {
+bool CDiskFile::bSetFileOwnerUnix(std::wstring_view svPath, uid_t unUser, gid_t unGroup) try {
+    const CMemoryScope clScope;
     const CUniqueFd clFd = clOpenToChange(svPath);
     return clFd.bValid() && ::fchown(clFd.nGet(), unUser, unGroup) == 0;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-int CDiskFile::Unix_chmod(std::wstring_view svPath, mode_t unPermission) {
+int CDiskFile::Unix_chmod(std::wstring_view svPath, mode_t unPermission) try {
+    const CMemoryScope clScope;
     const CUniqueFd clFd = clOpenToChange(svPath);
     return clFd.bValid() ? ::fchmod(clFd.nGet(), unPermission) : -1;
+} catch (const std::exception&) {
+    return NoMemory(-1);
 }
 
 bool CDiskFile::MakePath(CPathBuffer& rszOut, std::wstring_view svDirectory, std::wstring_view svBaseName,
-                         std::wstring_view svExtension) {
+                         std::wstring_view svExtension) try {
+    const CMemoryScope clScope;
     CFSPath clPath;
     const bool bMade = clPath.bSet(svDirectory) && clPath.bAppend(svBaseName, svExtension);
     if (!bMade) {
@@ -330,6 +357,9 @@ bool CDiskFile::MakePath(CPathBuffer& rszOut, std::wstring_view svDirectory, std
     }
     clPath.CopyTo(rszOut);
     return true;
+} catch (const std::exception&) {
+    rszOut[0] = L'\0';
+    return NoMemory(false);
 }
 
 bool CDiskFile::bSyncFileSystem(std::wstring_view svDirectory) {
@@ -337,7 +367,8 @@ bool CDiskFile::bSyncFileSystem(std::wstring_view svDirectory) {
     return clDirectory.bOpen(svDirectory, eMODE::ReadDirectory) && ::syncfs(clDirectory.m_clFd.nGet()) == 0;
 }
 
-bool CDiskFile::bLoad(std::wstring_view svPath, std::size_t nMax, std::string* pcsContent) {
+bool CDiskFile::bLoad(std::wstring_view svPath, std::size_t nMax, std::string* pcsContent) try {
+    const CMemoryScope clScope;
     CDiskFile clFile;
     if (!clFile.bOpen(svPath, eMODE::Read)) {
         return false;
@@ -358,6 +389,8 @@ bool CDiskFile::bLoad(std::wstring_view svPath, std::size_t nMax, std::string* p
     } while (nRead == sizeof szPiece);
     *pcsContent = std::move(csContent);
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CDiskFile::bFindFirst(std::wstring_view svPattern, unsigned dwMask, CFileSearch* pclSearch) {

@@ -2,7 +2,10 @@
 
 #include <array>
 #include <cstring>
+#include <exception>
 #include <limits>
+
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -219,7 +222,8 @@ class CNoteSearch {
 }  // namespace
 
 std::optional<std::string> csFindElfNote(IXStream& rclStream, std::string_view svOwner,
-                                         std::uint32_t dwType) {
+                                         std::uint32_t dwType) try {
+    const CMemoryScope clScope;
     CElfCursor clCursor(rclStream);
     clCursor.Identify();
     const STTables stTables = stReadTables(clCursor);
@@ -229,6 +233,8 @@ std::optional<std::string> csFindElfNote(IXStream& rclStream, std::string_view s
     CNoteSearch clSearch(clCursor, svOwner, dwType);
     auto csFound = clSearch.csInTable(stTables.stSegments, PT_NOTE, stReadSegment);
     return csFound ? csFound : clSearch.csInTable(stTables.stSections, SHT_NOTE, stReadSection);
+} catch (const std::exception&) {
+    return NoMemory(std::optional<std::string>());
 }
 
 }  // namespace kalmo

@@ -1,11 +1,14 @@
 #include "framework/file_search.h"
 
+#include <exception>
+
 #include <fcntl.h>
 #include <fnmatch.h>
 #include <sys/stat.h>
 
 #include "framework/conversion.h"
 #include "framework/fs_path.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -28,7 +31,8 @@ std::string csMatcher(std::wstring_view svPattern) {
 
 }  // namespace
 
-bool CFileSearch::bFirst(std::wstring_view svPattern, unsigned dwMask) {
+bool CFileSearch::bFirst(std::wstring_view svPattern, unsigned dwMask) try {
+    const CMemoryScope clScope;
     Close();
     CFSPath clPattern;
     if (!clPattern.bSet(svPattern)) {
@@ -41,9 +45,13 @@ bool CFileSearch::bFirst(std::wstring_view svPattern, unsigned dwMask) {
     m_dwMask = dwMask;
     m_pclDir.reset(::opendir(csToUTF8(csDirectory).pszGet()));
     return bNext();
+} catch (const std::exception&) {
+    Close();
+    return NoMemory(false);
 }
 
-bool CFileSearch::bNext() {
+bool CFileSearch::bNext() try {
+    const CMemoryScope clScope;
     while (m_pclDir) {
         const dirent* const pstEntry = ::readdir(m_pclDir.get());
         if (pstEntry == nullptr) {
@@ -61,6 +69,9 @@ bool CFileSearch::bNext() {
     }
     Close();
     return false;
+} catch (const std::exception&) {
+    Close();
+    return NoMemory(false);
 }
 
 void CFileSearch::Close() {

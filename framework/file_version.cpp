@@ -1,10 +1,12 @@
 #include "framework/file_version.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "framework/disk_file.h"
 #include "framework/elf_note.h"
 #include "framework/json_text.h"
+#include "framework/memory_scope.h"
 #include "framework/read_cache.h"
 
 namespace kalmo {
@@ -22,13 +24,17 @@ bool bControl(wchar_t c) {
 
 }  // namespace
 
-bool CFileVersion::bInit(std::wstring_view svPath) {
+bool CFileVersion::bInit(std::wstring_view svPath) try {
+    const CMemoryScope clScope;
     m_csVersion.Empty();
     CDiskFile clFile;
     return clFile.bOpen(svPath, CDiskFile::eMODE::Read) && bInit(clFile);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CFileVersion::bInit(IXStream& rclStream) {
+bool CFileVersion::bInit(IXStream& rclStream) try {
+    const CMemoryScope clScope;
     m_csVersion.Empty();
     CReadCache clCache(rclStream, nWindow);
     const auto csNote = csFindElfNote(clCache, svOwner, NT_FDO_PACKAGING_METADATA);
@@ -42,6 +48,8 @@ bool CFileVersion::bInit(IXStream& rclStream) {
     }
     m_csVersion = *csVersion;
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CFileVersion::bGetString(std::wstring_view svName, CTString* pcsValue) const {

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
-#include <new>
+#include <exception>
 #include <string>
 
 #include "framework/conversion.h"
 #include "framework/format_message_scanner.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -188,7 +189,8 @@ std::uint64_t CFormatArg::u64GetUnsigned(int nBits) const noexcept {
     return m_u64Bits << nShift >> nShift;
 }
 
-bool bFormatMessage(std::wstring_view svTemplate, CFormatArgList tabArg, CTString* pcsOut) {
+bool bFormatMessage(std::wstring_view svTemplate, CFormatArgList tabArg, CTString* pcsOut) try {
+    const CMemoryScope clScope;
     CMessageBuilder clBuilder(tabArg);
     CMessageScanner clScanner(svTemplate);
     for (;;) {
@@ -208,6 +210,8 @@ bool bFormatMessage(std::wstring_view svTemplate, CFormatArgList tabArg, CTStrin
             case STMessagePiece::eKIND::Broken: return false;
         }
     }
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 unsigned FormatMessage(unsigned dwFlags, const wchar_t* pszSource, unsigned /*dwMessageId*/,
@@ -223,7 +227,7 @@ unsigned FormatMessage(unsigned dwFlags, const wchar_t* pszSource, unsigned /*dw
     const std::size_t nRoom = std::max<std::size_t>(nLength + 1, dwMinSize);
     auto* pszBuffer = static_cast<wchar_t*>(std::calloc(nRoom, sizeof(wchar_t)));
     if (pszBuffer == nullptr) {
-        throw std::bad_alloc();
+        return NoMemory(0U);
     }
     csMessage.svGet().copy(pszBuffer, nLength);
     *ppszBuffer = pszBuffer;

@@ -1,34 +1,46 @@
 #include "framework/fs_path.h"
 
+#include <exception>
+
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 
-bool CFSPath::bSet(std::wstring_view svPath) {
+bool CFSPath::bSet(std::wstring_view svPath) try {
+    const CMemoryScope clScope;
     if (svPath.size() > nTailleMaxPath || svPath.find(L'\0') != std::wstring_view::npos) {
         return false;
     }
     m_csPath = CTString(svPath);
     m_csPath.Replace(L'\\', L'/');
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CFSPath::bAppend(std::wstring_view svName) {
+bool CFSPath::bAppend(std::wstring_view svName) try {
+    const CMemoryScope clScope;
     CTString csJoined = m_csPath;
     if (!csJoined.bEmpty() && csJoined.svGet().back() != L'/') {
         csJoined += L'/';
     }
     csJoined += svName;
     return bSet(csJoined);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CFSPath::bAppend(std::wstring_view svBaseName, std::wstring_view svExtension) {
+bool CFSPath::bAppend(std::wstring_view svBaseName, std::wstring_view svExtension) try {
+    const CMemoryScope clScope;
     CTString csName(svBaseName);
     if (!svExtension.empty()) {
         csName += L'.';
         csName += svExtension;
     }
     return bAppend(csName);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CFSPath::bAddTrailingSlash() {

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <exception>
 #include <string>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -199,7 +201,8 @@ class CJsonScanner {
 
 }  // namespace
 
-std::optional<CTString> csJsonString(std::string_view svJson, std::string_view svName) {
+std::optional<CTString> csJsonString(std::string_view svJson, std::string_view svName) try {
+    const CMemoryScope clScope;
     std::optional<std::string> csFound;
     if (!CJsonScanner(svJson).bDocument(svName, &csFound) || !csFound) {
         return std::nullopt;
@@ -207,6 +210,8 @@ std::optional<CTString> csJsonString(std::string_view svJson, std::string_view s
     const CTString csWide = csFromUTF8(*csFound);
     // The conversion carries stray bytes along; a JSON text has none.
     return std::ranges::none_of(csWide.svGet(), bStrayByte) ? std::optional(csWide) : std::nullopt;
+} catch (const std::exception&) {
+    return NoMemory(std::optional<CTString>());
 }
 
 }  // namespace kalmo

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
+
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 
@@ -16,7 +19,8 @@ bool CMemoryStream::bRead(void* pBuffer, std::size_t nSize, std::size_t* pnRead)
     return true;
 }
 
-bool CMemoryStream::bWrite(const void* pBuffer, std::size_t nSize) {
+bool CMemoryStream::bWrite(const void* pBuffer, std::size_t nSize) try {
+    const CMemoryScope clScope;
     if (nSize == 0) {
         return true;
     }
@@ -28,6 +32,8 @@ bool CMemoryStream::bWrite(const void* pBuffer, std::size_t nSize) {
     std::memcpy(m_tabByte.data() + nStart, pBuffer, nSize);
     m_i64Position += static_cast<std::int64_t>(nSize);
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CMemoryStream::bSeek(std::int64_t i64Position) {
@@ -38,12 +44,15 @@ bool CMemoryStream::bSeek(std::int64_t i64Position) {
     return true;
 }
 
-bool CMemoryStream::bTruncate(std::int64_t i64Length) {
+bool CMemoryStream::bTruncate(std::int64_t i64Length) try {
+    const CMemoryScope clScope;
     if (i64Length < 0) {
         return false;
     }
     m_tabByte.resize(static_cast<std::size_t>(i64Length));
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 }  // namespace kalmo

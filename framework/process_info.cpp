@@ -6,13 +6,16 @@
 
 #include <array>
 #include <clocale>
+#include <exception>
 #include <string_view>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 
-bool GetModuleFileNameW(CPathBuffer& rszOut) {
+bool GetModuleFileNameW(CPathBuffer& rszOut) try {
+    const CMemoryScope clScope;
     rszOut[0] = L'\0';
     // Room for 260 characters of the longest UTF-8 form; a path that fills it is too long in any case.
     std::array<char, 4 * nTailleMaxPath + 1> tabPath{};
@@ -26,11 +29,16 @@ bool GetModuleFileNameW(CPathBuffer& rszOut) {
     }
     clPath.CopyTo(rszOut);
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool bGetHomeDirectory(CFSPath* pclOut) {
+bool bGetHomeDirectory(CFSPath* pclOut) try {
+    const CMemoryScope clScope;
     const passwd* const pstUser = ::getpwuid(::getuid());
     return pstUser != nullptr && pclOut->bSet(csFromUTF8(pstUser->pw_dir));
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 void SetLocaleUTF8() {

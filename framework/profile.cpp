@@ -1,11 +1,18 @@
 #include "framework/profile.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <optional>
 #include <string>
 
+#include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/errno_kept.h"
+#include "framework/memory_scope.h"
 #include "framework/process_info.h"
 #include "framework/profile_encoding.h"
 #include "framework/profile_file.h"
@@ -55,17 +62,54 @@ CTString csAnswer(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_
     return bFound ? csFound : CTString(pszDefault);
 }
 
-bool bOpenForWriting(const wchar_t* pszFile, CDiskFile* pclFile) {
-    CPathBuffer szPath;
-    if (!__PrivateProfilePatchName(pszFile, szPath)) {
+// A change of a profile file, whose texts are borrowed.
+struct STChange {
+    const wchar_t* pszSection;
+    const wchar_t* pszKey;    ///< null to remove the section
+    const wchar_t* pszValue;  ///< null to remove the key
+
+    [[nodiscard]] bool bRemoves() const noexcept { return pszKey == nullptr || pszValue == nullptr; }
+    [[nodiscard]] bool bAllowed() const {
+        return pszSection != nullptr && (bRemoves() || CProfileFile::bWritable(pszSection, pszKey, pszValue));
+    }
+};
+
+// Makes the change in an open file, and closes it.
+bool bChange(CDiskFile& rclFile, const STChange& rst) try {
+    const CMemoryScope clScope;
+    CProfileFile clProfile(rclFile);
+    const bool bWritten = rst.pszKey == nullptr ? clProfile.bRemoveSection(rst.pszSection)
+                          : rst.pszValue == nullptr
+                              ? clProfile.bRemoveKey(rst.pszSection, rst.pszKey)
+                              : clProfile.bSetValue(rst.pszSection, rst.pszKey, rst.pszValue);
+    return rclFile.bClose() && bWritten;
+} catch (const std::exception&) {
+    return NoMemory(false);
+}
+
+// Makes the change where there is no file yet. The file stays only when there is something in it: nothing is
+// created for a removal, which succeeds where the file could be created.
+bool bChangeNew(std::wstring_view svPath, const STChange& rst) {
+    const CXYString<char> csPath = csToUTF8(svPath);
+    CDiskFile clFile;
+    if (rst.bRemoves()) {
+        const CXYString<char> csDirectory = csToUTF8(CFSPath::stSplit(svPath).svDirectory);
+        return ::faccessat(AT_FDCWD, csDirectory.pszGet(), W_OK | X_OK, AT_EACCESS) == 0;
+    }
+    if (!clFile.bOpen(svPath, CDiskFile::eMODE::Create)) {
         return false;
     }
-    return pclFile->bOpen(szPath, CDiskFile::eMODE::ReadWrite) ||
-           (errno == ENOENT && pclFile->bOpen(szPath, CDiskFile::eMODE::Create));
+    const bool bChanged = bChange(clFile, rst);
+    if (!bChanged) {
+        const CErrnoKept clKept;
+        ::unlink(csPath.pszGet());
+    }
+    return bChanged;
 }
 
 // The home directory, a "/" and a name. False, with an empty result, when that cannot be had.
-bool bInHomeDirectory(std::wstring_view svName, CPathBuffer& rszOut) {
+bool bInHomeDirectory(std::wstring_view svName, CPathBuffer& rszOut) try {
+    const CMemoryScope clScope;
     rszOut[0] = L'\0';
     CFSPath clHome;
     CFSPath clPath;
@@ -74,6 +118,8 @@ bool bInHomeDirectory(std::wstring_view svName, CPathBuffer& rszOut) {
     }
     clPath.CopyTo(rszOut);
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 // The per-user file as the name argument of the other calls; null when there is none.
@@ -91,45 +137,62 @@ class CUserFile {
 }  // namespace
 
 unsigned GetPrivateProfileStringW(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszDefault,
-                                  wchar_t* pszBuffer, unsigned dwSize, const wchar_t* pszFile) {
+                                  wchar_t* pszBuffer, unsigned dwSize, const wchar_t* pszFile) try {
+    const CMemoryScope clScope;
     const CTString csAnswered = csAnswer(pszSection, pszKey, pszDefault, dwSize, pszFile);
     return dwCopyOut(csAnswered.svGet(), pszBuffer, dwSize);
+} catch (const std::exception&) {
+    return NoMemory(
+        dwCopyOut(std::wstring_view(pszDefault == nullptr ? L"" : pszDefault), pszBuffer, dwSize));
 }
 
 unsigned GetPrivateProfileStringA(const char* pszSection, const char* pszKey, const char* pszDefault,
-                                  char* pszBuffer, unsigned dwSize, const char* pszFile) {
+                                  char* pszBuffer, unsigned dwSize, const char* pszFile) try {
+    const CMemoryScope clScope;
     const CTString csAnswered =
         csAnswer(CWideArgument(pszSection).pszGet(), CWideArgument(pszKey).pszGet(),
                  CWideArgument(pszDefault).pszGet(), dwSize, CWideArgument(pszFile).pszGet());
     const std::string csNarrow = csEncode(eENCODAGE::Octets, csAnswered);
     return dwCopyOut(std::string_view(csNarrow), pszBuffer, dwSize);
+} catch (const std::exception&) {
+    return NoMemory(dwCopyOut(std::string_view(pszDefault == nullptr ? "" : pszDefault), pszBuffer, dwSize));
 }
 
 int GetPrivateProfileInt(const wchar_t* pszSection, const wchar_t* pszKey, int nDefault,
-                         const wchar_t* pszFile) {
+                         const wchar_t* pszFile) try {
+    const CMemoryScope clScope;
     std::array<wchar_t, nTailleEntier> szValue{};
     GetPrivateProfileStringW(pszSection, pszKey, std::to_wstring(nDefault).c_str(), szValue.data(),
                              static_cast<unsigned>(szValue.size()), pszFile);
     return nEntierDeValeur(szValue.data());
+} catch (const std::exception&) {
+    return NoMemory(nDefault);
 }
 
 bool WritePrivateProfileStringW(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszValue,
-                                const wchar_t* pszFile) {
+                                const wchar_t* pszFile) try {
+    const CMemoryScope clScope;
+    const STChange st{pszSection, pszKey, pszValue};
+    CPathBuffer szPath;
     CDiskFile clFile;
-    if (pszSection == nullptr || !bOpenForWriting(pszFile, &clFile)) {
+    if (!st.bAllowed() || !__PrivateProfilePatchName(pszFile, szPath)) {
         return false;
     }
-    CProfileFile clProfile(clFile);
-    const bool bWritten = pszKey == nullptr     ? clProfile.bRemoveSection(pszSection)
-                          : pszValue == nullptr ? clProfile.bRemoveKey(pszSection, pszKey)
-                                                : clProfile.bSetValue(pszSection, pszKey, pszValue);
-    return clFile.bClose() && bWritten;
+    if (clFile.bOpen(szPath, CDiskFile::eMODE::ReadWrite)) {
+        return bChange(clFile, st);
+    }
+    return errno == ENOENT && bChangeNew(szPath, st);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool WritePrivateProfileStringA(const char* pszSection, const char* pszKey, const char* pszValue,
-                                const char* pszFile) {
+                                const char* pszFile) try {
+    const CMemoryScope clScope;
     return WritePrivateProfileStringW(CWideArgument(pszSection).pszGet(), CWideArgument(pszKey).pszGet(),
                                       CWideArgument(pszValue).pszGet(), CWideArgument(pszFile).pszGet());
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 unsigned GetProfileString(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszDefault,

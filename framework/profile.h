@@ -33,7 +33,8 @@ int GetPrivateProfileInt(const wchar_t* pszSection, const wchar_t* pszKey, int n
                          const wchar_t* pszFile);
 
 /// Writes a value, changing the file in place. A null pszValue removes the key, a null pszKey the section
-/// with all its lines. A file that is not there is created, 8-bit and with mode 0644 less the umask.
+/// with all its lines. A file that is not there is created, 8-bit and with mode 0644 less the umask; a write
+/// that is refused or fails leaves no new file, nor does a removal.
 /// False when pszSection is null, when a text to be written holds a line break, and when the file cannot be
 /// opened, created or written.
 bool WritePrivateProfileStringW(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_t* pszValue,

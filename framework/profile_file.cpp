@@ -114,9 +114,14 @@ CProfileFile::STPlace CProfileFile::__stFindKey(CProfileReader& rclReader, std::
     return stPlace;
 }
 
+bool CProfileFile::bWritable(std::wstring_view svSection, std::wstring_view svKey,
+                             std::wstring_view svValue) {
+    return bOneLine(svSection) && bOneLine(svKey) && bOneLine(svValue);
+}
+
 bool CProfileFile::bSetValue(std::wstring_view svSection, std::wstring_view svKey,
                              std::wstring_view svValue) {
-    if (!bOneLine(svSection) || !bOneLine(svKey) || !bOneLine(svValue)) {
+    if (!bWritable(svSection, svKey, svValue)) {
         return false;
     }
     CProfileReader clReader(m_rclStream);

@@ -32,10 +32,13 @@ class CProfileFile {
     /// The names of a section's keys in the same form. False when there is no key.
     bool bListKeys(std::wstring_view svSection, std::size_t nMax, CTString* pcsList);
 
+    /// True when these texts can be written: none holds a line feed, a carriage return or a null, none of
+    /// which could be read back.
+    static bool bWritable(std::wstring_view svSection, std::wstring_view svKey, std::wstring_view svValue);
     /// Gives a key a value: replaces its line, or adds one before the first empty line of the section or at
     /// its end, or adds the section at the end of the file. A file whose last line has no line feed gets one
-    /// before text is added behind it. False when a text holds a line feed, a carriage return or a null, none
-    /// of which could be read back, and when the file cannot be read or written.
+    /// before text is added behind it. False when a text is not writable, and when the file cannot be read or
+    /// written.
     bool bSetValue(std::wstring_view svSection, std::wstring_view svKey, std::wstring_view svValue);
     /// Removes a key's line. True too when there is none; false when the file cannot be read or written.
     bool bRemoveKey(std::wstring_view svSection, std::wstring_view svKey);

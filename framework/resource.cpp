@@ -3,12 +3,14 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "framework/conversion.h"
 #include "framework/language.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -90,7 +92,8 @@ void DLLRES_Term() {
 }
 
 int DLLRES_nLoadString(const _stMyModuleInfo* pstModule, unsigned unId, wchar_t* pszBuffer, int nSize,
-                       int nLangue) {
+                       int nLangue) try {
+    const CMemoryScope clScope;
     if (pszBuffer == nullptr || nSize <= 0) {
         return 0;
     }
@@ -102,10 +105,15 @@ int DLLRES_nLoadString(const _stMyModuleInfo* pstModule, unsigned unId, wchar_t*
     csText.svGet().copy(pszBuffer, nLength);
     pszBuffer[nLength] = L'\0';
     return static_cast<int>(nLength);
+} catch (const std::exception&) {
+    return NoMemory(0);
 }
 
-bool DLLRES_bLoadString(const _stMyModuleInfo* pstModule, unsigned unId, CTString* pcsOut, int nLangue) {
+bool DLLRES_bLoadString(const _stMyModuleInfo* pstModule, unsigned unId, CTString* pcsOut, int nLangue) try {
+    const CMemoryScope clScope;
     return bLoadFromOverride(unId, pcsOut, nLangue) || bLoadFromBlock(pstModule, unId, pcsOut, nLangue);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 int DLLRES_nGetUtilisation(const _stMyModuleInfo* pstModule, unsigned unId, int nLangue) {
@@ -119,23 +127,30 @@ unsigned DLLRES_dwFormatMessage(const wchar_t* pszFormat, wchar_t** ppszOut, CFo
 }
 
 int DLLRES_nFormatMessageList(const _stMyModuleInfo* pstModule, unsigned unId, wchar_t** ppszResult,
-                              CFormatArgList tabArg) {
+                              CFormatArgList tabArg) try {
+    const CMemoryScope clScope;
     CTString csTemplate;
     *ppszResult = nullptr;
     if (!DLLRES_bLoadString(pstModule, unId, &csTemplate)) {
         return 0;
     }
     return static_cast<int>(DLLRES_dwFormatMessage(csTemplate.pszGet(), ppszResult, tabArg));
+} catch (const std::exception&) {
+    return NoMemory(0);
 }
 
 bool DLLRES_bFormatMessageList(const _stMyModuleInfo* pstModule, unsigned unId, CTString* pcsOut,
-                               CFormatArgList tabArg) {
+                               CFormatArgList tabArg) try {
+    const CMemoryScope clScope;
     CTString csTemplate;
     return DLLRES_bLoadString(pstModule, unId, &csTemplate) && bFormatMessage(csTemplate, tabArg, pcsOut);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool DLLRES_bFormatMessageSingulierPlurielList(const _stMyModuleInfo* pstModule, int nForm, unsigned unId,
-                                               CTString* pcsOut, CFormatArgList tabArg) {
+                                               CTString* pcsOut, CFormatArgList tabArg) try {
+    const CMemoryScope clScope;
     CTString csText;
     if (nForm < 0 || !DLLRES_bLoadString(pstModule, unId, &csText)) {
         return false;
@@ -149,6 +164,8 @@ bool DLLRES_bFormatMessageSingulierPlurielList(const _stMyModuleInfo* pstModule,
         svRest.remove_prefix(nEnd + 1);
     }
     return bFormatMessage(svRest.substr(0, svRest.find(L'\n')), tabArg, pcsOut);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 void DLLRES_SetLoadStringTVM(PFNLoadStringTVM pfnLoadString) {

@@ -1,5 +1,7 @@
 #include "framework/string_allocator.h"
 
+#include "framework/memory_scope.h"
+
 namespace kalmo {
 
 std::atomic<std::pmr::memory_resource*> CStringAllocator::ms_pclPublished{nullptr};
@@ -11,6 +13,7 @@ CStringAllocator& CStringAllocator::__Instance() noexcept {
 }
 
 void CStringAllocator::sInit() noexcept {
+    CMemoryScope::sInit();
     ms_pclPublished = &__Instance();
 }
 

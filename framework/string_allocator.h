@@ -14,7 +14,8 @@ namespace kalmo {
 /// outside that span use the standard heap and free correctly either way.
 class CStringAllocator final : public std::pmr::memory_resource {
   public:
-    /// Publishes the allocator: strings made from now on live in it.
+    /// Publishes the allocator: strings made from now on live in it. What happens when memory runs out is
+    /// from now on as CMemoryScope says.
     static void sInit() noexcept;
     /// Withdraws it again. Returns how many blocks are still held by living strings.
     static std::size_t sTerm() noexcept;

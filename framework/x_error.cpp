@@ -4,6 +4,7 @@
 #include <new>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "framework/conversion.h"
 
@@ -21,7 +22,7 @@ template <class... TArg>
 CTString csRemark(std::wstring_view svTemplate, const TArg&... arg) {
     const std::array<CFormatArg, sizeof...(TArg)> tabArg{CFormatArg(arg)...};
     CTString cs;
-    bFormatMessage(svTemplate, tabArg, &cs);
+    bThrowingNoMemory([&] { return bFormatMessage(svTemplate, tabArg, &cs); });
     return cs;
 }
 
@@ -35,6 +36,7 @@ CTString csSystemText(unsigned dwCode) {
 template <class F>
 bool CXError::__bGuarded(F fAction) noexcept {
     try {
+        const CMemoryScope clScope;
         fAction();
         return true;
     } catch (const std::bad_alloc&) {
@@ -95,12 +97,14 @@ void CXError::__SetCode(const STErrorModule* pstModule, unsigned unCode, int nLa
 /// Makes the message from the module's text. nLastError is the errno that the caller of the object had.
 void CXError::__Message(int nLastError) {
     CTString csText;
-    if (!DLLRES_bLoadString(m_st.pstModule->pstTexts, m_st.unResource, &csText)) {
+    const auto bLoad = [&] { return DLLRES_bLoadString(m_st.pstModule->pstTexts, m_st.unResource, &csText); };
+    const auto bFormat = [&] { return bFormatMessage(csText, m_st.clArguments.tabGet(), &m_st.csMessage); };
+    if (!bThrowingNoMemory(bLoad)) {
         m_st.csMessage = csRemark(L"##(CXError)-Ressource <%1!u!> non charg\u00E9e##", m_st.unResource);
     } else if (csText.bEmpty()) {
         m_st.csMessage = csRemark(L"##(CXError)-Ressource <%1!u!> vide. LastError = <%2!u!>##",
                                   m_st.unResource, nLastError);
-    } else if (!bFormatMessage(csText, m_st.clArguments.tabGet(), &m_st.csMessage)) {
+    } else if (!bThrowingNoMemory(bFormat)) {
         m_st.csMessage = csText;
     }
 }
@@ -165,11 +169,8 @@ void CXError::AddSubErrorLightNoUserMessage(const CXError& rclError) noexcept {
 }
 
 void CXError::__AddSubError(const CXError& rclError, bool bLight, bool bUserMessage) noexcept {
-    std::unique_ptr<CXError, STRelease> pclCopy(new (std::nothrow) CXError);
-    if (!pclCopy) {
-        return;
-    }
     __bGuarded([&] {
+        std::unique_ptr<CXError, STRelease> pclCopy(new CXError);
         pclCopy->m_st = rclError.m_st;
         if (!bLight) {
             pclCopy->__CopySubErrors(rclError);
@@ -196,16 +197,34 @@ const CXError* CXError::pclGetSubError(int nRank) const noexcept {
                                                   : nullptr;
 }
 
+// The sub-errors from before are kept until the end: the source may be one of them.
+
 void CXError::Copy(const CXError& rclError) noexcept {
     if (this != &rclError) {
-        LightCopy(rclError);
+        const auto tabBefore = std::move(m_tabSubError);
+        __CopyContent(rclError);
         __bGuarded([&] { __CopySubErrors(rclError); });
     }
 }
 
 void CXError::LightCopy(const CXError& rclError) noexcept {
-    DeleteAllSubError();
-    __bGuarded([&] { m_st = rclError.m_st; });
+    const auto tabBefore = std::move(m_tabSubError);
+    __CopyContent(rclError);
+}
+
+void CXError::__CopyContent(const CXError& rclError) noexcept {
+    const bool bCopied = this == &rclError || __bGuarded([&] {
+                             STContent st = rclError.m_st;
+                             m_st = std::move(st);
+                         });
+    if (!bCopied) {
+        m_st = {};
+        m_st.pstModule = rclError.m_st.pstModule;
+        m_st.unCode = rclError.m_st.unCode;
+        m_st.unResource = rclError.m_st.unResource;
+        m_st.eLevel = rclError.m_st.eLevel;
+        m_st.bNoMemory = true;
+    }
 }
 
 }  // namespace kalmo

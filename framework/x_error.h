@@ -10,6 +10,7 @@
 #include <variant>
 
 #include "framework/array.h"
+#include "framework/memory_scope.h"
 #include "framework/tv_unknown.h"
 #include "framework/x_error_argument.h"
 #include "framework/x_error_info.h"
@@ -103,7 +104,8 @@ class CXError : public CTVUnknown {
 
     // --- Information items: see CXErrorInfoList ---
 
-    /// Add an item; one whose value is not of the kind's type is left out.
+    /// Add an item, also when there are items of that kind already; one whose value is not of the kind's type
+    /// is left out.
     void AddInfo(eERRORINFOTYPE eKind) noexcept {
         __AddInfo(eKind, [] { return std::monostate(); });
     }
@@ -117,12 +119,12 @@ class CXError : public CTVUnknown {
     void AddInfo(eERRORINFOTYPE eKind, const void* p) noexcept {
         __AddInfo(eKind, [p] { return p; });
     }
-    /// The item of a kind; null when there is none.
+    /// The first item of a kind; null when there is none.
     [[nodiscard]] const _stERRORINFO* GetInfo(eERRORINFOTYPE eKind) const noexcept {
         return m_st.clInfo.pstFind(eKind);
     }
-    /// The value of an item: T is CTString, std::int64_t or const void*. False, with *pOut untouched, when
-    /// there is no item of that kind with a value of that type.
+    /// The value of the first item of a kind: T is CTString, std::int64_t or const void*. False, with *pOut
+    /// untouched, when there is no item of that kind or its values are of another type.
     template <class T>
     bool bGetInfo(eERRORINFOTYPE eKind, T* pOut) const noexcept {
         const _stERRORINFO* pst = GetInfo(eKind);
@@ -133,12 +135,15 @@ class CXError : public CTVUnknown {
         return pValue != nullptr;
     }
     [[nodiscard]] bool bHasInfo(eERRORINFOTYPE eKind) const noexcept { return GetInfo(eKind) != nullptr; }
+    /// Removes all items of a kind.
     void DeleteInfo(eERRORINFOTYPE eKind) noexcept { m_st.clInfo.Delete(eKind); }
+    /// How many items there are, of all kinds.
     [[nodiscard]] int nNumInfo() const noexcept { return static_cast<int>(m_st.clInfo.nGetCount()); }
 
     // --- Sub-errors: the failures that led to this one, as copies that belong to it ---
 
-    /// Adds a copy with its own sub-errors (Light: without them; NoUserMessage: without user messages).
+    /// Adds a copy with its own sub-errors (Light: without them; NoUserMessage: without user messages). The
+    /// source may be this object or one of its sub-errors.
     void AddSubError(const CXError& rclError) noexcept;
     void AddSubErrorLight(const CXError& rclError) noexcept;
     void AddSubErrorNoUserMessage(const CXError& rclError) noexcept;
@@ -148,7 +153,9 @@ class CXError : public CTVUnknown {
     [[nodiscard]] int nGetNbSubError() const noexcept { return static_cast<int>(m_tabSubError.nGetCount()); }
     void DeleteAllSubError() noexcept { m_tabSubError.DeleteAll(); }
 
-    /// Makes this object a copy of another one, with its sub-errors or without any.
+    /// Makes this object a copy of another one, with its sub-errors or without any. The source may be one of
+    /// this object's own sub-errors. Where memory does not suffice for the whole, code, module and level come
+    /// over alone.
     void Copy(const CXError& rclError) noexcept;
     void LightCopy(const CXError& rclError) noexcept;
 
@@ -156,7 +163,7 @@ class CXError : public CTVUnknown {
 
     /// The parts asked for, as lines that end in CR LF:
     ///     the user message
-    ///     System error CODE: TEXT                            when there is one
+    ///     System error CODE: TEXT                            when there is one; the language's text 4164
     ///     IE=MODULE.CODE, Module=<NAME>, Version=<VERSION>   a line each, when there is a module
     ///     Level=N, Function=<NAME>, Detail=N                 a line each, those that were set
     ///     the information items
@@ -205,6 +212,7 @@ class CXError : public CTVUnknown {
     template <class F>
     void __AddInfo(eERRORINFOTYPE eKind, F fValue) noexcept {
         try {
+            const CMemoryScope clScope;
             m_st.clInfo.bAdd(eKind, fValue());
         } catch (const std::bad_alloc&) {
             return;  // The item is left out.
@@ -213,6 +221,7 @@ class CXError : public CTVUnknown {
     void __SetCode(const STErrorModule* pstModule, unsigned unCode, int nLastError);
     void __Message(int nLastError);
     void __AddSubError(const CXError& rclError, bool bLight, bool bUserMessage) noexcept;
+    void __CopyContent(const CXError& rclError) noexcept;
     void __CopySubErrors(const CXError& rclError);
     void __Dump(unsigned unParts, const CTString& rcsRank, CTString* pcsOut) const;
 

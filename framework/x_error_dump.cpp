@@ -7,6 +7,8 @@
 namespace kalmo {
 namespace {
 
+constexpr unsigned unSYSTEM_ERROR = 4164;
+
 /// A text as lines that end in CR LF; nothing for an empty one.
 void AppendLines(std::wstring_view sv, CTString* pcsOut) {
     if (!sv.empty()) {
@@ -20,8 +22,21 @@ template <class... TArg>
 void AppendLine(CTString* pcsOut, std::wstring_view svTemplate, const TArg&... arg) {
     const std::array<CFormatArg, sizeof...(TArg)> tabArg{CFormatArg(arg)...};
     CTString cs;
-    if (bFormatMessage(svTemplate, tabArg, &cs)) {
+    if (bThrowingNoMemory([&] { return bFormatMessage(svTemplate, tabArg, &cs); })) {
         AppendLines(cs, pcsOut);
+    }
+}
+
+/// The line of the system error: the one that the operator reads too.
+void AppendSystemError(CTString* pcsOut, unsigned dwCode, const CTString& rcsMessage) {
+    CTString cs;
+    const auto bFormat = [&] {
+        return DLLRES_bFormatMessage(&gstMyModuleInfo604, unSYSTEM_ERROR, &cs, dwCode, rcsMessage);
+    };
+    if (bThrowingNoMemory(bFormat)) {
+        AppendLines(cs, pcsOut);
+    } else {
+        AppendLine(pcsOut, L"System error %1!u!: %2", dwCode, rcsMessage);
     }
 }
 
@@ -29,6 +44,7 @@ void AppendLine(CTString* pcsOut, std::wstring_view svTemplate, const TArg&... a
 
 CTString CXError::StringDump(eXERROR_INFO eParts) const noexcept {
     try {
+        const CMemoryScope clScope;
         CTString cs;
         __Dump(static_cast<unsigned>(eParts), CTString(), &cs);
         return cs;
@@ -39,6 +55,7 @@ CTString CXError::StringDump(eXERROR_INFO eParts) const noexcept {
 
 bool CXError::TraceDump(IXStream* pclTrace) const noexcept {
     try {
+        const CMemoryScope clScope;
         const CXYString<char> cs = csToUTF8(StringDump(eXERROR_INFO::All));
         return pclTrace->bWrite(cs.pszGet(), cs.nGetLength());
     } catch (const std::bad_alloc&) {
@@ -48,6 +65,7 @@ bool CXError::TraceDump(IXStream* pclTrace) const noexcept {
 
 void CXError::DumpInfo(CTString* pcsOut) const noexcept {
     try {
+        const CMemoryScope clScope;
         *pcsOut += m_st.clInfo.csDump();
     } catch (const std::bad_alloc&) {
         return;  // The lines are left out.
@@ -60,7 +78,7 @@ void CXError::__Dump(unsigned unParts, const CTString& rcsRank, CTString* pcsOut
         AppendLines(pszGetUserMessage(), pcsOut);
     }
     if (bWanted(eXERROR_INFO::SystemError) && (m_st.dwSystemCode != 0 || !m_st.csSystemMessage.bEmpty())) {
-        AppendLine(pcsOut, L"System error %1!u!: %2", m_st.dwSystemCode, m_st.csSystemMessage);
+        AppendSystemError(pcsOut, m_st.dwSystemCode, m_st.csSystemMessage);
     }
     if (bWanted(eXERROR_INFO::Context)) {
         if (m_st.pstModule != nullptr) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "framework/format_message.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -61,15 +62,18 @@ std::size_t nValueType(eERRORINFOTYPE eKind) {
     return svConversion.back() == L's' ? 1 : svConversion.back() == L'd' ? 2 : 3;
 }
 
-CTString csValue(const CXErrorInfoList::CValue& rValue) {
+/// A value as its kind's conversion prints it.
+CTString csValue(const CXErrorInfoList::CValue& rValue, std::wstring_view svConversion) {
     CTString cs;
     if (const auto* pcs = std::get_if<CTString>(&rValue)) {
         cs = *pcs;
     } else if (const auto* pi64 = std::get_if<std::int64_t>(&rValue)) {
-        cs = std::to_wstring(*pi64);
-    } else if (const auto* pp = std::get_if<const void*>(&rValue)) {
+        cs = std::to_wstring(svConversion == L"%d" ? static_cast<std::int32_t>(*pi64) : *pi64);
+    } else if (const auto* pp = std::get_if<const void*>(&rValue); pp != nullptr && *pp == nullptr) {
+        cs = CTString(L"(nil)");
+    } else if (pp != nullptr) {
         const CFormatArg clArg(*pp);
-        bFormatMessage(L"%1!p!", {&clArg, 1}, &cs);
+        bThrowingNoMemory([&] { return bFormatMessage(L"%1!p!", {&clArg, 1}, &cs); });
     }
     return cs;
 }
@@ -80,13 +84,7 @@ bool CXErrorInfoList::bAdd(eERRORINFOTYPE eKind, CValue value) {
     if (eKind < 0 || eKind > EIT_THREAD || value.index() != nValueType(eKind)) {
         return false;
     }
-    const auto it = std::find_if(m_tabItem.begin(), m_tabItem.end(),
-                                 [eKind](const _stERRORINFO& rst) { return rst.eKind == eKind; });
-    if (it != m_tabItem.end()) {
-        it->value = std::move(value);
-    } else {
-        m_tabItem.push_back({eKind, std::move(value)});
-    }
+    m_tabItem.push_back({eKind, std::move(value)});
     return true;
 }
 
@@ -105,7 +103,7 @@ CTString CXErrorInfoList::csDump() const {
     for (const _stERRORINFO& rst : m_tabItem) {
         const STFormat stFormat = stSplit(rst.eKind);
         cs += stFormat.svBefore;
-        cs += csValue(rst.value);
+        cs += csValue(rst.value, stFormat.svConversion);
         cs += stFormat.svAfter;
         cs += L"\r\n";
     }

@@ -55,8 +55,8 @@ enum eERRORINFOTYPE {
     EIT_THREAD,
 };
 
-/// The information items of an error, in the order they were added. Each kind occurs at most once and has one
-/// type of value: text, integer, pointer, or none (EIT_EXCEPTIONDOTNET, EIT_EXCEPTIONJAVA). Owned by its
+/// The information items of an error, in the order they were added. A kind may occur several times; it has
+/// one type of value: text, integer, pointer, or none (EIT_EXCEPTIONDOTNET, EIT_EXCEPTIONJAVA). Owned by its
 /// CXError.
 class CXErrorInfoList {
   public:
@@ -66,14 +66,15 @@ class CXErrorInfoList {
         CValue value;
     };
 
-    /// Adds an item, or gives the item of that kind a new value. False when the value is not of the kind's
-    /// type.
+    /// Adds an item behind the others. False when the value is not of the kind's type.
     bool bAdd(eERRORINFOTYPE eKind, CValue value);
-    /// The item of a kind; null when there is none. Valid until the list is changed.
+    /// The first item of a kind; null when there is none. Valid until the list is changed.
     [[nodiscard]] const _stERRORINFO* pstFind(eERRORINFOTYPE eKind) const noexcept;
+    /// Removes all items of a kind.
     void Delete(eERRORINFOTYPE eKind) noexcept;
     [[nodiscard]] std::size_t nGetCount() const noexcept { return m_tabItem.size(); }
-    /// One line "NAME : <value>" an item, each ended by CR LF.
+    /// One line "NAME : <value>" an item, each ended by CR LF. A value prints as printf does it: of an
+    /// integer the low 32 bits count where the kind's format is "%d", and a null pointer is "(nil)".
     [[nodiscard]] CTString csDump() const;
 
   private:

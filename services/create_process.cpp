@@ -5,8 +5,10 @@
 
 #include <csignal>
 #include <cstdint>
+#include <exception>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 #include "services/child_setup.h"
 #include "services/command_line.h"
 #include "services/signal_block.h"
@@ -96,7 +98,8 @@ int WaitPid(int nPid, unsigned dwTimeoutMs, int* pnExitCode) {
 }
 
 bool CreateProcess(const wchar_t* pszProgram, const wchar_t* pszCommandLine, int* pnPid, int nWait,
-                   int* pnStillRunning, int* pnExitCode) {
+                   int* pnStillRunning, int* pnExitCode) try {
+    const CMemoryScope clScope;
     const CXYString<char> csProgram = csToUTF8(pszProgram == nullptr ? L"" : pszProgram);
     if (pszProgram != nullptr && ::access(csProgram.pszGet(), X_OK) != 0) {
         return false;
@@ -132,6 +135,8 @@ bool CreateProcess(const wchar_t* pszProgram, const wchar_t* pszCommandLine, int
         *pnExitCode = nCode;
     }
     return nEnded <= 0 || nCode != nCodeExecFailed;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 }  // namespace kalmo

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 namespace {
@@ -34,7 +36,8 @@ bool bReadLine(IXStream& rclScript, std::size_t nMaxLine, CLineBuffer& rtabBuffe
 }  // namespace
 
 bool bReadMarkedText(IXStream& rclScript, std::string_view svMarker, std::size_t nMaxLine,
-                     CTString* pcsValue) {
+                     CTString* pcsValue) try {
+    const CMemoryScope clScope;
     CLineBuffer tabBuffer;
     STLine stLine;
     for (bool bMore = rclScript.bSeek(0); bMore && bReadLine(rclScript, nMaxLine, tabBuffer, &stLine);) {
@@ -51,6 +54,8 @@ bool bReadMarkedText(IXStream& rclScript, std::string_view svMarker, std::size_t
         return true;
     }
     return false;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 }  // namespace kalmo

@@ -10,9 +10,11 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <exception>
 #include <utility>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 #include "framework/x_error.h"
 #include "services/child_setup.h"
 #include "services/process_manager.h"
@@ -45,6 +47,17 @@ CXYString<char> csNarrow(const wchar_t* psz) {
     return psz == nullptr ? CXYString<char>() : csToUTF8(psz);
 }
 
+// Fills the error object of a launch that failed, which may be null. Always false, with the reason in errno.
+bool bTellFailure(int nErrno, const wchar_t* pszProgram, CXError* pclError) {
+    if (pclError != nullptr) {
+        pclError->SetSystemErrorParam(static_cast<unsigned>(nErrno), pszProgram);
+        pclError->SetErrorLevel(eERRORLEVEL::Error);
+        pclError->SetFunctionName(L"CLanceProcessus::bLanceProcessus");
+    }
+    errno = nErrno;
+    return false;
+}
+
 }  // namespace
 
 void CLanceProcessus::sInit() {
@@ -61,17 +74,23 @@ void CLanceProcessus::sTerm() {
 }
 
 bool CLanceProcessus::bLanceProcessus(const wchar_t* pszProgram, const wchar_t* pszArguments,
-                                      CXError* pclError) {
+                                      CXError* pclError) try {
+    const CMemoryScope clScope;
     return __bLance(tabSplitArguments(csNarrow(pszProgram), csNarrow(pszArguments)), pclError);
+} catch (const std::exception&) {
+    return bTellFailure(ENOMEM, pszProgram, pclError);
 }
 
 bool CLanceProcessus::bLanceProcessus(const wchar_t* pszProgram, int nCount, const wchar_t** ppszArgument,
-                                      CXError* pclError) {
+                                      CXError* pclError) try {
+    const CMemoryScope clScope;
     CArgumentVector tabArgument{std::string(csNarrow(pszProgram).svGet())};
     for (int n = 0; n < nCount; ++n) {
         tabArgument.emplace_back(csNarrow(ppszArgument[n]).svGet());
     }
     return __bLance(std::move(tabArgument), pclError);
+} catch (const std::exception&) {
+    return bTellFailure(ENOMEM, pszProgram, pclError);
 }
 
 bool CLanceProcessus::__bLance(CArgumentVector tabArgument, CXError* pclError) {
@@ -81,14 +100,7 @@ bool CLanceProcessus::__bLance(CArgumentVector tabArgument, CXError* pclError) {
         return true;
     }
     const int nErrno = errno;
-    if (pclError != nullptr) {
-        pclError->SetSystemErrorParam(static_cast<unsigned>(nErrno),
-                                      csFromUTF8(tabArgument.front()).pszGet());
-        pclError->SetErrorLevel(eERRORLEVEL::Error);
-        pclError->SetFunctionName(L"CLanceProcessus::bLanceProcessus");
-    }
-    errno = nErrno;
-    return false;
+    return bTellFailure(nErrno, csFromUTF8(tabArgument.front()).pszGet(), pclError);
 }
 
 bool CLanceProcessus::__bFork(CArgumentVector& rtabArgument) {
@@ -164,20 +176,27 @@ ssize_t CLanceProcessus::__nPrend(CXYString<char>* pcsOutput, std::size_t nMax) 
     return static_cast<ssize_t>(csMise.nGetLength());
 }
 
-bool CLanceProcessus::bLitSortieA(CXYString<char>* pcsOutput) {
+bool CLanceProcessus::bLitSortieA(CXYString<char>* pcsOutput) try {
+    const CMemoryScope clScope;
     return __nPrend(pcsOutput) > 0;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CLanceProcessus::bLitSortie_NonBloquant(CXYString<char>* pcsOutput) {
+bool CLanceProcessus::bLitSortie_NonBloquant(CXYString<char>* pcsOutput) try {
+    const CMemoryScope clScope;
     if (!m_csMise.bEmpty()) {
         return __nPrend(pcsOutput) > 0;
     }
     pollfd st{m_clSortie.nGet(), POLLIN, 0};
     const int nReady = ::poll(&st, 1, 0);
     return m_clSortie.bValid() && (nReady == 0 || (nReady > 0 && __nLit(pcsOutput) > 0));
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CLanceProcessus::bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
+bool CLanceProcessus::bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput, unsigned* pdwExitCode) try {
+    const CMemoryScope clScope;
     m_clEntree.Reset();
     std::size_t nRead = 0;
     ssize_t nGot = 0;
@@ -196,6 +215,8 @@ bool CLanceProcessus::bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput,
     const bool bEnded = bAttendFinExecution(pdwExitCode);
     errno = nGot < 0 ? nErrno : errno;
     return bEnded && nGot == 0;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CLanceProcessus::bAttendFinExecution(unsigned* pdwExitCode) {

@@ -4,9 +4,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <exception>
 #include <memory>
 #include <utility>
 
+#include "framework/memory_scope.h"
 #include "services/signal_block.h"
 
 extern "C" void lance_processus_child_sigaction(int nSignal, siginfo_t* pstInfo, void* pContext) {
@@ -62,7 +64,8 @@ CProcessManager::~CProcessManager() {
     __FreeList(m_pstDead);
 }
 
-pid_t CProcessManager::Fork() {
+pid_t CProcessManager::Fork() try {
+    const CMemoryScope clScope;
     auto pstChild = std::make_unique<STChild>();
     STChild* pstDead = nullptr;
     pid_t nPid = -1;
@@ -78,6 +81,8 @@ pid_t CProcessManager::Fork() {
     }
     __FreeList(pstDead);
     return nPid;
+} catch (const std::exception&) {
+    return NoMemory(pid_t{-1});
 }
 
 bool CProcessManager::bGetCode(pid_t nPid, int* pnCode) {

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/memory_scope.h"
 #include "services/init_script.h"
 #include "services/lance_processus.h"
 #include "services/service_command.h"
@@ -45,7 +47,8 @@ std::wstring_view CService::__svName() const noexcept {
     return m_pszName == nullptr ? std::wstring_view() : m_pszName.get();
 }
 
-bool CService::__bReadScript(std::string_view svMarker, std::size_t nMaxLine, CText* pText) const {
+bool CService::__bReadScript(std::string_view svMarker, std::size_t nMaxLine, CText* pText) const try {
+    const CMemoryScope clScope;
     CDiskFile clScript;
     CTString csText;
     if (!clScript.bOpen(csScriptPath(__svName()), CDiskFile::eMODE::Read) ||
@@ -54,6 +57,8 @@ bool CService::__bReadScript(std::string_view svMarker, std::size_t nMaxLine, CT
     }
     *pText = pszCopy(csText.pszGet());
     return true;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 const wchar_t* CService::pszGetDisplayName() {
@@ -79,26 +84,36 @@ bool CService::__bSysVCommand(std::wstring_view svAction) const {
     return bRunScript(csScriptPath(__svName()) + L" " + svAction);
 }
 
-bool CService::bStart(const wchar_t* pszArgs) {
+bool CService::bStart(const wchar_t* pszArgs) try {
+    const CMemoryScope clScope;
     if (bSystemd()) {
         return bCommandSystemctl(CTString(L"start ") + __svName());
     }
     const CTString csArgs(pszArgs);
     // The one command whose error messages are shown.
     return __bSysVCommand(L"start " + (csArgs.bEmpty() ? CTString() : csArgs + L" ") + L">/dev/null");
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CService::bStop() {
+bool CService::bStop() try {
+    const CMemoryScope clScope;
     return bSystemd() ? bCommandSystemctl(CTString(L"stop ") + __svName())
                       : __bSysVCommand(L"stop >/dev/null 2>/dev/null");
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CService::bRestart() {
+bool CService::bRestart() try {
+    const CMemoryScope clScope;
     return bSystemd() ? bCommandSystemctl(CTString(L"restart ") + __svName())
                       : __bSysVCommand(L"restart >/dev/null 2>/dev/null");
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool CService::bSendControlCommand(unsigned dwCode) {
+bool CService::bSendControlCommand(unsigned dwCode) try {
+    const CMemoryScope clScope;
     switch (dwCode) {
         case dwControlStop: return bStop();
         case dwControlReload:
@@ -106,9 +121,12 @@ bool CService::bSendControlCommand(unsigned dwCode) {
                               : __bSysVCommand(L"reload >/dev/null 2>/dev/null");
         default: return false;
     }
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-eSERVICESTATUS CService::eGetStatus() {
+eSERVICESTATUS CService::eGetStatus() try {
+    const CMemoryScope clScope;
     if (bSystemd()) {
         return eReadActiveState(CServiceManager::csGetSystemdProp("ActiveState", pszGetName()));
     }
@@ -125,6 +143,8 @@ eSERVICESTATUS CService::eGetStatus() {
         case 1: return eServiceFailed;
         default: return eServiceStopped;
     }
+} catch (const std::exception&) {
+    return NoMemory(bSystemd() ? eServiceStopped : eServiceUnknown);
 }
 
 }  // namespace kalmo

@@ -1,11 +1,13 @@
 #include "services/service_manager.h"
 
 #include <cerrno>
+#include <exception>
 #include <optional>
 #include <utility>
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/memory_scope.h"
 #include "services/init_script.h"
 #include "services/systemctl.h"
 #include "services/systemctl_output.h"
@@ -31,11 +33,14 @@ CServiceManager::~CServiceManager() {
     __EndListing();
 }
 
-bool CServiceManager::bInit(const wchar_t* /*pszMachine*/, unsigned /*dwAccess*/) {
+bool CServiceManager::bInit(const wchar_t* /*pszMachine*/, unsigned /*dwAccess*/) try {
+    const CMemoryScope clScope;
     if (ms_eDistri == eNotDetected) {
         ms_eDistri = __eFindDistri();
     }
     return true;
+} catch (const std::exception&) {
+    return NoMemory(true);
 }
 
 // Turns a service's name into the name that its script has.
@@ -46,11 +51,14 @@ void CServiceManager::__GetScriptName(CTString* pcsName) {
     pcsName->Replace(L'.', L'-');
 }
 
-CXPtr_deleteRCV<CService> CServiceManager::pclGetService(const wchar_t* pszName, unsigned /*dwAccess*/) {
+CXPtr_deleteRCV<CService> CServiceManager::pclGetService(const wchar_t* pszName, unsigned /*dwAccess*/) try {
+    const CMemoryScope clScope;
     if (pszName == nullptr) {
         return nullptr;
     }
     return ms_eDistri == eSystemd ? __pclGetServiceSystemd(pszName) : __pclGetServiceSysV(pszName);
+} catch (const std::exception&) {
+    return NoMemory(CXPtr_deleteRCV<CService>());
 }
 
 CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSysV(const wchar_t* pszName) {
@@ -85,7 +93,8 @@ CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSystemd(const wchar_t*
     return pclService;
 }
 
-CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName) {
+CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName) try {
+    const CMemoryScope clScope;
     CXYString<char> csOutput;
     unsigned dwExitCode = 0;
     const CTString csArguments = L"--property=" + csFromUTF8(pszProperty) + L" show " + CTString(pszName);
@@ -97,10 +106,13 @@ CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_
     CTString csValue = csReadProperty(csOutput);
     errno = csValue.bEmpty() && dwExitCode != 0 ? EIO : 0;
     return csValue;
+} catch (const std::exception&) {
+    return NoMemory(CTString());
 }
 
 CXPtr_deleteRCV<CService> CServiceManager::pclEnumService(unsigned* pdwCursor, const wchar_t* pszPrefix,
-                                                          unsigned /*dwAccess*/) {
+                                                          unsigned /*dwAccess*/) try {
+    const CMemoryScope clScope;
     CTString csPrefix(pszPrefix);
     __GetScriptName(&csPrefix);
     if (*pdwCursor == 0) {
@@ -108,6 +120,8 @@ CXPtr_deleteRCV<CService> CServiceManager::pclEnumService(unsigned* pdwCursor, c
     }
     return ms_eDistri == eSystemd ? __pclNextSystemd(pdwCursor, csPrefix)
                                   : __pclNextSysV(pdwCursor, csPrefix);
+} catch (const std::exception&) {
+    return NoMemory(CXPtr_deleteRCV<CService>());
 }
 
 // Fills the table with the records of all units whose name begins with the prefix.
@@ -124,7 +138,8 @@ bool CServiceManager::__bListSystemd(std::wstring_view svPrefix) {
 void CServiceManager::__AddSystemd(const std::vector<CTString>& rtabName) {
     for (const CTString& rcsName : rtabName) {
         if (CXPtr_deleteRCV<CService> pclService = __pclGetServiceSystemd(rcsName.pszGet())) {
-            _Add(pclService.release());
+            _Add(pclService.get());
+            static_cast<void>(pclService.release());  // belongs to the table now
         }
     }
 }

@@ -1,9 +1,11 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <exception>
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/memory_scope.h"
 #include "services/init_script.h"
 #include "services/refusal_reason.h"
 #include "services/service.h"
@@ -54,8 +56,11 @@ bool bDeleteLast(const CTString& csPath) {
 
 }  // namespace
 
-bool CService::bRemove() {
+bool CService::bRemove() try {
+    const CMemoryScope clScope;
     return CServiceManager::ms_eDistri == eSystemd ? __bRemoveSystemd() : __bRemoveSysV();
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 bool CService::__bRemoveSystemd() {

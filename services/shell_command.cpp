@@ -2,8 +2,10 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <exception>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 
 namespace kalmo {
 
@@ -16,8 +18,11 @@ int nShellCommand(const char* pszCommand) {
     return nStatus == nNotStarted && errno != 0 && errno != EINTR ? -1 : nStatus;
 }
 
-int nShellCommand(std::wstring_view svCommand) {
+int nShellCommand(std::wstring_view svCommand) try {
+    const CMemoryScope clScope;
     return nShellCommand(csToUTF8(svCommand).pszGet());
+} catch (const std::exception&) {
+    return NoMemory(-1);
 }
 
 }  // namespace kalmo

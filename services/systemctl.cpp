@@ -2,8 +2,10 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <exception>
 
 #include "framework/conversion.h"
+#include "framework/memory_scope.h"
 #include "services/command_witness.h"
 #include "services/lance_processus.h"
 
@@ -28,18 +30,25 @@ bool bRun(CLanceProcessus& rclSystemctl, std::wstring_view svArguments, CXYStrin
 
 }  // namespace
 
-bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
+bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) try {
+    const CMemoryScope clScope;
     CLanceProcessus clSystemctl;
     return bRun(clSystemctl, svArguments, pcsOutput, pdwExitCode);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) {
+bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) try {
+    const CMemoryScope clScope;
     CLanceProcessus clSystemctl;
     clSystemctl.ExpectAnswer();
     return bRun(clSystemctl, svArguments, pcsOutput, pdwExitCode);
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
-bool bCommandSystemctl(std::wstring_view svArguments, CXYString<char>* pcsSaid) {
+bool bCommandSystemctl(std::wstring_view svArguments, CXYString<char>* pcsSaid) try {
+    const CMemoryScope clScope;
     CLanceProcessus clSystemctl;
     clSystemctl.KeepAtMost(nMaxSaid);
     CXYString<char> csSaid;
@@ -58,6 +67,8 @@ bool bCommandSystemctl(std::wstring_view svArguments, CXYString<char>* pcsSaid) 
     }
     errno = nErrno;
     return bRan && dwExitCode == 0;
+} catch (const std::exception&) {
+    return NoMemory(false);
 }
 
 }  // namespace kalmo

@@ -56,6 +56,7 @@ TEST_F(Profile, ReadsValues) {
         // Blanks, tabs and line ends.
         {"  [AB]\n\n  k \t = \t v w \n", L"v w "},
         {"[AB]\nk = \t\nk=2", L""},
+        {"[AB]\r\nk=v\r\n", L"v"},
         {"[AB]\n\tk=v\n", L"(default)"},  // a tab is no blank
         {"[AB]\n  k=1\nk = 2\n", L"1"},   // what a write behind the blanks leaves
         // Names.
@@ -90,6 +91,8 @@ TEST_F(Profile, WritesInPlace) {
         {"[AB]\n k=1\n", L"k", L"v", "[AB]\n k=1\nk = v\n"},  // only the first column counts
         {"[AB]\nkey=1\nk\n:k=1\n [C]\n", L"k", L"v", "[AB]\nkey=1\nk\n:k=1\n [C]\nk = v\n"},
         {"[AB]\r\nl=2\r\n\r\nk=1\r\n", L"k", L"v", "[AB]\r\nl=2\r\nk = v\n\r\nk=1\r\n"},
+        {"[AB]\nl=2\n\nk=1\n", L"k", L"v", "[AB]\nl=2\nk = v\n\nk=1\n"},
+        {"[AB]\nl=2\n[C]\nk=1\n", L"k", L"v", "[AB]\nl=2\nk = v\n[C]\nk=1\n"},
         // Removing a key.
         {"[AB]\nk=1\nl=2\n", L"K", nullptr, "[AB]\nl=2\n"},
         // Removing the section, to the next line that begins with "[".
@@ -109,6 +112,7 @@ TEST_F(Profile, WritesInPlace) {
             }
         }
     }
+    EXPECT_TRUE(bSet(L"none", nullptr, nullptr));
 }
 
 TEST_F(Profile, KeepsTheIdentityOfTheFile) {
@@ -146,6 +150,8 @@ TEST_F(Profile, EveryByteAndUnitOutsideAChangeStays) {
     }
     File(csOdd);
     EXPECT_EQ(csGet(L"AB", L"n"), L"v");
+    File("[AB]\na=b = c\n");
+    EXPECT_EQ(csGet(L"AB", L"a=b"), L"c");
     // Lines have no length limit.
     const std::wstring csLong(3900, L'x');
     File("[" + std::string(3900, 'X') + "]\nk=1\n");
@@ -188,6 +194,7 @@ TEST_F(Profile, ResultsAreCutToTheBuffer) {
 }
 
 TEST_F(Profile, ReadsIntegers) {
+    EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", -7, m_csPath.c_str()), -7);
     for (const auto& [pszValue, nValue] :
          {std::pair(" -4900x", -4900), {"", 0}, {"4294971196", INT_MAX}, {"000000000000000000012", 0}}) {
         File("[AB]\nk="s + pszValue);
@@ -202,11 +209,14 @@ TEST_F(Profile, AWriteWithoutRoomLeavesTheFile) {
     File(csBefore);
     EXPECT_FALSE(bSet(L"AB", L"k", L"a longer value"));
     EXPECT_EQ(csFile(), csBefore);
+    m_csPath = m_clFolder.csWide("new.ini");
+    EXPECT_FALSE(bSet(L"AB", L"k", L"v"));
+    EXPECT_EQ(m_clFolder.csRead("new.ini"), "(none)");
     ASSERT_TRUE(m_clFolder.bShell("umount -l ."));
 }
 
 TEST_F(Profile, FilesThatCannotBeUsed) {
-    ASSERT_TRUE(m_clFolder.bShell("mkfifo fifo; ln -s loop loop"));
+    ASSERT_TRUE(m_clFolder.bShell("mkfifo fifo; ln -s loop loop; ln -s gone f.ini"));
     for (const std::wstring& rcs :
          {m_clFolder.csWide(""), m_clFolder.csWide("none/f.ini"), m_clFolder.csWide("fifo"),
           m_clFolder.csWide("loop"), L"/" + std::wstring(260, L'x')}) {
@@ -214,10 +224,20 @@ TEST_F(Profile, FilesThatCannotBeUsed) {
         EXPECT_EQ(csGet(L"AB", L"k"), L"(default)");
         EXPECT_FALSE(bSet(L"AB", L"k", L"v"));
     }
+    EXPECT_FALSE(WritePrivateProfileStringA("AB", "k", nullptr, m_clFolder.clPath("none/f.ini").c_str()));
     EXPECT_EQ(GetPrivateProfileInt(L"AB", L"k", 3, L"/dev/zero"), 3);
     const std::string csName = m_clFolder.clPath("f.ini");
     EXPECT_TRUE(WritePrivateProfileStringA("AB", "\xC3\xA9", nullptr, csName.c_str()));
-    EXPECT_EQ(csFile(), "");
+    m_csPath = m_clFolder.csWide("f.ini");
+    EXPECT_TRUE(bSet(L"AB", nullptr, nullptr));
+    for (const auto& [pszSection, pszKey, pszValue] : {std::tuple{L"A\nB", L"k", L"v"},
+                                                       {L"AB", L"k\r", L"v"},
+                                                       {L"AB", L"k", L"v\n"},
+                                                       {static_cast<const wchar_t*>(nullptr), L"k", L"v"}}) {
+        EXPECT_FALSE(bSet(pszSection, pszKey, pszValue));
+    }
+    EXPECT_EQ(csFile(), "(none)");
+    EXPECT_TRUE(m_clFolder.bShell("test -h f.ini"));
 }
 
 // The test runs in a file tree of its own, so that this account's home may be written to.

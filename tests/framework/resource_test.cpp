@@ -47,9 +47,14 @@ TEST_F(Resource, ABlockBeginsWithItsHeader) {
 
 TEST_F(Resource, LanguageChoosesTheBlock) {
     EXPECT_EQ(csLoad(4151, LANGUE_FRANCAIS), L"Annuler");
+    EXPECT_EQ(csLoad(4164, LANGUE_FRANCAIS), L"Erreur syst\u00E8me %1!u! : %2");  // in 2-byte units
     EXPECT_EQ(csLoad(4151, 0x40C), L"Cancel");
     CInformationModule::ms_nLangueFramework = LANGUE_ESPAGNOL;
     EXPECT_EQ(csLoad(4151), L"Anular");
+    int nOther = LANGUE_FRANCAIS;
+    CInformationModule::ms_pnLangueFramework = &nOther;
+    EXPECT_EQ(csLoad(4151), L"Annuler");
+    CInformationModule::ms_pnLangueFramework = &CInformationModule::ms_nLangueFramework;
     EXPECT_EQ(nChoisitLangue(nullptr, "es", "fr"), 10);
     EXPECT_EQ(nChoisitLangue("en", "fr", "fr"), 9);
     EXPECT_EQ(nChoisitLangue("", "", "fr_FR.UTF-8"), 12);
@@ -60,6 +65,13 @@ TEST_F(Resource, FormatsOrLeavesTheOutputAlone) {
         return DLLRES_bFormatMessage(&gstMyModuleInfo604, unId, pcs, arg...);
     };
     CTString cs(L"untouched");
+    static constexpr unsigned char byStored = 'a';
+    const _stMyModuleInfo stEncoded{[](STRessourceModule* pst) {
+        pst->pbyText = &byStored;
+        pst->unLength = pst->nUnit = pst->nMode = 1;
+        return true;
+    }};
+    EXPECT_FALSE(DLLRES_bLoadString(&stEncoded, 5, &cs)) << "encoded";
     EXPECT_FALSE(bFormat(257, &cs));
     EXPECT_FALSE(bFormat(0x10C7, &cs)) << "without its argument";
     EXPECT_EQ(cs.svGet(), L"untouched");
@@ -71,18 +83,22 @@ TEST_F(Resource, FormatsOrLeavesTheOutputAlone) {
     LocalFree(psz);
 }
 
-// 1 two forms; 3 a language; of others nothing.
+// 1 two forms; 2 a long text; 3 and 4146 a language; of others nothing.
 int nOverride(unsigned unId, wchar_t* pszBuffer, int nSize, int nLangue) {
-    const std::wstring csText = unId == 1 ? L"%1!d! file%n\n%1!d! files" : std::to_wstring(nLangue);
+    const std::wstring csText = unId == 1   ? L"%1!d! file%n\n%1!d! files"
+                                : unId == 2 ? std::wstring(70000, L'x')
+                                            : std::to_wstring(nLangue);
     const auto nLength = csText.copy(pszBuffer, static_cast<std::size_t>(nSize) - 1);
     pszBuffer[nLength] = L'\0';
-    return unId < 4 ? static_cast<int>(nLength) : -1;
+    return unId < 4 || unId == 4146 ? static_cast<int>(nLength) : -1;
 }
 
 TEST_F(Resource, OverrideIsAskedFirst) {
     DLLRES_SetLoadStringTVM(&nOverride);
     CInformationModule::ms_nLangueFramework = LANGUE_FRANCAIS;
     EXPECT_EQ(csLoad(3), L"12");
+    EXPECT_EQ(csLoad(4146), L"12");
+    EXPECT_EQ(csLoad(2).size(), 65535U);
     EXPECT_EQ(csLoad(4151), L"Annuler");
     // Singular and plural are lines of one text.
     CTString cs;

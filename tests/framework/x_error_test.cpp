@@ -5,7 +5,9 @@
 #include <cerrno>
 #include <new>
 #include <string>
+#include <utility>
 
+#include "framework/language.h"
 #include "framework/memory_stream.h"
 
 namespace kalmo {
@@ -50,9 +52,11 @@ TEST(XError, CodesOfTheInstaller) {
     for (const auto& rst : tabCase) {
         _CXErrorModule604 clError;
         clError.SetUserError(rst.unCode, CTString(L"NAME"));
-        EXPECT_EQ(clError.unGetUserErrorCode(), rst.unCode);
         EXPECT_EQ(clError.unGetUserResource(), rst.unResource);
-        EXPECT_EQ(static_cast<unsigned>(clError.eGetErrorLevel()), rst.unLevel);
+        EXPECT_EQ(csDump(clError, eINFO::Context), L"IE=604." + std::to_wstring(rst.unCode) +
+                                                       L"\r\nModule=<kalmoinstall>\r\nVersion=<25.0.98.0>" +
+                                                       L"\r\nLevel=" + std::to_wstring(rst.unLevel) +
+                                                       L"\r\n");
         EXPECT_NE(csUser(clError).find(rst.pszPiece), std::wstring::npos) << rst.unCode;
     }
 }
@@ -89,33 +93,74 @@ TEST(XError, MessagesAddUp) {
     const std::wstring csLong(300, L'a');
     clError.SetUserError(&stBadModule, 30, std::wstring(csLong), std::string("b"));
     EXPECT_EQ(csUser(clError), csLong + L" and b");
-    clError.ChangeUserError(&stBadModule, 20);
-    EXPECT_EQ(csUser(clError), L"<No Memory>");
+    clError.AddUserMessage(L"c");
+    clError.ChangeUserError(&stBadModule, 99);
+    EXPECT_EQ(csUser(clError), L"##(CXError)-Ressource <777> non charg\u00E9e##\r\nc");
 }
 
-TEST(XError, ItemsAreTyped) {
+// The formats of all kinds, in their order.
+constexpr const wchar_t* tabFormat[] = {L"EIT_HELPFILE : <%s>",        L"EIT_USERNAME : <%s>",
+                                        L"EIT_DSTFILE : <%s>",         L"EIT_SRCFILE : <%s>",
+                                        L"EIT_PATHTVD : <%s>",         L"EIT_LOGICALTABLENAME : <%s>",
+                                        L"EIT_ITEMNAME : <%s>",        L"EIT_PATHFIC : <%s>",
+                                        L"EIT_PATHNDX : <%s>",         L"EIT_PATHMMO : <%s>",
+                                        L"EIT_LINKNAME : <%s>",        L"EIT_RECNUM : <%lld>",
+                                        L"EIT_HLOCKTIME : <%lld>",     L"EIT_BASEMESSAGE : <%s>",
+                                        L"EIT_NATIVEMESSAGE : <%s>",   L"EIT_ADOMESSAGE : <%s>",
+                                        L"EIT_BASECODE : <%d>",        L"EIT_NATIVECODE : <%d>",
+                                        L"EIT_ADOCODE : <%d>",         L"EIT_ODBCCODE : <%s>",
+                                        L"EIT_ODBCDESCRIPTION : <%s>", L"EIT_DATAACCESS : <%p>",
+                                        L"EIT_INFOCLIENT : <%s>",      L"EIT_INFOSERVEUR : <%s>",
+                                        L"EIT_PILETL :\r\n%s",         L"EIT_PILEC :\r\n%s",
+                                        L"EIT_COMPOSANT :\r\n%s",      L"EIT_DATEHEURE : %s",
+                                        L"EIT_LOCKINFO : %s",          L"EIT_CORRIGE_ETAT : %s",
+                                        L"EIT_INFOCS : <%s>",          L"EIT_SERVEURCS : <%s>",
+                                        L"EIT_XINFO : <%d>",           L"EIT_TYPE_TVFILE : <%d>",
+                                        L"EIT_IDCODE : <%d>",          L"EIT_HCNXID : <%d>",
+                                        L"EIT_POSITION_ERREUR : <%s>", L"EIT_EXCEPTION_CLASS_NAME : <%s>",
+                                        L"EIT_EXCEPTIONDOTNET",        L"EIT_EXCEPTIONJAVA",
+                                        L"EIT_CODEHTTP : <%d>",        L"EIT_THREAD : <%s>"};
+
+TEST(XError, ItemsPrintInTheirFormats) {
+    const std::pair<std::wstring, const wchar_t*> tabPrinted[] = {
+        {L"%s", L"/%s\r\nx"}, {L"%d", L"-2147483647"}, {L"%lld", L"6442450945"}, {L"%p", L"(nil)"}};
+    for (int nKind = 0; nKind <= EIT_THREAD; ++nKind) {
+        const auto eKind = static_cast<eERRORINFOTYPE>(nKind);
+        CXError clError;
+        // The one of them that is of the kind's type stays.
+        clError.AddInfo(eKind, L"/%s\r\nx");
+        clError.AddInfo(eKind, 0x180000001);
+        clError.AddInfo(eKind, static_cast<const void*>(nullptr));
+        clError.AddInfo(eKind);
+        std::wstring csLine = tabFormat[nKind];
+        for (const auto& [csConversion, pszValue] : tabPrinted) {
+            if (const std::size_t n = csLine.find(csConversion); n != std::wstring::npos) {
+                csLine.replace(n, csConversion.size(), pszValue);
+                break;
+            }
+        }
+        CTString cs(L"before\r\n");
+        clError.DumpInfo(&cs);
+        EXPECT_EQ(cs.svGet(), L"before\r\n" + csLine + L"\r\n");
+    }
+}
+
+TEST(XError, ItemsOfOneKindAreAList) {
     CXError clError;
-    clError.AddInfo(EIT_HELPFILE, L"replaced");
     clError.AddInfo(EIT_RECNUM, INT64_MIN);
     clError.AddInfo(EIT_DATAACCESS, reinterpret_cast<const void*>(std::uintptr_t{0xAB}));
-    clError.AddInfo(EIT_PILETL, L"a\r\nb");
-    clError.AddInfo(EIT_EXCEPTIONJAVA);
-    clError.AddInfo(EIT_USERNAME, 5);  // not a text
-    clError.AddInfo(EIT_XINFO, L"5");  // not a number
+    clError.AddInfo(EIT_RECNUM, 5);
     clError.AddInfo(static_cast<eERRORINFOTYPE>(EIT_THREAD + 1), L"x");
-    clError.AddInfo(EIT_HELPFILE, L"/%s/help");
-    CTString cs;
-    clError.DumpInfo(&cs);
-    EXPECT_EQ(cs.svGet(),
-              L"EIT_HELPFILE : </%s/help>\r\nEIT_RECNUM : <-9223372036854775808>\r\n"
-              L"EIT_DATAACCESS : <0xab>\r\nEIT_PILETL :\r\na\r\nb\r\nEIT_EXCEPTIONJAVA\r\n");
+    EXPECT_EQ(csDump(clError),
+              L"EIT_RECNUM : <-9223372036854775808>\r\nEIT_DATAACCESS : <0xab>\r\nEIT_RECNUM : <5>\r\n");
     std::int64_t i64 = 7;
-    EXPECT_FALSE(clError.bGetInfo(EIT_HELPFILE, &i64));
+    EXPECT_FALSE(clError.bGetInfo(EIT_DATAACCESS, &i64));
     EXPECT_TRUE(clError.bGetInfo(EIT_RECNUM, &i64));
     EXPECT_EQ(i64, INT64_MIN);
+    EXPECT_EQ(clError.nNumInfo(), 3);
     clError.DeleteInfo(EIT_RECNUM);
     EXPECT_FALSE(clError.bHasInfo(EIT_RECNUM));
-    EXPECT_EQ(clError.nNumInfo(), 4);
+    EXPECT_EQ(clError.nNumInfo(), 1);
 }
 
 TEST(XError, TheWholeDump) {
@@ -129,14 +174,34 @@ TEST(XError, TheWholeDump) {
     clError.AddDebugMessage(L"two");
     clError.AddDebugMessageFirst(L"one");
     clError.SetUserErrorMessage(L"%1 full");
+    clError.SetUserErrorCode(31);
     CMemoryStream clTrace;
     EXPECT_TRUE(clError.TraceDump(&clTrace));
     const CTLBIN& rtab = clTrace.rtabGetBytes();
     EXPECT_EQ(
         std::string(rtab.begin(), rtab.end()),
-        "%1 full\r\nSystem error 2: /dir/\xC3\xA9: No such file or directory\r\nIE=7.30\r\nModule=<bad>\r\n"
+        "%1 full\r\nSystem error 2: /dir/\xC3\xA9: No such file or directory\r\nIE=7.31\r\nModule=<bad>\r\n"
         "Version=<1.0>\r\nLevel=1\r\nFunction=<bDo>\r\nDetail=12\r\nEIT_DSTFILE : </\xC3\xA9>\r\n"
         "one\r\ntwo\r\n");
+}
+
+TEST(XError, TheSystemErrorIsTranslated) {
+    CXError clError;
+    clError.SetSystemError(ENOSPC);
+    const auto Expect = [&](const std::wstring& rcsLabel, const std::wstring& rcsText) {
+        EXPECT_EQ(csDump(clError), rcsLabel + rcsText + L"\r\n");
+    };
+    Expect(L"System error 28: ", L"No space left on device");
+    clError.SetSystemErrorMessage(L"full");
+    CInformationModule::ms_nLangueFramework = LANGUE_FRANCAIS;
+    Expect(L"Erreur syst\u00E8me 28 : ", L"full");
+    CInformationModule::ms_nLangueFramework = LANGUE_ESPAGNOL;
+    Expect(L"Error del sistema 28: ", L"full");
+    // English where the text is of no use.
+    DLLRES_SetLoadStringTVM([](unsigned, wchar_t* psz, int, int) { return (*psz = L'%'), 1; });
+    Expect(L"System error 28: ", L"full");
+    DLLRES_SetLoadStringTVM(nullptr);
+    CInformationModule::ms_nLangueFramework = LANGUE_ANGLAIS;
 }
 
 TEST(XError, SubErrorsAreOwnedCopies) {
@@ -168,6 +233,14 @@ TEST(XError, SubErrorsAreOwnedCopies) {
     clTop.AddSubError(clCopy);
     clCopy.LightCopy(clTop);
     EXPECT_EQ(csDump(clCopy), L"top\r\n");
+    EXPECT_EQ(clTop.pclGetSubError(-1), nullptr);
+    // The source may be the object itself, or one of its own.
+    clTop.Copy(*clTop.pclGetSubError(0)->pclGetSubError(0));
+    EXPECT_EQ(csDump(clTop), L"middle\r\n" + csLeaf(L"1"));
+    clTop.AddSubErrorLight(clTop);
+    clTop.AddSubError(*clTop.pclGetSubError(1));
+    clTop.LightCopy(*clTop.pclGetSubError(2));
+    EXPECT_EQ(csDump(clTop), L"middle\r\n");
 }
 
 }  // namespace

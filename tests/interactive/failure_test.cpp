@@ -77,7 +77,7 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
         {"", "@directory => Backspace*15 srv/zd/" + std::string(237, 'd') + R"( Enter
             *Attention / The path of the directory / * / OK
             {1031} / * => Backspace*245 srv/zd/a;b Enter
-            *Attention / {1046|/srv/zd/a;b/} / OK
+            *Attention / A server in the directory / */srv/zd/a;b/ / could not be found again*OK
             {1031} / /srv/zd/a;b / * => Tab*3 Enter)",
          "absent /srv/zd/a*"},
         {"",
@@ -155,7 +155,7 @@ TEST_F(CStory, WhatIsNotOursIsRefusedAndStaysAsItIs) {
             >/etc/systemd/system/ZDCS-first.service.d/x.conf
         systemctl daemon-reload)";
     const std::string csForeign =
-        "{103A} / {1045|" + csName + "|/usr/bin/nice --adjustment=5 /srv/zd/first/kalmo --service} / OK";
+        "{103A} / The service / \"" + csName + "\" / * / /usr/bin/nice *=5 /srv/zd/first/kalmo * / OK";
     const struct {
         const char* pszPrepare;
         std::string csScript;

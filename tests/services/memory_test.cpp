@@ -121,7 +121,7 @@ TEST_F(Memory, RunningOutIsAnswered) {
         {"directory", [&] { return CDiskFile::bCreateDirectory(csDir); }},
         {"same",
          [&] { return CDiskFile::bSameDirectoryName(L"//a/long/directory", L"/a/./long/directory"); }},
-        {"load", [&] { return CDiskFile::bLoad(csIni, 99, &csLoaded); }},
+        {"load", [&] { return CDiskFile::bLoad(csZip, 999, &csLoaded); }},
         {"join", [&] { return CDiskFile::MakePath(szPath, L"/a", L"b", L"c"); },
          [&] { return szPath[0] == 0; }},
         {"find", [&] { return CDiskFile::bFindFirst(csAll, 0, &clSearch); }},

@@ -83,7 +83,7 @@ TEST_F(CUpgrade, AHalfReplacedServerStaysStopped) {
         @telemetry
         Server: ZDSQL server first / * / Yes No
         Attention / {1238|last.txt} / OK
-        {103A} / Stopped now: / - KalmoManager, * / - ZDSQL server first / * / OK)",
+        {103A} / {104A| / - ZDSQL server manager / - ZDSQL server first} / OK)",
         {.csPayload = "next"});
     EXPECT_EQ(csFate(PSZ_SERVICES, csBefore), "-=-");
 }

@@ -50,11 +50,7 @@ eARCHIVE CTVWinZip::eOuvreArchive(std::wstring_view svPath, unsigned dwFlags, st
     }
     return __eOuvre(dwFlags, i64Base);
 } catch (const std::exception&) {
-    m_clRepertoire.Vide();
-    m_clZip.FermeZip();
-    _Ferme();
-    m_bOuvert = false;
-    return NoMemory(_eErreur(ARCHIVE_BAD));
+    return __eAbandonne();
 }
 
 eARCHIVE CTVWinZip::eOuvreArchiveStream(IXStream* pclStream, unsigned dwFlags, std::int64_t i64Base) try {
@@ -72,6 +68,10 @@ eARCHIVE CTVWinZip::eOuvreArchiveStream(IXStream* pclStream, unsigned dwFlags, s
     m_pclStream = pclStream;
     return __eOuvre(dwFlags, i64Base);
 } catch (const std::exception&) {
+    return __eAbandonne();
+}
+
+eARCHIVE CTVWinZip::__eAbandonne() {
     m_clRepertoire.Vide();
     m_clZip.FermeZip();
     _Ferme();

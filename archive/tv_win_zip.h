@@ -44,6 +44,8 @@ class CTVWinZip : public CTVZipBase {
   private:
     class CFichierRouvert;
 
+    /// Closes what could not be opened for want of memory.
+    eARCHIVE __eAbandonne();
     /// Opens the archive that the stream holds and reads its directory.
     eARCHIVE __eOuvre(unsigned dwFlags, std::int64_t i64Base);
     /// Finds an entry and makes it the record reader's current one.

@@ -6,9 +6,10 @@
 Exits with 1 when something did not hold.
 """
 import os
+import shutil
 import sys
 
-from scene import DIRECTORY, INSTANCE, MARKER, NOTES, TRACE, Snapshot, prepare, program_of, read, sh
+from scene import DIRECTORY, INSTANCE, MANAGER, MARKER, NOTES, TRACE, Snapshot, prepare, program_of, read, sh
 
 PROGRAM, UNIT = DIRECTORY + "/kalmo", f"/etc/systemd/system/{INSTANCE}.service"
 good = True
@@ -63,6 +64,16 @@ def main(current):
            os.path.exists(UNIT))
     uninstall.run(trace=True)
     expect("and deleted the next time", removed())
+
+    installed.restore()
+    shutil.rmtree(DIRECTORY)
+    orders["upgrade"].run(trace=True)
+    expect("a lost directory cannot be upgraded, and stops nothing", told("is gone"), program_of(MANAGER))
+    uninstall.run()
+    uninstall.run(trace=True)
+    expect("but removed in the end", told("going on"), not os.path.exists(UNIT), not os.path.exists(NOTES))
+    install.run()
+    expect("and installed again, and the manager runs", marked(), program_of(INSTANCE), program_of(MANAGER))
     raise SystemExit(not good)
 
 

@@ -197,6 +197,20 @@ TEST_F(CInitScripts, MayComplainButMustTellTheirProgram) {
     EXPECT_EQ(csFate("ZDCS-ZDSQL KalmoManager", csBefore), "==");
 }
 
+TEST_F(CInitScripts, EndTheRunWhenTheKeyboardEndsThem) {
+    Install("first", 4950);
+    csShell("sed -i 's/^stop() {/&\\n sleep 60/' /etc/init.d/ZDCS-first");
+    const std::string csBefore = csFiles() + csProcesses("ZDCS-first KalmoManager");
+    Start({});
+    Walk(tabSteps("@licence\n@action => Down*2 Enter*2\n@toremove => Enter"));
+    rclTerminal().Send("\r");
+    ASSERT_TRUE(bShell("for n in {1..600}; do pgrep -x sleep && break; sleep 0.1; done; pgrep -x sleep"));
+    rclTerminal().Send("\x03");
+    End({});
+    EXPECT_TRUE(csFiles() + csProcesses("ZDCS-first KalmoManager") == csBefore);
+    EXPECT_TRUE(bShell("grep 'ended by the keyboard during: /etc/init.d/ZDCS-first stop' /tmp/trace"));
+}
+
 TEST_F(CStory, AccountsAreAskedForAndMade) {
     // A useradd that does not know -M, and somebody who is faster.
     csShell(R"(cd /srv/dist; cp /usr/sbin/useradd real

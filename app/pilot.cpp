@@ -82,17 +82,18 @@ int CPilot::Pilot() {
     }
     InitServices(m_clServiceManager, m_clTrace);
     // To systemctl some names are several; what is no unit's name is not even looked up.
-    if (CServiceManager::ms_eDistri == eSystemd && !__bNamePossible()) {
-        return 0;
-    }
-    bool bSuccess = false;
-    switch (m_stOrders.nOperation) {
-        case OP_UPGRADE: bSuccess = __bUpgrade(); break;
-        case OP_INSTALL: bSuccess = __bInstall(); break;
-        default: bSuccess = __bUnInstall(); break;
-    }
+    const bool bNameSafe = CServiceManager::ms_eDistri != eSystemd || __bNamePossible();
+    const bool bSuccess = bNameSafe && __bCarryOut();
     m_clTrace.Step(L"unattended run", bSuccess ? L"ok" : L"failed");
     return bSuccess ? 1 : 0;
+}
+
+bool CPilot::__bCarryOut() {
+    switch (m_stOrders.nOperation) {
+        case OP_UPGRADE: return __bUpgrade();
+        case OP_INSTALL: return __bInstall();
+        default: return __bUnInstall();
+    }
 }
 
 bool CPilot::__bFail(std::wstring_view svWhat, std::wstring_view svWhy) {

@@ -35,6 +35,8 @@ class CPilot {
     static CTString __csServiceName(const CTString& csName);
     /// That service; null when there is none.
     CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
+    /// Runs the operation that is ordered, one that there is.
+    bool __bCarryOut();
     bool __bInstall();
     /// Whether a service can have the instance's name. What speaks against it has been told.
     bool __bNamePossible();

@@ -44,7 +44,7 @@ bool bLoad(const CTString& csPath, CTrace& rclTrace, std::string* pcsBytes) {
     const CTString csWhat = L"parameter file " + csQuoted(csPath);
     CPathBuffer szPath;
     if (!__PrivateProfilePatchName(csPath.pszGet(), szPath) || !CDiskFile::bFileExists(szPath)) {
-        return bFail(rclTrace, csWhat, L"not found");
+        return bFail(rclTrace, csWhat, CDiskFile::bDirectoryExists(szPath) ? L"a directory" : L"not found");
     }
     if (!CDiskFile::bLoad(szPath, nMaxFile, pcsBytes)) {
         rclTrace.Outcome(L"read " + csWhat, false);

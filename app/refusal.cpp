@@ -48,14 +48,17 @@ bool bHiddenIn(CService& rclService, std::wstring_view svDir) {
     return !bOwnProgram(rclService) && csCommandOf(rclService).svGet().find(svDir) != CTString::npos;
 }
 
-// Whether the rules give a program of that command line back.
+// Whether the rules give a program of that path back, called as services are: the whole command, so that no
+// directory is taken whose longer neighbours are, and in it the path.
 bool bFoundAgain(const CTString& csProgram) {
-    const std::optional<CTString> csTold = csProgramAsTold(csProgram + L" --service");
+    const CTString csCommand = csProgram + L" --service";
+    std::optional<CTString> csTold = csProgramAsTold(csCommand);
     if (!csTold) {
         return false;
     }
+    csTold->TrimRight(L' ');
     CService clService(nullptr, L"", nullptr, csTold->pszGet());
-    return csGetProgramWithoutArg(&clService) == csProgram &&
+    return *csTold == csCommand && csGetProgramWithoutArg(&clService) == csProgram &&
            csGetProgramDirectory(&clService) == CFSPath::stSplit(csProgram).svDirectory;
 }
 

@@ -62,9 +62,11 @@ bool bServiceCanBeNamed(const CTString& csName) {
     static constexpr std::wstring_view svShell = L"\"\\'`$&|;<>()[]{}*?!#~\t";
     static constexpr std::size_t nMaxBytes = 242;  // 255 with "ZDCS-" and ".service"
     const std::wstring_view svName = csName;
-    const bool bPlain = CServiceManager::ms_eDistri == eSystemd
-                            ? svName.find_first_not_of(svUnitName) == std::wstring_view::npos
-                            : svName.find_first_of(svShell) == std::wstring_view::npos;
+    // With "@" at its end it would be a template, which is no service yet.
+    const bool bPlain =
+        CServiceManager::ms_eDistri == eSystemd
+            ? svName.find_first_not_of(svUnitName) == std::wstring_view::npos && !svName.ends_with(L'@')
+            : svName.find_first_of(svShell) == std::wstring_view::npos;
     return bPlain && !svName.empty() && csToUTF8(csName).nGetLength() <= nMaxBytes;
 }
 

@@ -144,7 +144,8 @@ TEST_F(CInstaller, NamesThatReachOtherUnitsAreRefused) {
     PackServer();
     Write("/bin/systemctl", "#!/bin/sh\necho \"$*\" >>/tmp/run/units\n");
     fs::permissions("/bin/systemctl", fs::perms(0755));
-    for (const char* const psz : {"x systemd-journald", "*", "a?b", "a/b", "[a-z]", "\"a\"", "caf\xC3\xA9"}) {
+    for (const char* const psz :
+         {"x systemd-journald", "*", "a?b", "a/b", "[a-z]", "\"a\"", "a@", "caf\xC3\xA9"}) {
         Pilot("[PILOTAGE]\nMAJ=2\n[SERVEUR]\nRepertoire=/tmp/zd\nServeur=" + std::string(psz) + "\n");
         EXPECT_FALSE(fs::exists(PSZ_DIR)) << psz;
         EXPECT_TRUE(bTraced("no name that a service can have")) << psz;
@@ -185,7 +186,7 @@ TEST_F(CInstaller, WhatIsNotOursIsRefusedAndStaysAsItIs) {
         {"", csInto("/tmp//zd/."), "is the directory of the instance ZDCS-first"},
         {"", csInto("/tmp/other --x"), "could not be found again"},
         {"", csInto("/tmp/other\"x"), "could not be found again"},
-        {"", csInto("/tmp/" + std::string(125, 'd')), "could not be found again"},
+        {"", csInto("/tmp/" + std::string(114, 'd')), "could not be found again"},
         {"", csInto("/tmp/other", "it's"), "no name that a service can have: \"it's\""},
     };
     const auto csMachine = [] {
@@ -211,7 +212,7 @@ TEST_F(CInstaller, WhatIsNotOursIsRefusedAndStaysAsItIs) {
     SetUp();
     PackServer();
     // One that just fits is installed, upgraded and marked where it lies.
-    const std::string csDir = "/tmp/zd/" + std::string(120, 'd');
+    const std::string csDir = "/tmp/zd/" + std::string(109, 'd');
     Pilot(csInto(csDir, "first"));
     fs::remove(csDir + "/Install.log");
     Pilot(PSZ_UPGRADE);
@@ -239,6 +240,8 @@ TEST_F(CInstaller, OrdersAreReadOnceAndToldOneByOne) {
     }
     Run("/PILOT=none.ini /DEBUG=trace");
     EXPECT_TRUE(bTraced("parameter file \"./none.ini\": failed: not found"));
+    Run("/PILOT=/tmp /DEBUG=trace");
+    EXPECT_TRUE(bTraced("parameter file \"/tmp\": failed: a directory"));
     fs::remove("pilot.ini");
     fs::create_symlink("/proc/self/mem", "pilot.ini");
     Run("/PILOT=pilot.ini /DEBUG=trace");

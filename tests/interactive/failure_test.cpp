@@ -72,8 +72,7 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
          "env ASAN_OPTIONS=detect_leaks=0 strace -D -qq -o/dev/null "
          "-e inject=chown,lchown,fchown,fchownat:error=EPERM"},
         // What would not fit into the commands of the server's programs is refused where it is chosen, and so
-        // is
-        // a directory that would be cut when it is read.
+        // is a directory that would be cut when it is read.
         {"", "@directory => Backspace*15 srv/zd/" + std::string(237, 'd') + R"( Enter
             *Attention / The path of the directory / * / OK
             {1031} / * => Backspace*245 srv/zd/a;b Enter

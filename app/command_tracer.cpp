@@ -27,7 +27,7 @@ void CCommandTracer::CommandEnded(const STCommandEnd& rst) noexcept {
 }
 
 void EndInterruptedRun(std::wstring_view svCommand, CTrace& rclTrace) {
-    rclTrace.Step(L"run", L"ended by the keyboard during: " + CTString(svCommand));
+    rclTrace.Step(L"run", L"interrupted during: " + CTString(svCommand));
     if (bDialogOpen()) {
         end_dialog();
         nShellCommand("clear 2>/dev/null");

@@ -119,7 +119,7 @@ bool CPilot::__bNamePossible() {
     return !clRefusal || bTellRefusal(L"Serveur", *clRefusal, m_clTrace);
 }
 
-bool CPilot::__bDirectoryFree() {
+bool CPilot::__bPlaceFree() {
     CServiceList tabServer;
     ListServer(m_clServiceManager, tabServer);
     const CFSPath& rclDir = m_stOrders.clInstallDir;
@@ -127,6 +127,9 @@ bool CPilot::__bDirectoryFree() {
         pclOther != nullptr) {
         return __bFail(L"Repertoire", csQuoted(rclDir.csGet()) + L" is the directory of the instance " +
                                           CTString(pclOther->pszGetName()));
+    }
+    if (const CTString csService = __csServiceName(m_stOrders.csServer); bUnitMasked(csService)) {
+        return __bFail(L"Serveur", L"the unit of " + csService + L" is masked");
     }
     const CRefusal clRefusal = clRefuseDirectory(rclDir, tabServer);
     return !clRefusal || bTellRefusal(L"Repertoire", *clRefusal, m_clTrace);
@@ -143,7 +146,7 @@ bool CPilot::__bInstall() {
         return __bFail(L"Repertoire", L"too long");
     }
     CDataExtractor clExtractor(m_clTrace);
-    if (!__bNamePossible() || !__bDirectoryFree() || !__bForgetSuccess(rclInstallDir.csGet()) ||
+    if (!__bNamePossible() || !__bPlaceFree() || !__bForgetSuccess(rclInstallDir.csGet()) ||
         !clExtractor.bInit()) {
         return false;
     }

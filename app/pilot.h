@@ -40,8 +40,8 @@ class CPilot {
     bool __bInstall();
     /// Whether a service can have the instance's name. What speaks against it has been told.
     bool __bNamePossible();
-    /// Whether nothing speaks against a new instance in its directory; what does has been told.
-    bool __bDirectoryFree();
+    /// Whether name and directory are free for a new instance. What speaks against it has been told.
+    bool __bPlaceFree();
     /// Files, configuration and the server's own programs of a new instance.
     bool __bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclDatabaseDir);
     bool __bUpgrade();

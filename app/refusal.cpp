@@ -1,6 +1,10 @@
 #include "app/refusal.h"
 
-#include <array>
+#include <fcntl.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
 #include <string>
 
 #include "app/config/server_config.h"
@@ -10,6 +14,7 @@
 #include "app/trace.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/unique_fd.h"
 #include "services/service_manager.h"
 #include "services/told_program.h"
 
@@ -17,19 +22,41 @@ namespace kalmo {
 namespace {
 
 CTString csCommandOf(CService& rclService) {
-    return CTString(rclService.pszBinaryPathName());
+    CTString csCommand(rclService.pszBinaryPathName());
+    csCommand.TrimRight(L' ');  // systemctl leaves one behind it
+    return csCommand;
 }
 
 // A command of several words, of which the first is a program, was cut in the wrong place: nobody's path has
-// a file in the middle.
+// a file in the middle, nor one that does not exist a second path.
 bool bBeginsWithAnotherFile(const CTString& csProgram) {
-    for (std::size_t nBlank = csProgram.svGet().find(L' '); nBlank != CTString::npos;
-         nBlank = csProgram.svGet().find(L' ', nBlank + 1)) {
-        if (CDiskFile::bFileExists(csProgram.svGet().substr(0, nBlank))) {
-            return !CDiskFile::bFileExists(csProgram);
+    const std::wstring_view svProgram = csProgram;
+    if (CDiskFile::bFileExists(svProgram)) {
+        return false;
+    }
+    for (std::size_t nBlank = svProgram.find(L' '); nBlank != svProgram.npos;
+         nBlank = svProgram.find(L' ', nBlank + 1)) {
+        if (CDiskFile::bFileExists(svProgram.substr(0, nBlank))) {
+            return true;
         }
     }
-    return false;
+    return svProgram.find(L" /") != svProgram.npos &&
+           !CDiskFile::bDirectoryExists(CFSPath::stSplit(svProgram).svDirectory);
+}
+
+// A link to a program in another directory: that one holds the instance, not the link's.
+bool bLeadsElsewhere(const CTString& csProgram, const CTString& csDirectory) {
+    const std::unique_ptr<char, decltype(&std::free)> pszReal(
+        ::realpath(csToUTF8(csProgram).pszGet(), nullptr), &std::free);
+    return pszReal != nullptr && !CDiskFile::bSameDirectoryName(
+                                     CFSPath::stSplit(csFromUTF8(pszReal.get())).svDirectory, csDirectory);
+}
+
+// Whether a program file is being run: it cannot be opened to be written then.
+bool bIsRun(const CTString& csPath) {
+    const CUniqueFd clFd(
+        ::open(csToUTF8(csPath).pszGet(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+    return !clFd.bValid() && errno == ETXTBSY;
 }
 
 bool bBeginsWithName(std::wstring_view svFileName, std::wstring_view svName) {
@@ -43,9 +70,16 @@ STRefusal stForeign(CService& rclService) {
             csFormatText(TEXTE_PROGRAMME_ETRANGER, csGetDisplayName(rclService), csCommand)};
 }
 
-// A service whose command names another's program and, behind it, something in the directory.
-bool bHiddenIn(CService& rclService, std::wstring_view svDir) {
-    return !bOwnProgram(rclService) && csCommandOf(rclService).svGet().find(svDir) != CTString::npos;
+// A service whose command does not tell its directory, as it names another's program, but which may be that
+// one: the command mentions it, a program in it runs, or the configuration there has the service's name.
+bool bHiddenIn(CService& rclService, const CTString& csDirectory) {
+    if (bOwnProgram(rclService)) {
+        return false;
+    }
+    const bool bManager = bIsManager(rclService);
+    return csCommandOf(rclService).svGet().find(csDirectory) != CTString::npos ||
+           bIsRun(csDirectory + (bManager ? PSZ_MANAGER_PROGRAM : PSZ_SERVER_PROGRAM)) ||
+           (!bManager && bEgalSansCasse(csServiceConfiguredIn(csDirectory), rclService.pszGetName()));
 }
 
 // Whether the rules give a program of that path back, called as services are: the whole command, so that no
@@ -70,15 +104,16 @@ bool bOwnProgram(CService& rclService) {
     if (csDirectory.bEmpty() || bBeginsWithAnotherFile(csProgram)) {
         return false;
     }
-    const std::wstring_view svName = CFSPath::stSplit(csProgram).svFileName;
-    // The manager's name cut short is that of the daemon beside it.
-    const bool bOfServer = bBeginsWithName(svName, PSZ_SERVER_PROGRAM);
-    if (bOfServer) {
-        return !bIsManager(rclService) || bBeginsWithName(svName, PSZ_MANAGER_PROGRAM);
-    }
     CPathBuffer szConfPath;
     GetZDConfPath(&rclService, szConfPath);
-    return CDiskFile::bFileExists(szConfPath);
+    const bool bConfigured = CDiskFile::bFileExists(szConfPath);
+    const std::wstring_view svName = CFSPath::stSplit(csProgram).svFileName;
+    if (!bBeginsWithName(svName, PSZ_SERVER_PROGRAM)) {
+        return bConfigured;
+    }
+    // The manager's name cut short is that of the daemon beside it.
+    return (!bIsManager(rclService) || bBeginsWithName(svName, PSZ_MANAGER_PROGRAM)) &&
+           (bConfigured || !bLeadsElsewhere(csProgram, csDirectory));
 }
 
 CRefusal clRefuseRemoval(CService& rclService) {
@@ -114,9 +149,15 @@ CRefusal clRefuseDirectory(const CFSPath& rclDir, CServiceList& rtabServer) {
         }
     }
     for (const CXPtr_deleteRCV<CService>& rpclService : rtabServer) {
-        if (bHiddenIn(*rpclService, rclDir.svGet())) {
+        if (bHiddenIn(*rpclService, rclDir.csGet())) {
             return stForeign(*rpclService);
         }
+    }
+    // A unit that is masked is not listed, and is an instance all the same.
+    if (const CTString csService = csServiceConfiguredIn(rclDir.csGet()); bUnitMasked(csService)) {
+        return STRefusal{
+            csQuoted(rclDir.csGet()) + L" is the directory of " + csService + L", whose unit is masked",
+            csFormatText(TEXTE_REPERTOIRE_MASQUE, rclDir.csGet(), csService)};
     }
     return {};
 }
@@ -133,9 +174,11 @@ CRefusal clRefuseCommandRoom(const CFSPath& rclDir, std::size_t nMaxBytes) {
 }
 
 CRefusal clRefuseName(const CTString& csName) {
-    return bServiceCanBeNamed(csName) ? CRefusal()
-                                      : STRefusal{L"no name that a service can have: " + csQuoted(csName),
-                                                  csFormatText(TEXTE_NOM_IMPOSSIBLE, csName)};
+    if (!bServiceCanBeNamed(csName)) {
+        return STRefusal{L"no name that a service can have: " + csQuoted(csName),
+                         csFormatText(TEXTE_NOM_IMPOSSIBLE, csName)};
+    }
+    return {};
 }
 
 bool bTellRefusal(std::wstring_view svWhat, const STRefusal& rst, CTrace& rclTrace) {

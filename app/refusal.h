@@ -23,8 +23,8 @@ using CRefusal = std::optional<STRefusal>;
 
 /// Whether the program that a service's command names is one of this product's: its name begins with "kalmo",
 /// the shared manager's with "kalmomanager", or an instance's configuration lies beside it. A program that is
-/// missing counts by its name. Not so one that runs a program of ours, as nice, env or a shell do: file and
-/// directory that the command names are then another's.
+/// missing counts by its name. Not so one that runs a program of ours, as nice, env or a shell do, nor a link
+/// to one in another directory: file and directory that the command names are then another's.
 bool bOwnProgram(CService& rclService);
 
 /// Against unregistering a service and deleting its files: its command names a program that is not ours. A
@@ -36,7 +36,8 @@ CRefusal clRefuseRemoval(CService& rclService);
 CRefusal clRefuseUpgrade(CService& rclService);
 
 /// Against installing into a directory, which ends in "/": a service there could not be found again, as the
-/// rules by which commands are read would cut its path; or a service runs from it in a way that hides it.
+/// rules by which commands are read would cut its path; a service may run from it in a way that hides it; or
+/// it is that of an instance whose unit is masked.
 CRefusal clRefuseDirectory(const CFSPath& rclDir, CServiceList& rtabServer);
 
 /// Against a directory in which no command of the server's programs fits into nMaxBytes.

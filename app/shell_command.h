@@ -22,8 +22,9 @@ std::string csShellQuoted(std::string_view sv);
 CTString csStatus(int nStatus);
 
 /// Runs a command and traces it with what came of it. Does not return where Ctrl-C or Ctrl-\ ended it
-/// (EndInterruptedRun). Returns the status as system() does: -1 when no shell
-/// could run it. The screen, on which the command may have written, is shown again.
+/// (EndInterruptedRun); a command that ends with 130 or 131 counts as one, for that is how a shell tells it.
+/// Returns the status as system() does: -1 when no shell could run it. The screen, on which the command may
+/// have written, is shown again.
 ///
 /// The trace shows svTold instead of the command when that is given: a trace never holds a password.
 int nRunShell(const std::string& csCommand, CTrace& rclTrace, std::string_view svTold = {});

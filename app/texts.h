@@ -21,6 +21,7 @@ constexpr unsigned TEXTE_COMPTE_NON_CREE = 0x1236;       ///< system account
 constexpr unsigned TEXTE_SANS_JOURNAL = 4161;            ///< command
 constexpr unsigned TEXTE_REPERTOIRE_INTROUVABLE = 4166;  ///< directory
 constexpr unsigned TEXTE_REPERTOIRE_TROP_LONG = 4167;    ///< directory, bytes too many (int)
+constexpr unsigned TEXTE_REPERTOIRE_MASQUE = 4176;       ///< directory, service
 constexpr unsigned TEXTE_REPERTOIRE_NON_CREE = 4175;
 constexpr unsigned TEXTE_COMPTE_TROP_LONG = 4168;    ///< bytes too many (int)
 constexpr unsigned TEXTE_DOSSIER_TEMPORAIRE = 4172;  ///< folder, reason

@@ -70,6 +70,28 @@ bool bServiceCanBeNamed(const CTString& csName) {
     return bPlain && !svName.empty() && csToUTF8(csName).nGetLength() <= nMaxBytes;
 }
 
+bool bUnitMasked(const CTString& csService) {
+    return CServiceManager::ms_eDistri == eSystemd && !csService.bEmpty() &&
+           CServiceManager::csGetSystemdProp("LoadState", csService.pszGet()) == L"masked";
+}
+
+bool bInstanceKnown(const CTString& csName) {
+    const CTString csService = CTString(PSZ_SERVICE_PREFIX) + csName;
+    CServiceManager clManager;
+    return clManager.pclGetService(csService.pszGet(), 0) != nullptr || bUnitMasked(csService);
+}
+
+CTString csServiceConfiguredIn(const CTString& csDirectory) {
+    CPathBuffer szConfPath;
+    std::array<wchar_t, nTailleMaxPath> szName{};
+    if (CDiskFile::MakePath(szConfPath, csDirectory, PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+        GetPrivateProfileString(PSZ_SECTION_INIT, L"Name", L"", szName.data(),
+                                static_cast<unsigned>(szName.size()), szConfPath);
+    }
+    const CTString csName(szName.data());
+    return bServiceCanBeNamed(csName) ? PSZ_SERVICE_PREFIX + csName : CTString();
+}
+
 bool bSystemAccountExists(const CTString& csUser) {
     return ::getpwnam(csToUTF8(csUser).pszGet()) != nullptr;
 }

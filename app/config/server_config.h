@@ -33,6 +33,11 @@ inline constexpr const wchar_t* PSZ_SERVER_PROGRAM = L"kalmo";
 /// systemd what unit names are made of, under SysV nothing that means something to a shell.
 bool bServiceCanBeNamed(const CTString& csName);
 
+/// Whether the machine knows a service of that instance, also one whose unit is masked.
+bool bInstanceKnown(const CTString& csName);
+/// Whether a unit of that name is masked (systemd.unit(5)): it is no service, but its name is taken.
+bool bUnitMasked(const CTString& csService);
+
 /// What an instance's configuration says about telemetry.
 enum class ETelemetryState : int {
     Unknown = -1,  ///< The key is missing or holds anything but 0 or 1.
@@ -47,6 +52,9 @@ void WriteServerName(const wchar_t* pszConfPath, const wchar_t* pszValue);
 /// Writes "1" for any non-zero nOn, else "0".
 void WriteTelemetryOn(const wchar_t* pszConfPath, int nOn);
 ETelemetryState eReadTelemetry(const wchar_t* pszConfPath);
+/// The service of the instance that the configuration file in a directory, which ends in "/", belongs to.
+/// Empty when there is none, or it has no name that a service can have.
+CTString csServiceConfiguredIn(const CTString& csDirectory);
 /// The port, nPortDefaut when the file does not tell any.
 int nReadServerPort(const wchar_t* pszConfPath);
 

@@ -176,6 +176,16 @@ TEST_F(CInstaller, WhatIsNotOursIsRefusedAndStaysAsItIs) {
         {csEnv, PSZ_UPGRADE, "not of this product"},
         {csEnv, PSZ_REMOVE, "not of this product"},
         {csWrap("nice"), PSZ_REMOVE, "not of this product"},
+        {csWrap("/usr/bin/missing"), PSZ_REMOVE, "not of this product"},
+        // A link is not where the instance lies.
+        {"ln -sf /tmp/zd/kalmo /usr/bin/kalmo; sed -i 's,/tmp/zd/,/usr/bin/,' /etc/init.d/ZDCS-first",
+         PSZ_UPGRADE, "not of this product"},
+        // A command that does not say where it runs: the configuration, or a program that runs, tells.
+        {"sed -i 's,Program=.*,Program=\"/bin/sh -c cd...\",' /etc/init.d/ZDCS-first", csInto("/tmp/zd"),
+         "ZDCS-first runs a program that is not of this product"},
+        {"cp /bin/sleep /tmp/zd/kalmomanager; /tmp/zd/kalmomanager 3 & "
+         "sed 's,Program=.*,Program=\"/bin/sh -c cd...\",' /etc/init.d/ZDCS-first >/etc/init.d/KalmoManager",
+         PSZ_UPGRADE, "KalmoManager runs a program that is not of this product"},
         // A path that the line's limit cuts names something else.
         {"sed -i 's,Program=\",&/tmp/" + std::string(140, 'd') + ",' /etc/init.d/ZDCS-first", PSZ_REMOVE,
          "not of this product"},
@@ -231,8 +241,8 @@ TEST_F(CInstaller, OrdersAreReadOnceAndToldOneByOne) {
         {"\xFE\xFF\0[", "byte-order mark of UTF-16 big-endian"},
         {"[SERVEUR]\nServeur=first\n", "MAJ: missing in the parameter file"},
         {"[PILOTAGE]\nMAJ=7\n", "MAJ: no operation of that number"},
-        {"[PILOTAGE]\nMAJ=3\n[SERVEUR]\nServeur=a\x1B\"\\\x07\n",
-         R"(Serveur="a\x1B\"\\\x07" Repertoire missing)"},
+        {"[PILOTAGE]\nMAJ=3\n[SERVEUR]\nServeur=a\x1B\"\\\x7F\n",
+         R"(Serveur="a\x1B\"\\\x7F" Repertoire missing)"},
     };
     for (const auto& [csOrders, pszTraced] : TAB) {
         Pilot(csOrders);
@@ -267,14 +277,14 @@ TEST_F(CInstaller, WhatTheKeyboardEndsEndsTheRun) {
     ASSERT_EQ(nShell("cd tree && zip -qXDr ../kalmoinstall.zip ."), 0);
     Write("pilot.ini", PSZ_INSTALL);
     ASSERT_EQ(nShell("echo typed | ./kalmoinstall /PILOT=pilot.ini /DEBUG=trace"), 0);
-    EXPECT_TRUE(bTraced("ended by the keyboard during: /tmp/zd/kalmomanager --INSTALLER"));
+    EXPECT_TRUE(bTraced("interrupted during: /tmp/zd/kalmomanager --INSTALLER"));
     EXPECT_EQ(csRead("calls"), "(none)") << "nobody's input was read, and nothing ran behind it";
     EXPECT_FALSE(bMarked());
 
     // A tool of the boot sequence, which cron's path does not lead to.
     PackServer();
     for (const auto& [csTool, pszTraced, bLeft] : std::vector<std::tuple<std::string, const char*, bool>>{
-             {"kill -QUIT $$", "ended by the keyboard during: update-rc.d -f ZDCS-first remove", true},
+             {"kill -QUIT $$", "interrupted during: update-rc.d -f ZDCS-first remove", true},
              {"echo 'no links' >&2; exit 3",
               "update-rc.d -f ZDCS-first remove >/dev/null: exit code 3: no links", false},
          }) {
@@ -336,6 +346,18 @@ TEST_F(CInstaller, InstallsWithTheModesAndCallsOfTheServer) {
     EXPECT_EQ(csRead("calls"), "kalmomanager --INSTALLER\nkalmo --INSTALLER\n");
     EXPECT_EQ(unMode("trace"), 0600U);
     EXPECT_FALSE(bTraced(csToUTF8(csGetArchivePassword()).pszGet()));
+    // At no moment may others write what the payload brings.
+    fs::remove_all(PSZ_DIR);
+    fs::remove("/etc/init.d/ZDCS-first");
+    ASSERT_EQ(
+        nShell("chmod -R a+rwX tree && cd tree && zip -qXr ../kalmoinstall.zip . && cd .. && "
+               "ASAN_OPTIONS=detect_leaks=0 strace -qq -o modes -e trace=fchmod,openat,mkdir,mkdirat "
+               "./kalmoinstall /PILOT=pilot.ini"),
+        0);
+    EXPECT_EQ(nShell("grep -E 'fchmod.*, 0755\\)' modes >/dev/null && ! grep -E "
+                     "'(CREAT|fchmod|mkdir).*, 0[0-7]*([2367][0-7]|[0-7][2367])\\)' modes >output"),
+              0)
+        << csRead("output");
     // A directory that means something to the shell.
     fs::remove("calls");
     Pilot("[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=second\nRepertoire=/tmp/zd/it's; touch pwned #\n");

@@ -208,7 +208,7 @@ TEST_F(CInitScripts, EndTheRunWhenTheKeyboardEndsThem) {
     rclTerminal().Send("\x03");
     End({});
     EXPECT_TRUE(csFiles() + csProcesses("ZDCS-first KalmoManager") == csBefore);
-    EXPECT_TRUE(bShell("grep 'ended by the keyboard during: /etc/init.d/ZDCS-first stop' /tmp/trace"));
+    EXPECT_TRUE(bShell("grep 'interrupted during: /etc/init.d/ZDCS-first stop' /tmp/trace"));
 }
 
 TEST_F(CStory, AccountsAreAskedForAndMade) {

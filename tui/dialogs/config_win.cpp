@@ -8,7 +8,6 @@
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
 #include "framework/profile_value.h"
-#include "services/service_manager.h"
 #include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
 #include "tui/msg_box.h"
@@ -104,8 +103,7 @@ bool CConfigWin::__bCheckNewName() {
         _ShowConflict(csFormatText(TEXTE_NOM_IMPOSSIBLE, csName).pszGet());
         return false;
     }
-    CServiceManager clManager;
-    if (clManager.pclGetService((CTString(PSZ_SERVICE_PREFIX) + csName).pszGet(), 0) != nullptr) {
+    if (bInstanceKnown(csName)) {
         _ShowConflict(csFormatText(TEXTE_CONFLIT_NOM, csName).pszGet());
         return false;
     }

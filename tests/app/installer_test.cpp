@@ -349,11 +349,10 @@ TEST_F(CInstaller, InstallsWithTheModesAndCallsOfTheServer) {
     // At no moment may others write what the payload brings.
     fs::remove_all(PSZ_DIR);
     fs::remove("/etc/init.d/ZDCS-first");
-    ASSERT_EQ(
-        nShell("chmod -R a+rwX tree && cd tree && zip -qXr ../kalmoinstall.zip . && cd .. && "
-               "ASAN_OPTIONS=detect_leaks=0 strace -qq -o modes -e trace=fchmod,openat,mkdir,mkdirat "
-               "./kalmoinstall /PILOT=pilot.ini"),
-        0);
+    ASSERT_EQ(nShell("chmod -R a+rwX tree && cd tree && zip -qXr ../kalmoinstall.zip . && cd .. && "
+                     "ASAN_OPTIONS=detect_leaks=0 strace -qq -o modes -e trace=fchmod,openat,mkdir,mkdirat "
+                     "./kalmoinstall /PILOT=pilot.ini"),
+              0);
     EXPECT_EQ(nShell("grep -E 'fchmod.*, 0755\\)' modes >/dev/null && ! grep -E "
                      "'(CREAT|fchmod|mkdir).*, 0[0-7]*([2367][0-7]|[0-7][2367])\\)' modes >output"),
               0)

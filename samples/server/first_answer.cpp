@@ -20,12 +20,12 @@
 namespace kalmo::sample {
 namespace {
 
-constexpr std::chrono::seconds clLongest(10);
+constexpr std::chrono::seconds clLongest(60);
 constexpr int nStep = 50;  // milliseconds
 // The service's state is asked for every so many steps. An init script takes a program that is being started
-// for a dead one, and systemd starts again what has failed: once is not enough to call it ended.
+// for a dead one, and systemd starts again what has failed: only one that stays so has ended.
 constexpr int nStepsAQuestion = 6;
-constexpr int nTimesEnded = 3;
+constexpr std::chrono::seconds clSurelyEnded(10);
 constexpr std::size_t nMaxLine = 255;
 
 // The first line of whoever listens on a port. Nobody is waited for longer than a step.
@@ -106,10 +106,12 @@ bool bAwaitGreeting(const CTString& csService, int nPort, std::string_view svGre
     CService clService(&clManager, csService.pszGet());
     CFirstLine clLine(nPort);
     const CTString csPort = L"port " + CTString(std::to_wstring(nPort));
-    const auto clEnd = std::chrono::steady_clock::now() + clLongest;
-    int nEnded = 0;
+    const auto clNow = [] { return std::chrono::steady_clock::now(); };
+    const auto clEnd = clNow() + clLongest;
+    auto clLastAlive = clNow();
+    const auto bEnded = [&] { return clNow() - clLastAlive > clSurelyEnded; };
     bool bStranger = false;
-    for (int n = 1; std::chrono::steady_clock::now() < clEnd && nEnded < nTimesEnded; ++n) {
+    for (int n = 1; clNow() < clEnd && !bEnded(); ++n) {
         const bool bCame = clLine.bCame();
         if (bCame && clLine.svLine() != svGreeting) {
             rclLog.Line(csPort + L" is another program's, which answers: " + csPrintable(clLine.svLine()));
@@ -123,7 +125,9 @@ bool bAwaitGreeting(const CTString& csService, int nPort, std::string_view svGre
             rclLog.Line(csPort + L" answers: " + csPrintable(clLine.svLine()));
             return true;
         }
-        nEnded = eStatus == eServiceStopped || eStatus == eServiceFailed ? nEnded + 1 : 0;
+        if (eStatus != eServiceStopped && eStatus != eServiceFailed) {
+            clLastAlive = clNow();
+        }
         bStranger = bCame || clLine.bConnected();
         if (bCame) {
             // The same instance, but not as this service: started by hand, say.
@@ -131,7 +135,7 @@ bool bAwaitGreeting(const CTString& csService, int nPort, std::string_view svGre
             ::poll(nullptr, 0, nStep * nStepsAQuestion);
         }
     }
-    if (nEnded < nTimesEnded) {
+    if (!bEnded()) {
         rclLog.Line(csService + L" does not answer in time on " + csPort);
     } else {
         rclLog.Line(csService + L" has ended; " + csPort +

@@ -38,7 +38,7 @@ tell() {
         printf '  %-24s %-10s %s\n' "$service" "$(active "$service" >/dev/null 2>&1 && echo active || echo stopped)" "$directory"
         [[ $service == ZDCS-* ]] || continue
         port=$(sed -n 's/^AccessPort *= *//p' "$directory/ZDConf.ini" | tr -d '\r')
-        printf '  %-24s port %-5s %s\n' '' "$port" "$(greeting "$port" 2>/dev/null || echo 'no answer')"
+        printf '  %-24s port %-5s %s\n' '' "$port" "$(TRIES=20 greeting "$port" 2>/dev/null || echo 'no answer')"
     done
 }
 

@@ -21,9 +21,9 @@ pid() {
 }
 
 # say_to PORT [LINE...]: what a server says, a line each for its greeting and its answer to every LINE. A service that
-# was just started gets a moment.
+# was just started gets TRIES tenths of a second, ten seconds without it.
 say_to() {
-    local port=$1 tries=20 line
+    local port=$1 tries=${TRIES:-100} line
     shift
     while ((tries-- > 0)); do
         if exec 3<>"/dev/tcp/127.0.0.1/$port"; then

@@ -61,7 +61,7 @@ TEST_P(CFromStartToEnd, AServerIsInstalledUpgradedAndUninstalled) {
     Run(PSZ_UPGRADE, stNext);
     ExpectServer("26.0.3.0");
     Run(PSZ_UNINSTALL, GetParam());
-    EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL && active KalmoManager && ! greeting 4900"));
+    EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL && active KalmoManager && ! TRIES=5 greeting 4900"));
     Run(PSZ_UNINSTALL_MANAGER, GetParam());
     EXPECT_TRUE(bShell("unregistered KalmoManager"));
     EXPECT_EQ(csShell("cd /usr/local/ZDSQL && echo $(find . -type f | sort)"),
@@ -117,6 +117,8 @@ sh: /usr/local/ZDSQL/kalmo --INSTALLER 2>/dev/null)";
 /bin/systemctl --property=Description,ExecStart,Type show KalmoManager)";
     const std::string csServer = R"(
 /bin/systemctl --property=Description,ExecStart,Type show ZDCS-ZDSQL)";
+    const std::string csMasked = R"(
+/bin/systemctl --property=LoadState show ZDCS-ZDSQL)";
     const std::string csServers = csList + csList + " --plain" + csServer + csFiles + csManager;
     const struct {
         const char* pszScript;
@@ -124,7 +126,8 @@ sh: /usr/local/ZDSQL/kalmo --INSTALLER 2>/dev/null)";
         std::string csSystemd;
         std::string csSysV;
     } TAB[] = {
-        {PSZ_INSTALL, "current", csList + csFiles + csManager + csServer + csManager + csInstall, csInstall},
+        {PSZ_INSTALL, "current", csList + csFiles + csManager + csServer + csMasked + csManager + csInstall,
+         csInstall},
         {PSZ_UPGRADE, "next", csServers + csManager + csManager + R"(
 /bin/systemctl --property=ActiveState show KalmoManager
 /bin/systemctl --property=ActiveState show ZDCS-ZDSQL

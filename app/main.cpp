@@ -1,4 +1,6 @@
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -9,8 +11,23 @@
 #include "framework/string_allocator.h"
 #include "services/lance_processus.h"
 
+namespace {
+
+// Whoever starts the installer with a standard descriptor closed would find the next file that it opens
+// there: what a program prints would go into the trace or into a file of the server.
+void OpenStandardDescriptors() {
+    int nFd = -1;
+    do {
+        nFd = ::open("/dev/null", O_RDWR);
+    } while (nFd >= 0 && nFd <= STDERR_FILENO);
+    ::close(nFd);
+}
+
+}  // namespace
+
 int main(int nArgc, char** ppszArgv) {
     using namespace kalmo;
+    OpenStandardDescriptors();
     // The server's accounts must be able to read what root installs, whatever root's own umask is.
     ::umask(022);
     // cron and a plain su leave out the folders with the tools of the boot sequence.

@@ -45,10 +45,8 @@ bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTStrin
 // Nobody sits there: a program that asks all the same is told that there is nothing more, and does not take
 // what a caller's script was to read.
 void CloseStandardInput() {
-    CUniqueFd clNull(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-    if (clNull.nGet() == STDIN_FILENO) {
-        ::fcntl(clNull.nRelease(), F_SETFD, 0);
-    } else if (clNull.bValid()) {
+    const CUniqueFd clNull(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (clNull.bValid()) {
         ::dup2(clNull.nGet(), STDIN_FILENO);
     }
 }

@@ -258,6 +258,11 @@ TEST_F(CInstaller, OrdersAreReadOnceAndToldOneByOne) {
     EXPECT_TRUE(bTraced("read parameter file \"./pilot.ini\": failed ("));
     fs::remove("pilot.ini");
 
+    // Closed descriptors: the trace is not what the programs write to.
+    fs::remove("trace");
+    ASSERT_EQ(nShell("./kalmoinstall /PILOT=none.ini /DEBUG=trace <&- >&- 2>&-"), 0);
+    EXPECT_TRUE(bTraced("failed: not found"));
+
     // What the file says while the run waits for another one is not its order.
     Write("pilot.ini", PSZ_UPGRADE);
     Write("other.ini", PSZ_REMOVE);

@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "app/hang_up_shield.h"
-#include "app/install_steps.h"
 #include "app/message.h"
 #include "app/refusal.h"
 #include "app/server_services.h"
@@ -33,9 +32,9 @@ CRefusal clRefuseInstallDir(CFSPath clDir, CServiceList& rtabServer) {
     if (pclCheckPathConflict(rtabServer, clDir.pszGet()) != nullptr) {
         return {};
     }
-    static_cast<void>(
-        clDir.bAddTrailingSlash());  // one that has no room for it has none for a command either
-    const CRefusal clTooLong = clRefuseCommandRoom(clDir, nMaxServerCommand);
+    // One that has no room for the slash has none for a command either.
+    static_cast<void>(clDir.bAddTrailingSlash());
+    const CRefusal clTooLong = clRefuseCommandRoom(clDir);
     return clTooLong ? clTooLong : clRefuseDirectory(clDir, rtabServer);
 }
 

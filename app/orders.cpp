@@ -1,7 +1,6 @@
 #include "app/orders.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <string>
 #include <utility>

@@ -162,12 +162,12 @@ CRefusal clRefuseDirectory(const CFSPath& rclDir, CServiceList& rtabServer) {
     return {};
 }
 
-CRefusal clRefuseCommandRoom(const CFSPath& rclDir, std::size_t nMaxBytes) {
+CRefusal clRefuseCommandRoom(const CFSPath& rclDir) {
     const std::size_t nLength = csServerCommand(rclDir, "kalmomanager --INSTALLER", "").size();
-    if (nLength <= nMaxBytes) {
+    if (nLength <= nMaxServerCommand) {
         return {};
     }
-    const int nTooMany = static_cast<int>(nLength - nMaxBytes);
+    const int nTooMany = static_cast<int>(nLength - nMaxServerCommand);
     return STRefusal{L"the server's programs in " + csQuoted(rclDir.csGet()) + L" could not be called: " +
                          std::to_wstring(nTooMany) + L" bytes too many",
                      csFormatText(TEXTE_REPERTOIRE_TROP_LONG, rclDir.csGet(), nTooMany)};

@@ -1,7 +1,6 @@
 #ifndef KALMO_APP_REFUSAL_H
 #define KALMO_APP_REFUSAL_H
 
-#include <cstddef>
 #include <optional>
 #include <string_view>
 
@@ -40,8 +39,8 @@ CRefusal clRefuseUpgrade(CService& rclService);
 /// it is that of an instance whose unit is masked.
 CRefusal clRefuseDirectory(const CFSPath& rclDir, CServiceList& rtabServer);
 
-/// Against a directory in which no command of the server's programs fits into nMaxBytes.
-CRefusal clRefuseCommandRoom(const CFSPath& rclDir, std::size_t nMaxBytes);
+/// Against a directory in which a command of the server's programs has more than nMaxServerCommand bytes.
+CRefusal clRefuseCommandRoom(const CFSPath& rclDir);
 
 /// Against an instance's name that no service can have.
 CRefusal clRefuseName(const CTString& csName);

@@ -4,6 +4,7 @@
 #include <poll.h>
 
 #include <array>
+#include <cstdio>
 #include <string_view>
 
 #include "framework/errno_kept.h"
@@ -48,8 +49,9 @@ CErrorCatcher::CErrorCatcher() noexcept {
     CUniqueFd clRead = clAbove(tabFd[0]);
     const CUniqueFd clWrite = clAbove(tabFd[1]);
     ::fcntl(clWrite.nGet(), F_SETPIPE_SZ, nPipeRoom);
-    const std::string csOwn = "/proc/self/fd/" + std::to_string(clWrite.nGet());
-    const CUniqueFd clBoth = clAbove(::open(csOwn.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    std::array<char, 32> szOwn{};
+    static_cast<void>(std::snprintf(szOwn.data(), szOwn.size(), "/proc/self/fd/%d", clWrite.nGet()));
+    const CUniqueFd clBoth = clAbove(::open(szOwn.data(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     m_nFlags = ::fcntl(STDERR_FILENO, F_GETFD);
     m_clBefore.Reset(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, nFirstOther));
     const bool bKept = m_clBefore.bValid() || m_nFlags == -1;

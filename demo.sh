@@ -28,7 +28,7 @@ cmake --build --preset release --target payload_current payload_next >build/rele
 story() {
     story_kind=$1 script=$2
     shift 2
-    tests/machine/machine "$story_kind" "$@" -- "$PWD/samples/story/$script" \
+    testkit/machine "$story_kind" "$@" -- "$PWD/samples/story/$script" \
         "$PWD/build/release/payload/current" "$PWD/build/release/payload/next"
 }
 

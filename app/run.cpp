@@ -3,12 +3,12 @@
 #include <cstdio>
 #include <string_view>
 
-#include "app/command_tracer.h"
 #include "app/config/program_version.h"
-#include "app/interactive_run.h"
-#include "app/pilot.h"
+#include "app/engine/command_tracer.h"
+#include "app/engine/trace.h"
+#include "app/interactive/interactive_run.h"
 #include "app/texts.h"
-#include "app/trace.h"
+#include "app/unattended/pilot.h"
 #include "framework/conversion.h"
 
 namespace kalmo {

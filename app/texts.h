@@ -1,8 +1,8 @@
 #ifndef KALMO_APP_TEXTS_H
 #define KALMO_APP_TEXTS_H
 
-#include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
+#include "tui/toolkit/dialog_text.h"
 
 /// The texts of the flow, by their numbers. The catalogues tell what each says and takes.
 namespace kalmo {

@@ -30,7 +30,7 @@ if [[ ${1-} != __inside ]]; then
         { cmake --preset release && cmake --build --preset release; } >&2
         build=$PWD/build/release
     fi
-    exec tests/support/in_private_root "$PWD/bench/install.sh" __inside "$build" "$runs" "$megabytes"
+    exec testkit/in_private_root "$PWD/bench/install.sh" __inside "$build" "$runs" "$megabytes"
 fi
 
 build=$2 runs=$3 megabytes=$4

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "tests/support/terminal.h"
+#include "testkit/terminal.h"
 
 namespace kalmo {
 namespace {

@@ -35,7 +35,7 @@ if [[ ${1-} != __inside ]]; then
         { cmake --preset release && cmake --build --preset release --target services_bench; } >&2
         build=$PWD/build/release
     fi
-    exec tests/machine/machine systemd --timeout 300 -- bench/services.sh __inside "$build/bench/services_bench" "$judge"
+    exec testkit/machine systemd --timeout 300 -- bench/services.sh __inside "$build/bench/services_bench" "$judge"
 fi
 
 program=$2 judge=$3

@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "app/config/server_config.h"
-#include "app/server_services.h"
+#include "app/engine/server_services.h"
 #include "framework/conversion.h"
 #include "services/lance_processus.h"
 

@@ -17,8 +17,8 @@
 
 #include "framework/conversion.h"
 #include "framework/process_info.h"
-#include "tests/support/terminal.h"
-#include "tui/directory.h"
+#include "testkit/terminal.h"
+#include "tui/toolkit/directory.h"
 
 namespace kalmo {
 namespace {

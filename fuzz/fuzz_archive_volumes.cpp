@@ -12,7 +12,7 @@
 #include <string_view>
 
 #include "fuzz/extract_entries.h"
-#include "tests/support/temp_folder.h"
+#include "testkit/temp_folder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pbyData, std::size_t nSize) {
     using namespace kalmo;

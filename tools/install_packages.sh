@@ -18,7 +18,7 @@ COMPILE=(
     libvterm-dev               # the terminal emulator through which they look at the screen
     zip                        # the build packs the sample payloads
 )
-MACHINE=( # the throwaway machine of tests/machine/
+MACHINE=( # the throwaway machine of testkit/
     systemd systemd-sysv systemd-container
     init-system-helpers        # update-rc.d, invoke-rc.d and service for the machine without systemd
     util-linux                 # unshare, nsenter, setpriv, mount

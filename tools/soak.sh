@@ -7,7 +7,7 @@
 set -u
 cd "$(dirname "$0")/.." || exit 1
 
-machine=tests/machine/machine
+machine=testkit/machine
 logs=build/soak
 wanted=" $* "
 ran=0

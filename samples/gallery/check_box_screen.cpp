@@ -1,6 +1,6 @@
 #include "samples/gallery/gallery_win.h"
 #include "samples/gallery/screens.h"
-#include "tui/check_box.h"
+#include "tui/toolkit/check_box.h"
 
 namespace kalmo {
 namespace {

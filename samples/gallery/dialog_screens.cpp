@@ -1,10 +1,10 @@
 #include <string>
 
 #include "samples/gallery/screens.h"
-#include "tui/directory.h"
-#include "tui/license_win.h"
-#include "tui/msg_box.h"
-#include "tui/placement.h"
+#include "tui/dialogs/license_win.h"
+#include "tui/toolkit/directory.h"
+#include "tui/toolkit/msg_box.h"
+#include "tui/toolkit/placement.h"
 
 namespace kalmo {
 namespace {

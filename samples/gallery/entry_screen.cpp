@@ -1,7 +1,7 @@
 #include "samples/gallery/gallery_win.h"
 #include "samples/gallery/screens.h"
-#include "tui/entry_lower.h"
-#include "tui/num_entry.h"
+#include "tui/toolkit/entry_lower.h"
+#include "tui/toolkit/num_entry.h"
 
 namespace kalmo {
 namespace {

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "framework/xy_string.h"
-#include "tui/button.h"
-#include "tui/placement.h"
-#include "tui/window.h"
+#include "tui/toolkit/button.h"
+#include "tui/toolkit/placement.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 

@@ -3,9 +3,9 @@
 
 #include "samples/gallery/gallery_win.h"
 #include "samples/gallery/screens.h"
-#include "tui/attribute.h"
-#include "tui/jauge.h"
-#include "tui/libel.h"
+#include "tui/toolkit/attribute.h"
+#include "tui/toolkit/jauge.h"
+#include "tui/toolkit/libel.h"
 
 namespace kalmo {
 namespace {

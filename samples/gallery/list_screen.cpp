@@ -3,7 +3,7 @@
 
 #include "samples/gallery/gallery_win.h"
 #include "samples/gallery/screens.h"
-#include "tui/list.h"
+#include "tui/toolkit/list.h"
 
 namespace kalmo {
 namespace {

@@ -15,8 +15,8 @@
 #include "framework/process_info.h"
 #include "framework/resource.h"
 #include "samples/gallery/screens.h"
-#include "tui/msg_box.h"
-#include "tui/screen.h"
+#include "tui/toolkit/msg_box.h"
+#include "tui/toolkit/screen.h"
 
 namespace kalmo {
 namespace {

@@ -3,9 +3,9 @@
 
 #include "samples/gallery/gallery_win.h"
 #include "samples/gallery/screens.h"
-#include "tui/attribute.h"
-#include "tui/drawing.h"
-#include "tui/key.h"
+#include "tui/toolkit/attribute.h"
+#include "tui/toolkit/drawing.h"
+#include "tui/toolkit/key.h"
 
 namespace kalmo {
 namespace {

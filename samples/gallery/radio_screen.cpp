@@ -1,9 +1,9 @@
 #include <string>
 
 #include "samples/gallery/screens.h"
-#include "tui/ok_cancel_win.h"
-#include "tui/placement.h"
-#include "tui/radio_list.h"
+#include "tui/toolkit/ok_cancel_win.h"
+#include "tui/toolkit/placement.h"
+#include "tui/toolkit/radio_list.h"
 
 namespace kalmo {
 namespace {

@@ -6,7 +6,7 @@
 set -u
 
 if [ -z "${KALMO_MACHINE-}" ]; then
-    echo "$0: this installs services; run it in a throwaway machine (tests/machine/machine)" >&2
+    echo "$0: this installs services; run it in a throwaway machine (testkit/machine)" >&2
     exit 1
 fi
 

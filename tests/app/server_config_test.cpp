@@ -5,7 +5,7 @@
 #include <string>
 
 #include "services/service.h"
-#include "tests/support/temp_folder.h"
+#include "testkit/temp_folder.h"
 
 namespace kalmo {
 namespace {

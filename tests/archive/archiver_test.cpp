@@ -5,7 +5,7 @@
 
 #include "archive/entry_path.h"
 #include "archive/tv_win_zip.h"
-#include "tests/support/temp_folder.h"
+#include "testkit/temp_folder.h"
 
 // What independent archivers write is read back byte for byte.
 

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "tests/support/temp_folder.h"
+#include "testkit/temp_folder.h"
 
 // Names that would lead out of the directory are among the hostile archives.
 

@@ -134,7 +134,7 @@ TEST_F(Extraction, AWrongPasswordLeavesTheOldFile) {
 }
 
 TEST_F(Extraction, AFullDiskHasItsOwnCode) {
-    ASSERT_STREQ(::getenv("KALMO_PRIVATE_ROOT"), "1") << "run by tests/support/in_private_root";
+    ASSERT_STREQ(::getenv("KALMO_PRIVATE_ROOT"), "1") << "run by testkit/in_private_root";
     ASSERT_EQ(eOpen("large"), ARCHIVE_OK);
     ASSERT_TRUE(m_clFolder.bShell("mkdir disk; mount -t tmpfs -o size=64k kalmo disk"));
     EXPECT_EQ(eExtract("a.txt", "disk/out"), ARCHIVE_DISK_FULL);

@@ -7,7 +7,7 @@
 
 #include "archive/tv_win_zip.h"
 #include "framework/memory_stream.h"
-#include "tests/support/temp_folder.h"
+#include "testkit/temp_folder.h"
 
 namespace kalmo {
 

@@ -7,7 +7,7 @@
 #include <unordered_map>
 
 #include "framework/memory_stream.h"
-#include "tests/support/temp_folder.h"
+#include "testkit/temp_folder.h"
 
 namespace kalmo {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <regex>
 
-#include "tests/support/temp_folder.h"
-#include "tests/support/tui_terminal.h"
+#include "testkit/temp_folder.h"
+#include "testkit/tui_terminal.h"
 
 namespace kalmo {
 namespace {

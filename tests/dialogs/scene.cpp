@@ -20,9 +20,9 @@
 #include "tui/dialogs/install_progress_win.h"
 #include "tui/dialogs/telemetry_win.h"
 #include "tui/dialogs/upgrade_or_install_win.h"
-#include "tui/key.h"
-#include "tui/placement.h"
-#include "tui/screen.h"
+#include "tui/toolkit/key.h"
+#include "tui/toolkit/placement.h"
+#include "tui/toolkit/screen.h"
 
 namespace kalmo {
 namespace {

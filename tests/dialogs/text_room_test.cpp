@@ -4,10 +4,10 @@
 
 #include "framework/conversion.h"
 #include "framework/language.h"
-#include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
-#include "tui/text_columns.h"
-#include "tui/word_wrap.h"
+#include "tui/toolkit/dialog_text.h"
+#include "tui/toolkit/text_columns.h"
+#include "tui/toolkit/word_wrap.h"
 
 namespace kalmo {
 namespace {

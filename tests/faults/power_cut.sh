@@ -3,9 +3,9 @@
 # starts the service: what is on the disk then holds every file of the payload. The install directory is a file system
 # of its own on a loop device; its image, copied by the very program that is run, is what a disk holds after a cut.
 #
-#   power_cut.sh FOLDER    a folder with "kalmoinstall"; run it in tests/support/in_private_root
+#   power_cut.sh FOLDER    a folder with "kalmoinstall"; run it in testkit/in_private_root
 set -euo pipefail
-[[ -n ${KALMO_PRIVATE_ROOT-} ]] || { echo "$0: run this in tests/support/in_private_root" >&2; exit 1; }
+[[ -n ${KALMO_PRIVATE_ROOT-} ]] || { echo "$0: run this in testkit/in_private_root" >&2; exit 1; }
 project=$(realpath -e -- "${BASH_SOURCE[0]%/*}/../..")
 work=$(mktemp -d)
 target=/srv/zd/power

@@ -175,7 +175,7 @@ class Order(typing.NamedTuple):
 def prepare(current, next_version):
     """Makes the machine ready for an installation. The three orders by name."""
     if "KALMO_MACHINE" not in os.environ:
-        raise SystemExit("this installs services; run it in a throwaway machine (tests/machine/machine)")
+        raise SystemExit("this installs services; run it in a throwaway machine (testkit/machine)")
     # The search for leaks does not work under strace.
     os.environ["ASAN_OPTIONS"] = "detect_leaks=0"
     os.makedirs(WORK)

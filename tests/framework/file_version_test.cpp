@@ -9,7 +9,7 @@
 #include "framework/conversion.h"
 #include "framework/memory_stream.h"
 #include "framework/process_info.h"
-#include "tests/support/temp_folder.h"
+#include "testkit/temp_folder.h"
 
 namespace kalmo {
 namespace {

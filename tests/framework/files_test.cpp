@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "framework/disk_file.h"
-#include "tests/support/temp_folder.h"
+#include "testkit/temp_folder.h"
 
 namespace kalmo {
 namespace {

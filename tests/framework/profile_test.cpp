@@ -12,7 +12,7 @@
 #include "framework/memory_stream.h"
 #include "framework/process_info.h"
 #include "framework/profile_encoding.h"
-#include "tests/support/temp_folder.h"
+#include "testkit/temp_folder.h"
 
 namespace kalmo {
 namespace {

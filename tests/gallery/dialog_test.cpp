@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "tests/support/tui_terminal.h"
+#include "testkit/tui_terminal.h"
 
 namespace kalmo {
 namespace {

@@ -28,9 +28,9 @@
 #include "archive/entry_path.h"
 #include "archive/tv_win_zip.h"
 #include "framework/conversion.h"
+#include "testkit/temp_folder.h"
 #include "tests/hostile/memory_peak.h"
 #include "tests/hostile/sealed_folder.h"
-#include "tests/support/temp_folder.h"
 
 namespace kalmo {
 namespace {

@@ -1,4 +1,4 @@
-// Services on a real machine. Runs only inside a throwaway one, see tests/machine.
+// Services on a real machine. Runs only inside a throwaway one, see testkit/.
 
 #include <algorithm>
 #include <thread>

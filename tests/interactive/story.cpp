@@ -9,7 +9,7 @@
 #include "framework/conversion.h"
 #include "framework/language.h"
 #include "framework/resource.h"
-#include "tests/support/tui_terminal.h"
+#include "testkit/tui_terminal.h"
 
 namespace kalmo {
 namespace {
@@ -102,7 +102,7 @@ bool bMatches(const std::string& rcsText, const std::string& rcsExpected) {
 
 void CStory::SetUp() {
     ASSERT_NE(std::getenv("KALMO_MACHINE"), nullptr)
-        << "this installs services: run it in a throwaway machine (tests/machine/machine)";
+        << "this installs services: run it in a throwaway machine (testkit/machine)";
     ::setenv("KALMO_PAYLOAD", KALMO_PAYLOAD, 1);
     csShell(PSZ_CLEAR);
     ASSERT_TRUE(bShell("cd /srv/dist && test -x current/kalmoinstall -a -s next/kalmoinstall.zip"));

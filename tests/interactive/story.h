@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/terminal.h"
+#include "testkit/terminal.h"
 
 namespace kalmo {
 

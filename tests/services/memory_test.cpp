@@ -16,8 +16,8 @@
 #include "services/create_process.h"
 #include "services/shell_command.h"
 #include "services/systemctl.h"
+#include "testkit/temp_folder.h"
 #include "tests/services/stand_in.h"
-#include "tests/support/temp_folder.h"
 
 namespace {
 

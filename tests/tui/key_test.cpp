@@ -3,7 +3,7 @@
 #include <cstring>
 #include <optional>
 
-#include "tests/support/tui_terminal.h"
+#include "testkit/tui_terminal.h"
 
 namespace kalmo {
 namespace {

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "framework/conversion.h"
-#include "tests/support/tui_terminal.h"
+#include "testkit/tui_terminal.h"
 
 namespace kalmo {
 namespace {

@@ -1,9 +1,9 @@
-#include "tui/screen.h"
+#include "tui/toolkit/screen.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include "tests/support/tui_terminal.h"
+#include "testkit/tui_terminal.h"
 
 namespace kalmo {
 namespace {

@@ -3,12 +3,12 @@
 #include <clocale>
 #include <limits>
 
-#include "tui/button.h"
-#include "tui/geometry.h"
-#include "tui/list.h"
-#include "tui/msg_box.h"
-#include "tui/text_columns.h"
-#include "tui/word_wrap.h"
+#include "tui/toolkit/button.h"
+#include "tui/toolkit/geometry.h"
+#include "tui/toolkit/list.h"
+#include "tui/toolkit/msg_box.h"
+#include "tui/toolkit/text_columns.h"
+#include "tui/toolkit/word_wrap.h"
 
 namespace kalmo {
 namespace {

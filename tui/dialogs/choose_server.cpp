@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "app/config/server_config.h"
-#include "tui/attribute.h"
-#include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
+#include "tui/toolkit/attribute.h"
+#include "tui/toolkit/dialog_text.h"
 
 namespace kalmo {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "framework/xy_string.h"
 #include "services/service.h"
-#include "tui/list.h"
-#include "tui/ok_cancel_win.h"
+#include "tui/toolkit/list.h"
+#include "tui/toolkit/ok_cancel_win.h"
 
 namespace kalmo {
 

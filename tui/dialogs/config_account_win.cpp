@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "tui/attribute.h"
-#include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
+#include "tui/toolkit/attribute.h"
+#include "tui/toolkit/dialog_text.h"
 
 namespace kalmo {
 

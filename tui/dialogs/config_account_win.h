@@ -3,9 +3,9 @@
 
 #include <functional>
 
-#include "tui/entry.h"
-#include "tui/libel.h"
-#include "tui/ok_cancel_win.h"
+#include "tui/toolkit/entry.h"
+#include "tui/toolkit/libel.h"
+#include "tui/toolkit/ok_cancel_win.h"
 
 namespace kalmo {
 

@@ -8,10 +8,10 @@
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
 #include "framework/profile_value.h"
-#include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
-#include "tui/msg_box.h"
-#include "tui/placement.h"
+#include "tui/toolkit/dialog_text.h"
+#include "tui/toolkit/msg_box.h"
+#include "tui/toolkit/placement.h"
 
 namespace kalmo {
 namespace {

@@ -2,10 +2,10 @@
 #define KALMO_TUI_DIALOGS_CONFIG_WIN_H
 
 #include "services/service.h"
-#include "tui/entry.h"
-#include "tui/entry_lower.h"
-#include "tui/num_entry.h"
-#include "tui/ok_cancel_win.h"
+#include "tui/toolkit/entry.h"
+#include "tui/toolkit/entry_lower.h"
+#include "tui/toolkit/num_entry.h"
+#include "tui/toolkit/ok_cancel_win.h"
 
 namespace kalmo {
 

@@ -1,8 +1,8 @@
 #include "tui/dialogs/install_progress_win.h"
 
-#include "tui/attribute.h"
-#include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
+#include "tui/toolkit/attribute.h"
+#include "tui/toolkit/dialog_text.h"
 
 namespace kalmo {
 

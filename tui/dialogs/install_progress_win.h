@@ -1,9 +1,9 @@
 #ifndef KALMO_TUI_DIALOGS_INSTALL_PROGRESS_WIN_H
 #define KALMO_TUI_DIALOGS_INSTALL_PROGRESS_WIN_H
 
-#include "tui/jauge.h"
-#include "tui/libel.h"
-#include "tui/window.h"
+#include "tui/toolkit/jauge.h"
+#include "tui/toolkit/libel.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "tui/attribute.h"
-#include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
-#include "tui/key.h"
+#include "tui/toolkit/attribute.h"
+#include "tui/toolkit/dialog_text.h"
+#include "tui/toolkit/key.h"
 
 namespace kalmo {
 namespace {

@@ -2,9 +2,9 @@
 #define KALMO_TUI_DIALOGS_TELEMETRY_WIN_H
 
 #include "app/config/server_config.h"
-#include "tui/check_box.h"
-#include "tui/libel.h"
-#include "tui/ok_cancel_win.h"
+#include "tui/toolkit/check_box.h"
+#include "tui/toolkit/libel.h"
+#include "tui/toolkit/ok_cancel_win.h"
 
 namespace kalmo {
 

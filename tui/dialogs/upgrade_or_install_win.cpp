@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "tui/dialog_text.h"
 #include "tui/dialogs/text_number.h"
+#include "tui/toolkit/dialog_text.h"
 
 namespace kalmo {
 

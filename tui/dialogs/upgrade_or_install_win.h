@@ -1,8 +1,8 @@
 #ifndef KALMO_TUI_DIALOGS_UPGRADE_OR_INSTALL_WIN_H
 #define KALMO_TUI_DIALOGS_UPGRADE_OR_INSTALL_WIN_H
 
-#include "tui/ok_cancel_win.h"
-#include "tui/radio_list.h"
+#include "tui/toolkit/ok_cancel_win.h"
+#include "tui/toolkit/radio_list.h"
 
 namespace kalmo {
 

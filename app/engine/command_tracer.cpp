@@ -1,0 +1,38 @@
+#include "app/engine/command_tracer.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "app/engine/shell_command.h"
+#include "app/engine/trace.h"
+#include "services/shell_command.h"
+#include "tui/toolkit/screen.h"
+
+namespace kalmo {
+
+void CCommandTracer::CommandEnded(const STCommandEnd& rst) noexcept {
+    CTString csResult;
+    if (rst.nStatus != -1) {
+        csResult = csStatus(rst.nStatus);
+    } else {
+        csResult = L"not run (" + csReason(errno) + L")";
+    }
+    if (!rst.svSaid.empty()) {
+        csResult += L": " + CTString(rst.svSaid);
+    }
+    m_rclTrace.Step(rst.svCommand, csResult);
+    if (bInterrupted(rst.nStatus)) {
+        EndInterruptedRun(rst.svCommand, m_rclTrace);
+    }
+}
+
+void EndInterruptedRun(std::wstring_view svCommand, CTrace& rclTrace) {
+    rclTrace.Step(L"run", L"interrupted during: " + CTString(svCommand));
+    if (bDialogOpen()) {
+        end_dialog();
+        nShellCommand("clear 2>/dev/null");
+    }
+    std::exit(0);
+}
+
+}  // namespace kalmo

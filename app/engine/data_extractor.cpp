@@ -1,0 +1,205 @@
+#include "app/engine/data_extractor.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "app/config/server_config.h"
+#include "app/engine/archive_password.h"
+#include "app/engine/trace.h"
+#include "app/interactive/message.h"
+#include "app/interactive/upgrade_win.h"
+#include "app/texts.h"
+#include "archive/entry_path.h"
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
+#include "framework/errno_kept.h"
+#include "framework/process_info.h"
+#include "framework/x_error.h"
+
+namespace kalmo {
+namespace {
+
+constexpr mode_t unManagerMode = 04755;
+constexpr mode_t unFileMode = 0755;
+constexpr int nAttempts = 20;
+constexpr useconds_t unPauseMicros = 500'000;
+
+// Puts the parts that are not empty together, with a blank line between them.
+CTString csJoin(const CTString& csFirst, const CTString& csSecond) {
+    return csFirst.bEmpty() || csSecond.bEmpty() ? csFirst + csSecond : csFirst + L"\r\n\r\n" + csSecond;
+}
+
+// The results that the error table has no text for, as nobody but the archive raises them.
+unsigned unTextOfResult(int nCode) {
+    switch (nCode) {
+        case ARCHIVE_NOT_LOCATED:
+        case ARCHIVE_PASSWORD:
+        case ARCHIVE_DATA: return TEXTE_ILLISIBLE;
+        default: return TEXTE_NON_INSTALLE;
+    }
+}
+
+}  // namespace
+
+CDataExtractor::CDataExtractor(CTrace& rclTrace) : m_rclTrace(rclTrace) {
+    _SetPermissionsInterdites(S_IWGRP | S_IWOTH);  // root's programs are nobody else's to write, at no moment
+}
+
+bool CDataExtractor::bInit() {
+    CPathBuffer szProgram;
+    CFSPath clPath;
+    if (!GetModuleFileNameW(szProgram) || !clPath.bSet(szProgram)) {
+        m_rclTrace.Step(L"find the installer's own path", L"failed (too long?)");
+        return false;
+    }
+    clPath.KeepDirectory();
+    if (!clPath.bAppend(L"kalmoinstall", L"zip")) {
+        m_rclTrace.Step(L"find the payload", L"failed (path too long)");
+        return false;
+    }
+    m_clArchivePath = clPath;
+    if (eMotDePasse(csGetArchivePassword().pszGet()) != ARCHIVE_OK) {
+        m_rclTrace.Step(L"set the archive password", L"failed");
+        return false;
+    }
+    const CTString csWhat = L"open payload " + m_clArchivePath.csGet();
+    const eARCHIVE eCode = eOuvreArchive(m_clArchivePath.svGet(), 0, 0);
+    if (eCode == ARCHIVE_OK) {
+        m_rclTrace.Step(csWhat, L"ok");
+    } else if (eCode == ARCHIVE_NOT_FOUND) {
+        m_rclTrace.Outcome(csWhat, false);
+    } else {
+        m_rclTrace.Step(csWhat, L"failed: " + csGetDefaut());
+    }
+    return eCode == ARCHIVE_OK;
+}
+
+bool CDataExtractor::bUpgrade(const wchar_t* pszDir, CUpgradeWin* pclWindow) {
+    if (pclWindow == nullptr) {
+        return _bExtractFile(pszDir, nullptr, nullptr);
+    }
+    if (!_bExtractFile(pszDir, pclWindow, pclWindow->pclGetJauge())) {
+        return false;
+    }
+    CPathBuffer szConfPath;
+    if (CDiskFile::MakePath(szConfPath, pszDir, PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+        WriteTelemetryOn(szConfPath, pclWindow->nGetTelemetryOn());
+    }
+    return true;
+}
+
+bool CDataExtractor::bSync(const wchar_t* pszDir) {
+    const bool bSynced = CDiskFile::bSyncFileSystem(pszDir);
+    {
+        const CErrnoKept clKept;
+        m_rclTrace.Outcome(L"put on the disk what is in " + CTString(pszDir), bSynced);
+    }
+    if (!bSynced) {
+        _ShowError(nullptr);
+    }
+    return bSynced;
+}
+
+bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, CWindow* pclWindow, CJauge* pclJauge) {
+    const int nCount = static_cast<int>(dwGetNbFile());
+    for (int nRang = 0; nRang < nCount; ++nRang) {
+        const CTString csName = rclGetRepertoire().pclGetEntree(nRang)->csGetNom();
+        if (bEgalSansCasse(csName, PSZ_LICENCE)) {
+            continue;
+        }
+        const bool bManager = bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM);
+        if (!(bManager ? _bInstalFile(pszDir, PSZ_MANAGER_PROGRAM, unManagerMode, true)
+                       : _bInstalFile(pszDir, csName, unFileMode, false))) {
+            return false;
+        }
+        if (pclJauge != nullptr) {
+            pclJauge->SetValue(pclJauge->dGetValue() + 1.0);
+        }
+        // Most files move the bar by less than a column.
+        if (pclWindow != nullptr && (pclJauge == nullptr || pclJauge->bStale())) {
+            pclWindow->Draw();
+        }
+    }
+    return true;
+}
+
+bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svName, mode_t unMode,
+                                  bool bRootOwner) {
+    CFSPath clTarget;
+    eARCHIVE eCode = ARCHIVE_OK;
+    for (int nAttempt = 1;; ++nAttempt) {
+        eCode = eCheminEntree(pszDir, svName, &clTarget);
+        const bool bNameRefused = eCode == ARCHIVE_BAD || (eCode == ARCHIVE_CREATE && errno == ENAMETOOLONG);
+        if (eCode == ARCHIVE_OK) {
+            eCode = eExtraitFichier(svName, clTarget.svGet(), 0, nullptr, 0, 0, nullptr);
+        }
+        // A name that leads out of the directory, or is too long, does not get better by waiting.
+        if (eCode == ARCHIVE_OK || nAttempt == nAttempts || bNameRefused) {
+            break;
+        }
+        ::usleep(unPauseMicros);
+    }
+    if (eCode != ARCHIVE_OK) {
+        _ProcessZipError(eCode, svName, clTarget.bEmpty() ? svName : clTarget.svGet());
+        return false;
+    }
+    const auto bTell = [&](const wchar_t* pszOperation) {
+        {
+            const CErrnoKept clKept;
+            m_rclTrace.Outcome(pszOperation + clTarget.csGet(), false);
+        }
+        _ShowError(nullptr);
+        return false;
+    };
+    if (bRootOwner && !CDiskFile::bSetFileOwnerUnix(clTarget.svGet(), 0, 0)) {
+        return bTell(L"set the owner of ");
+    }
+    if (CDiskFile::Unix_chmod(clTarget.svGet(), unMode) == -1) {
+        return bTell(L"set the mode of ");
+    }
+    m_rclTrace.Step(L"install " + clTarget.csGet(), L"ok");
+    return true;
+}
+
+void CDataExtractor::_ShowError(const CXError* pclError) {
+    const int nSystemError = errno;
+    if (pclError != nullptr) {
+        m_rclTrace.Error(L"failure", *pclError);
+        ShowErrorBox(csJoin(pclError->pszGetSystemErrorMessage(), pclError->pszGetUserMessage()));
+    } else {
+        m_rclTrace.Outcome(L"failure", false);
+        ShowErrorBox(csFromUTF8(std::strerror(nSystemError)));
+    }
+}
+
+void CDataExtractor::_ProcessZipError(int nCode, std::wstring_view svName, std::wstring_view svPath) {
+    const int nSystemError = errno;
+    m_rclTrace.Step(L"install " + CTString(svName), L"failed, result " + std::to_wstring(nCode));
+    const bool bPayload = nCode == ARCHIVE_BAD || nCode == ARCHIVE_PASSWORD || nCode == ARCHIVE_DATA;
+    if (const CTString csFault = csGetDefaut(); bPayload && !csFault.bEmpty()) {
+        m_rclTrace.Step(L"payload", csFault);
+    }
+    _CXErrorModule604 clError;
+    const auto unCode = static_cast<unsigned>(nCode);
+    switch (nCode) {
+        case 1:
+        case 2:
+        case 4:
+        case 1001: clError.SetUserError(unCode, svName); break;
+        case 3: clError.SetUserError(unCode, m_clArchivePath.svGet()); break;
+        default: clError.SetUserError(unCode); break;
+    }
+    if (nCode == ARCHIVE_CREATE || nCode == ARCHIVE_DISK_FULL || nCode == ARCHIVE_WRITE) {
+        clError.SetSystemErrorParam(static_cast<unsigned>(nSystemError), CTString(svPath).pszGet());
+    }
+    if (clError.unGetUserResource() == 0) {
+        clError.SetUserErrorMessage(csFormatText(unTextOfResult(nCode), svName).pszGet());
+    }
+    _ShowError(&clError);
+}
+
+}  // namespace kalmo

@@ -1,0 +1,184 @@
+// The part of the engine that makes a new instance.
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <string_view>
+
+#include "app/config/server_config.h"
+#include "app/engine/crypt_password.h"
+#include "app/engine/data_extractor.h"
+#include "app/engine/install_steps.h"
+#include "app/engine/shell_command.h"
+#include "app/engine/trace.h"
+#include "app/engine/uninstall_record.h"
+#include "app/interactive/message.h"
+#include "app/texts.h"
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
+#include "framework/profile.h"
+#include "framework/x_error.h"
+#include "tui/dialogs/install_progress_win.h"
+
+namespace kalmo {
+namespace {
+
+constexpr std::wstring_view svProgramRoot = L"%%EXE%%";
+constexpr const wchar_t* PSZ_LOG = L"INSTALL.LOG";
+constexpr std::size_t nMaxLog = 16U << 20U;
+constexpr int nExitFailure = 255;
+
+// Where the database lies whose root is given as the configuration tells it. False when that is too long.
+bool bDatabaseDirectory(const CFSPath& rclInstallDir, std::wstring_view svRoot, CFSPath* pclDir) {
+    if (!svRoot.starts_with(svProgramRoot)) {
+        return pclDir->bSet(svRoot);
+    }
+    svRoot.remove_prefix(svProgramRoot.size());
+    svRoot.remove_prefix(std::min(svRoot.find_first_not_of(L'/'), svRoot.size()));
+    *pclDir = rclInstallDir;
+    return svRoot.empty() || pclDir->bAppend(svRoot);
+}
+
+// The result box: what the operator needs to log in for the first time.
+void ShowInstalled(const CDataExtractor::STInstallParam& rstParam) {
+    const CTString csAccount =
+        rstParam.csAdminPassword.bEmpty()
+            ? csFormatText(TEXTE_ADMIN_SANS_MDP, rstParam.csAdminAccount)
+            : csFormatText(TEXTE_ADMIN, rstParam.csAdminAccount, rstParam.csAdminPassword);
+    ShowResultBox(csLoadText(TEXTE_INSTALLE) + L"\r\n" + csAccount);
+}
+
+}  // namespace
+
+bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, const STInstallParam& rstParam,
+                              CInstallProgressWin* pclProgress) {
+    CFSPath clDir;
+    CFSPath clDatabaseDir;
+    CPathBuffer szConfPath;
+    if (!clDir.bSet(pszDir) || !clDir.bAddTrailingSlash() ||
+        !bDatabaseDirectory(clDir, pszDbRoot, &clDatabaseDir) || !clDatabaseDir.bAppend(L"__system/") ||
+        !CDiskFile::MakePath(szConfPath, clDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+        errno = ENAMETOOLONG;
+        _ShowError(nullptr);
+        return false;
+    }
+    if (!__bCreateDirectory(clDir.svGet())) {
+        return false;
+    }
+    CDiskFile::bDelete(clDir.csGet() + PSZ_LOG);
+    CUninstallRecord::ForgetDirectory(clDir.svGet());
+    if (!__bCreateDirectory(clDatabaseDir.svGet())) {
+        return false;
+    }
+    if (pclProgress != nullptr) {
+        pclProgress->InitJauge(static_cast<int>(dwGetNbFile()) + 2);
+    }
+    if (!_bExtractFile(clDir.pszGet(), pclProgress,
+                       pclProgress == nullptr ? nullptr : pclProgress->pclGetJauge())) {
+        return false;
+    }
+    // The server itself puts its directory in the place of "%%EXE%%".
+    if (!bWriteNewConfiguration(szConfPath, pszDbRoot, rstParam.csPort, rstParam.csServerName, m_rclTrace)) {
+        _ShowError(nullptr);
+        return false;
+    }
+    WriteTelemetryOn(szConfPath, rstParam.nTelemetry);
+    _SetDaemonUser(rstParam.csDaemonUser, szConfPath, pclProgress);
+    if (!bSync(clDir.pszGet())) {
+        return false;
+    }
+
+    const auto ShowStep = [pclProgress] {
+        if (pclProgress != nullptr) {
+            pclProgress->IncJauge();
+            pclProgress->Draw();
+        }
+    };
+    ShowStep();
+    if (!__bRunServerProgram(clDir, "kalmomanager --INSTALLER", "")) {
+        return false;
+    }
+    std::string csServer;
+    std::string csHidden;
+    __AddInstallerMode(rstParam, &csServer, &csHidden);
+    if (!__bRunServerProgram(clDir, csServer, csHidden)) {
+        return false;
+    }
+    ShowStep();
+    ShowInstalled(rstParam);
+    return true;
+}
+
+void CDataExtractor::__AddInstallerMode(const STInstallParam& rstParam, std::string* pcsShown,
+                                        std::string* pcsHidden) {
+    *pcsShown += "kalmo --INSTALLER";
+    if (rstParam.csAdminAccount != L"Admin" || !rstParam.csAdminPassword.bEmpty()) {
+        *pcsShown += " --CREATEUSER " + csShellQuoted(csToUTF8(rstParam.csAdminAccount)) + " --PWDC ";
+        __AddCryptPassword(rstParam, pcsHidden);
+    }
+}
+
+std::size_t CDataExtractor::nCommandExcess(const wchar_t* pszDir, const STInstallParam& rstParam) {
+    CFSPath clDir;
+    std::string csServer;
+    std::string csHidden;
+    if (!clDir.bSet(pszDir) || !clDir.bAddTrailingSlash()) {
+        return nMaxServerCommand;
+    }
+    __AddInstallerMode(rstParam, &csServer, &csHidden);
+    const std::size_t nLength = csServerCommand(clDir, csServer, csHidden).size();
+    return nLength - std::min(nLength, nMaxServerCommand);
+}
+
+bool CDataExtractor::__bCreateDirectory(std::wstring_view svDir) {
+    CXError clError;
+    const bool bCreated = bCreateDirectory(svDir, m_rclTrace, &clError);
+    if (!bCreated) {
+        clError.SetUserErrorMessage(csLoadText(TEXTE_REPERTOIRE_NON_CREE).pszGet());
+        _ShowError(&clError);
+    }
+    return bCreated;
+}
+
+void CDataExtractor::__AddCryptPassword(const STInstallParam& rstParam, std::string* pcsCommand) {
+    *pcsCommand += csCryptPassword(rstParam.csAdminAccount, rstParam.csAdminPassword);
+}
+
+bool CDataExtractor::__bRunServerProgram(const CFSPath& rclDir, std::string_view svShown,
+                                         std::string_view svHidden) {
+    const int nStatus = nRunServerProgram(rclDir, svShown, svHidden, nMaxServerCommand, m_rclTrace);
+    // The exit code alone decides; of a program that a signal ended there is none, which counts as 0.
+    if (nStatus != -1 && nExitCode(nStatus) != nExitFailure) {
+        return true;
+    }
+    _ShowErrorLog(rclDir.pszGet());
+    return false;
+}
+
+void CDataExtractor::_SetDaemonUser(const CTString& csUser, const wchar_t* pszConfPath,
+                                    CInstallProgressWin* pclProgress) {
+    if (csUser.bEmpty() || csUser == PSZ_ROOT) {
+        WritePrivateProfileString(PSZ_SECTION_INIT, PSZ_KEY_DAEMON_USER, nullptr, pszConfPath);
+        return;
+    }
+    if (!bSystemAccountExists(csUser) && !bCreateSystemAccount(csUser, m_rclTrace)) {
+        ShowErrorBox(csFormatText(TEXTE_COMPTE_NON_CREE, csUser));
+        if (pclProgress != nullptr) {
+            pclProgress->Draw();
+        }
+    }
+    // The operator may create the account afterwards; the server then finds it named.
+    WritePrivateProfileString(PSZ_SECTION_INIT, PSZ_KEY_DAEMON_USER, csUser.pszGet(), pszConfPath);
+}
+
+void CDataExtractor::_ShowErrorLog(const wchar_t* pszDir) {
+    const CTString csPath = CTString(pszDir) + PSZ_LOG;
+    std::string csLog;
+    if (CDiskFile::bLoad(csPath, nMaxLog, &csLog)) {
+        ShowErrorBox(csFromUTF8(csLog));
+    } else {
+        m_rclTrace.Outcome(L"read " + csPath, false);
+        ShowErrorBox(csFormatText(TEXTE_SANS_JOURNAL, csPath));
+    }
+}
+
+}  // namespace kalmo

@@ -1,0 +1,124 @@
+#include "app/engine/install_steps.h"
+
+#include <array>
+#include <cerrno>
+#include <string>
+
+#include "app/config/server_config.h"
+#include "app/engine/shell_command.h"
+#include "app/engine/trace.h"
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
+#include "framework/errno_kept.h"
+#include "framework/profile.h"
+#include "framework/profile_value.h"
+#include "framework/x_error.h"
+
+namespace kalmo {
+namespace {
+
+void TellStep(CTrace& rclTrace, std::wstring_view svWhat, bool bSuccess, const CXError& rclError) {
+    if (bSuccess) {
+        rclTrace.Step(svWhat, L"ok");
+    } else {
+        rclTrace.Error(svWhat, rclError);
+    }
+}
+
+// The longest value that is looked at.
+constexpr std::size_t nMaxHeld = nTailleMaxPath + 1;
+
+// What a key of the configuration now holds; empty when it is missing.
+CTString csHeld(const wchar_t* pszConfPath, const wchar_t* pszKey) {
+    std::array<wchar_t, nMaxHeld + 1> szValue{};
+    GetPrivateProfileString(PSZ_SECTION_INIT, pszKey, L"", szValue.data(), szValue.size(), pszConfPath);
+    return szValue.data();
+}
+
+}  // namespace
+
+bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclError) {
+    const bool bCreated = CDiskFile::bCreateDirectory(svDir, pclError);
+    TellStep(rclTrace, L"create directory " + CTString(svDir), bCreated, *pclError);
+    return bCreated;
+}
+
+bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError) {
+    const bool bDeleted = CDiskFile::bDelete(csPath, pclError);
+    const CErrnoKept clKept;
+    TellStep(rclTrace, L"delete " + csPath, bDeleted, *pclError);
+    return bDeleted;
+}
+
+std::vector<CTString> tabServerLibraries(const CTString& csDirectory) {
+    std::vector<CTString> tab;
+    CFileSearch clSearch;
+    for (bool bFound = CDiskFile::bFindFirst(csDirectory + L"tv*.so", 0, &clSearch); bFound;
+         bFound = CDiskFile::bFindNext(&clSearch)) {
+        if (clSearch.dwGetAttributes() != dwAttributRepertoire) {
+            tab.push_back(csDirectory + clSearch.csGetName());
+        }
+    }
+    return tab;
+}
+
+bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
+                            const CTString& csName, CTrace& rclTrace) {
+    const std::array tabKey{L"DBRootPath", PSZ_KEY_PORT, L"Name"};
+    const std::array tabValue{CTString(pszDbRoot), csPort, csName};
+    std::array<CTString, 3> tabBefore;
+    for (std::size_t n = 0; n < tabKey.size(); ++n) {
+        tabBefore[n] = csHeld(pszConfPath, tabKey[n]);
+    }
+    errno = 0;
+    WriteDBRootPath(pszConfPath, pszDbRoot);
+    WriteServerPort(pszConfPath, csPort.pszGet());
+    WriteServerName(pszConfPath, csName.pszGet());
+    const CErrnoKept clKept;
+    bool bWritten = true;
+    bool bOfAnother = false;
+    for (std::size_t n = 0; n < tabKey.size(); ++n) {
+        const CTString csNow = csHeld(pszConfPath, tabKey[n]);
+        const bool bHolds = csNow == csValeurRelue(tabValue[n]).svGet().substr(0, nMaxHeld);
+        bWritten = bWritten && bHolds;
+        bOfAnother =
+            bOfAnother || (clKept.nGet() != 0 && !bHolds && !csNow.bEmpty() && csNow == tabBefore[n]);
+    }
+    errno = clKept.nGet();
+    rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten);
+    return !bOfAnother;
+}
+
+std::string csServerCommand(const CFSPath& rclDir, std::string_view svShown, std::string_view svHidden) {
+    return csShellWord(rclDir.csGetUTF8().svGet()).append(svShown).append(svHidden).append(" 2>/dev/null");
+}
+
+int nRunServerProgram(const CFSPath& rclDir, std::string_view svShown, std::string_view svHidden,
+                      std::size_t nMaxBytes, CTrace& rclTrace) {
+    std::string csCommand = csServerCommand(rclDir, svShown, svHidden);
+    std::string csTold = csServerCommand(rclDir, svShown, svHidden.empty() ? "" : "***");
+    if (csCommand.size() > nMaxBytes) {
+        csCommand.resize(nMaxBytes);
+        csTold += " (cut to " + std::to_string(csCommand.size()) + " bytes)";
+    }
+    return nRunShell(csCommand, rclTrace, csTold);
+}
+
+bool bCreateSystemAccount(const CTString& csUser, CTrace& rclTrace) {
+    if (csUser.svGet().starts_with(L'-')) {
+        rclTrace.Step(L"create account " + csUser, L"failed: useradd would take it for an option");
+        return false;
+    }
+    const std::string csWord = csShellWord(csToUTF8(csUser));
+    // Not every useradd knows -M; 9 is its code for an account that exists.
+    for (const char* const pszOptions : {"-s/bin/false -M ", "-s/bin/false "}) {
+        const int nCode = nExitCode(
+            nRunShell(std::string("/usr/sbin/useradd ") + pszOptions + csWord + " 2>/dev/null", rclTrace));
+        if (nCode == 0 || nCode == 9) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace kalmo

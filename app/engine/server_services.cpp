@@ -1,0 +1,175 @@
+#include "app/engine/server_services.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "app/config/server_config.h"
+#include "app/engine/trace.h"
+#include "framework/disk_file.h"
+#include "framework/errno_kept.h"
+#include "services/init_script.h"
+#include "services/systemctl.h"
+#include "tui/toolkit/screen.h"
+
+namespace kalmo {
+namespace {
+
+CXPtr_deleteRCV<CService> pclGetKalmoManager(CServiceManager& rclManager) {
+    return rclManager.pclGetService(PSZ_MANAGER_SERVICE, 0);
+}
+
+bool bProgramIn(CService& rclService, std::wstring_view svDir) {
+    return CDiskFile::bSameDirectoryName(csGetProgramDirectory(&rclService), svDir);
+}
+
+const wchar_t* pszInitSystem() {
+    switch (CServiceManager::ms_eDistri) {
+        case eSystemd: return L"systemd";
+        case eDebian: return L"init scripts, as Debian has them";
+        case eRedHat: return L"init scripts, as Red Hat has them";
+        case eMandriva: return L"init scripts, as Mandriva has them";
+        case eFedora: return L"init scripts, as Fedora has them";
+        case eSuSE: return L"init scripts, as SuSE has them";
+        case eGentoo: return L"init scripts, as Gentoo has them";
+        case eSlackware: return L"init scripts, as Slackware has them";
+        default: return L"unknown";
+    }
+}
+
+}  // namespace
+
+void InitServices(CServiceManager& rclManager, CTrace& rclTrace) {
+    errno = 0;
+    rclManager.bInit(nullptr, 0);
+    const CErrnoKept clKept;
+    rclTrace.Step(L"init system", pszInitSystem());
+    if (CServiceManager::ms_eDistri != eSystemd && CDiskFile::bFileExists(pszSystemctl)) {
+        errno = clKept.nGet();
+        rclTrace.Outcome(L"ask systemctl", false);
+    }
+}
+
+void ListServer(CServiceManager& rclManager, CServiceList& rtabServer) {
+    unsigned dwCursor = 0;
+    while (CXPtr_deleteRCV<CService> pclService =
+               rclManager.pclEnumService(&dwCursor, PSZ_SERVICE_PREFIX, 0)) {
+        rtabServer.Add(std::move(pclService));
+    }
+    if (CXPtr_deleteRCV<CService> pclManager = pclGetKalmoManager(rclManager)) {
+        rtabServer.Add(std::move(pclManager));
+    }
+}
+
+CService* pclCheckPathConflict(CServiceList& rtabServer, const wchar_t* pszDir) {
+    for (const CXPtr_deleteRCV<CService>& pclService : rtabServer) {
+        if (!bIsManager(*pclService) && bProgramIn(*pclService, pszDir)) {
+            return pclService.get();
+        }
+    }
+    return nullptr;
+}
+
+CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, const wchar_t* pszDir) {
+    CXPtr_deleteRCV<CService> pclService = pclGetKalmoManager(*pclManager);
+    if (pclService != nullptr && !bProgramIn(*pclService, pszDir)) {
+        pclService.reset();
+    }
+    return pclService;
+}
+
+bool bRunning(CService& rclService, CTrace& rclTrace) {
+    errno = 0;
+    const eSERVICESTATUS eStatus = rclService.eGetStatus();
+    if (eStatus == eServiceUnknown || errno != 0) {
+        rclTrace.Outcome(L"ask whether " + CTString(rclService.pszGetName()) + L" runs", false);
+    }
+    return eStatus == eServiceRunning;
+}
+
+void StopService(CService& rclService, CTrace& rclTrace) {
+    errno = 0;
+    const bool bStopped = rclService.bStop();
+    rclTrace.Outcome(L"stop " + CTString(rclService.pszGetName()), bStopped);
+    RepaintScreen();
+}
+
+void StartService(CService& rclService, CTrace& rclTrace) {
+    errno = 0;
+    const bool bStarted = rclService.bStart(nullptr);
+    rclTrace.Outcome(L"start " + CTString(rclService.pszGetName()), bStarted);
+    RepaintScreen();
+}
+
+std::vector<CTString> tabDefinition(const CService& rclService) {
+    const wchar_t* const pszName = rclService.pszGetName();
+    if (CServiceManager::ms_eDistri != eSystemd) {
+        return {csScriptPath(pszName)};
+    }
+    std::vector<CTString> tab;
+    for (const char* const pszProperty : {"FragmentPath", "SourcePath"}) {
+        if (const CTString csPath = CServiceManager::csGetSystemdProp(pszProperty, pszName);
+            !csPath.bEmpty()) {
+            tab.push_back(csPath);
+        }
+    }
+    return tab;
+}
+
+void FinishRemoval(CServiceManager& rclManager, const CTString& csName) {
+    if (CServiceManager::ms_eDistri == eSystemd) {
+        bCommandSystemctl(L"daemon-reload");  // it remembers a failed unit whose file is gone
+    } else if (rclManager.pclGetService(csName.pszGet(), 0) == nullptr) {
+        CService(&rclManager, csName.pszGet()).bRemove();  // the boot links
+    }
+}
+
+bool bRemoveService(CService& rclService, CTrace& rclTrace) {
+    errno = 0;
+    const bool bRemoved = rclService.bRemove();
+    const CErrnoKept clKept;
+    rclTrace.Outcome(L"unregister " + CTString(rclService.pszGetName()), bRemoved);
+    if (bRemoved && clKept.nGet() != 0) {
+        errno = clKept.nGet();
+        rclTrace.Outcome(L"delete the unit or script of " + CTString(rclService.pszGetName()), false);
+    }
+    return bRemoved;
+}
+
+CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)
+    : m_rclInstance(rclInstance),
+      m_rclTrace(rclTrace),
+      m_csDirectory(csGetProgramDirectory(&rclInstance)),
+      m_pclKalmoManager(pclGetKalmoManager(*rclInstance.pclGetManager())) {
+    m_bManagerHere = m_pclKalmoManager != nullptr && bRunning(*m_pclKalmoManager, m_rclTrace) &&
+                     bProgramIn(*m_pclKalmoManager, m_csDirectory);
+}
+
+void CUpgradeServices::StopAll() {
+    if (m_bManagerHere) {
+        m_tabStopped.push_back(m_pclKalmoManager.get());
+        StopService(*m_pclKalmoManager, m_rclTrace);
+    }
+    if (bInstanceRunning()) {
+        m_tabStopped.push_back(&m_rclInstance);
+        StopService(m_rclInstance, m_rclTrace);
+    }
+}
+
+CTString CUpgradeServices::csStoppedNow() {
+    CTString cs;
+    for (CService* const pclService : m_tabStopped) {
+        if (!bRunning(*pclService, m_rclTrace)) {
+            cs += L"\n- " + csGetDisplayName(*pclService);
+        }
+    }
+    return cs;
+}
+
+void CUpgradeServices::StartAll() {
+    if (m_pclKalmoManager != nullptr && !bRunning(*m_pclKalmoManager, m_rclTrace)) {
+        StartService(*m_pclKalmoManager, m_rclTrace);
+    }
+    StartService(m_rclInstance, m_rclTrace);
+}
+
+}  // namespace kalmo

@@ -1,0 +1,37 @@
+#ifndef KALMO_APP_ENGINE_SHELL_COMMAND_H
+#define KALMO_APP_ENGINE_SHELL_COMMAND_H
+
+#include <string>
+#include <string_view>
+
+#include "framework/xy_string.h"
+
+/// Commands that go through the shell. Texts are bytes, UTF-8 for what the installer passes.
+namespace kalmo {
+
+class CTrace;
+
+/// A text as one word of a command: quoted when it holds anything that means something to the shell, as it is
+/// otherwise.
+std::string csShellWord(std::string_view sv);
+
+/// A text between double quotes, with a backslash before each character that means something there.
+std::string csShellQuoted(std::string_view sv);
+
+/// What a status of waitpid(2) says, for the trace.
+CTString csStatus(int nStatus);
+
+/// Runs a command and traces it with what came of it. Does not return where Ctrl-C or Ctrl-\ ended it
+/// (EndInterruptedRun); a command that ends with 130 or 131 counts as one, for that is how a shell tells it.
+/// Returns the status as system() does: -1 when no shell could run it. The screen, on which the command may
+/// have written, is shown again.
+///
+/// The trace shows svTold instead of the command when that is given: a trace never holds a password.
+int nRunShell(const std::string& csCommand, CTrace& rclTrace, std::string_view svTold = {});
+
+/// The exit code in such a status; -1 when the command was not run or did not end by itself.
+int nExitCode(int nStatus);
+
+}  // namespace kalmo
+
+#endif

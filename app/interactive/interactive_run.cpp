@@ -1,0 +1,132 @@
+#include "app/interactive/interactive_run.h"
+
+#include <unistd.h>
+
+#include "app/config/server_config.h"
+#include "app/engine/data_extractor.h"
+#include "app/engine/run_lock.h"
+#include "app/engine/server_services.h"
+#include "app/engine/shell_command.h"
+#include "app/engine/trace.h"
+#include "app/interactive/license.h"
+#include "app/interactive/message.h"
+#include "app/interactive/new_server.h"
+#include "app/interactive/uninstall_win.h"
+#include "app/interactive/upgrade_server.h"
+#include "app/texts.h"
+#include "framework/console_message.h"
+#include "services/service_manager.h"
+#include "tui/dialogs/choose_server.h"
+#include "tui/dialogs/upgrade_or_install_win.h"
+#include "tui/toolkit/msg_box.h"
+#include "tui/toolkit/placement.h"
+#include "tui/toolkit/screen.h"
+
+namespace kalmo {
+namespace {
+
+// A machine on which only the shared manager is left has nothing to upgrade.
+bool bOfferUpgrade(CServiceList& rtabServer) {
+    return rtabServer.nGetCount() >= 2 ||
+           (rtabServer[0]->pszGetName() != nullptr && !bIsManager(*rtabServer[0]));
+}
+
+// False, and told, when another installer works on this machine.
+bool bAlone(CRunLock& rclLock, CTrace& rclTrace) {
+    const bool bMine = rclLock.bTake(rclTrace);
+    if (!bMine) {
+        rclTrace.Step(L"have the machine alone", L"failed: another installer works on it");
+        ShowErrorBox(csLoadText(TEXTE_AUTRE_INSTALLATEUR));
+    }
+    return bMine;
+}
+
+void RunAction(CDataExtractor* pclExtractor) {
+    CServiceManager clManager;
+    InitServices(clManager, pclExtractor->rclGetTrace());
+    CServiceList tabServer;
+    ListServer(clManager, tabServer);
+    if (tabServer.bEmpty()) {
+        InstallNewServer(pclExtractor, &clManager, tabServer);
+        return;
+    }
+    eACTION eAction = eACTION::Install;
+    if (!bChooseAction(&eAction, bOfferUpgrade(tabServer) ? 1 : 0)) {
+        return;
+    }
+    switch (eAction) {
+        case eACTION::Install: InstallNewServer(pclExtractor, &clManager, tabServer); break;
+        case eACTION::Upgrade: ChooseServer(1, pclExtractor, &tabServer); break;
+        case eACTION::Uninstall: ChooseServer(0, pclExtractor, &tabServer); break;
+    }
+}
+
+}  // namespace
+
+void RunInteractive(CTrace& rclTrace) {
+    if (::isatty(STDIN_FILENO) == 0 || !init_dialog()) {
+        rclTrace.Step(L"open the screen", L"failed: no usable terminal");
+        ConsoleMessage(csLoadText(TEXTE_ATTENTION), csLoadText(TEXTE_TERMINAL));
+        return;
+    }
+    RepaintScreen();
+    CRunLock clLock;
+    if (bRoot() && bAlone(clLock, rclTrace)) {
+        CDataExtractor clExtractor(rclTrace);
+        if (bDataExtractorInitialize(&clExtractor) && bLicense(&clExtractor)) {
+            RunAction(&clExtractor);
+        }
+    }
+    end_dialog();
+    nRunShell("clear 2>/dev/null", rclTrace);
+}
+
+bool bRoot() {
+    if (::geteuid() == 0) {
+        return true;
+    }
+    clMakeCentred<CMsgBox>(50, 15, csLoadText(TEXTE_ATTENTION).pszGet(), csLoadText(TEXTE_PAS_ROOT).pszGet(),
+                           CMsgBox::eTYPE::OneButton)
+        .Show();
+    return false;
+}
+
+bool bDataExtractorInitialize(CDataExtractor* pclExtractor) {
+    if (pclExtractor->bInit()) {
+        return true;
+    }
+    ShowDataError();
+    return false;
+}
+
+bool bChooseAction(eACTION* peAction, int bOfferUpgrade) {
+    auto clDialog = clMakeCentred<CUpgradeOrInstallWin>(
+        CUpgradeOrInstallWin::PREFERRED_WIDTH, CUpgradeOrInstallWin::PREFERRED_HEIGHT, bOfferUpgrade);
+    clDialog.Draw();
+    clDialog.MainLoop();
+    const int nFirst = static_cast<int>(bOfferUpgrade != 0 ? eACTION::Upgrade : eACTION::Install);
+    *peAction = static_cast<eACTION>(clDialog.nGetSelectedItem() + nFirst);
+    return clDialog.nGetResult() != 0;
+}
+
+void ChooseServer(int bUpgrade, CDataExtractor* pclExtractor, CServiceList* ptabServer) {
+    CService* pclService = nullptr;
+    {
+        auto clDialog =
+            clMakeCentred<CChooseServer>(CChooseServer::PREFERRED_WIDTH,
+                                         CChooseServer::nPreferredHeight(*ptabServer), *ptabServer, bUpgrade);
+        clDialog.Draw();
+        clDialog.MainLoop();
+        pclService = clDialog.nGetResult() != 0 ? clDialog.pclGetServerService() : nullptr;
+    }
+    if (pclService == nullptr) {
+        return;
+    }
+    if (bUpgrade != 0) {
+        UpgradeServer(pclExtractor, pclService);
+    } else {
+        UninstallServer(pclService, pclExtractor->rclGetTrace());
+    }
+}
+
+}  // namespace kalmo

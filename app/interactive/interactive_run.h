@@ -1,0 +1,31 @@
+#ifndef KALMO_APP_INTERACTIVE_INTERACTIVE_RUN_H
+#define KALMO_APP_INTERACTIVE_INTERACTIVE_RUN_H
+
+#include "services/service.h"
+
+/// The interactive run: from the first screen to the last. Every dialog of it is modal; one that the operator
+/// cancels ends the run without further messages.
+namespace kalmo {
+
+class CDataExtractor;
+class CTrace;
+
+/// What the operator wants to do.
+enum class eACTION : int { Upgrade = 0, Install = 1, Uninstall = 2 };
+
+/// Opens the screen, leads through one action and leaves a clean terminal. Where no screen can be opened,
+/// tells so on standard error.
+void RunInteractive(CTrace& rclTrace);
+
+/// True for root; anybody else has been shown that only root may go on.
+bool bRoot();
+/// Opens the payload; when that fails, shows it.
+bool bDataExtractorInitialize(CDataExtractor* pclExtractor);
+/// Asks what to do. False when cancelled.
+bool bChooseAction(eACTION* peAction, int bOfferUpgrade);
+/// Asks for an installed service and upgrades it (bUpgrade not 0) or uninstalls it.
+void ChooseServer(int bUpgrade, CDataExtractor* pclExtractor, CServiceList* ptabServer);
+
+}  // namespace kalmo
+
+#endif

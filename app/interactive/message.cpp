@@ -1,0 +1,38 @@
+#include "app/interactive/message.h"
+
+#include "app/texts.h"
+#include "tui/toolkit/key.h"
+#include "tui/toolkit/msg_box.h"
+#include "tui/toolkit/placement.h"
+#include "tui/toolkit/screen.h"
+
+namespace kalmo {
+namespace {
+
+constexpr int BOX_WIDTH = 60;
+constexpr int BOX_HEIGHT = 20;
+
+void ShowBox(const CTString& csTitle, const CTString& csText) {
+    if (bDialogOpen()) {
+        ForgetKeys();
+        clMakeCentred<CMsgBox>(BOX_WIDTH, BOX_HEIGHT, csTitle.pszGet(), csText.pszGet(),
+                               CMsgBox::eTYPE::OneButton)
+            .Show();
+    }
+}
+
+}  // namespace
+
+void ShowErrorBox(const CTString& csText) {
+    ShowBox(csLoadText(TEXTE_ATTENTION), csText);
+}
+
+void ShowDataError() {
+    ShowErrorBox(csLoadText(TEXTE_DONNEES));
+}
+
+void ShowResultBox(const CTString& csText) {
+    ShowBox({}, csText);
+}
+
+}  // namespace kalmo

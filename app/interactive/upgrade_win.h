@@ -1,0 +1,70 @@
+#ifndef KALMO_APP_INTERACTIVE_UPGRADE_WIN_H
+#define KALMO_APP_INTERACTIVE_UPGRADE_WIN_H
+
+#include <optional>
+
+#include "app/engine/server_services.h"
+#include "tui/toolkit/button.h"
+#include "tui/toolkit/jauge.h"
+#include "tui/toolkit/scrollable_libel.h"
+#include "tui/toolkit/window.h"
+
+namespace kalmo {
+
+class CDataExtractor;
+
+/// Tells what an upgrade will do to an instance and, when the operator agrees, does it.
+///
+/// Made, drawn, run and destroyed by DoUpgradeServer. The upgrade runs inside the modal loop, as the action
+/// of the start button; the window closes behind it.
+class CUpgradeWin : public CWindow {
+  public:
+    static constexpr int PREFERRED_WIDTH = 70;
+    static constexpr int PREFERRED_HEIGHT = 22;
+
+    /// The service and the open payload are borrowed. nTelemetryOn, 1 or 0, goes into the configuration.
+    CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclService, CDataExtractor* pclExtractor,
+                int nTelemetryOn);
+
+    bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override;
+
+    /// Sets the gauge's value; the next Draw shows it.
+    void SetJauge(double dValue) noexcept { m_clJauge.SetValue(dValue); }
+    /// For an extraction, which moves it by itself.
+    [[nodiscard]] CJauge* pclGetJauge() noexcept { return &m_clJauge; }
+    [[nodiscard]] int nGetTelemetryOn() const noexcept { return m_nTelemetryOn; }
+
+  protected:
+    void _DrawWindow() override;
+
+  private:
+    /// Makes the texts of the window.
+    void _InitLibel();
+    void _ComputeLibel(const CTString& csProgramPath);
+    /// Adds a warning when the shared manager is to be stopped.
+    void _GetKalmaoManager(CTString* pcsWarning);
+    /// Stops the services, replaces the files and starts the services again.
+    void _Upgrade();
+    /// Shows a value of the gauge.
+    void __ShowStep(double dValue);
+
+    [[nodiscard]] int __nTextColumns() const noexcept { return width - 5; }
+    /// Row of the prompt, above the buttons; the texts have the rows from 1 up to it.
+    [[nodiscard]] int __nPromptRow() const noexcept { return height - 7; }
+
+    CButton m_clStart;
+    CButton m_clCancel;
+    CJauge m_clJauge;
+    CTString m_csDescription;
+    CTString m_csWarning;
+    CTString m_csPrompt;
+    std::optional<CScrollableLibel> m_clLongText;  ///< Description and warning where they have no room.
+    CDataExtractor* m_pclExtractor;
+    CService* m_pclService;
+    CUpgradeServices m_clServices;  ///< Knows the install directory and the shared manager too.
+    int m_nTelemetryOn;
+};
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,317 @@
+#include "app/unattended/pilot.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <string_view>
+
+#include "app/config/server_config.h"
+#include "app/engine/data_extractor.h"
+#include "app/engine/hang_up_shield.h"
+#include "app/engine/install_steps.h"
+#include "app/engine/refusal.h"
+#include "app/engine/run_lock.h"
+#include "app/engine/server_services.h"
+#include "app/engine/uninstall_record.h"
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
+#include "framework/unique_fd.h"
+#include "framework/x_error.h"
+#include "services/service.h"
+
+namespace kalmo {
+namespace {
+
+constexpr const wchar_t* PSZ_MARKER = L"Install.log";
+
+// The path behind an option's prefix, or nothing. A bare name lies in the current directory, and so does one
+// that only begins with a dot: without a slash the profile calls would look for it in the home directory.
+bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTString* pcsPath) {
+    const CTString csArgument = csFromUTF8(svArgument);
+    const CTString csPrefix = csFromUTF8(svPrefix);
+    if (!bEgalSansCasse(csArgument.svGet().substr(0, csPrefix.nGetLength()), csPrefix)) {
+        return false;
+    }
+    const std::wstring_view svPath = csArgument.svGet().substr(csPrefix.nGetLength());
+    const bool bAsItIs = svPath.starts_with(L'/') ||
+                         (svPath.starts_with(L'.') && svPath.find(L'/') != std::wstring_view::npos);
+    *pcsPath = CTString(bAsItIs ? L"" : L"./") + svPath;
+    return true;
+}
+
+// Nobody sits there: a program that asks all the same is told that there is nothing more, and does not take
+// what a caller's script was to read.
+void CloseStandardInput() {
+    const CUniqueFd clNull(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (clNull.bValid()) {
+        ::dup2(clNull.nGet(), STDIN_FILENO);
+    }
+}
+
+}  // namespace
+
+bool CPilot::bCheckPilot(int nArgc, char** ppszArgv) {
+    bool bPilot = false;
+    for (int n = 1; n < nArgc; ++n) {
+        bPilot |= bTakeOption(ppszArgv[n], "/PILOT=", &m_csPilotPath);
+        bTakeOption(ppszArgv[n], "/DEBUG=", &m_csDebugPath);
+    }
+    if (!m_csDebugPath.bEmpty() && !m_clTrace.bOpen(m_csDebugPath)) {
+        m_csDebugPath.Empty();
+    }
+    return bPilot;
+}
+
+int CPilot::Pilot() {
+    CloseStandardInput();
+    if (!m_stOrders.bRead(m_csPilotPath, m_clTrace)) {
+        return 0;
+    }
+    if (m_stOrders.nOperation < OP_UPGRADE || m_stOrders.nOperation > OP_UNINSTALL) {
+        return m_stOrders.nOperation;
+    }
+    const CHangUpShield clShield;
+    CRunLock clLock;
+    if (!clLock.bWait(m_clTrace)) {
+        return 0;
+    }
+    InitServices(m_clServiceManager, m_clTrace);
+    // To systemctl some names are several; what is no unit's name is not even looked up.
+    const bool bNameSafe = CServiceManager::ms_eDistri != eSystemd || __bNamePossible();
+    const bool bSuccess = bNameSafe && __bCarryOut();
+    m_clTrace.Step(L"unattended run", bSuccess ? L"ok" : L"failed");
+    return bSuccess ? 1 : 0;
+}
+
+bool CPilot::__bCarryOut() {
+    switch (m_stOrders.nOperation) {
+        case OP_UPGRADE: return __bUpgrade();
+        case OP_INSTALL: return __bInstall();
+        default: return __bUnInstall();
+    }
+}
+
+bool CPilot::__bFail(std::wstring_view svWhat, std::wstring_view svWhy) {
+    m_clTrace.Step(svWhat, L"failed: " + CTString(svWhy));
+    return false;
+}
+
+CTString CPilot::__csServiceName(const CTString& csName) {
+    return bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM) ? CTString(PSZ_MANAGER_SERVICE)
+                                                       : CTString(PSZ_SERVICE_PREFIX) + csName;
+}
+
+CXPtr_deleteRCV<CService> CPilot::__pclGetServer(const CTString& csName) {
+    return m_clServiceManager.pclGetService(__csServiceName(csName).pszGet(), 0);
+}
+
+bool CPilot::__bRunInstallerMode(std::string_view svCommand) {
+    return nRunServerProgram(m_stOrders.clInstallDir, svCommand, "", std::string::npos, m_clTrace) != -1;
+}
+
+bool CPilot::__bNamePossible() {
+    const CRefusal clRefusal = clRefuseName(m_stOrders.csServer);
+    return !clRefusal || bTellRefusal(L"Serveur", *clRefusal, m_clTrace);
+}
+
+bool CPilot::__bPlaceFree() {
+    CServiceList tabServer;
+    ListServer(m_clServiceManager, tabServer);
+    const CFSPath& rclDir = m_stOrders.clInstallDir;
+    if (const CService* const pclOther = pclCheckPathConflict(tabServer, rclDir.pszGet());
+        pclOther != nullptr) {
+        return __bFail(L"Repertoire", csQuoted(rclDir.csGet()) + L" is the directory of the instance " +
+                                          CTString(pclOther->pszGetName()));
+    }
+    if (const CTString csService = __csServiceName(m_stOrders.csServer); bUnitMasked(csService)) {
+        return __bFail(L"Serveur", L"the unit of " + csService + L" is masked");
+    }
+    const CRefusal clRefusal = clRefuseDirectory(rclDir, tabServer);
+    return !clRefusal || bTellRefusal(L"Repertoire", *clRefusal, m_clTrace);
+}
+
+bool CPilot::__bInstall() {
+    if (const CXPtr_deleteRCV<CService> pclService = __pclGetServer(m_stOrders.csServer)) {
+        m_clTrace.Step(L"install " + m_stOrders.csServer, L"the instance exists: upgrade");
+        return __bUpgrade(*pclService);
+    }
+    const CFSPath& rclInstallDir = m_stOrders.clInstallDir;
+    CFSPath clDatabaseDir = rclInstallDir;
+    if (!clDatabaseDir.bAppend(L"BDD/")) {
+        return __bFail(L"Repertoire", L"too long");
+    }
+    CDataExtractor clExtractor(m_clTrace);
+    if (!__bNamePossible() || !__bPlaceFree() || !__bForgetSuccess(rclInstallDir.csGet()) ||
+        !clExtractor.bInit()) {
+        return false;
+    }
+    CUninstallRecord::ForgetDirectory(rclInstallDir.svGet());
+    for (const CFSPath& rclDir : {rclInstallDir, clDatabaseDir}) {
+        CXError clError;
+        if (!bCreateDirectory(rclDir.svGet(), m_clTrace, &clError)) {
+            return false;
+        }
+    }
+    // Here already when the instance shares its directory, or when an earlier run did not end.
+    const CXPtr_deleteRCV<CService> pclManagerHere =
+        pclGetKalmoManagerInPath(&m_clServiceManager, rclInstallDir.pszGet());
+    if (pclManagerHere != nullptr) {
+        StopService(*pclManagerHere, m_clTrace);
+    }
+    const bool bInstalled = __bInstallInto(clExtractor, clDatabaseDir);
+    if (pclManagerHere != nullptr && !bRunning(*pclManagerHere, m_clTrace)) {
+        StartService(*pclManagerHere, m_clTrace);
+    }
+    if (bInstalled) {
+        __LogSuccess(rclInstallDir.csGet());
+    }
+    return bInstalled;
+}
+
+bool CPilot::__bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclDatabaseDir) {
+    const CFSPath& rclInstallDir = m_stOrders.clInstallDir;
+    // The result does not decide: the server's programs may be whole although a later entry failed.
+    m_clTrace.Step(L"extract", rclExtractor.bUpgrade(rclInstallDir.pszGet(), nullptr) ? L"ok" : L"failed");
+    CPathBuffer szConfPath;
+    if (!CDiskFile::MakePath(szConfPath, rclInstallDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+        return __bFail(L"Repertoire", L"too long");
+    }
+    return bWriteNewConfiguration(szConfPath, rclDatabaseDir.pszGet(), std::to_wstring(m_stOrders.nPort),
+                                  m_stOrders.csServer, m_clTrace) &&
+           rclExtractor.bSync(rclInstallDir.pszGet()) && __bRunInstallerMode("kalmomanager --INSTALLER") &&
+           __bRunInstallerMode("kalmo --INSTALLER");
+}
+
+bool CPilot::__bUpgrade() {
+    const CXPtr_deleteRCV<CService> pclService = __pclGetServer(m_stOrders.csServer);
+    return pclService != nullptr ? __bUpgrade(*pclService)
+                                 : __bFail(L"upgrade " + m_stOrders.csServer, L"no such instance");
+}
+
+bool CPilot::__bUpgrade(CService& rclService) {
+    if (const CRefusal clRefusal = clRefuseUpgrade(rclService)) {
+        return bTellRefusal(L"upgrade " + m_stOrders.csServer, *clRefusal, m_clTrace);
+    }
+    CUpgradeServices clServices(rclService, m_clTrace);
+    const CTString& csDirectory = clServices.csGetDirectory();
+    CDataExtractor clExtractor(m_clTrace);
+    if (!__bForgetSuccess(csDirectory) || !clExtractor.bInit()) {
+        return false;
+    }
+    CUninstallRecord::ForgetDirectory(csDirectory);
+    clServices.StopAll();
+    if (!clExtractor.bUpgrade(csDirectory.pszGet(), nullptr) || !clExtractor.bSync(csDirectory.pszGet())) {
+        return __bFail(L"extract", L"what was stopped stays stopped");
+    }
+    clServices.StartAll();
+    __LogSuccess(csDirectory);
+    return true;
+}
+
+bool CPilot::__bUnInstall() {
+    CUninstallRecord clRecord(__csServiceName(m_stOrders.csServer).svGet());
+    CTString csProgram;
+    if (!__bUnregister(clRecord, &csProgram)) {
+        return false;
+    }
+    const CTString csDirectory(CFSPath::stSplit(csProgram).svDirectory);
+    if (!csProgram.svGet().starts_with(L'/')) {
+        return __bFail(L"delete files", L"the service tells no program");
+    }
+    if (!__bRemoveFiles(csProgram)) {
+        return false;
+    }
+    // Where the directory is lost there is no place for a marker, nor anything left to be done.
+    const bool bLost = m_bGoingOn && !CDiskFile::bDirectoryExists(csDirectory);
+    if (bLost) {
+        m_clTrace.Step(L"marker " + csDirectory + PSZ_MARKER, L"left out, the directory is gone");
+    }
+    // With a unit or script that stays there is still something to do.
+    if ((bLost || __LogSuccess(csDirectory)) && !m_bStays) {
+        m_clTrace.Outcome(L"forget the note of the uninstall", clRecord.bDiscard());
+    }
+    return true;
+}
+
+bool CPilot::__bUnregister(CUninstallRecord& rclRecord, CTString* pcsProgram) {
+    const CTString& csName = m_stOrders.csServer;
+    CUninstallRecord::STNote stNote;
+    const bool bNoted = rclRecord.bRead(&stNote);
+    if (bNoted) {
+        FinishRemoval(m_clServiceManager, stNote.csService);
+    }
+    const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName);
+    if (pclService == nullptr) {
+        // One that cannot be asked about, for whatever reason, is still there while its files are.
+        m_bGoingOn = bNoted && std::ranges::none_of(stNote.tabDefinition, [](const CTString& rcsPath) {
+                         return CDiskFile::bFileExists(rcsPath);
+                     });
+        if (!m_bGoingOn) {
+            return __bFail(L"uninstall " + csName, L"no such instance");
+        }
+        m_clTrace.Step(L"unregister " + csName, L"done by an earlier run, which did not end; going on");
+        *pcsProgram = stNote.csProgram;
+        return __bForgetSuccess(CTString(CFSPath::stSplit(*pcsProgram).svDirectory));
+    }
+    if (const CRefusal clRefusal = clRefuseRemoval(*pclService)) {
+        return bTellRefusal(L"uninstall " + csName, *clRefusal, m_clTrace);
+    }
+    *pcsProgram = csGetProgramWithoutArg(pclService.get());
+    if (const CTString csDirectory = csGetProgramDirectory(pclService.get()); !csDirectory.bEmpty()) {
+        if (!__bForgetSuccess(csDirectory)) {
+            return false;
+        }
+        const bool bWritten =
+            rclRecord.bWrite({pclService->pszGetName(), *pcsProgram, tabDefinition(*pclService)});
+        m_clTrace.Outcome(L"note the uninstall of " + *pcsProgram, bWritten);
+    }
+    m_bGoingOn = bNoted && stNote.csProgram == *pcsProgram;
+    const bool bRemoved = bRemoveService(*pclService, m_clTrace);
+    m_bStays = errno != 0;
+    return bRemoved;
+}
+
+bool CPilot::__bDelete(const CTString& csPath) {
+    CXError clError;
+    return bDeleteFile(csPath, m_clTrace, &clError) || (m_bGoingOn && errno == ENOENT);
+}
+
+bool CPilot::__bRemoveFiles(const CTString& csProgram) {
+    const STPathParts stParts = CFSPath::stSplit(csProgram);
+    if (bEgalSansCasse(stParts.svFileName, PSZ_MANAGER_PROGRAM)) {
+        return __bDelete(csProgram);
+    }
+    const CTString csDirectory(stParts.svDirectory);
+    if (!__bDelete(csProgram) || !__bDelete(csDirectory + L"tvzdsrv.so") ||
+        !__bDelete(csDirectory + L"tvsqlsrv.so")) {
+        return false;
+    }
+    __bDelete(csDirectory + L"zdlogger");
+    for (const CTString& rcsLibrary : tabServerLibraries(csDirectory)) {
+        __bDelete(rcsLibrary);
+    }
+    return true;
+}
+
+bool CPilot::__bForgetSuccess(const CTString& csDir) {
+    const CTString csMarker = csDir + PSZ_MARKER;
+    if (CDiskFile::bDelete(csMarker) || errno == ENOENT) {
+        return true;
+    }
+    m_clTrace.Outcome(L"remove the marker of an earlier run, " + csMarker, false);
+    return false;
+}
+
+bool CPilot::__LogSuccess(const CTString& csDir) {
+    static constexpr std::string_view svMark = "OK";
+    CDiskFile clFile;
+    const bool bWritten = clFile.bOpen(csDir + PSZ_MARKER, CDiskFile::eMODE::Create) &&
+                          clFile.bWrite(svMark.data(), svMark.size()) && clFile.bClose();
+    m_clTrace.Outcome(L"marker " + csDir + PSZ_MARKER, bWritten);
+    return bWritten;
+}
+
+}  // namespace kalmo

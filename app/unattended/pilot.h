@@ -1,0 +1,77 @@
+#ifndef KALMO_APP_UNATTENDED_PILOT_H
+#define KALMO_APP_UNATTENDED_PILOT_H
+
+#include "app/engine/trace.h"
+#include "app/unattended/orders.h"
+#include "framework/fs_path.h"
+#include "framework/xy_string.h"
+#include "services/service_manager.h"
+
+namespace kalmo {
+
+class CDataExtractor;
+class CUninstallRecord;
+
+/// The unattended run: installs, upgrades or removes one instance as a parameter file says.
+///
+/// Owned by the program's run. bCheckPilot first; when it is true, Pilot once. Nothing is drawn and no
+/// question is asked; a success leaves the marker "Install.log" holding "OK" in the instance's directory,
+/// and the trace, when one is asked for, tells every step.
+class CPilot {
+  public:
+    /// Looks for "/PILOT=path" and "/DEBUG=path" among the arguments 1 to nArgc - 1, in any letter case;
+    /// the last of each counts. Opens the trace. True when "/PILOT=" was there.
+    bool bCheckPilot(int nArgc, char** ppszArgv);
+    /// Does the work. Non-zero on success; an unknown "MAJ" is returned as it is. From here on standard input
+    /// is empty, for the programs that are run as well.
+    int Pilot();
+    /// The file that "/PILOT=" named.
+    [[nodiscard]] const CTString& csGetPilotPath() const noexcept { return m_csPilotPath; }
+    /// The trace that "/DEBUG=" asked for, for the interactive run as well.
+    [[nodiscard]] CTrace& rclGetTrace() noexcept { return m_clTrace; }
+
+  private:
+    /// The name of an instance's service or, for "kalmomanager" in any letter case, of the shared manager's.
+    static CTString __csServiceName(const CTString& csName);
+    /// That service; null when there is none.
+    CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
+    /// Runs the operation that is ordered, one that there is.
+    bool __bCarryOut();
+    bool __bInstall();
+    /// Whether a service can have the instance's name. What speaks against it has been told.
+    bool __bNamePossible();
+    /// Whether name and directory are free for a new instance. What speaks against it has been told.
+    bool __bPlaceFree();
+    /// Files, configuration and the server's own programs of a new instance.
+    bool __bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclDatabaseDir);
+    bool __bUpgrade();
+    bool __bUpgrade(CService& rclService);
+    bool __bUnInstall();
+    /// Takes the service out of the boot sequence and tells its program. When it is gone already, goes on
+    /// with what an earlier run noted and did not finish.
+    bool __bUnregister(CUninstallRecord& rclRecord, CTString* pcsProgram);
+    /// Deletes the files of an instance, or the manager's program alone.
+    bool __bRemoveFiles(const CTString& csProgram);
+    bool __bDelete(const CTString& csPath);
+    /// A marker speaks of this run: one that an earlier run left is removed before work begins. False, and
+    /// told, when it is there and cannot be removed.
+    bool __bForgetSuccess(const CTString& csDir);
+    /// Writes the marker. False, and told, when it cannot be written.
+    bool __LogSuccess(const CTString& csDir);
+    /// Runs one of the server's programs in its installer mode. False only when no shell could run it.
+    bool __bRunInstallerMode(std::string_view svCommand);
+    /// Traces a failure. Returns false.
+    bool __bFail(std::wstring_view svWhat, std::wstring_view svWhy);
+
+    CTString m_csPilotPath;
+    CTString m_csDebugPath;
+    STOrders m_stOrders;
+    CServiceManager m_clServiceManager;
+    bool m_bStays = false;    ///< A unit or script could not be deleted.
+    bool m_bGoingOn = false;  ///< An uninstall that an earlier run began: what is gone already is done.
+    CTrace m_clTrace;
+};
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,83 @@
+#include "tui/dialogs/license_win.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "tui/toolkit/dialog_text.h"
+#include "tui/toolkit/geometry.h"
+#include "tui/toolkit/word_wrap.h"
+
+namespace kalmo {
+namespace {
+
+constexpr int BUTTON_WIDTH = 12;
+constexpr int BUTTON_HEIGHT = 4;
+constexpr int TEXT_END = 8;  // rows of the window below the text
+
+// The text with its lines broken at words so that they fit; blank lines and indents stay.
+std::wstring csBroken(const wchar_t* pszText, int nColumns) {
+    std::wstring csResult;
+    std::wstring_view svRest = pszText == nullptr ? L"" : pszText;
+    while (!svRest.empty()) {
+        const std::wstring_view svLine = svRest.substr(0, svRest.find(L'\n'));
+        svRest.remove_prefix(std::min(svLine.size() + 1, svRest.size()));
+        bool bFirst = true;
+        for (const std::wstring_view svPart : tabWrapWords(svLine, nColumns)) {
+            csResult.append(bFirst ? L"" : L"\n").append(svPart);
+            bFirst = false;
+        }
+        csResult += L'\n';
+    }
+    return csResult;
+}
+
+}  // namespace
+
+CLicenseWin::CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszText)
+    : CWindow(nX, nY, nWidth, nHeight),
+      m_clText(this, csBroken(pszText, nWidth - 6).c_str(), 1, 2, nWidth - 3, nHeight - 9),
+      m_clAccept(this, csLoadText(TEXTE_ACCEPTER).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6,
+                 BUTTON_WIDTH, BUTTON_HEIGHT),
+      m_clRefuse(this, csLoadText(TEXTE_REFUSER).pszGet(),
+                 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH, nHeight - 6, BUTTON_WIDTH,
+                 BUTTON_HEIGHT),
+      m_csTitle(csLoadText(TEXTE_TITRE_LICENCE)),
+      m_bReadable(nWidth > 6 && nHeight > 11) {
+    AddChild(&m_clText);
+    AddChild(&m_clAccept);
+    AddChild(&m_clRefuse);
+    if (!m_bReadable || m_clText.bScrollable()) {
+        m_clAccept.SetEnable(0);
+    } else {
+        bSetFocus(&m_clAccept);
+    }
+}
+
+bool CLicenseWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
+    if (pclSender == &m_clText && eEvent == eEVENT_END_REACHED) {
+        Draw();
+        return true;
+    }
+    if (eEvent == eEVENT_PRESSED && (pclSender == &m_clAccept || pclSender == &m_clRefuse)) {
+        m_bAccepted = pclSender == &m_clAccept;
+        bRunning = 0;
+        return true;
+    }
+    return false;
+}
+
+bool CLicenseWin::__bEndShown() const {
+    return m_bReadable && m_clText.bAtEnd() && pWin != nullptr && getmaxy(pWin) >= height - TEXT_END &&
+           getmaxx(pWin) >= width;
+}
+
+void CLicenseWin::_DrawWindow() {
+    CWindow::_DrawWindow();
+    _DrawTitle(1, 2, m_csTitle.pszGet());
+    if (__bEndShown()) {
+        m_clAccept.SetEnable(1);
+    }
+}
+
+}  // namespace kalmo

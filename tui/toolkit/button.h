@@ -1,0 +1,31 @@
+#ifndef KALMO_TUI_TOOLKIT_BUTTON_H
+#define KALMO_TUI_TOOLKIT_BUTTON_H
+
+#include "framework/xy_string.h"
+#include "tui/toolkit/widget.h"
+
+namespace kalmo {
+
+/// A push button. Enter, keypad Enter and space send eEVENT_PRESSED.
+class CButton : public CWidget {
+  public:
+    /// The caption is centred, and cut where it is longer than nWidth - 3 columns.
+    CButton(CWindow* pclParent, const wchar_t* pszCaption, int nX, int nY, int nWidth, int nHeight);
+    /// A button as wide as its caption needs (its columns + 5), centred on the column nXCentre.
+    CButton(CWindow* pclParent, const wchar_t* pszCaption, int nXCentre, int nY, int nHeight);
+
+    bool bOnKeyEvent(int nKey) override;
+    void Draw() override;
+    /// Replaces the caption, centred anew; the next Draw shows it.
+    virtual void SetCaption(const wchar_t* pszCaption);
+
+  private:
+    bool __bPress();
+
+    CTString m_csCaption;  ///< Centred and padded.
+    int m_nCaptionRow;     ///< The row above the one the caption is drawn on.
+};
+
+}  // namespace kalmo
+
+#endif

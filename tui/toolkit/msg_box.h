@@ -1,0 +1,67 @@
+#ifndef KALMO_TUI_TOOLKIT_MSG_BOX_H
+#define KALMO_TUI_TOOLKIT_MSG_BOX_H
+
+#include <optional>
+
+#include "framework/xy_string.h"
+#include "tui/toolkit/button.h"
+#include "tui/toolkit/scrollable_libel.h"
+#include "tui/toolkit/window.h"
+
+namespace kalmo {
+
+/// A modal box with a title, a text and one or two buttons. The caller makes it, calls Show and destroys it.
+///
+/// The text is cut into lines of the box's width less 6 columns, words or not; Tab reaches it only when it
+/// has to be scrolled.
+class CMsgBox : public CWindow {
+  public:
+    enum class eTYPE {
+        OneButton = 0,   ///< "OK"
+        TwoButtons = 1,  ///< "Yes" and "No"
+    };
+
+    /// What Show returns.
+    static constexpr int RESULT_OK = 0;      ///< OneButton: always.
+    static constexpr int RESULT_FIRST = 1;   ///< TwoButtons: the first button.
+    static constexpr int RESULT_SECOND = 2;  ///< TwoButtons: the second one, or the terminal has gone away.
+
+    /// Position and size in cells of the screen.
+    CMsgBox(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitle, const wchar_t* pszText,
+            eTYPE eType);
+
+    /// Shows the box until a button is pressed. Where no screen is open, writes title and text to standard
+    /// error and returns at once.
+    int Show();
+
+    bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override;
+
+  protected:
+    void _DrawWindow() override;
+
+  private:
+    /// The text; its frame lies on the row of the box's title and carries it.
+    class CText : public CScrollableLibel {
+      public:
+        CText(CMsgBox* pclBox, const wchar_t* pszText);
+        void Draw() override;
+
+      private:
+        CMsgBox* m_pclBox;
+    };
+
+    void __DrawTitle();
+    void __End(int nResult);
+
+    CText m_clText;
+    std::optional<CButton> m_clFirst;
+    std::optional<CButton> m_clSecond;
+    CTString m_csTitle;
+    int m_nResult;
+    eTYPE m_eType;
+    CTString m_csText;  ///< For standard error, where no screen is open.
+};
+
+}  // namespace kalmo
+
+#endif

@@ -1,0 +1,53 @@
+#include "tui/toolkit/ok_cancel_win.h"
+
+#include "tui/toolkit/dialog_text.h"
+#include "tui/toolkit/geometry.h"
+
+namespace kalmo {
+namespace {
+
+constexpr int BUTTON_WIDTH = 10;
+constexpr int BUTTON_HEIGHT = 4;
+
+}  // namespace
+
+COkCancelWin::COkCancelWin(int nX, int nY, int nWidth, int nHeight)
+    : CWindow(nX, nY, nWidth, nHeight),
+      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6, BUTTON_WIDTH,
+             BUTTON_HEIGHT),
+      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(),
+                 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH, nHeight - 6, BUTTON_WIDTH,
+                 BUTTON_HEIGHT) {}
+
+void COkCancelWin::_AddButtons() {
+    AddChild(&m_clOk);
+    AddChild(&m_clCancel);
+}
+
+bool COkCancelWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
+    if (eEvent != eEVENT_PRESSED) {
+        return false;
+    }
+    if (pclSender == &m_clOk) {
+        _Confirm();
+        return true;
+    }
+    if (pclSender == &m_clCancel) {
+        bRunning = 0;
+        return true;
+    }
+    return false;
+}
+
+void COkCancelWin::_Confirm() {
+    m_nResult = 1;
+    bRunning = 0;
+}
+
+bool COkCancelWin::_bGoTo(CWidget* pclChild) {
+    bSetFocus(pclChild);
+    Draw();
+    return true;
+}
+
+}  // namespace kalmo

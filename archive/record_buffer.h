@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "archive/le_cursor.h"
+#include "framework/le_cursor.h"
 #include "framework/x_stream.h"
 
 namespace kalmo {

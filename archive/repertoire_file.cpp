@@ -4,9 +4,9 @@
 #include <string>
 
 #include "archive/entry_name.h"
-#include "archive/le_cursor.h"
 #include "archive/repertoire.h"
 #include "framework/conversion.h"
+#include "framework/le_cursor.h"
 #include "framework/memory_scope.h"
 
 // A directory on disk, little-endian:

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "archive/le_cursor.h"
+#include "framework/le_cursor.h"
 
 namespace kalmo {
 

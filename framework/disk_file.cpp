@@ -11,6 +11,7 @@
 #include <exception>
 
 #include "framework/conversion.h"
+#include "framework/errno_kept.h"
 #include "framework/memory_scope.h"
 #include "framework/x_error.h"
 
@@ -149,9 +150,8 @@ bool bMakeDirectories(std::wstring_view svPath) {
 // The outcome of an operation on a path; a failure is told to the error object, errno stays.
 bool bReport(bool bSuccess, std::wstring_view svPath, CXError* pclError) {
     if (!bSuccess && pclError != nullptr) {
-        const int nError = errno;
-        pclError->SetSystemErrorParam(static_cast<unsigned>(nError), CTString(svPath).pszGet());
-        errno = nError;
+        const CErrnoKept clKept;
+        pclError->SetSystemErrorParam(static_cast<unsigned>(clKept.nGet()), CTString(svPath).pszGet());
     }
     return bSuccess;
 }

@@ -15,6 +15,12 @@ namespace kalmo {
 inline constexpr unsigned dwAttributRepertoire = 0x4000;
 inline constexpr unsigned dwAttributFichier = 0x8000;
 
+/// A directory being read, closed with its owner.
+struct CCloseDir {
+    void operator()(DIR* pclDir) const noexcept { ::closedir(pclDir); }
+};
+using CUniqueDir = std::unique_ptr<DIR, CCloseDir>;
+
 /// One walk through the entries of a directory that match a pattern.
 ///
 /// Owned by whoever searches. The pattern is a directory and, behind the last "/", a name with "*" and "?".
@@ -34,11 +40,7 @@ class CFileSearch {
     [[nodiscard]] unsigned dwGetAttributes() const noexcept { return m_dwAttributes; }
 
   private:
-    struct CCloseDir {
-        void operator()(DIR* pclDir) const noexcept { ::closedir(pclDir); }
-    };
-
-    std::unique_ptr<DIR, CCloseDir> m_pclDir;
+    CUniqueDir m_pclDir;
     std::string m_csPattern;
     unsigned m_dwMask = 0;
     CTString m_csName;

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "framework/conversion.h"
+#include "framework/le_cursor.h"
 
 namespace kalmo {
 namespace {
@@ -71,10 +72,9 @@ CTString csDecode(eENCODAGE eEncodage, std::string_view svBytes) {
     }
     std::wstring cs;
     cs.reserve(svBytes.size() / 2);
-    for (std::size_t n = 0; n + 1 < svBytes.size(); n += 2) {
-        const unsigned unLow = static_cast<unsigned char>(svBytes[n]);
-        const unsigned unHigh = static_cast<unsigned char>(svBytes[n + 1]);
-        cs += static_cast<wchar_t>(unHigh << 8 | unLow);
+    CLeCursor clCursor({reinterpret_cast<const unsigned char*>(svBytes.data()), svBytes.size()});
+    while (clCursor.nLeft() >= 2) {
+        cs += static_cast<wchar_t>(clCursor.wNext());
     }
     return CTString(cs);
 }

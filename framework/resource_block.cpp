@@ -1,6 +1,7 @@
 #include "framework/resource_block.h"
 
 #include "framework/language.h"
+#include "framework/le_cursor.h"
 
 namespace kalmo {
 namespace {
@@ -10,7 +11,7 @@ constexpr unsigned unMODE_BITS = 3;
 constexpr unsigned unTWO_BYTE_UNITS = 1U << 6U;
 
 unsigned unReadU16(std::span<const unsigned char> tab, std::size_t nOffset) {
-    return tab[nOffset] | static_cast<unsigned>(tab[nOffset + 1]) << 8U;
+    return CLeCursor(tab.subspan(nOffset)).wNext();
 }
 
 int nCompareInBlock(std::span<const unsigned char> tabBlock, std::uint16_t unNumber, unsigned unOffset) {

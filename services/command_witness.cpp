@@ -1,10 +1,9 @@
 #include "services/command_witness.h"
 
-#include <sys/wait.h>
-
 #include <csignal>
 
 #include "framework/errno_kept.h"
+#include "services/wait_status.h"
 
 namespace kalmo {
 namespace {
@@ -29,7 +28,8 @@ bool bInterrupted(int nStatus) noexcept {
     if (nStatus == -1) {
         return false;
     }
-    const int nSignal = WIFSIGNALED(nStatus) ? WTERMSIG(nStatus) : WEXITSTATUS(nStatus) - nShellSignal;
+    const STWaitStatus st(nStatus);
+    const int nSignal = st.nSignal != 0 ? st.nSignal : st.nExitCode - nShellSignal;
     return nSignal == SIGINT || nSignal == SIGQUIT;
 }
 

@@ -12,6 +12,7 @@
 #include "services/child_setup.h"
 #include "services/command_line.h"
 #include "services/signal_block.h"
+#include "services/wait_status.h"
 
 namespace kalmo {
 namespace {
@@ -92,7 +93,7 @@ int WaitPid(int nPid, unsigned dwTimeoutMs, int* pnExitCode) {
         }
     }
     if (pnExitCode != nullptr) {
-        *pnExitCode = nEnded > 0 ? (nStatus >> 8) & 0xFF : 0;
+        *pnExitCode = nEnded > 0 ? STWaitStatus(nStatus).nExitCode : 0;
     }
     return nEnded;
 }

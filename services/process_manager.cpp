@@ -8,8 +8,10 @@
 #include <memory>
 #include <utility>
 
+#include "framework/errno_kept.h"
 #include "framework/memory_scope.h"
 #include "services/signal_block.h"
+#include "services/wait_status.h"
 
 extern "C" void lance_processus_child_sigaction(int nSignal, siginfo_t* pstInfo, void* pContext) {
     if (kalmo::CProcessManager::m_gpclManager != nullptr) {
@@ -124,7 +126,7 @@ void CProcessManager::FreePid(pid_t nPid) {
 }
 
 void CProcessManager::SigAction(int nSignal, siginfo_t* pstInfo, void* pContext) noexcept {
-    const int nErrno = errno;
+    const CErrnoKept clKept;
     bool bOurs = false;
     {
         const CLock clLock(*this);
@@ -137,7 +139,6 @@ void CProcessManager::SigAction(int nSignal, siginfo_t* pstInfo, void* pContext)
     } else if (bChain) {
         m_stPrevious.sa_handler(nSignal);
     }
-    errno = nErrno;
 }
 
 // Collects the child that the signal speaks of. False when it is not in the table.
@@ -200,7 +201,8 @@ void CProcessManager::__FreeList(STChild* pstChild) noexcept {
 }
 
 int CProcessManager::nCodeOfStatus(int nStatus) noexcept {
-    return WIFSIGNALED(nStatus) ? WTERMSIG(nStatus) : WEXITSTATUS(nStatus);
+    const STWaitStatus st(nStatus);
+    return st.nSignal != 0 ? st.nSignal : st.nExitCode;
 }
 
 }  // namespace kalmo

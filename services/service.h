@@ -68,10 +68,10 @@ class CService {
     /// stopped too. Under SysV only the last step counts, and a script that is already gone is a success.
     /// Nothing but files and symbolic links is deleted.
     /// On failure errno tells the reason, under systemd that of systemctl: EPERM where it lacked a right,
-    /// ECANCELED where its words name no reason of the system; it may be 0 where no init system is known. On
-    /// success it tells why a unit file or a script stays, or could not be asked for and may stay, which does
-    /// not count; else 0.
-    bool bRemove();
+    /// ECANCELED where its words name no reason of the system; it may be 0 where no init system is known.
+    /// On success *pnStays, unless it is null, tells why a unit file or a script stays, or could not be asked
+    /// for and may stay, which does not count: an error number, else 0.
+    bool bRemove(int* pnStays = nullptr);
 
   private:
     using CText = std::unique_ptr<wchar_t[]>;
@@ -79,8 +79,8 @@ class CService {
     [[nodiscard]] std::wstring_view __svName() const noexcept;
     [[nodiscard]] bool __bSysVCommand(std::wstring_view svAction) const;
     [[nodiscard]] bool __bReadScript(std::string_view svMarker, std::size_t nMaxLine, CText* pText) const;
-    bool __bRemoveSystemd();
-    bool __bRemoveSysV();
+    bool __bRemoveSystemd(int* pnStays);
+    bool __bRemoveSysV(int* pnStays);
 
     CServiceManager* m_pclManager;
     CText m_pszName;

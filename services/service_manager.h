@@ -1,14 +1,12 @@
 #ifndef KALMO_SERVICES_SERVICE_MANAGER_H
 #define KALMO_SERVICES_SERVICE_MANAGER_H
 
-#include <dirent.h>
-
-#include <memory>
 #include <mutex>
 #include <string_view>
 #include <vector>
 
 #include "framework/array.h"
+#include "framework/file_search.h"
 #include "framework/xy_string.h"
 #include "services/service.h"
 
@@ -72,10 +70,6 @@ class CServiceManager : public CTableauDeBuffer {
     static CTString csGetSystemdProp(const char* pszProperty, const wchar_t* pszName);
 
   private:
-    struct CCloseDir {
-        void operator()(DIR* pclDir) const noexcept { ::closedir(pclDir); }
-    };
-
     static eDISTRI __eFindDistri();
     static void __GetScriptName(CTString* pcsName);
 
@@ -87,7 +81,7 @@ class CServiceManager : public CTableauDeBuffer {
     CXPtr_deleteRCV<CService> __pclNextSysV(unsigned* pdwCursor, std::wstring_view svPrefix);
     void __EndListing();
 
-    std::unique_ptr<DIR, CCloseDir> m_pclScripts;  ///< The directory of a SysV listing that is going on.
+    CUniqueDir m_pclScripts;         ///< The directory of a SysV listing that is going on.
     std::recursive_mutex m_clMutex;  ///< For code that shares a manager; no operation here locks it.
 };
 

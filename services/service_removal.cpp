@@ -45,9 +45,7 @@ struct STUnitFile {
 
 // The result of the last step of a removal: a file that is already gone is as good as one deleted.
 bool bLastStep(int nResult) {
-    const bool bDone = nResult != -1 || errno == ENOENT;
-    errno = bDone ? 0 : errno;
-    return bDone;
+    return nResult != -1 || errno == ENOENT;
 }
 
 bool bDeleteLast(const CTString& csPath) {
@@ -56,14 +54,20 @@ bool bDeleteLast(const CTString& csPath) {
 
 }  // namespace
 
-bool CService::bRemove() try {
+bool CService::bRemove(int* pnStays) try {
     const CMemoryScope clScope;
-    return CServiceManager::ms_eDistri == eSystemd ? __bRemoveSystemd() : __bRemoveSysV();
+    int nStays = 0;
+    const bool bRemoved =
+        CServiceManager::ms_eDistri == eSystemd ? __bRemoveSystemd(&nStays) : __bRemoveSysV(&nStays);
+    if (pnStays != nullptr) {
+        *pnStays = nStays;
+    }
+    return bRemoved;
 } catch (const std::exception&) {
     return NoMemory(false);
 }
 
-bool CService::__bRemoveSystemd() {
+bool CService::__bRemoveSystemd(int* pnStays) {
     // Asked for first: a disabled unit that is not in use may be forgotten, and its files with it.
     const STUnitFile stFragment("FragmentPath", pszGetName());
     const STUnitFile stSource("SourcePath", pszGetName());
@@ -76,22 +80,18 @@ bool CService::__bRemoveSystemd() {
     const int nFragmentError = stFragment.nDeleteIt();
     const int nSourceError = stSource.nDeleteIt();
     bCommandSystemctl(L"daemon-reload");
-    errno = nFragmentError != 0 ? nFragmentError : nSourceError;
+    *pnStays = nFragmentError != 0 ? nFragmentError : nSourceError;
     return true;
 }
 
-bool CService::__bRemoveSysV() {
+bool CService::__bRemoveSysV(int* pnStays) {
     const CTString csName(__svName());
     const CTString csScript = csScriptPath(csName);
     switch (CServiceManager::ms_eDistri) {
-        case eDebian: {
-            const int nScriptError = nDelete(csScript);
+        case eDebian:
+            *pnStays = nDelete(csScript);
             // Forced, because the script is gone by now.
-            const bool bRemoved =
-                bLastStep(nRunBootTool(L"update-rc.d -f " + csName + L" remove >/dev/null"));
-            errno = bRemoved ? nScriptError : errno;
-            return bRemoved;
-        }
+            return bLastStep(nRunBootTool(L"update-rc.d -f " + csName + L" remove >/dev/null"));
         case eRedHat:
         case eMandriva:
         case eFedora:

@@ -1,10 +1,11 @@
 #ifndef KALMO_SERVICES_SIGNAL_BLOCK_H
 #define KALMO_SERVICES_SIGNAL_BLOCK_H
 
-#include <cerrno>
 #include <csignal>
 #include <ctime>
 #include <initializer_list>
+
+#include "framework/errno_kept.h"
 
 namespace kalmo {
 
@@ -50,13 +51,12 @@ class CSigpipeBlock {
         if (m_bPendingBefore || !bPending()) {
             return;
         }
-        const int nErrno = errno;
+        const CErrnoKept clKept;
         sigset_t st;
         ::sigemptyset(&st);
         ::sigaddset(&st, SIGPIPE);
         const timespec stNow{};
         ::sigtimedwait(&st, nullptr, &stNow);
-        errno = nErrno;
     }
 
   private:

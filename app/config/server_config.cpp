@@ -84,7 +84,7 @@ bool bInstanceKnown(const CTString& csName) {
 CTString csServiceConfiguredIn(const CTString& csDirectory) {
     CPathBuffer szConfPath;
     std::array<wchar_t, nTailleMaxPath> szName{};
-    if (CDiskFile::MakePath(szConfPath, csDirectory, PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+    if (bConfPath(csDirectory, szConfPath)) {
         GetPrivateProfileString(PSZ_SECTION_INIT, L"Name", L"", szName.data(),
                                 static_cast<unsigned>(szName.size()), szConfPath);
     }
@@ -122,12 +122,16 @@ CTString csGetProgramDirectory(CService* pclService) {
     return clDirectory.csGet();
 }
 
+bool bConfPath(std::wstring_view svDirectory, CPathBuffer& rszOut) {
+    return CDiskFile::MakePath(rszOut, svDirectory, L"ZDConf", L"ini");
+}
+
 void GetZDConfPath(CService* pclService, CPathBuffer& rszOut) {
     const CTString csDirectory = csGetProgramDirectory(pclService);
     rszOut[0] = L'\0';
     // A bare file name would be looked for in root's home directory.
     if (!csDirectory.bEmpty()) {
-        CDiskFile::MakePath(rszOut, csDirectory, PSZ_CONF_BASE, PSZ_CONF_EXTENSION);
+        bConfPath(csDirectory, rszOut);
     }
 }
 

@@ -15,8 +15,6 @@ class CService;
 /// cannot be written is missing, and the server falls back to its default.
 /// Called by the install engine, the upgrade and the dialogs. Paths: at most 260 characters.
 
-inline constexpr const wchar_t* PSZ_CONF_BASE = L"ZDConf";
-inline constexpr const wchar_t* PSZ_CONF_EXTENSION = L"ini";
 inline constexpr const wchar_t* PSZ_SECTION_INIT = L"INIT";
 inline constexpr const wchar_t* PSZ_KEY_DAEMON_USER = L"DaemonUser";
 inline constexpr const wchar_t* PSZ_KEY_PORT = L"AccessPort";
@@ -77,6 +75,9 @@ CTString csGetProgramWithoutArg(CService* pclService);
 /// one whose path is not absolute or longer than 260 characters.
 CTString csGetProgramDirectory(CService* pclService);
 
+/// The configuration file in an instance's directory. False, and *pszOut empty, when that is longer than 260
+/// characters.
+bool bConfPath(std::wstring_view svDirectory, CPathBuffer& rszOut);
 /// The configuration file of an installed instance: beside its program. Empty when its directory is unknown
 /// or the path would be longer than 260 characters.
 void GetZDConfPath(CService* pclService, CPathBuffer& rszOut);

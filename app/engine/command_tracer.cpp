@@ -3,10 +3,9 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "app/engine/run_view.h"
 #include "app/engine/shell_command.h"
 #include "app/engine/trace.h"
-#include "services/shell_command.h"
-#include "tui/toolkit/screen.h"
 
 namespace kalmo {
 
@@ -28,10 +27,7 @@ void CCommandTracer::CommandEnded(const STCommandEnd& rst) noexcept {
 
 void EndInterruptedRun(std::wstring_view svCommand, CTrace& rclTrace) {
     rclTrace.Step(L"run", L"interrupted during: " + CTString(svCommand));
-    if (bDialogOpen()) {
-        end_dialog();
-        nShellCommand("clear 2>/dev/null");
-    }
+    rclTrace.rclGetView().Close();
     std::exit(0);
 }
 

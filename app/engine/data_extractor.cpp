@@ -4,19 +4,16 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 
 #include "app/config/server_config.h"
 #include "app/engine/archive_password.h"
+#include "app/engine/run_view.h"
 #include "app/engine/trace.h"
-#include "app/interactive/message.h"
-#include "app/interactive/upgrade_win.h"
 #include "app/texts.h"
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
-#include "framework/errno_kept.h"
 #include "framework/process_info.h"
 #include "framework/x_error.h"
 
@@ -68,43 +65,39 @@ bool CDataExtractor::bInit() {
     }
     const CTString csWhat = L"open payload " + m_clArchivePath.csGet();
     const eARCHIVE eCode = eOuvreArchive(m_clArchivePath.svGet(), 0, 0);
+    const int nError = nOutcome(eCode == ARCHIVE_OK);
     if (eCode == ARCHIVE_OK) {
         m_rclTrace.Step(csWhat, L"ok");
     } else if (eCode == ARCHIVE_NOT_FOUND) {
-        m_rclTrace.Outcome(csWhat, false);
+        m_rclTrace.Outcome(csWhat, nError);
     } else {
         m_rclTrace.Step(csWhat, L"failed: " + csGetDefaut());
     }
     return eCode == ARCHIVE_OK;
 }
 
-bool CDataExtractor::bUpgrade(const wchar_t* pszDir, CUpgradeWin* pclWindow) {
-    if (pclWindow == nullptr) {
-        return _bExtractFile(pszDir, nullptr, nullptr);
-    }
-    if (!_bExtractFile(pszDir, pclWindow, pclWindow->pclGetJauge())) {
+bool CDataExtractor::bUpgrade(const wchar_t* pszDir, IUpgradeProgress* pclProgress) {
+    if (!_bExtractFile(pszDir, pclProgress)) {
         return false;
     }
     CPathBuffer szConfPath;
-    if (CDiskFile::MakePath(szConfPath, pszDir, PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
-        WriteTelemetryOn(szConfPath, pclWindow->nGetTelemetryOn());
+    if (pclProgress != nullptr && bConfPath(pszDir, szConfPath)) {
+        WriteTelemetryOn(szConfPath, pclProgress->nGetTelemetryOn());
     }
     return true;
 }
 
 bool CDataExtractor::bSync(const wchar_t* pszDir) {
-    const bool bSynced = CDiskFile::bSyncFileSystem(pszDir);
-    {
-        const CErrnoKept clKept;
-        m_rclTrace.Outcome(L"put on the disk what is in " + CTString(pszDir), bSynced);
-    }
-    if (!bSynced) {
+    const int nError = nOutcome(CDiskFile::bSyncFileSystem(pszDir));
+    m_rclTrace.Outcome(L"put on the disk what is in " + CTString(pszDir), nError);
+    if (nError != 0) {
+        errno = nError;
         _ShowError(nullptr);
     }
-    return bSynced;
+    return nError == 0;
 }
 
-bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, CWindow* pclWindow, CJauge* pclJauge) {
+bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, IInstallProgress* pclProgress) {
     const int nCount = static_cast<int>(dwGetNbFile());
     for (int nRang = 0; nRang < nCount; ++nRang) {
         const CTString csName = rclGetRepertoire().pclGetEntree(nRang)->csGetNom();
@@ -116,12 +109,8 @@ bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, CWindow* pclWindow, CJ
                        : _bInstalFile(pszDir, csName, unFileMode, false))) {
             return false;
         }
-        if (pclJauge != nullptr) {
-            pclJauge->SetValue(pclJauge->dGetValue() + 1.0);
-        }
-        // Most files move the bar by less than a column.
-        if (pclWindow != nullptr && (pclJauge == nullptr || pclJauge->bStale())) {
-            pclWindow->Draw();
+        if (pclProgress != nullptr) {
+            pclProgress->FileDone();
         }
     }
     return true;
@@ -148,10 +137,9 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
         return false;
     }
     const auto bTell = [&](const wchar_t* pszOperation) {
-        {
-            const CErrnoKept clKept;
-            m_rclTrace.Outcome(pszOperation + clTarget.csGet(), false);
-        }
+        const int nError = errno;
+        m_rclTrace.Outcome(pszOperation + clTarget.csGet(), nError);
+        errno = nError;
         _ShowError(nullptr);
         return false;
     };
@@ -169,10 +157,11 @@ void CDataExtractor::_ShowError(const CXError* pclError) {
     const int nSystemError = errno;
     if (pclError != nullptr) {
         m_rclTrace.Error(L"failure", *pclError);
-        ShowErrorBox(csJoin(pclError->pszGetSystemErrorMessage(), pclError->pszGetUserMessage()));
+        m_rclTrace.rclGetView().ShowError(
+            csJoin(pclError->pszGetSystemErrorMessage(), pclError->pszGetUserMessage()));
     } else {
-        m_rclTrace.Outcome(L"failure", false);
-        ShowErrorBox(csFromUTF8(std::strerror(nSystemError)));
+        m_rclTrace.Step(L"failure", L"failed (" + csReason(nSystemError) + L")");
+        m_rclTrace.rclGetView().ShowError(csReason(nSystemError));
     }
 }
 

@@ -14,19 +14,17 @@ namespace kalmo {
 /// The entry of the payload with the licence text, which is shown and never installed.
 inline constexpr const wchar_t* PSZ_LICENCE = L"license.txt";
 
-class CInstallProgressWin;
-class CJauge;
 class CTrace;
-class CUpgradeWin;
-class CWindow;
 class CXError;
+class IInstallProgress;
+class IUpgradeProgress;
 
 /// The install engine: the payload archive and what is done with it on the machine.
 ///
 /// One object lives for a whole run. bInit first; then an operation on one install directory. An operation
-/// returns true on success; what failed has been told when it returns false (in the trace, and in a box where
-/// a screen is open), and nothing that was done before is undone. Windows and gauges may be null: nothing is
-/// drawn then.
+/// returns true on success; what failed has been told when it returns false (in the trace, and to the view of
+/// the run), and nothing that was done before is undone. It draws nothing itself: the windows of the
+/// interactive run see what it tells them of its progress, and may be null.
 class CDataExtractor : public CTVWinZip {
   public:
     /// The settings of a new instance.
@@ -49,15 +47,15 @@ class CDataExtractor : public CTVWinZip {
     /// in their installer mode, which register and start the services. Ends with a box that tells the result.
     /// pszDbRoot is the database root; one that begins with "%%EXE%%" lies in the install directory.
     bool bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, const STInstallParam& rstParam,
-                  CInstallProgressWin* pclProgress);
+                  IInstallProgress* pclProgress);
 
     /// How many bytes too many the command has that tells the server's program in a directory its
     /// administrator account; 0 when it fits.
     static std::size_t nCommandExcess(const wchar_t* pszDir, const STInstallParam& rstParam);
 
-    /// Extracts the payload into the directory of an instance, over what is there, and writes the window's
-    /// telemetry choice into its configuration file. Without a window the configuration stays as it is.
-    bool bUpgrade(const wchar_t* pszDir, CUpgradeWin* pclWindow);
+    /// Extracts the payload into the directory of an instance, over what is there, and writes the operator's
+    /// telemetry choice into its configuration file. Without one the configuration stays as it is.
+    bool bUpgrade(const wchar_t* pszDir, IUpgradeProgress* pclProgress);
 
     /// Puts what was installed into a directory onto the disk: called once, after the last file and before
     /// any service starts, so that a power cut leaves no started service and no success without its files.
@@ -68,16 +66,16 @@ class CDataExtractor : public CTVWinZip {
     [[nodiscard]] CTrace& rclGetTrace() const noexcept { return m_rclTrace; }
 
   protected:
-    /// Installs every entry but the licence text, in the archive's order, and moves the gauge by one for
-    /// each. Stops at the first that fails.
-    bool _bExtractFile(const wchar_t* pszDir, CWindow* pclWindow, CJauge* pclJauge);
+    /// Installs every entry but the licence text, in the archive's order, and tells of each. Stops at the
+    /// first that fails.
+    bool _bExtractFile(const wchar_t* pszDir, IInstallProgress* pclProgress);
     /// Extracts one entry below the directory, creating the directories of its name, then sets its owner
     /// (root, when asked) and mode. An extraction that fails is tried again for ten seconds: the target may
     /// be a program that is just ending.
     bool _bInstalFile(const wchar_t* pszDir, std::wstring_view svName, mode_t unMode, bool bRootOwner);
     /// Creates the system account unless it exists, and writes it into the configuration; for root, or an
     /// empty name, takes the key out. An account that cannot be created is told and written all the same.
-    void _SetDaemonUser(const CTString& csUser, const wchar_t* pszConfPath, CInstallProgressWin* pclProgress);
+    void _SetDaemonUser(const CTString& csUser, const wchar_t* pszConfPath, IInstallProgress* pclProgress);
     /// Shows a failure: what its error object says or, without one, the reason in errno.
     void _ShowError(const CXError* pclError);
     /// Shows the log that the server's programs left in the install directory, or that there is none.

@@ -8,16 +8,15 @@
 #include "app/engine/crypt_password.h"
 #include "app/engine/data_extractor.h"
 #include "app/engine/install_steps.h"
+#include "app/engine/run_view.h"
 #include "app/engine/shell_command.h"
 #include "app/engine/trace.h"
 #include "app/engine/uninstall_record.h"
-#include "app/interactive/message.h"
 #include "app/texts.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
 #include "framework/x_error.h"
-#include "tui/dialogs/install_progress_win.h"
 
 namespace kalmo {
 namespace {
@@ -38,25 +37,25 @@ bool bDatabaseDirectory(const CFSPath& rclInstallDir, std::wstring_view svRoot, 
     return svRoot.empty() || pclDir->bAppend(svRoot);
 }
 
-// The result box: what the operator needs to log in for the first time.
-void ShowInstalled(const CDataExtractor::STInstallParam& rstParam) {
+// What the operator needs to log in for the first time.
+CTString csInstalled(const CDataExtractor::STInstallParam& rstParam) {
     const CTString csAccount =
         rstParam.csAdminPassword.bEmpty()
             ? csFormatText(TEXTE_ADMIN_SANS_MDP, rstParam.csAdminAccount)
             : csFormatText(TEXTE_ADMIN, rstParam.csAdminAccount, rstParam.csAdminPassword);
-    ShowResultBox(csLoadText(TEXTE_INSTALLE) + L"\r\n" + csAccount);
+    return csLoadText(TEXTE_INSTALLE) + L"\r\n" + csAccount;
 }
 
 }  // namespace
 
 bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, const STInstallParam& rstParam,
-                              CInstallProgressWin* pclProgress) {
+                              IInstallProgress* pclProgress) {
     CFSPath clDir;
     CFSPath clDatabaseDir;
     CPathBuffer szConfPath;
     if (!clDir.bSet(pszDir) || !clDir.bAddTrailingSlash() ||
         !bDatabaseDirectory(clDir, pszDbRoot, &clDatabaseDir) || !clDatabaseDir.bAppend(L"__system/") ||
-        !CDiskFile::MakePath(szConfPath, clDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+        !bConfPath(clDir.svGet(), szConfPath)) {
         errno = ENAMETOOLONG;
         _ShowError(nullptr);
         return false;
@@ -70,10 +69,9 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
         return false;
     }
     if (pclProgress != nullptr) {
-        pclProgress->InitJauge(static_cast<int>(dwGetNbFile()) + 2);
+        pclProgress->Begin(static_cast<int>(dwGetNbFile()) + 2);
     }
-    if (!_bExtractFile(clDir.pszGet(), pclProgress,
-                       pclProgress == nullptr ? nullptr : pclProgress->pclGetJauge())) {
+    if (!_bExtractFile(clDir.pszGet(), pclProgress)) {
         return false;
     }
     // The server itself puts its directory in the place of "%%EXE%%".
@@ -87,13 +85,12 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
         return false;
     }
 
-    const auto ShowStep = [pclProgress] {
+    const auto StepDone = [pclProgress] {
         if (pclProgress != nullptr) {
-            pclProgress->IncJauge();
-            pclProgress->Draw();
+            pclProgress->StepDone();
         }
     };
-    ShowStep();
+    StepDone();
     if (!__bRunServerProgram(clDir, "kalmomanager --INSTALLER", "")) {
         return false;
     }
@@ -103,8 +100,8 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
     if (!__bRunServerProgram(clDir, csServer, csHidden)) {
         return false;
     }
-    ShowStep();
-    ShowInstalled(rstParam);
+    StepDone();
+    m_rclTrace.rclGetView().ShowResult(csInstalled(rstParam));
     return true;
 }
 
@@ -155,15 +152,15 @@ bool CDataExtractor::__bRunServerProgram(const CFSPath& rclDir, std::string_view
 }
 
 void CDataExtractor::_SetDaemonUser(const CTString& csUser, const wchar_t* pszConfPath,
-                                    CInstallProgressWin* pclProgress) {
+                                    IInstallProgress* pclProgress) {
     if (csUser.bEmpty() || csUser == PSZ_ROOT) {
         WritePrivateProfileString(PSZ_SECTION_INIT, PSZ_KEY_DAEMON_USER, nullptr, pszConfPath);
         return;
     }
     if (!bSystemAccountExists(csUser) && !bCreateSystemAccount(csUser, m_rclTrace)) {
-        ShowErrorBox(csFormatText(TEXTE_COMPTE_NON_CREE, csUser));
+        m_rclTrace.rclGetView().ShowError(csFormatText(TEXTE_COMPTE_NON_CREE, csUser));
         if (pclProgress != nullptr) {
-            pclProgress->Draw();
+            pclProgress->Redraw();
         }
     }
     // The operator may create the account afterwards; the server then finds it named.
@@ -173,12 +170,13 @@ void CDataExtractor::_SetDaemonUser(const CTString& csUser, const wchar_t* pszCo
 void CDataExtractor::_ShowErrorLog(const wchar_t* pszDir) {
     const CTString csPath = CTString(pszDir) + PSZ_LOG;
     std::string csLog;
-    if (CDiskFile::bLoad(csPath, nMaxLog, &csLog)) {
-        ShowErrorBox(csFromUTF8(csLog));
-    } else {
-        m_rclTrace.Outcome(L"read " + csPath, false);
-        ShowErrorBox(csFormatText(TEXTE_SANS_JOURNAL, csPath));
+    const int nError = nOutcome(CDiskFile::bLoad(csPath, nMaxLog, &csLog));
+    if (nError != 0) {
+        m_rclTrace.Outcome(L"read " + csPath, nError);
+        csLog.clear();
     }
+    m_rclTrace.rclGetView().ShowError(nError == 0 ? csFromUTF8(csLog)
+                                                  : csFormatText(TEXTE_SANS_JOURNAL, csPath));
 }
 
 }  // namespace kalmo

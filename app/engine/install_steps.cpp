@@ -17,14 +17,6 @@
 namespace kalmo {
 namespace {
 
-void TellStep(CTrace& rclTrace, std::wstring_view svWhat, bool bSuccess, const CXError& rclError) {
-    if (bSuccess) {
-        rclTrace.Step(svWhat, L"ok");
-    } else {
-        rclTrace.Error(svWhat, rclError);
-    }
-}
-
 // The longest value that is looked at.
 constexpr std::size_t nMaxHeld = nTailleMaxPath + 1;
 
@@ -39,27 +31,13 @@ CTString csHeld(const wchar_t* pszConfPath, const wchar_t* pszKey) {
 
 bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclError) {
     const bool bCreated = CDiskFile::bCreateDirectory(svDir, pclError);
-    TellStep(rclTrace, L"create directory " + CTString(svDir), bCreated, *pclError);
-    return bCreated;
-}
-
-bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError) {
-    const bool bDeleted = CDiskFile::bDelete(csPath, pclError);
-    const CErrnoKept clKept;
-    TellStep(rclTrace, L"delete " + csPath, bDeleted, *pclError);
-    return bDeleted;
-}
-
-std::vector<CTString> tabServerLibraries(const CTString& csDirectory) {
-    std::vector<CTString> tab;
-    CFileSearch clSearch;
-    for (bool bFound = CDiskFile::bFindFirst(csDirectory + L"tv*.so", 0, &clSearch); bFound;
-         bFound = CDiskFile::bFindNext(&clSearch)) {
-        if (clSearch.dwGetAttributes() != dwAttributRepertoire) {
-            tab.push_back(csDirectory + clSearch.csGetName());
-        }
+    const CTString csWhat = L"create directory " + CTString(svDir);
+    if (bCreated) {
+        rclTrace.Step(csWhat, L"ok");
+    } else {
+        rclTrace.Error(csWhat, *pclError);
     }
-    return tab;
+    return bCreated;
 }
 
 bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
@@ -84,8 +62,9 @@ bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot
         bOfAnother =
             bOfAnother || (clKept.nGet() != 0 && !bHolds && !csNow.bEmpty() && csNow == tabBefore[n]);
     }
-    errno = clKept.nGet();
-    rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten);
+    rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten             ? 0
+                                                                : clKept.nGet() != 0 ? clKept.nGet()
+                                                                                     : NO_REASON);
     return !bOfAnother;
 }
 

@@ -3,7 +3,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "framework/fs_path.h"
 
@@ -16,13 +15,6 @@ class CXError;
 
 /// Creates a directory with those above it; an existing one is a success. A failure fills the error object.
 bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclError);
-/// Deletes a file. A failure fills the error object and leaves its reason in errno.
-bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError);
-
-/// The libraries "tv*.so" of an instance in a directory that ends in "/", with their paths, in the order of
-/// the directory. What is itself a directory is none.
-std::vector<CTString> tabServerLibraries(const CTString& csDirectory);
-
 /// Writes database root, port (decimal digits) and name, in this order, into an instance's configuration
 /// file. A key that cannot be written is missing, no more: the server starts with its default. False, with
 /// errno set, only when one still holds what an earlier instance had: the server would register that one.

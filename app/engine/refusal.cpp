@@ -9,8 +9,8 @@
 
 #include "app/config/server_config.h"
 #include "app/engine/install_steps.h"
+#include "app/engine/run_view.h"
 #include "app/engine/trace.h"
-#include "app/interactive/message.h"
 #include "app/texts.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
@@ -183,7 +183,7 @@ CRefusal clRefuseName(const CTString& csName) {
 
 bool bTellRefusal(std::wstring_view svWhat, const STRefusal& rst, CTrace& rclTrace) {
     rclTrace.Step(svWhat, L"failed: " + rst.csTraced);
-    ShowErrorBox(rst.csShown);
+    rclTrace.rclGetView().ShowError(rst.csShown);
     return false;
 }
 

@@ -45,7 +45,7 @@ CRefusal clRefuseCommandRoom(const CFSPath& rclDir);
 /// Against an instance's name that no service can have.
 CRefusal clRefuseName(const CTString& csName);
 
-/// Tells a refusal to the trace, and in a box where a screen is open. Returns false.
+/// Tells a refusal to the trace and to the view of the run. Returns false.
 bool bTellRefusal(std::wstring_view svWhat, const STRefusal& rst, CTrace& rclTrace);
 
 }  // namespace kalmo

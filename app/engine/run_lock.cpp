@@ -31,7 +31,7 @@ bool CRunLock::bTake(CTrace& rclTrace) {
         return false;
     }
     if (!bMine) {
-        rclTrace.Outcome(PSZ_STEP, false);
+        rclTrace.Outcome(PSZ_STEP, nOutcome(false));
     }
     return true;
 }

@@ -4,12 +4,11 @@
 #include <utility>
 
 #include "app/config/server_config.h"
+#include "app/engine/run_view.h"
 #include "app/engine/trace.h"
 #include "framework/disk_file.h"
 #include "framework/errno_kept.h"
-#include "services/init_script.h"
 #include "services/systemctl.h"
-#include "tui/toolkit/screen.h"
 
 namespace kalmo {
 namespace {
@@ -88,51 +87,16 @@ bool bRunning(CService& rclService, CTrace& rclTrace) {
 
 void StopService(CService& rclService, CTrace& rclTrace) {
     errno = 0;
-    const bool bStopped = rclService.bStop();
-    rclTrace.Outcome(L"stop " + CTString(rclService.pszGetName()), bStopped);
-    RepaintScreen();
+    const int nError = nOutcome(rclService.bStop());
+    rclTrace.Outcome(L"stop " + CTString(rclService.pszGetName()), nError);
+    rclTrace.rclGetView().Repaint();
 }
 
 void StartService(CService& rclService, CTrace& rclTrace) {
     errno = 0;
-    const bool bStarted = rclService.bStart(nullptr);
-    rclTrace.Outcome(L"start " + CTString(rclService.pszGetName()), bStarted);
-    RepaintScreen();
-}
-
-std::vector<CTString> tabDefinition(const CService& rclService) {
-    const wchar_t* const pszName = rclService.pszGetName();
-    if (CServiceManager::ms_eDistri != eSystemd) {
-        return {csScriptPath(pszName)};
-    }
-    std::vector<CTString> tab;
-    for (const char* const pszProperty : {"FragmentPath", "SourcePath"}) {
-        if (const CTString csPath = CServiceManager::csGetSystemdProp(pszProperty, pszName);
-            !csPath.bEmpty()) {
-            tab.push_back(csPath);
-        }
-    }
-    return tab;
-}
-
-void FinishRemoval(CServiceManager& rclManager, const CTString& csName) {
-    if (CServiceManager::ms_eDistri == eSystemd) {
-        bCommandSystemctl(L"daemon-reload");  // it remembers a failed unit whose file is gone
-    } else if (rclManager.pclGetService(csName.pszGet(), 0) == nullptr) {
-        CService(&rclManager, csName.pszGet()).bRemove();  // the boot links
-    }
-}
-
-bool bRemoveService(CService& rclService, CTrace& rclTrace) {
-    errno = 0;
-    const bool bRemoved = rclService.bRemove();
-    const CErrnoKept clKept;
-    rclTrace.Outcome(L"unregister " + CTString(rclService.pszGetName()), bRemoved);
-    if (bRemoved && clKept.nGet() != 0) {
-        errno = clKept.nGet();
-        rclTrace.Outcome(L"delete the unit or script of " + CTString(rclService.pszGetName()), false);
-    }
-    return bRemoved;
+    const int nError = nOutcome(rclService.bStart(nullptr));
+    rclTrace.Outcome(L"start " + CTString(rclService.pszGetName()), nError);
+    rclTrace.rclGetView().Repaint();
 }
 
 CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)

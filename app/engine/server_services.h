@@ -33,17 +33,6 @@ bool bRunning(CService& rclService, CTrace& rclTrace);
 void StopService(CService& rclService, CTrace& rclTrace);
 void StartService(CService& rclService, CTrace& rclTrace);
 
-/// The files that make a service known to the machine: its unit file and what that was made from, or its
-/// script. Empty when systemd does not tell.
-std::vector<CTString> tabDefinition(const CService& rclService);
-
-/// Ends the removal of a service that was killed half-way, before the service is looked up: one whose file is
-/// gone is then found no longer.
-void FinishRemoval(CServiceManager& rclManager, const CTString& csName);
-
-/// Takes a service out of the boot sequence and traces it; result and errno are those of CService::bRemove.
-bool bRemoveService(CService& rclService, CTrace& rclTrace);
-
 /// The services that an upgrade of one instance stops before and starts after it has replaced the files.
 ///
 /// Owned by the upgrade. The shared manager is stopped only when it runs from this instance's directory, but

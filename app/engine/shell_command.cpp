@@ -1,19 +1,18 @@
 #include "app/engine/shell_command.h"
 
-#include <sys/wait.h>
-
 #include "app/engine/command_tracer.h"
+#include "app/engine/run_view.h"
 #include "app/engine/trace.h"
 #include "framework/conversion.h"
-#include "framework/errno_kept.h"
 #include "services/shell_command.h"
-#include "tui/toolkit/screen.h"
+#include "services/wait_status.h"
 
 namespace kalmo {
 
 CTString csStatus(int nStatus) {
-    return CTString(WIFEXITED(nStatus) ? L"exit code " + std::to_wstring(WEXITSTATUS(nStatus))
-                                       : L"killed by signal " + std::to_wstring(WTERMSIG(nStatus)));
+    const STWaitStatus st(nStatus);
+    return CTString(st.nSignal == 0 ? L"exit code " + std::to_wstring(st.nExitCode)
+                                    : L"killed by signal " + std::to_wstring(st.nSignal));
 }
 
 std::string csShellWord(std::string_view sv) {
@@ -42,22 +41,22 @@ std::string csShellQuoted(std::string_view sv) {
 
 int nRunShell(const std::string& csCommand, CTrace& rclTrace, std::string_view svTold) {
     const int nStatus = nShellCommand(csCommand.c_str());
-    const CErrnoKept clKept;
+    const int nError = nOutcome(nStatus != -1);
     const CTString csTold = csFromUTF8(svTold.empty() ? csCommand : svTold);
     if (nStatus == -1) {
-        rclTrace.Outcome(csTold, false);
+        rclTrace.Outcome(csTold, nError);
     } else {
         rclTrace.Step(csTold, csStatus(nStatus));
     }
     if (bInterrupted(nStatus)) {
         EndInterruptedRun(csTold, rclTrace);
     }
-    RepaintScreen();
+    rclTrace.rclGetView().Repaint();
     return nStatus;
 }
 
 int nExitCode(int nStatus) {
-    return nStatus != -1 && WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
+    return nStatus == -1 || STWaitStatus(nStatus).nSignal != 0 ? -1 : STWaitStatus(nStatus).nExitCode;
 }
 
 }  // namespace kalmo

@@ -14,6 +14,7 @@
 #include <string>
 #include <utility>
 
+#include "app/engine/run_view.h"
 #include "framework/conversion.h"
 #include "framework/fs_path.h"
 #include "framework/x_error.h"
@@ -62,6 +63,15 @@ CXYString<char> csOneLine(std::wstring_view sv) {
     return csToUTF8(cs);
 }
 
+// The view of a run that nobody watches.
+class CNoView final : public IRunView {
+  public:
+    void ShowError(const CTString& /*csText*/) override {}
+    void ShowResult(const CTString& /*csText*/) override {}
+    void Repaint() override {}
+    void Close() override {}
+};
+
 }  // namespace
 
 CTString csReason(int nErrno) {
@@ -105,13 +115,17 @@ void CTrace::Step(std::wstring_view svWhat, std::wstring_view svResult) {
     static_cast<void>(nWritten);
 }
 
-void CTrace::Outcome(std::wstring_view svWhat, bool bSuccess) {
-    const int nError = errno;
-    CTString csResult(bSuccess ? L"ok" : L"failed");
-    if (!bSuccess && nError != 0) {
-        csResult += L" (" + csReason(nError) + L")";
+void CTrace::Outcome(std::wstring_view svWhat, int nError) {
+    if (nError == 0) {
+        Step(svWhat, L"ok");
+    } else {
+        Step(svWhat, nError == NO_REASON ? CTString(L"failed") : L"failed (" + csReason(nError) + L")");
     }
-    Step(svWhat, csResult);
+}
+
+IRunView& CTrace::rclGetView() const noexcept {
+    static CNoView clNone;
+    return m_pclView != nullptr ? *m_pclView : clNone;
 }
 
 void CTrace::Error(std::wstring_view svWhat, const CXError& rclError) {

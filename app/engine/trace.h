@@ -1,6 +1,7 @@
 #ifndef KALMO_APP_ENGINE_TRACE_H
 #define KALMO_APP_ENGINE_TRACE_H
 
+#include <cerrno>
 #include <string_view>
 
 #include "framework/unique_fd.h"
@@ -9,6 +10,7 @@
 namespace kalmo {
 
 class CXError;
+class IRunView;
 
 /// A value as a trace shows it: between double quotes, with a backslash before each quote and backslash, and
 /// control characters (bytes that are no UTF-8 among them) as "\xNN".
@@ -17,10 +19,22 @@ CTString csQuoted(std::wstring_view svValue);
 /// Why a call of the system failed, in the run's language.
 CTString csReason(int nErrno);
 
-/// The trace of a run that the option "/DEBUG=" asks for: one line a step, with time, what and result.
+/// A failure whose reason the call does not tell.
+inline constexpr int NO_REASON = -1;
+
+/// What came of a call that leaves its reason in errno: 0, the error number, or NO_REASON. Written around the
+/// call, so that nothing comes between: Outcome(L"what", nOutcome(bCall())).
+inline int nOutcome(bool bSuccess) noexcept {
+    const int nFailure = errno != 0 ? errno : NO_REASON;
+    return bSuccess ? 0 : nFailure;
+}
+
+/// What a run tells: the trace that the option "/DEBUG=" asks for, one line a step, with time, what and
+/// result; and to whoever sits before a screen.
 ///
 /// Owned by the program's run, lent to everything that does a step. A trace that was never opened drops
-/// what it is told, so that callers need not ask. It never holds a password: callers pass none.
+/// what it is told, and so does the view of a run without a screen: callers need not ask. The trace never
+/// holds a password: callers pass none.
 class CTrace {
   public:
     /// Opens the file for appending; a new one is readable by its owner alone. Anything but a regular file,
@@ -30,14 +44,18 @@ class CTrace {
     /// One step: "2026-11-21 10:00:00.000  what: result". A line end in a text becomes " | ", any other
     /// control character "\xNN".
     void Step(std::wstring_view svWhat, std::wstring_view svResult);
-    /// A step that succeeded or failed. Call it before anything that changes errno: a failure is explained
-    /// with it.
-    void Outcome(std::wstring_view svWhat, bool bSuccess);
+    /// A step that succeeded (0) or failed, for a reason of the system or NO_REASON.
+    void Outcome(std::wstring_view svWhat, int nError);
     /// A step that failed with an error object: the object's dump.
     void Error(std::wstring_view svWhat, const CXError& rclError);
 
+    /// From now on the run is seen on a screen; null: no longer. Borrowed.
+    void SetView(IRunView* pclView) noexcept { m_pclView = pclView; }
+    [[nodiscard]] IRunView& rclGetView() const noexcept;
+
   private:
     CUniqueFd m_clFd;
+    IRunView* m_pclView = nullptr;
 };
 
 }  // namespace kalmo

@@ -70,6 +70,7 @@ void RunInteractive(CTrace& rclTrace) {
         return;
     }
     RepaintScreen();
+    const CScreenView clView(rclTrace);
     CRunLock clLock;
     if (bRoot() && bAlone(clLock, rclTrace)) {
         CDataExtractor clExtractor(rclTrace);

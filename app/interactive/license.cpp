@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 #include "app/engine/trace.h"
@@ -13,6 +12,7 @@
 #include "app/texts.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "services/signal_block.h"
 #include "tui/dialogs/license_win.h"
 #include "tui/toolkit/placement.h"
 
@@ -20,25 +20,6 @@ namespace kalmo {
 namespace {
 
 constexpr std::size_t nMaxLicence = 4U << 20U;  // nobody reads more
-
-/// Holds the usual signals back, which would end the process before a temporary file is deleted.
-class CSignalsHeld {
-  public:
-    CSignalsHeld() noexcept {
-        sigset_t stHeld;
-        ::sigemptyset(&stHeld);
-        for (const int nSignal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-            ::sigaddset(&stHeld, nSignal);
-        }
-        ::pthread_sigmask(SIG_BLOCK, &stHeld, &m_stFormer);
-    }
-    CSignalsHeld(const CSignalsHeld&) = delete;
-    CSignalsHeld& operator=(const CSignalsHeld&) = delete;
-    ~CSignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &m_stFormer, nullptr); }
-
-  private:
-    sigset_t m_stFormer;
-};
 
 /// A private file in the system's temporary folder, deleted with this object.
 class CTemporaryFile {
@@ -71,9 +52,9 @@ class CTemporaryFile {
 
 // The folder for temporary files has no room for one: the text that tells it.
 CTString csNoFolder(const CTemporaryFile& rclFile, CTrace& rclTrace) {
-    const CTString csReason = csFromUTF8(std::strerror(errno));
-    rclTrace.Outcome(L"write a file in the temporary folder " + rclFile.csGetFolder(), false);
-    return csFormatText(TEXTE_DOSSIER_TEMPORAIRE, rclFile.csGetFolder(), csReason);
+    const int nError = errno;
+    rclTrace.Outcome(L"write a file in the temporary folder " + rclFile.csGetFolder(), nError);
+    return csFormatText(TEXTE_DOSSIER_TEMPORAIRE, rclFile.csGetFolder(), csReason(nError));
 }
 
 // The payload has no licence text that can be read: the text that tells it.
@@ -90,7 +71,8 @@ CTString csLoadLicense(CDataExtractor* pclExtractor, CTString* pcsText) {
     if (pclEntree == nullptr || pclEntree->u64GetTailleOriginale() > nMaxLicence) {
         return csNoLicense(rclTrace, L"there is none, or it is too long");
     }
-    const CSignalsHeld clHeld;  // until the file is gone
+    // Until the file is gone: any of these would end the process before.
+    const CSignalBlock clHeld{SIGHUP, SIGINT, SIGQUIT, SIGTERM};
     const CTemporaryFile clFile;
     if (!clFile.bCreated()) {
         return csNoFolder(clFile, rclTrace);

@@ -1,6 +1,7 @@
 #include "app/interactive/message.h"
 
 #include "app/texts.h"
+#include "services/shell_command.h"
 #include "tui/toolkit/key.h"
 #include "tui/toolkit/msg_box.h"
 #include "tui/toolkit/placement.h"
@@ -33,6 +34,17 @@ void ShowDataError() {
 
 void ShowResultBox(const CTString& csText) {
     ShowBox({}, csText);
+}
+
+void CScreenView::Repaint() {
+    RepaintScreen();
+}
+
+void CScreenView::Close() {
+    if (bDialogOpen()) {
+        end_dialog();
+        nShellCommand("clear 2>/dev/null");
+    }
 }
 
 }  // namespace kalmo

@@ -5,6 +5,7 @@
 
 #include "app/engine/hang_up_shield.h"
 #include "app/engine/refusal.h"
+#include "app/engine/run_view.h"
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"
 #include "app/interactive/message.h"
@@ -37,6 +38,29 @@ CRefusal clRefuseInstallDir(CFSPath clDir, CServiceList& rtabServer) {
     const CRefusal clTooLong = clRefuseCommandRoom(clDir);
     return clTooLong ? clTooLong : clRefuseDirectory(clDir, rtabServer);
 }
+
+// The progress of an installation, in its window.
+class CShownProgress final : public IInstallProgress {
+  public:
+    explicit CShownProgress(CInstallProgressWin& rclWindow) noexcept : m_rclWindow(rclWindow) {}
+
+    void Begin(int nSteps) override { m_rclWindow.InitJauge(nSteps); }
+    void FileDone() override {
+        CJauge& rclJauge = *m_rclWindow.pclGetJauge();
+        rclJauge.SetValue(rclJauge.dGetValue() + 1);
+        if (rclJauge.bStale()) {  // most files move the bar by less than a column
+            m_rclWindow.Draw();
+        }
+    }
+    void StepDone() override {
+        m_rclWindow.IncJauge();
+        m_rclWindow.Draw();
+    }
+    void Redraw() override { m_rclWindow.Draw(); }
+
+  private:
+    CInstallProgressWin& m_rclWindow;
+};
 
 // Makes a dialog of its preferred size and shows it; gives pfnRead what was answered. False when cancelled.
 template <class TDialog, class CReader, class... TArg>
@@ -132,9 +156,10 @@ bool bChooseTelemetry(ETelemetryState eKnown, int& rnOn) {
 
 void ExecuteInstallServer(CDataExtractor* pclExtractor, const wchar_t* pszDir, CServiceManager* pclManager,
                           const CDataExtractor::STInstallParam& rstParam) {
-    auto clProgress = clMakeCentred<CInstallProgressWin>(CInstallProgressWin::PREFERRED_WIDTH,
-                                                         CInstallProgressWin::PREFERRED_HEIGHT);
-    clProgress.Draw();
+    auto clWindow = clMakeCentred<CInstallProgressWin>(CInstallProgressWin::PREFERRED_WIDTH,
+                                                       CInstallProgressWin::PREFERRED_HEIGHT);
+    clWindow.Draw();
+    CShownProgress clProgress(clWindow);
     const CHangUpShield clShield;
     CTrace& rclTrace = pclExtractor->rclGetTrace();
     const CXPtr_deleteRCV<CService> pclManagerHere = pclGetKalmoManagerInPath(pclManager, pszDir);

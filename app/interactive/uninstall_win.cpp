@@ -7,11 +7,11 @@
 
 #include "app/config/server_config.h"
 #include "app/engine/hang_up_shield.h"
-#include "app/engine/install_steps.h"
 #include "app/engine/refusal.h"
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"
 #include "app/interactive/message.h"
+#include "app/removal/removal.h"
 #include "app/texts.h"
 #include "framework/conversion.h"
 #include "framework/x_error.h"

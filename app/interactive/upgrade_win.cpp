@@ -8,14 +8,12 @@
 #include "app/texts.h"
 #include "framework/fs_path.h"
 #include "tui/toolkit/attribute.h"
-#include "tui/toolkit/geometry.h"
 #include "tui/toolkit/word_wrap.h"
 
 namespace kalmo {
 namespace {
 
 constexpr int BUTTON_WIDTH = 12;
-constexpr int BUTTON_HEIGHT = 4;
 constexpr int TEXT_COLUMN = 2;
 constexpr int STEPS_BESIDE_FILES = 2;
 
@@ -24,10 +22,8 @@ constexpr int STEPS_BESIDE_FILES = 2;
 CUpgradeWin::CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclService,
                          CDataExtractor* pclExtractor, int nTelemetryOn)
     : CWindow(nX, nY, nWidth, nHeight),
-      m_clStart(this, csLoadText(TEXTE_OUI).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6,
-                BUTTON_WIDTH, BUTTON_HEIGHT),
-      m_clCancel(this, csLoadText(TEXTE_NON).pszGet(), 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH,
-                 nHeight - 6, BUTTON_WIDTH, BUTTON_HEIGHT),
+      m_clStart(this, csLoadText(TEXTE_OUI).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 0),
+      m_clCancel(this, csLoadText(TEXTE_NON).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 1),
       m_clJauge(this, 2, nHeight - 10, nWidth - 5, 3, 0, pclExtractor->dwGetNbFile() + STEPS_BESIDE_FILES,
                 csLoadText(TEXTE_MAJ_JAUGE).pszGet()),
       m_pclExtractor(pclExtractor),
@@ -103,6 +99,13 @@ void CUpgradeWin::_Upgrade() {
     m_clServices.StartAll();
     __ShowStep(m_clJauge.dGetMaximum());
     ShowResultBox(csLoadText(TEXTE_MAJ_FAITE));
+}
+
+void CUpgradeWin::FileDone() {
+    m_clJauge.SetValue(m_clJauge.dGetValue() + 1);
+    if (m_clJauge.bStale()) {  // most files move the bar by less than a column
+        Draw();
+    }
 }
 
 void CUpgradeWin::__ShowStep(double dValue) {

@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "app/engine/run_view.h"
 #include "app/engine/server_services.h"
 #include "tui/toolkit/button.h"
 #include "tui/toolkit/jauge.h"
@@ -17,7 +18,7 @@ class CDataExtractor;
 ///
 /// Made, drawn, run and destroyed by DoUpgradeServer. The upgrade runs inside the modal loop, as the action
 /// of the start button; the window closes behind it.
-class CUpgradeWin : public CWindow {
+class CUpgradeWin : public CWindow, public IUpgradeProgress {
   public:
     static constexpr int PREFERRED_WIDTH = 70;
     static constexpr int PREFERRED_HEIGHT = 22;
@@ -30,9 +31,11 @@ class CUpgradeWin : public CWindow {
 
     /// Sets the gauge's value; the next Draw shows it.
     void SetJauge(double dValue) noexcept { m_clJauge.SetValue(dValue); }
-    /// For an extraction, which moves it by itself.
-    [[nodiscard]] CJauge* pclGetJauge() noexcept { return &m_clJauge; }
-    [[nodiscard]] int nGetTelemetryOn() const noexcept { return m_nTelemetryOn; }
+    void Begin(int /*nSteps*/) override {}  // known from the start
+    void FileDone() override;
+    void StepDone() override {}  // the steps around the files are this window's own
+    void Redraw() override { Draw(); }
+    [[nodiscard]] int nGetTelemetryOn() const noexcept override { return m_nTelemetryOn; }
 
   protected:
     void _DrawWindow() override;

@@ -45,11 +45,11 @@ bool bLoad(const CTString& csPath, CTrace& rclTrace, std::string* pcsBytes) {
     if (!__PrivateProfilePatchName(csPath.pszGet(), szPath) || !CDiskFile::bFileExists(szPath)) {
         return bFail(rclTrace, csWhat, CDiskFile::bDirectoryExists(szPath) ? L"a directory" : L"not found");
     }
-    if (!CDiskFile::bLoad(szPath, nMaxFile, pcsBytes)) {
-        rclTrace.Outcome(L"read " + csWhat, false);
-        return false;
+    const int nError = nOutcome(CDiskFile::bLoad(szPath, nMaxFile, pcsBytes));
+    if (nError != 0) {
+        rclTrace.Outcome(L"read " + csWhat, nError);
     }
-    return true;
+    return nError == 0;
 }
 
 // Why a file does not tell its operation.

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <string_view>
@@ -16,6 +15,7 @@
 #include "app/engine/run_lock.h"
 #include "app/engine/server_services.h"
 #include "app/engine/uninstall_record.h"
+#include "app/removal/removal.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/unique_fd.h"
@@ -176,7 +176,7 @@ bool CPilot::__bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclData
     // The result does not decide: the server's programs may be whole although a later entry failed.
     m_clTrace.Step(L"extract", rclExtractor.bUpgrade(rclInstallDir.pszGet(), nullptr) ? L"ok" : L"failed");
     CPathBuffer szConfPath;
-    if (!CDiskFile::MakePath(szConfPath, rclInstallDir.svGet(), PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+    if (!bConfPath(rclInstallDir.svGet(), szConfPath)) {
         return __bFail(L"Repertoire", L"too long");
     }
     return bWriteNewConfiguration(szConfPath, rclDatabaseDir.pszGet(), std::to_wstring(m_stOrders.nPort),
@@ -212,106 +212,64 @@ bool CPilot::__bUpgrade(CService& rclService) {
 }
 
 bool CPilot::__bUnInstall() {
-    CUninstallRecord clRecord(__csServiceName(m_stOrders.csServer).svGet());
-    CTString csProgram;
-    if (!__bUnregister(clRecord, &csProgram)) {
+    CRemoval clRemoval(m_clServiceManager, m_stOrders.csServer, __csServiceName(m_stOrders.csServer),
+                       m_clTrace);
+    if (!clRemoval.bFind()) {
         return false;
     }
-    const CTString csDirectory(CFSPath::stSplit(csProgram).svDirectory);
-    if (!csProgram.svGet().starts_with(L'/')) {
+    const CTString& csDirectory = clRemoval.csGetDirectory();
+    if ((!csDirectory.bEmpty() && !__bForgetSuccess(csDirectory)) || !clRemoval.bUnregister()) {
+        return false;
+    }
+    if (csDirectory.bEmpty()) {
         return __bFail(L"delete files", L"the service tells no program");
     }
-    if (!__bRemoveFiles(csProgram)) {
+    if (!__bRemoveFiles(clRemoval.csGetProgram(), clRemoval)) {
         return false;
     }
-    // Where the directory is lost there is no place for a marker, nor anything left to be done.
-    const bool bLost = m_bGoingOn && !CDiskFile::bDirectoryExists(csDirectory);
-    if (bLost) {
+    if (clRemoval.bDirectoryLost()) {
         m_clTrace.Step(L"marker " + csDirectory + PSZ_MARKER, L"left out, the directory is gone");
-    }
-    // With a unit or script that stays there is still something to do.
-    if ((bLost || __LogSuccess(csDirectory)) && !m_bStays) {
-        m_clTrace.Outcome(L"forget the note of the uninstall", clRecord.bDiscard());
+        clRemoval.Finish();
+    } else if (__LogSuccess(csDirectory)) {
+        clRemoval.Finish();
     }
     return true;
 }
 
-bool CPilot::__bUnregister(CUninstallRecord& rclRecord, CTString* pcsProgram) {
-    const CTString& csName = m_stOrders.csServer;
-    CUninstallRecord::STNote stNote;
-    const bool bNoted = rclRecord.bRead(&stNote);
-    if (bNoted) {
-        FinishRemoval(m_clServiceManager, stNote.csService);
-    }
-    const CXPtr_deleteRCV<CService> pclService = __pclGetServer(csName);
-    if (pclService == nullptr) {
-        // One that cannot be asked about, for whatever reason, is still there while its files are.
-        m_bGoingOn = bNoted && std::ranges::none_of(stNote.tabDefinition, [](const CTString& rcsPath) {
-                         return CDiskFile::bFileExists(rcsPath);
-                     });
-        if (!m_bGoingOn) {
-            return __bFail(L"uninstall " + csName, L"no such instance");
-        }
-        m_clTrace.Step(L"unregister " + csName, L"done by an earlier run, which did not end; going on");
-        *pcsProgram = stNote.csProgram;
-        return __bForgetSuccess(CTString(CFSPath::stSplit(*pcsProgram).svDirectory));
-    }
-    if (const CRefusal clRefusal = clRefuseRemoval(*pclService)) {
-        return bTellRefusal(L"uninstall " + csName, *clRefusal, m_clTrace);
-    }
-    *pcsProgram = csGetProgramWithoutArg(pclService.get());
-    if (const CTString csDirectory = csGetProgramDirectory(pclService.get()); !csDirectory.bEmpty()) {
-        if (!__bForgetSuccess(csDirectory)) {
-            return false;
-        }
-        const bool bWritten =
-            rclRecord.bWrite({pclService->pszGetName(), *pcsProgram, tabDefinition(*pclService)});
-        m_clTrace.Outcome(L"note the uninstall of " + *pcsProgram, bWritten);
-    }
-    m_bGoingOn = bNoted && stNote.csProgram == *pcsProgram;
-    const bool bRemoved = bRemoveService(*pclService, m_clTrace);
-    m_bStays = errno != 0;
-    return bRemoved;
-}
-
-bool CPilot::__bDelete(const CTString& csPath) {
-    CXError clError;
-    return bDeleteFile(csPath, m_clTrace, &clError) || (m_bGoingOn && errno == ENOENT);
-}
-
-bool CPilot::__bRemoveFiles(const CTString& csProgram) {
+bool CPilot::__bRemoveFiles(const CTString& csProgram, CRemoval& rclRemoval) {
     const STPathParts stParts = CFSPath::stSplit(csProgram);
     if (bEgalSansCasse(stParts.svFileName, PSZ_MANAGER_PROGRAM)) {
-        return __bDelete(csProgram);
+        return rclRemoval.bDelete(csProgram);
     }
     const CTString csDirectory(stParts.svDirectory);
-    if (!__bDelete(csProgram) || !__bDelete(csDirectory + L"tvzdsrv.so") ||
-        !__bDelete(csDirectory + L"tvsqlsrv.so")) {
+    if (!rclRemoval.bDelete(csProgram) || !rclRemoval.bDelete(csDirectory + L"tvzdsrv.so") ||
+        !rclRemoval.bDelete(csDirectory + L"tvsqlsrv.so")) {
         return false;
     }
-    __bDelete(csDirectory + L"zdlogger");
+    rclRemoval.bDelete(csDirectory + L"zdlogger");
     for (const CTString& rcsLibrary : tabServerLibraries(csDirectory)) {
-        __bDelete(rcsLibrary);
+        rclRemoval.bDelete(rcsLibrary);
     }
     return true;
 }
 
 bool CPilot::__bForgetSuccess(const CTString& csDir) {
     const CTString csMarker = csDir + PSZ_MARKER;
-    if (CDiskFile::bDelete(csMarker) || errno == ENOENT) {
+    const int nError = nOutcome(CDiskFile::bDelete(csMarker));
+    if (nError == 0 || nError == ENOENT) {
         return true;
     }
-    m_clTrace.Outcome(L"remove the marker of an earlier run, " + csMarker, false);
+    m_clTrace.Outcome(L"remove the marker of an earlier run, " + csMarker, nError);
     return false;
 }
 
 bool CPilot::__LogSuccess(const CTString& csDir) {
     static constexpr std::string_view svMark = "OK";
     CDiskFile clFile;
-    const bool bWritten = clFile.bOpen(csDir + PSZ_MARKER, CDiskFile::eMODE::Create) &&
-                          clFile.bWrite(svMark.data(), svMark.size()) && clFile.bClose();
-    m_clTrace.Outcome(L"marker " + csDir + PSZ_MARKER, bWritten);
-    return bWritten;
+    const int nError = nOutcome(clFile.bOpen(csDir + PSZ_MARKER, CDiskFile::eMODE::Create) &&
+                                clFile.bWrite(svMark.data(), svMark.size()) && clFile.bClose());
+    m_clTrace.Outcome(L"marker " + csDir + PSZ_MARKER, nError);
+    return nError == 0;
 }
 
 }  // namespace kalmo

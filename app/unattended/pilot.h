@@ -10,7 +10,7 @@
 namespace kalmo {
 
 class CDataExtractor;
-class CUninstallRecord;
+class CRemoval;
 
 /// The unattended run: installs, upgrades or removes one instance as a parameter file says.
 ///
@@ -47,12 +47,8 @@ class CPilot {
     bool __bUpgrade();
     bool __bUpgrade(CService& rclService);
     bool __bUnInstall();
-    /// Takes the service out of the boot sequence and tells its program. When it is gone already, goes on
-    /// with what an earlier run noted and did not finish.
-    bool __bUnregister(CUninstallRecord& rclRecord, CTString* pcsProgram);
     /// Deletes the files of an instance, or the manager's program alone.
-    bool __bRemoveFiles(const CTString& csProgram);
-    bool __bDelete(const CTString& csPath);
+    static bool __bRemoveFiles(const CTString& csProgram, CRemoval& rclRemoval);
     /// A marker speaks of this run: one that an earlier run left is removed before work begins. False, and
     /// told, when it is there and cannot be removed.
     bool __bForgetSuccess(const CTString& csDir);
@@ -67,8 +63,6 @@ class CPilot {
     CTString m_csDebugPath;
     STOrders m_stOrders;
     CServiceManager m_clServiceManager;
-    bool m_bStays = false;    ///< A unit or script could not be deleted.
-    bool m_bGoingOn = false;  ///< An uninstall that an earlier run began: what is gone already is done.
     CTrace m_clTrace;
 };
 

@@ -28,8 +28,9 @@ bool bReadInstance(STInstance* pstOut) {
         return false;
     }
     pstOut->clDirectory.KeepDirectory();
-    CFSPath clConf = pstOut->clDirectory;
-    if (!clConf.bAppend(PSZ_CONF_BASE, PSZ_CONF_EXTENSION)) {
+    CPathBuffer szConfPath;
+    CFSPath clConf;
+    if (!bConfPath(pstOut->clDirectory.svGet(), szConfPath) || !clConf.bSet(szConfPath)) {
         return false;
     }
     pstOut->csName = csReadInit(L"Name", clConf);

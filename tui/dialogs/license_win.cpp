@@ -5,14 +5,12 @@
 #include <string_view>
 
 #include "tui/toolkit/dialog_text.h"
-#include "tui/toolkit/geometry.h"
 #include "tui/toolkit/word_wrap.h"
 
 namespace kalmo {
 namespace {
 
 constexpr int BUTTON_WIDTH = 12;
-constexpr int BUTTON_HEIGHT = 4;
 constexpr int TEXT_END = 8;  // rows of the window below the text
 
 // The text with its lines broken at words so that they fit; blank lines and indents stay.
@@ -37,11 +35,8 @@ std::wstring csBroken(const wchar_t* pszText, int nColumns) {
 CLicenseWin::CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszText)
     : CWindow(nX, nY, nWidth, nHeight),
       m_clText(this, csBroken(pszText, nWidth - 6).c_str(), 1, 2, nWidth - 3, nHeight - 9),
-      m_clAccept(this, csLoadText(TEXTE_ACCEPTER).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6,
-                 BUTTON_WIDTH, BUTTON_HEIGHT),
-      m_clRefuse(this, csLoadText(TEXTE_REFUSER).pszGet(),
-                 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH, nHeight - 6, BUTTON_WIDTH,
-                 BUTTON_HEIGHT),
+      m_clAccept(this, csLoadText(TEXTE_ACCEPTER).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 0),
+      m_clRefuse(this, csLoadText(TEXTE_REFUSER).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 1),
       m_csTitle(csLoadText(TEXTE_TITRE_LICENCE)),
       m_bReadable(nWidth > 6 && nHeight > 11) {
     AddChild(&m_clText);

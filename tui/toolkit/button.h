@@ -2,6 +2,7 @@
 #define KALMO_TUI_TOOLKIT_BUTTON_H
 
 #include "framework/xy_string.h"
+#include "tui/toolkit/geometry.h"
 #include "tui/toolkit/widget.h"
 
 namespace kalmo {
@@ -11,6 +12,10 @@ class CButton : public CWidget {
   public:
     /// The caption is centred, and cut where it is longer than nWidth - 3 columns.
     CButton(CWindow* pclParent, const wchar_t* pszCaption, int nX, int nY, int nWidth, int nHeight);
+    /// The button nRank of a row.
+    CButton(CWindow* pclParent, const wchar_t* pszCaption, const STButtonRow& rstRow, int nRank)
+        : CButton(pclParent, pszCaption, rstRow.nColumn(nRank), rstRow.nRow(), rstRow.nButtonWidth,
+                  STButtonRow::HEIGHT) {}
     /// A button as wide as its caption needs (its columns + 5), centred on the column nXCentre.
     CButton(CWindow* pclParent, const wchar_t* pszCaption, int nXCentre, int nY, int nHeight);
 

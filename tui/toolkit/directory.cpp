@@ -4,14 +4,10 @@
 #include <string_view>
 
 #include "framework/disk_file.h"
-#include "tui/toolkit/dialog_text.h"
-#include "tui/toolkit/geometry.h"
 
 namespace kalmo {
 namespace {
 
-constexpr int BUTTON_WIDTH = 10;
-constexpr int BUTTON_HEIGHT = 4;
 constexpr const wchar_t* PSZ_PARENT = L"..";
 
 // The path up to and including its last "/"; "/" when it has none.
@@ -30,19 +26,13 @@ CTString csParent(const CTString& rcsDirectory) {
 
 CDirectory::CDirectory(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitle,
                        const wchar_t* pszPath)
-    : CWindow(nX, nY, nWidth, nHeight),
+    : COkCancelWin(nX, nY, nWidth, nHeight),
       m_clPath(this, pszPath, 3, 2, nWidth - 7, 4, L"", eBORDER_SHADOW, 1),
       m_clList(this, 3, 6, nWidth - 7, nHeight - 13, 0),
-      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6, BUTTON_WIDTH,
-             BUTTON_HEIGHT),
-      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(),
-                 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH, nHeight - 6, BUTTON_WIDTH,
-                 BUTTON_HEIGHT),
       m_csTitle(pszTitle) {
     AddChild(&m_clPath);
     AddChild(&m_clList);
-    AddChild(&m_clOk);
-    AddChild(&m_clCancel);
+    _AddButtons();
     _ListDirectory();
 }
 
@@ -57,22 +47,14 @@ bool CDirectory::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
                 __SelectTyped();
                 Draw();
                 return true;
-            case eEVENT_ENTER: __Confirm(); return true;
+            case eEVENT_ENTER: _Confirm(); return true;
             default: return false;
         }
     }
     if (pclSender == &m_clList) {
         return eEvent == eEVENT_SELECTED && __bEnterSelected();
     }
-    if (eEvent == eEVENT_PRESSED && pclSender == &m_clOk) {
-        __Confirm();
-        return true;
-    }
-    if (eEvent == eEVENT_PRESSED && pclSender == &m_clCancel) {
-        bRunning = 0;
-        return true;
-    }
-    return false;
+    return COkCancelWin::bOnEvent(pclSender, eEvent);
 }
 
 void CDirectory::_ListDirectory() {
@@ -130,11 +112,6 @@ bool CDirectory::__bEnterSelected() {
     _ListDirectory();
     Draw();
     return true;
-}
-
-void CDirectory::__Confirm() {
-    m_nResult = 1;
-    bRunning = 0;
 }
 
 void CDirectory::_DrawWindow() {

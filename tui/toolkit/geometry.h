@@ -14,10 +14,23 @@ int nDialogSize(int nPreferred, int nScreen) noexcept;
 /// Where something of a size starts to be in the middle; never negative.
 int nCentred(int nSize, int nScreen) noexcept;
 
-/// The columns in front of, between and behind two buttons of a width in a dialog.
-constexpr int nButtonGap(int nDialog, int nButton) noexcept {
-    return (nDialog - 2 * nButton) / 3;
-}
+/// One or two buttons side by side above the lower edge of a dialog, as far from its edges as from each
+/// other.
+struct STButtonRow {
+    static constexpr int HEIGHT = 4;
+
+    int nDialogWidth;
+    int nDialogHeight;
+    int nButtons;      ///< 1 or 2.
+    int nButtonWidth;  ///< Of each.
+
+    [[nodiscard]] constexpr int nRow() const noexcept { return nDialogHeight - 6; }
+    /// The column of the button nRank, which is 0 for the first.
+    [[nodiscard]] constexpr int nColumn(int nRank) const noexcept {
+        const int nGap = (nDialogWidth - nButtons * nButtonWidth) / (nButtons + 1);
+        return (nRank + 1) * nGap + nRank * nButtonWidth;
+    }
+};
 
 /// A button's caption in its nWidth columns: centred and padded, or cut.
 std::wstring csCentredCaption(std::wstring_view svCaption, int nWidth);

@@ -4,14 +4,12 @@
 #include "tui/toolkit/attribute.h"
 #include "tui/toolkit/dialog_text.h"
 #include "tui/toolkit/drawing.h"
-#include "tui/toolkit/geometry.h"
 #include "tui/toolkit/screen.h"
 
 namespace kalmo {
 namespace {
 
 constexpr int BUTTON_WIDTH = 12;
-constexpr int BUTTON_HEIGHT = 4;
 constexpr int TITLE_ROW = 1;
 constexpr int TITLE_COLUMN = 2;
 
@@ -34,17 +32,14 @@ CMsgBox::CMsgBox(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitl
       m_nResult(eType == eTYPE::TwoButtons ? RESULT_SECOND : RESULT_OK),
       m_eType(eType),
       m_csText(pszText) {
-    const int nRow = nHeight - 6;
+    const STButtonRow stRow{nWidth, nHeight, eType == eTYPE::TwoButtons ? 2 : 1, BUTTON_WIDTH};
     if (eType == eTYPE::TwoButtons) {
-        const int nGap = nButtonGap(nWidth, BUTTON_WIDTH);
-        m_clFirst.emplace(this, csLoadText(TEXTE_OUI).pszGet(), nGap, nRow, BUTTON_WIDTH, BUTTON_HEIGHT);
-        m_clSecond.emplace(this, csLoadText(TEXTE_NON).pszGet(), 2 * nGap + BUTTON_WIDTH, nRow, BUTTON_WIDTH,
-                           BUTTON_HEIGHT);
+        m_clFirst.emplace(this, csLoadText(TEXTE_OUI).pszGet(), stRow, 0);
+        m_clSecond.emplace(this, csLoadText(TEXTE_NON).pszGet(), stRow, 1);
         AddChild(&*m_clFirst);
         AddChild(&*m_clSecond);
     } else if (eType == eTYPE::OneButton) {
-        m_clFirst.emplace(this, csLoadText(TEXTE_OK).pszGet(), (nWidth - BUTTON_WIDTH) / 2, nRow,
-                          BUTTON_WIDTH, BUTTON_HEIGHT);
+        m_clFirst.emplace(this, csLoadText(TEXTE_OK).pszGet(), stRow, 0);
         AddChild(&*m_clFirst);
     }
     AddChild(&m_clText);

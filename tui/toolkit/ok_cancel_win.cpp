@@ -1,23 +1,18 @@
 #include "tui/toolkit/ok_cancel_win.h"
 
 #include "tui/toolkit/dialog_text.h"
-#include "tui/toolkit/geometry.h"
 
 namespace kalmo {
 namespace {
 
 constexpr int BUTTON_WIDTH = 10;
-constexpr int BUTTON_HEIGHT = 4;
 
 }  // namespace
 
 COkCancelWin::COkCancelWin(int nX, int nY, int nWidth, int nHeight)
     : CWindow(nX, nY, nWidth, nHeight),
-      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), nButtonGap(nWidth, BUTTON_WIDTH), nHeight - 6, BUTTON_WIDTH,
-             BUTTON_HEIGHT),
-      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(),
-                 2 * nButtonGap(nWidth, BUTTON_WIDTH) + BUTTON_WIDTH, nHeight - 6, BUTTON_WIDTH,
-                 BUTTON_HEIGHT) {}
+      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 0),
+      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 1) {}
 
 void COkCancelWin::_AddButtons() {
     AddChild(&m_clOk);

@@ -1,5 +1,6 @@
 #include "tui/toolkit/terminal_guard.h"
 
+#include "framework/errno_kept.h"
 #include "tui/toolkit/ncurses.h"
 // Defines macros with everyday names, hence only here and last.
 #include <fcntl.h>
@@ -86,7 +87,7 @@ void GiveTerminalBack() {
 }
 
 extern "C" void KalmoOnFatalSignal(int nSignal, siginfo_t* pstInfo, void* /*pContext*/) {
-    const int nError = errno;
+    const CErrnoKept clKept;
     GiveTerminalBack();
     for (const STWatched& rstWatched : g_tabWatched) {
         if (rstWatched.nSignal != nSignal) {
@@ -99,7 +100,6 @@ extern "C" void KalmoOnFatalSignal(int nSignal, siginfo_t* pstInfo, void* /*pCon
             ::raise(nSignal);
         }
     }
-    errno = nError;
 }
 
 int nAppend(int nByte) {

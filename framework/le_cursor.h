@@ -1,5 +1,5 @@
-#ifndef KALMO_ARCHIVE_LE_CURSOR_H
-#define KALMO_ARCHIVE_LE_CURSOR_H
+#ifndef KALMO_FRAMEWORK_LE_CURSOR_H
+#define KALMO_FRAMEWORK_LE_CURSOR_H
 
 #include <cstddef>
 #include <cstdint>
@@ -10,8 +10,8 @@ namespace kalmo {
 
 /// Reads little-endian fields one after the other from a run of bytes.
 ///
-/// The only way in which bytes of an archive become numbers. A read past the end gives zeros and makes every
-/// later read fail too, so a parser reads straight down and asks bOk() once. Borrows the bytes.
+/// The only way in which little-endian bytes from outside become numbers. A read past the end gives zeros and
+/// makes every later read fail too, so a parser reads straight down and asks bOk() once. Borrows the bytes.
 class CLeCursor {
   public:
     explicit CLeCursor(std::span<const unsigned char> tabByte) noexcept : m_tabLeft(tabByte) {}

@@ -1,0 +1,152 @@
+#include "app/removal/removal.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "app/config/server_config.h"
+#include "app/engine/refusal.h"
+#include "app/engine/trace.h"
+#include "framework/disk_file.h"
+#include "framework/errno_kept.h"
+#include "framework/file_search.h"
+#include "framework/fs_path.h"
+#include "framework/x_error.h"
+#include "services/init_script.h"
+#include "services/service_manager.h"
+#include "services/systemctl.h"
+
+namespace kalmo {
+
+bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError) {
+    const bool bDeleted = CDiskFile::bDelete(csPath, pclError);
+    const CErrnoKept clKept;
+    if (bDeleted) {
+        rclTrace.Step(L"delete " + csPath, L"ok");
+    } else {
+        rclTrace.Error(L"delete " + csPath, *pclError);
+    }
+    return bDeleted;
+}
+
+std::vector<CTString> tabServerLibraries(const CTString& csDirectory) {
+    std::vector<CTString> tab;
+    CFileSearch clSearch;
+    for (bool bFound = CDiskFile::bFindFirst(csDirectory + L"tv*.so", 0, &clSearch); bFound;
+         bFound = CDiskFile::bFindNext(&clSearch)) {
+        if (clSearch.dwGetAttributes() != dwAttributRepertoire) {
+            tab.push_back(csDirectory + clSearch.csGetName());
+        }
+    }
+    return tab;
+}
+
+bool bRemoveService(CService& rclService, CTrace& rclTrace, int* pnStays) {
+    const CTString csName(rclService.pszGetName());
+    int nStays = 0;
+    errno = 0;
+    const bool bRemoved = rclService.bRemove(&nStays);
+    const CErrnoKept clKept;
+    rclTrace.Outcome(L"unregister " + csName, bRemoved ? 0 : clKept.nGet() != 0 ? clKept.nGet() : NO_REASON);
+    if (bRemoved && nStays != 0) {
+        rclTrace.Outcome(L"delete the unit or script of " + csName, nStays);
+    }
+    if (pnStays != nullptr) {
+        *pnStays = nStays;
+    }
+    return bRemoved;
+}
+
+CRemoval::CRemoval(CServiceManager& rclManager, const CTString& csName, const CTString& csService,
+                   CTrace& rclTrace)
+    : m_rclManager(rclManager),
+      m_rclTrace(rclTrace),
+      m_csName(csName),
+      m_csService(csService),
+      m_clRecord(csService) {}
+
+bool CRemoval::bFind() {
+    const CTString csWhat = L"uninstall " + m_csName;
+    CUninstallRecord::STNote stNote;
+    const bool bNoted = m_clRecord.bRead(&stNote);
+    if (bNoted) {
+        __FinishEarlier(stNote.csService);
+    }
+    m_pclService = m_rclManager.pclGetService(m_csService.pszGet(), 0);
+    if (m_pclService != nullptr) {
+        if (const CRefusal clRefusal = clRefuseRemoval(*m_pclService)) {
+            return bTellRefusal(csWhat, *clRefusal, m_rclTrace);
+        }
+        m_csProgram = csGetProgramWithoutArg(m_pclService.get());
+        m_csDirectory = csGetProgramDirectory(m_pclService.get());
+        m_bGoingOn = bNoted && stNote.csProgram == m_csProgram;
+        return true;
+    }
+    // One that cannot be asked about, for whatever reason, is still there while its files are.
+    m_bGoingOn = bNoted && std::ranges::none_of(stNote.tabDefinition, [](const CTString& rcsPath) {
+                     return CDiskFile::bFileExists(rcsPath);
+                 });
+    if (!m_bGoingOn) {
+        m_rclTrace.Step(csWhat, L"failed: no such instance");
+        return false;
+    }
+    m_rclTrace.Step(L"unregister " + m_csName, L"done by an earlier run, which did not end; going on");
+    m_csProgram = stNote.csProgram;
+    m_csDirectory = CTString(CFSPath::stSplit(m_csProgram).svDirectory);
+    return true;
+}
+
+// Ends the removal of a service that was killed half-way, before the service is looked up: one whose file is
+// gone is then found no longer.
+void CRemoval::__FinishEarlier(const CTString& csService) {
+    if (CServiceManager::ms_eDistri == eSystemd) {
+        bCommandSystemctl(L"daemon-reload");  // it remembers a failed unit whose file is gone
+    } else if (m_rclManager.pclGetService(csService.pszGet(), 0) == nullptr) {
+        CService(&m_rclManager, csService.pszGet()).bRemove();  // the boot links
+    }
+}
+
+bool CRemoval::bUnregister() {
+    if (m_pclService == nullptr) {
+        return true;
+    }
+    if (!m_csDirectory.bEmpty()) {
+        const int nError =
+            nOutcome(m_clRecord.bWrite({m_pclService->pszGetName(), m_csProgram, __tabDefinition()}));
+        m_rclTrace.Outcome(L"note the uninstall of " + m_csProgram, nError);
+    }
+    return bRemoveService(*m_pclService, m_rclTrace, &m_nStays);
+}
+
+// The files that make the service known to the machine: its unit file and what that was made from, or its
+// script. Empty when systemd does not tell.
+std::vector<CTString> CRemoval::__tabDefinition() const {
+    const wchar_t* const pszName = m_pclService->pszGetName();
+    if (CServiceManager::ms_eDistri != eSystemd) {
+        return {csScriptPath(pszName)};
+    }
+    std::vector<CTString> tab;
+    for (const char* const pszProperty : {"FragmentPath", "SourcePath"}) {
+        if (const CTString csPath = CServiceManager::csGetSystemdProp(pszProperty, pszName);
+            !csPath.bEmpty()) {
+            tab.push_back(csPath);
+        }
+    }
+    return tab;
+}
+
+bool CRemoval::bDelete(const CTString& csPath) {
+    CXError clError;
+    return bDeleteFile(csPath, m_rclTrace, &clError) || (m_bGoingOn && errno == ENOENT);
+}
+
+bool CRemoval::bDirectoryLost() const {
+    return m_bGoingOn && !CDiskFile::bDirectoryExists(m_csDirectory);
+}
+
+void CRemoval::Finish() {
+    if (m_nStays == 0) {
+        m_rclTrace.Outcome(L"forget the note of the uninstall", nOutcome(m_clRecord.bDiscard()));
+    }
+}
+
+}  // namespace kalmo

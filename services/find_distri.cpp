@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "framework/disk_file.h"
-#include "framework/errno_kept.h"
 #include "services/service_manager.h"
 #include "services/systemctl.h"
 
@@ -47,13 +46,16 @@ constexpr STReleaseWord tabVersion[] = {{"mandrake", eMandriva},
                                         {"redhat", eRedHat},
                                         {"debian", eDebian}};
 
-bool bSystemctlWorks() {
+// Whether systemctl answers. Otherwise *pnError tells why an existing one could not be asked.
+bool bSystemctlWorks(int* pnError) {
     unsigned dwExitCode = 0;
+    errno = 0;
     if (!CDiskFile::bFileExists(pszSystemctl) ||
         !bAskSystemctl(L"--no-pager --no-legend", nullptr, &dwExitCode)) {
+        *pnError = errno;
         return false;
     }
-    errno = 0;  // it has answered
+    *pnError = 0;
     return dwExitCode == 0;
 }
 
@@ -76,10 +78,9 @@ std::optional<eDISTRI> eReadReleaseFile(const wchar_t* pszPath, const STReleaseW
 }  // namespace
 
 eDISTRI CServiceManager::__eFindDistri() {
-    if (bSystemctlWorks()) {
+    if (bSystemctlWorks(&ms_nSystemctlError)) {
         return eSystemd;
     }
-    const CErrnoKept clKept;
     for (const STReleaseFile& rst : tabReleaseFile) {
         if (CDiskFile::bFileExists(rst.pszPath)) {
             return rst.eDistri;

@@ -125,19 +125,23 @@ bool CService::bSendControlCommand(unsigned dwCode) try {
     return NoMemory(false);
 }
 
-eSERVICESTATUS CService::eGetStatus() try {
+eSERVICESTATUS CService::eGetStatus(int* pnError) try {
     const CMemoryScope clScope;
+    int nIgnored = 0;
+    int& rnError = pnError != nullptr ? *pnError : nIgnored;
+    rnError = ENOMEM;
     if (bSystemd()) {
-        return eReadActiveState(CServiceManager::csGetSystemdProp("ActiveState", pszGetName()));
+        return eReadActiveState(CServiceManager::csGetSystemdProp("ActiveState", pszGetName(), &rnError));
     }
     CLanceProcessus clScript;
     clScript.ExpectAnswer();
     unsigned dwExitCode = 0;
     if (!clScript.bLanceProcessus(csScriptPath(__svName()).pszGet(), L"status", nullptr) ||
         !clScript.bAttendFinExecution(&dwExitCode)) {
+        rnError = errno != 0 ? errno : EIO;
         return eServiceUnknown;
     }
-    errno = 0;
+    rnError = 0;
     switch (dwExitCode) {
         case 0: return eServiceRunning;
         case 1: return eServiceFailed;

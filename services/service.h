@@ -58,10 +58,10 @@ class CService {
     bool bRestart();
     /// dwControlStop or dwControlReload; any other code is false and does nothing.
     bool bSendControlCommand(unsigned dwCode);
-    /// The state now; errno is 0, or tells why it could not be asked for. A state that systemd does not know
-    /// counts as stopped, and so does a script whose "status" ends neither with 0 (running) nor with 1
-    /// (failed).
-    eSERVICESTATUS eGetStatus();
+    /// The state now. *pnError, unless it is null, tells why it could not be asked for; else it is 0. A state
+    /// that systemd does not know counts as stopped, and so does a script whose "status" ends neither with 0
+    /// (running) nor with 1 (failed).
+    eSERVICESTATUS eGetStatus(int* pnError = nullptr);
     /// Takes the service out of the boot sequence and deletes its unit file or script.
     ///
     /// Under systemd a refused "disable" is a failure that changes nothing; afterwards the service is

@@ -26,6 +26,7 @@ const wchar_t* pszOrNull(const std::optional<CTString>& rcs) {
 }  // namespace
 
 int CServiceManager::ms_eDistri = eNotDetected;
+int CServiceManager::ms_nSystemctlError = 0;
 
 CServiceManager::CServiceManager() : CTableauDeBuffer(nTableRoom, nTableStep) {}
 
@@ -93,18 +94,22 @@ CXPtr_deleteRCV<CService> CServiceManager::__pclGetServiceSystemd(const wchar_t*
     return pclService;
 }
 
-CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName) try {
+CTString CServiceManager::csGetSystemdProp(const char* pszProperty, const wchar_t* pszName,
+                                           int* pnError) try {
     const CMemoryScope clScope;
+    int nIgnored = 0;
+    int& rnError = pnError != nullptr ? *pnError : nIgnored;
+    rnError = ENOMEM;
     CXYString<char> csOutput;
     unsigned dwExitCode = 0;
     const CTString csArguments = L"--property=" + csFromUTF8(pszProperty) + L" show " + CTString(pszName);
     errno = 0;
     if (!bAskSystemctl(csArguments, &csOutput, &dwExitCode)) {
-        errno = errno != 0 ? errno : EIO;
+        rnError = errno != 0 ? errno : EIO;
         return {};
     }
     CTString csValue = csReadProperty(csOutput);
-    errno = csValue.bEmpty() && dwExitCode != 0 ? EIO : 0;
+    rnError = csValue.bEmpty() && dwExitCode != 0 ? EIO : 0;
     return csValue;
 } catch (const std::exception&) {
     return NoMemory(CTString());

@@ -42,9 +42,11 @@ class CServiceManager : public CTableauDeBuffer {
     CServiceManager& operator=(const CServiceManager&) = delete;
     ~CServiceManager();
 
-    /// Detects the init system unless that has been done. Both arguments are ignored. Always true. Where it
-    /// is not systemd errno tells why an existing systemctl could not be asked, 0 when it just refused.
+    /// Detects the init system unless that has been done. Both arguments are ignored. Always true.
     bool bInit(const wchar_t* pszMachine, unsigned dwAccess);
+    /// Why an existing systemctl could not be asked when the init system was detected: an error number, 0
+    /// when it answered or just refused.
+    [[nodiscard]] static int nGetSystemctlError() noexcept { return ms_nSystemctlError; }
 
     /// The service of that name, null when there is none. dwAccess is ignored.
     ///
@@ -65,11 +67,12 @@ class CServiceManager : public CTableauDeBuffer {
     /// Ends a listing before its end and sets the cursor to 0.
     void AbortEnumService(unsigned* pdwCursor);
 
-    /// The value of one property of a systemd unit; empty when it is unknown or, with the reason in errno,
-    /// which is 0 otherwise, when it cannot be asked for or systemctl refuses to answer (EIO).
-    static CTString csGetSystemdProp(const char* pszProperty, const wchar_t* pszName);
+    /// The value of one property of a systemd unit; empty when it is unknown. *pnError, unless it is null,
+    /// tells why it could not be asked for, EIO when systemctl refused to answer; else it is 0.
+    static CTString csGetSystemdProp(const char* pszProperty, const wchar_t* pszName, int* pnError = nullptr);
 
   private:
+    static int ms_nSystemctlError;
     static eDISTRI __eFindDistri();
     static void __GetScriptName(CTString* pcsName);
 

@@ -35,10 +35,11 @@ int nDelete(const CTString& csPath) {
 // The path in a unit property, and why it could not be asked for, or 0.
 struct STUnitFile {
     CTString csPath;
-    int nError;
+    int nError = 0;
 
-    STUnitFile(const char* pszProperty, const wchar_t* pszName)
-        : csPath(CServiceManager::csGetSystemdProp(pszProperty, pszName)), nError(errno) {}
+    STUnitFile(const char* pszProperty, const wchar_t* pszName) {
+        csPath = CServiceManager::csGetSystemdProp(pszProperty, pszName, &nError);
+    }
     // 0, or why the file stays. A few characters are no path but a stray answer.
     [[nodiscard]] int nDeleteIt() const { return csPath.nGetLength() > 3 ? nDelete(csPath) : nError; }
 };

@@ -7,7 +7,6 @@
 #include "app/engine/run_view.h"
 #include "app/engine/trace.h"
 #include "framework/disk_file.h"
-#include "framework/errno_kept.h"
 #include "services/systemctl.h"
 
 namespace kalmo {
@@ -38,13 +37,11 @@ const wchar_t* pszInitSystem() {
 }  // namespace
 
 void InitServices(CServiceManager& rclManager, CTrace& rclTrace) {
-    errno = 0;
     rclManager.bInit(nullptr, 0);
-    const CErrnoKept clKept;
     rclTrace.Step(L"init system", pszInitSystem());
     if (CServiceManager::ms_eDistri != eSystemd && CDiskFile::bFileExists(pszSystemctl)) {
-        errno = clKept.nGet();
-        rclTrace.Outcome(L"ask systemctl", false);
+        const int nError = CServiceManager::nGetSystemctlError();
+        rclTrace.Outcome(L"ask systemctl", nError != 0 ? nError : NO_REASON);
     }
 }
 
@@ -77,10 +74,10 @@ CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, 
 }
 
 bool bRunning(CService& rclService, CTrace& rclTrace) {
-    errno = 0;
-    const eSERVICESTATUS eStatus = rclService.eGetStatus();
-    if (eStatus == eServiceUnknown || errno != 0) {
-        rclTrace.Outcome(L"ask whether " + CTString(rclService.pszGetName()) + L" runs", false);
+    int nError = 0;
+    const eSERVICESTATUS eStatus = rclService.eGetStatus(&nError);
+    if (nError != 0) {
+        rclTrace.Outcome(L"ask whether " + CTString(rclService.pszGetName()) + L" runs", nError);
     }
     return eStatus == eServiceRunning;
 }

@@ -9,11 +9,11 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t nTailleFixe = 46;
-constexpr std::uint32_t dwSIGNATURE_CENTRAL = 0x02014B50;
-constexpr std::uint16_t wHOST_UNIX = 3;
+constexpr std::size_t TAILLE_FIXE = 46;
+constexpr std::uint32_t SIGNATURE_CENTRAL = 0x02014B50;
+constexpr std::uint16_t HOST_UNIX = 3;
 /// Entries of other hosts carry no permissions: they get reading and writing for all.
-constexpr std::uint32_t dwATTRIBUT_AUTRES = 0666;
+constexpr std::uint32_t ATTRIBUT_AUTRES = 0666;
 
 void ParseFixedPart(CLeCursor cl, STCentralHeader* pst) {
     cl.Skip(4);  // the signature
@@ -31,8 +31,8 @@ void ParseFixedPart(CLeCursor cl, STCentralHeader* pst) {
     pst->wDiskStart = cl.wNext();
     pst->wAttributInterne = cl.wNext();
     pst->dwAttribut = cl.dwNext();
-    if (pst->wVersionMadeBy >> 8 != wHOST_UNIX) {
-        pst->dwAttribut += dwATTRIBUT_AUTRES;
+    if (pst->wVersionMadeBy >> 8 != HOST_UNIX) {
+        pst->dwAttribut += ATTRIBUT_AUTRES;
     }
     pst->u64LocalOffset = cl.dwNext();
 }
@@ -43,24 +43,24 @@ STZipFault stReadCentralHeader(IXStream& rclStream, CRecordBuffer& rclBuffer,
                                STCentralHeader* pstHeader) try {
     const CMemoryScope clScope;
     const auto u64Position = static_cast<std::uint64_t>(rclStream.i64GetPosition());
-    if (!rclBuffer.bFillNext(rclStream, nTailleFixe)) {
+    if (!rclBuffer.bFillNext(rclStream, TAILLE_FIXE)) {
         return {ARCHIVE_BAD, "central header: cannot be read", u64Position};
     }
-    if (rclBuffer.nGetFilled() < nTailleFixe) {
+    if (rclBuffer.nGetFilled() < TAILLE_FIXE) {
         return {ARCHIVE_BAD, "central header: cut short", u64Position};
     }
-    if (rclBuffer.clCursor().dwNext() != dwSIGNATURE_CENTRAL) {
+    if (rclBuffer.clCursor().dwNext() != SIGNATURE_CENTRAL) {
         return {ARCHIVE_BAD, "central header: wrong signature", u64Position};
     }
     ParseFixedPart(rclBuffer.clCursor(), pstHeader);
 
-    const std::size_t nUsedName = std::min<std::size_t>(pstHeader->wNameLength, nTailleMaxNomEntree);
+    const std::size_t nUsedName = std::min<std::size_t>(pstHeader->wNameLength, TAILLE_MAX_NOM_ENTREE);
     if (!rclBuffer.bFillNext(rclStream, nUsedName) || rclBuffer.nGetFilled() < nUsedName) {
         return {ARCHIVE_BAD, "central header: name cut short", u64Position};
     }
     pstHeader->csNom = csDecodeEntryName(rclBuffer.clCursor().svNext(nUsedName), pstHeader->wFlags);
 
-    const std::uint64_t u64Extra = u64Position + nTailleFixe + pstHeader->wNameLength;
+    const std::uint64_t u64Extra = u64Position + TAILLE_FIXE + pstHeader->wNameLength;
     pstHeader->tabExtra.resize(pstHeader->wExtraLength);
     if (!rclStream.bSeek(static_cast<std::int64_t>(u64Extra)) ||
         !rclStream.bReadAll(pstHeader->tabExtra.data(), pstHeader->tabExtra.size())) {

@@ -14,11 +14,11 @@
 namespace kalmo {
 
 /// The methods that entries may be stored with (APPNOTE 4.4.5); every other one is refused.
-inline constexpr std::uint16_t wMETHODE_STOCKE = 0;
-inline constexpr std::uint16_t wMETHODE_DEFLATE = 8;
+inline constexpr std::uint16_t METHODE_STOCKE = 0;
+inline constexpr std::uint16_t METHODE_DEFLATE = 8;
 
 /// The bytes of an enciphered entry's data that come before the data itself.
-inline constexpr std::size_t nTailleCryptHeader = 12;
+inline constexpr std::size_t TAILLE_CRYPT_HEADER = 12;
 
 /// One entry as the central directory states it (PKWARE APPNOTE 4.3.12).
 struct STCentralHeader {
@@ -40,12 +40,12 @@ struct STCentralHeader {
     std::uint64_t u64LocalOffset = 0;  ///< In its volume, without the prefix.
     CTLBIN tabExtra;
 
-    [[nodiscard]] bool bCrypte() const noexcept { return (wFlags & wFLAG_CRYPTE) != 0; }
-    [[nodiscard]] bool bUtf8() const noexcept { return (wFlags & wFLAG_UTF8) != 0; }
+    [[nodiscard]] bool bCrypte() const noexcept { return (wFlags & FLAG_CRYPTE) != 0; }
+    [[nodiscard]] bool bUtf8() const noexcept { return (wFlags & FLAG_UTF8) != 0; }
     [[nodiscard]] CDiskFile::STFileTime stDate() const noexcept { return stFromDosDate(dwDosDate); }
     /// The compressed size without the encipherment header.
     [[nodiscard]] std::uint64_t u64TailleDonnees() const noexcept {
-        const std::uint64_t u64Header = bCrypte() ? nTailleCryptHeader : 0;
+        const std::uint64_t u64Header = bCrypte() ? TAILLE_CRYPT_HEADER : 0;
         return u64TailleCompresse > u64Header ? u64TailleCompresse - u64Header : 0;
     }
 };

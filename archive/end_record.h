@@ -36,7 +36,7 @@ struct STEndRecord {
 
 /// The Zip64 end of central directory locator, which lies right before the end record.
 struct STZip64Locator {
-    static constexpr std::size_t nTaille = 20;
+    static constexpr std::size_t TAILLE = 20;
 
     std::uint32_t dwDisk = 0;        ///< The volume that holds the Zip64 end record.
     std::uint64_t u64Offset = 0;     ///< Where that record lies in it.

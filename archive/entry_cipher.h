@@ -11,7 +11,7 @@
 namespace kalmo {
 
 /// The twelve bytes in front of an enciphered entry's data.
-using CCryptHeader = std::array<unsigned char, nTailleCryptHeader>;
+using CCryptHeader = std::array<unsigned char, TAILLE_CRYPT_HEADER>;
 
 /// The traditional cipher of ZIP entries (PKWARE APPNOTE 6.1): a byte stream made from three keys that the
 /// password sets and every plain byte moves on.

@@ -5,7 +5,7 @@
 namespace kalmo {
 
 CTString csDecodeEntryName(std::string_view svStored, std::uint16_t wFlags) {
-    return csFromCodePage((wFlags & wFLAG_UTF8) != 0 ? eCODEPAGE::Utf8 : eCODEPAGE::OEM, svStored);
+    return csFromCodePage((wFlags & FLAG_UTF8) != 0 ? eCODEPAGE::Utf8 : eCODEPAGE::OEM, svStored);
 }
 
 CTString csWithSlashes(CTString csName) {

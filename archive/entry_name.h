@@ -10,12 +10,12 @@
 namespace kalmo {
 
 /// How many bytes of an entry's name are used; the rest of a longer one is dropped.
-inline constexpr std::size_t nTailleMaxNomEntree = 260;
+inline constexpr std::size_t TAILLE_MAX_NOM_ENTREE = 260;
 
 /// General purpose flags of an entry (APPNOTE 4.4.4).
-inline constexpr std::uint16_t wFLAG_CRYPTE = 1U << 0;
-inline constexpr std::uint16_t wFLAG_DESCRIPTEUR = 1U << 3;  ///< CRC and sizes follow the data.
-inline constexpr std::uint16_t wFLAG_UTF8 = 1U << 11;        ///< The name is UTF-8, not of the OEM code page.
+inline constexpr std::uint16_t FLAG_CRYPTE = 1U << 0;
+inline constexpr std::uint16_t FLAG_DESCRIPTEUR = 1U << 3;  ///< CRC and sizes follow the data.
+inline constexpr std::uint16_t FLAG_UTF8 = 1U << 11;        ///< The name is UTF-8, not of the OEM code page.
 
 /// The text of a stored name.
 CTString csDecodeEntryName(std::string_view svStored, std::uint16_t wFlags);

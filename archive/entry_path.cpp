@@ -16,7 +16,7 @@
 namespace kalmo {
 namespace {
 
-constexpr mode_t unModeRepertoire = 0755;
+constexpr mode_t MODE_REPERTOIRE = 0755;
 
 bool bSeparator(wchar_t c) {
     return c == L'/' || c == L'\\';
@@ -50,17 +50,17 @@ std::vector<std::wstring_view> tabComponents(std::wstring_view svName) {
 
 // Opens a directory right below another one, which it creates when there is none. Follows no link.
 CUniqueFd clEnterDirectory(const CUniqueFd& rclAbove, const char* pszName) {
-    constexpr int nFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    CUniqueFd clFd(::openat(rclAbove.nGet(), pszName, nFlags));
+    constexpr int FLAGS = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    CUniqueFd clFd(::openat(rclAbove.nGet(), pszName, FLAGS));
     if (clFd.bValid() || errno != ENOENT) {
         return clFd;
     }
-    const bool bCreated = ::mkdirat(rclAbove.nGet(), pszName, unModeRepertoire) == 0;
+    const bool bCreated = ::mkdirat(rclAbove.nGet(), pszName, MODE_REPERTOIRE) == 0;
     if (!bCreated && errno != EEXIST) {
         return {};
     }
-    clFd.Reset(::openat(rclAbove.nGet(), pszName, nFlags));
-    if (bCreated && clFd.bValid() && ::fchmod(clFd.nGet(), unModeRepertoire) != 0) {
+    clFd.Reset(::openat(rclAbove.nGet(), pszName, FLAGS));
+    if (bCreated && clFd.bValid() && ::fchmod(clFd.nGet(), MODE_REPERTOIRE) != 0) {
         return {};
     }
     return clFd;

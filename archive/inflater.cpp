@@ -5,7 +5,7 @@
 namespace kalmo {
 namespace {
 
-constexpr int nRawWindowBits = -15;
+constexpr int RAW_WINDOW_BITS = -15;
 
 }  // namespace
 
@@ -18,7 +18,7 @@ CInflater::~CInflater() {
 bool CInflater::bStart() {
     End();
     *m_pstStream = {};
-    m_bStarted = ::inflateInit2(m_pstStream.get(), nRawWindowBits) == Z_OK;
+    m_bStarted = ::inflateInit2(m_pstStream.get(), RAW_WINDOW_BITS) == Z_OK;
     return m_bStarted;
 }
 

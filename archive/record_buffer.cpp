@@ -14,7 +14,7 @@ bool CRecordBuffer::bFill(IXStream& rclStream, std::uint64_t u64Position, std::s
 bool CRecordBuffer::bFillNext(IXStream& rclStream, std::size_t nSize) {
     m_nFilled = 0;
     m_u64Position = static_cast<std::uint64_t>(rclStream.i64GetPosition());
-    return rclStream.bRead(m_tabByte.data(), std::min(nSize, nTaille), &m_nFilled);
+    return rclStream.bRead(m_tabByte.data(), std::min(nSize, TAILLE), &m_nFilled);
 }
 
 }  // namespace kalmo

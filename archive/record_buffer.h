@@ -16,9 +16,9 @@ namespace kalmo {
 /// functions that read records; each fill replaces what was there.
 class CRecordBuffer {
   public:
-    static constexpr std::size_t nTaille = 1024;
+    static constexpr std::size_t TAILLE = 1024;
 
-    /// Reads up to nSize bytes (at most nTaille) at a position; fewer only at the end of the stream. False
+    /// Reads up to nSize bytes (at most TAILLE) at a position; fewer only at the end of the stream. False
     /// when the position is out of reach or the read fails: the buffer is then empty.
     bool bFill(IXStream& rclStream, std::uint64_t u64Position, std::size_t nSize);
     /// Reads up to nSize bytes at the stream's own position.
@@ -31,7 +31,7 @@ class CRecordBuffer {
     [[nodiscard]] std::uint64_t u64GetPosition() const noexcept { return m_u64Position; }
 
   private:
-    std::array<unsigned char, nTaille> m_tabByte{};
+    std::array<unsigned char, TAILLE> m_tabByte{};
     std::size_t m_nFilled = 0;
     std::uint64_t m_u64Position = 0;
 };

@@ -18,16 +18,16 @@ bool CRepEntree::bEstUnFichierFactice() const noexcept {
 }
 
 bool CRepEntree::bRepertoire() const noexcept {
-    constexpr std::uint32_t dwATTRIBUT_REPERTOIRE = 0x4000;
+    constexpr std::uint32_t DOS_REPERTOIRE = 0x4000;
     // Archivers of some systems set that bit for every file; a Unix file type, where there is one, knows.
     const std::uint32_t dwUnix = m_dwAttribut >> 16;
-    return (dwUnix & S_IFMT) != 0 ? S_ISDIR(dwUnix) : (m_dwAttribut & dwATTRIBUT_REPERTOIRE) != 0;
+    return (dwUnix & S_IFMT) != 0 ? S_ISDIR(dwUnix) : (m_dwAttribut & DOS_REPERTOIRE) != 0;
 }
 
 mode_t CRepEntree::unPermission() const noexcept {
-    constexpr std::uint32_t dwNineBits = 0777;
-    const std::uint32_t dwUnix = m_dwAttribut >> 16 & dwNineBits;
-    return dwUnix != 0 ? dwUnix : m_dwAttribut & dwNineBits;
+    constexpr std::uint32_t NINE_BITS = 0777;
+    const std::uint32_t dwUnix = m_dwAttribut >> 16 & NINE_BITS;
+    return dwUnix != 0 ? dwUnix : m_dwAttribut & NINE_BITS;
 }
 
 }  // namespace kalmo

@@ -14,7 +14,7 @@ bool CRepertoire::bAjouteEntree(CRepEntree clEntree) try {
     if (m_nCount >= INT_MAX) {
         return false;
     }
-    if (m_nCount == m_tabBloc.size() * nPasCroissance) {
+    if (m_nCount == m_tabBloc.size() * PAS_CROISSANCE) {
         m_tabBloc.push_back(std::make_unique<CBloc>());
     }
     m_clIndex.Ajoute(clEntree.csGetNom(), static_cast<int>(m_nCount));
@@ -119,7 +119,7 @@ void CRepertoire::_RecalculeHash() {
         return;
     }
     // Made aside, so that the former one stays where memory does not suffice.
-    CTHashTableTi<int> clIndex(nBucketsInitial);
+    CTHashTableTi<int> clIndex(BUCKETS_INITIAL);
     std::size_t nFichier = 0;
     for (std::size_t n = 0; n < m_nCount; ++n) {
         const CRepEntree& rclEntree = __rclEntree(n);

@@ -21,7 +21,7 @@ namespace kalmo {
 /// the first of them is found.
 class CRepertoire {
   public:
-    CRepertoire() : m_clIndex(nBucketsInitial) {}
+    CRepertoire() : m_clIndex(BUCKETS_INITIAL) {}
 
     /// Makes room in the index for that many entries.
     void Reserve(std::size_t nCount) { m_clIndex.Reserve(nCount); }
@@ -60,13 +60,13 @@ class CRepertoire {
     void _RecalculeHash();
 
   private:
-    static constexpr std::size_t nBucketsInitial = 43;
-    static constexpr std::size_t nPasCroissance = 1024;
+    static constexpr std::size_t BUCKETS_INITIAL = 43;
+    static constexpr std::size_t PAS_CROISSANCE = 1024;
     /// Grows by whole blocks, so that adding an entry never moves the others.
-    using CBloc = std::array<CRepEntree, nPasCroissance>;
+    using CBloc = std::array<CRepEntree, PAS_CROISSANCE>;
 
     [[nodiscard]] CRepEntree& __rclEntree(std::size_t nRang) const noexcept {
-        return (*m_tabBloc[nRang / nPasCroissance])[nRang % nPasCroissance];
+        return (*m_tabBloc[nRang / PAS_CROISSANCE])[nRang % PAS_CROISSANCE];
     }
     [[nodiscard]] bool __bRang(int nRang) const noexcept {
         return nRang >= 0 && static_cast<std::size_t>(nRang) < m_nCount;

@@ -26,11 +26,11 @@
 namespace kalmo {
 namespace {
 
-constexpr std::uint32_t dwSIGNATURE = 0x5045524B;
-constexpr std::uint32_t dwVERSION = 1;
-constexpr std::size_t nTailleEntete = 12;
-constexpr std::size_t nTailleEntree = 4 + 8 + 8 + 4 + 1 + 3 * 7;
-constexpr std::uint32_t dwTailleMaxNom = 65536;
+constexpr std::uint32_t SIGNATURE = 0x5045524B;
+constexpr std::uint32_t VERSION = 1;
+constexpr std::size_t TAILLE_ENTETE = 12;
+constexpr std::size_t TAILLE_ENTREE = 4 + 8 + 8 + 4 + 1 + 3 * 7;
+constexpr std::uint32_t TAILLE_MAX_NOM = 65536;
 constexpr unsigned char byCRYPTE = 1;
 
 class CLeWriter {
@@ -63,7 +63,7 @@ CDiskFile::STFileTime stNextTime(CLeCursor& rcl) {
 }
 
 bool bReadEntry(IXStream& rclStream, CRepEntree* pclEntree) {
-    std::array<unsigned char, nTailleEntree> tabFixed{};
+    std::array<unsigned char, TAILLE_ENTREE> tabFixed{};
     if (!rclStream.bReadAll(tabFixed.data(), tabFixed.size())) {
         return false;
     }
@@ -77,7 +77,7 @@ bool bReadEntry(IXStream& rclStream, CRepEntree* pclEntree) {
     stTimes.stCreation = stNextTime(cl);
     stTimes.stAcces = stNextTime(cl);
     stTimes.stModif = stNextTime(cl);
-    if (dwName > dwTailleMaxNom) {
+    if (dwName > TAILLE_MAX_NOM) {
         return false;
     }
     std::string csName(dwName, '\0');
@@ -99,12 +99,12 @@ bool bWrite(CDiskFile& rclFile, const CLeWriter& rcl) {
 bool CRepertoire::bLit(IXStream& rclStream) try {
     const CMemoryScope clScope;
     Vide();
-    std::array<unsigned char, nTailleEntete> tabHeader{};
+    std::array<unsigned char, TAILLE_ENTETE> tabHeader{};
     if (!rclStream.bReadAll(tabHeader.data(), tabHeader.size())) {
         return false;
     }
     CLeCursor cl(tabHeader);
-    if (cl.dwNext() != dwSIGNATURE || cl.dwNext() != dwVERSION) {
+    if (cl.dwNext() != SIGNATURE || cl.dwNext() != VERSION) {
         return false;
     }
     // The count is a claim: entries are made as they are read, and the first missing one ends it.
@@ -124,8 +124,8 @@ bool CRepertoire::bLit(IXStream& rclStream) try {
 eARCHIVE CRepertoire::eEcrit(CDiskFile& rclFile) const try {
     const CMemoryScope clScope;
     CLeWriter clHeader;
-    clHeader.Put(dwSIGNATURE, 4);
-    clHeader.Put(dwVERSION, 4);
+    clHeader.Put(SIGNATURE, 4);
+    clHeader.Put(VERSION, 4);
     clHeader.Put(m_nCount, 4);
     bool bWritten = bWrite(rclFile, clHeader);
     for (std::size_t n = 0; bWritten && n < m_nCount; ++n) {

@@ -12,7 +12,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t nTaillePiece = 32768;
+constexpr std::size_t TAILLE_PIECE = 32768;
 
 }  // namespace
 
@@ -44,7 +44,7 @@ eARCHIVE CTVWinZip::eOuvreArchive(std::wstring_view svPath, unsigned dwFlags, st
     m_csChemin = csPath;
     m_bOuvert = false;
     m_clRepertoire.Vide();
-    m_nAcces = static_cast<int>(dwFlags & dwOUVRE_ECRITURE);
+    m_nAcces = static_cast<int>(dwFlags & OUVRE_ECRITURE);
     if (!m_clFichier.bOpen(m_csChemin, CDiskFile::eMODE::Read)) {
         return _eErreur(ARCHIVE_NOT_FOUND);
     }
@@ -59,7 +59,7 @@ eARCHIVE CTVWinZip::eOuvreArchiveStream(IXStream* pclStream, unsigned dwFlags, s
     m_csChemin.Empty();
     m_bOuvert = false;
     m_clRepertoire.Vide();
-    m_nAcces = static_cast<int>(dwFlags & dwOUVRE_ECRITURE);
+    m_nAcces = static_cast<int>(dwFlags & OUVRE_ECRITURE);
     if (pclStream == nullptr) {
         m_pclStream = &m_clFichier;
         errno = EINVAL;
@@ -147,7 +147,7 @@ eARCHIVE CTVWinZip::__eOuvreEntree() {
 }
 
 eARCHIVE CTVWinZip::__eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDestination) {
-    std::array<unsigned char, nTaillePiece> tabPiece;  // filled before it is read
+    std::array<unsigned char, TAILLE_PIECE> tabPiece;  // filled before it is read
     std::uint64_t u64Written = 0;
     eARCHIVE eResult = ARCHIVE_OK;
     std::size_t nRead = 0;
@@ -195,14 +195,14 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
     if (bVide && rclEntree.bRepertoire()) {
         return __eCreeRepertoire(rclEntree, svDestination);
     }
-    constexpr mode_t unWhileWriting = 0600;  // nobody else reads a file that is not complete
+    constexpr mode_t WHILE_WRITING = 0600;  // nobody else reads a file that is not complete
     CDiskFile clFile;
-    if (!clFile.bOpen(svDestination, CDiskFile::eMODE::Create, unWhileWriting)) {
+    if (!clFile.bOpen(svDestination, CDiskFile::eMODE::Create, WHILE_WRITING)) {
         const CErrnoKept clKept;
         (void)m_clZip.CloseCurrentFileInZip(0, 0);
         return ARCHIVE_CREATE;
     }
-    clFile.bSetPermission(unWhileWriting);  // one that was there had other bits
+    clFile.bSetPermission(WHILE_WRITING);  // one that was there had other bits
     eARCHIVE eResult = bVide ? ARCHIVE_OK : __eCopieEntree(rclEntree, clFile);
     if (eResult == ARCHIVE_OK) {
         // Not every file system keeps times and permissions; the bytes are what counts.
@@ -264,7 +264,7 @@ eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view s
     const CMemoryScope clScope;
     CFSPath clDestination;
     const bool bTooLong = !bThrowingNoMemory([&] { return clDestination.bSet(svDestination); });
-    if ((dwFlags & dwEXTRAIT_SUPPRIME) != 0 && CDiskFile::bFileExists(clDestination.svGet())) {
+    if ((dwFlags & EXTRAIT_SUPPRIME) != 0 && CDiskFile::bFileExists(clDestination.svGet())) {
         CDiskFile::bDelete(clDestination.svGet());
     }
     const auto Extraction = [&](const CRepEntree& rclEntree) {
@@ -274,7 +274,7 @@ eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view s
         }
         return __eExtraitVersFichier(rclEntree, clDestination.svGet());
     };
-    return __eExtrait(svNom, (dwFlags & dwEXTRAIT_CASSE) != 0, hFenetre, pstAvancement, Extraction);
+    return __eExtrait(svNom, (dwFlags & EXTRAIT_CASSE) != 0, hFenetre, pstAvancement, Extraction);
 } catch (const std::exception&) {
     (void)m_clZip.CloseCurrentFileInZip(0, 0);
     m_hFenetre = nullptr;

@@ -28,10 +28,10 @@ class CTVZipBase {
     using STFileTime = CDiskFile::STFileTime;
 
     /// Flags of eExtraitFichier to a file.
-    static constexpr unsigned dwEXTRAIT_SUPPRIME = 0x40;  ///< Delete an existing destination first.
-    static constexpr unsigned dwEXTRAIT_CASSE = 0x8000;   ///< Letter case of the entry's name counts.
+    static constexpr unsigned EXTRAIT_SUPPRIME = 0x40;  ///< Delete an existing destination first.
+    static constexpr unsigned EXTRAIT_CASSE = 0x8000;   ///< Letter case of the entry's name counts.
     /// Flag of the opening operations: the archive is meant to be written too.
-    static constexpr unsigned dwOUVRE_ECRITURE = 1;
+    static constexpr unsigned OUVRE_ECRITURE = 1;
 
     CTVZipBase() = default;
     CTVZipBase(const CTVZipBase&) = delete;

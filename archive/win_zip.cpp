@@ -60,7 +60,7 @@ eARCHIVE CWinZip::OuvreZip(std::wstring_view svPath, int /*nFlags*/) try {
     FermeZip();
     m_clVolumes.Attach(m_pclStream, svPath);
     // Records are small and lie close together.
-    CReadCache clCache(*m_pclStream, nTailleCache);
+    CReadCache clCache(*m_pclStream, TAILLE_CACHE);
     STZipFault st = __stReadEndRecords(clCache);
     if (st.eCode == ARCHIVE_OK) {
         st = __stReadDirectory(clCache);
@@ -142,7 +142,7 @@ STZipFault CWinZip::__stReadDirectory(IXStream& rclCache) {
     if (!m_bDirectorySplit) {
         return __stReadHeaders(rclCache);
     }
-    CReadCache clVolumeCache(*m_clVolumes.pclFrom(m_stEnd.dwDirectoryDisk), nTailleCache);
+    CReadCache clVolumeCache(*m_clVolumes.pclFrom(m_stEnd.dwDirectoryDisk), TAILLE_CACHE);
     return __stReadHeaders(clVolumeCache);
 }
 
@@ -177,7 +177,7 @@ bool CWinZip::bFichierZip(std::wstring_view svPath) try {
     if (!clFile.bOpen(svPath, CDiskFile::eMODE::Read)) {
         return false;
     }
-    CReadCache clCache(clFile, nTailleCache);
+    CReadCache clCache(clFile, TAILLE_CACHE);
     return u64FindEndRecord(clCache).has_value();
 } catch (const std::exception&) {
     return NoMemory(false);

@@ -98,9 +98,9 @@ class CWinZip {
     [[nodiscard]] CTString csGetDefaut() const;
 
   private:
-    static constexpr std::size_t nBucketsInitial = 43;
-    static constexpr std::size_t nTailleCache = 32768;
-    static constexpr std::size_t nTailleEntree = 16384;
+    static constexpr std::size_t BUCKETS_INITIAL = 43;
+    static constexpr std::size_t TAILLE_CACHE = 32768;
+    static constexpr std::size_t TAILLE_ENTREE = 16384;
 
     /// The reading of one entry's data.
     struct STLecture {
@@ -139,7 +139,7 @@ class CWinZip {
     bool m_bDirectorySplit = false;  ///< The directory starts in an earlier volume than the archive file.
     std::uint64_t m_u64Prefixe = 0;
     std::deque<STCentralHeader> m_tabHeader;
-    CTHashTableTi<int> m_clIndex{nBucketsInitial};  ///< Names with slashes.
+    CTHashTableTi<int> m_clIndex{BUCKETS_INITIAL};  ///< Names with slashes.
     int m_nCurrent = -1;
     STZipFault m_stFault;
 
@@ -147,7 +147,7 @@ class CWinZip {
     CEntryCipher m_clCipher;
     CInflater m_clInflater;
     STLecture m_stLecture;
-    std::array<unsigned char, nTailleEntree> m_tabInput;  // filled before it is read
+    std::array<unsigned char, TAILLE_ENTREE> m_tabInput;  // filled before it is read
 };
 
 }  // namespace kalmo

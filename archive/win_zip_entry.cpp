@@ -57,7 +57,7 @@ STZipFault CWinZip::__stOpenEntry(const STCentralHeader& rst) {
     if (m_stLecture.bCrypte) {
         st = __stOpenCipher(rst);
     }
-    if (st.eCode == ARCHIVE_OK && rst.wMethode == wMETHODE_DEFLATE && !m_clInflater.bStart()) {
+    if (st.eCode == ARCHIVE_OK && rst.wMethode == METHODE_DEFLATE && !m_clInflater.bStart()) {
         st = {ARCHIVE_BAD, "entry: inflating cannot start", u64Position};
     }
     return st;
@@ -72,7 +72,7 @@ STZipFault CWinZip::__stOpenCipher(const STCentralHeader& rst) {
     }
     m_stLecture.i64Position += static_cast<std::int64_t>(tabHeader.size());
     // A streamed entry is enciphered before its CRC is known; its time stands in for it.
-    const bool bStreamed = (rst.wFlags & wFLAG_DESCRIPTEUR) != 0;
+    const bool bStreamed = (rst.wFlags & FLAG_DESCRIPTEUR) != 0;
     const std::uint32_t dwCheck = bStreamed ? rst.dwDosDate << 16 : rst.dwCrc;
     m_clCipher.CryptInitKeys(m_csPassword);
     if (!m_clCipher.bCryptCheck(tabHeader, static_cast<unsigned char>(dwCheck >> 24))) {
@@ -106,7 +106,7 @@ bool CWinZip::__bFillInput() {
 }
 
 bool CWinZip::__bProduce(std::span<unsigned char>& rtabRoom, bool* pbEnd) {
-    if (m_stLecture.wMethode == wMETHODE_DEFLATE) {
+    if (m_stLecture.wMethode == METHODE_DEFLATE) {
         const CInflater::eETAT eState = m_clInflater.eInflate(m_stLecture.tabEntree, rtabRoom);
         *pbEnd = eState == CInflater::eETAT::Ended;
         return eState != CInflater::eETAT::Failed;

@@ -8,10 +8,10 @@
 namespace kalmo {
 
 /// The value of a 32-bit field whose real value stands in the Zip64 extra block.
-inline constexpr std::uint32_t dwSATURE = 0xFFFFFFFF;
+inline constexpr std::uint32_t SATURE = 0xFFFFFFFF;
 
 /// Version needed to extract of an entry that uses Zip64 (APPNOTE 4.4.3).
-inline constexpr std::uint16_t wVERSION_ZIP64 = 45;
+inline constexpr std::uint16_t VERSION_ZIP64 = 45;
 
 /// Replaces those fields that hold 0xFFFFFFFF by the values of the Zip64 block (APPNOTE 4.5.3).
 ///

@@ -37,8 +37,8 @@ int nExtract(CTVWinZip& rclZip, std::wstring_view svDirectory) {
 }
 
 int nOpen(const char* pszArchive) {
-    constexpr int nLookups = 1000000;
-    constexpr int nNames =
+    constexpr int LOOKUPS = 1000000;
+    constexpr int NAMES =
         64;  // the same few whatever the archive's size: the processor's caches play no part
     const CTString csArchive = csFromUTF8(pszArchive);
     CTVWinZip clZip;
@@ -49,14 +49,14 @@ int nOpen(const char* pszArchive) {
     const auto stOpened = std::chrono::steady_clock::now();
     const int nCount = static_cast<int>(clZip.dwNombreFichier());
     int nFound = 0;
-    for (int n = 0; n < nLookups; ++n) {
-        const int nRank = static_cast<int>(static_cast<long long>(n % nNames) * nCount / nNames);
+    for (int n = 0; n < LOOKUPS; ++n) {
+        const int nRank = static_cast<int>(static_cast<long long>(n % NAMES) * nCount / NAMES);
         nFound += clZip.lRangFichier(clZip.pszNomFichier(nRank)) == nRank ? 1 : 0;
     }
     const auto stLooked = std::chrono::steady_clock::now();
     std::printf("%d %.6f %.9f\n", nCount, dSeconds(stStart, stOpened),
-                dSeconds(stOpened, stLooked) / nLookups);
-    return nFound == nLookups ? 0 : 1;
+                dSeconds(stOpened, stLooked) / LOOKUPS);
+    return nFound == LOOKUPS ? 0 : 1;
 }
 
 int nMain(int argc, char** argv) {

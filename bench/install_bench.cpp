@@ -14,8 +14,8 @@
 namespace kalmo {
 namespace {
 
-constexpr std::string_view svLicence = "Licence agreement";
-constexpr std::string_view svResult = "The server is installed.";
+constexpr std::string_view SV_LICENCE = "Licence agreement";
+constexpr std::string_view SV_RESULT = "The server is installed.";
 
 using CClock = std::chrono::steady_clock;
 
@@ -38,13 +38,13 @@ int nMain(int nArgc, char** ppszArgv) {
     const CClock::time_point stStart = CClock::now();
     Terminal clTerminal({std::string(ppszArgv[2]) + "/kalmoinstall"},
                         {.stPatience = std::chrono::minutes(5)});
-    bool bShown = clTerminal.bWaitText(svLicence);
+    bool bShown = clTerminal.bWaitText(SV_LICENCE);
     double dTime = dSince(stStart);
     if (svMode == "install" && bShown) {
         bShown = clTerminal.bSettle() && bAnswer(clTerminal);
         const CClock::time_point stAnswered = CClock::now();
         clTerminal.Send("\r");
-        bShown = bShown && clTerminal.bWaitText(svResult);
+        bShown = bShown && clTerminal.bWaitText(SV_RESULT);
         dTime = dSince(stAnswered);
     }
     if (!bShown) {

@@ -64,7 +64,7 @@ int nMain() {
     for (const auto& rpclService : tabServer) {
         CPathBuffer szConf;
         GetZDConfPath(rpclService.get(), szConf);
-        nConflicts += nReadServerPort(szConf) == nPortDefaut ? 1 : 0;  // no instance has that one
+        nConflicts += nReadServerPort(szConf) == PORT_DEFAUT ? 1 : 0;  // no instance has that one
     }
     const double dPorts = dSince(&stTime);
     std::printf("%zu %.6f %.6f %.6f %.6f\n", tabServer.nGetCount(), dListing, dNames, dPorts,

@@ -11,8 +11,8 @@
 namespace kalmo {
 namespace {
 
-constexpr wchar_t cReplacement = 0xFFFD;
-constexpr wchar_t cEscapeBase = 0xDC00;
+constexpr wchar_t REPLACEMENT = 0xFFFD;
+constexpr wchar_t ESCAPE_BASE = 0xDC00;
 
 // The upper half of each code page; the lower half is ASCII.
 using CUpperHalf = std::array<std::uint16_t, 128>;
@@ -123,7 +123,7 @@ CTString csFromUTF8(std::string_view sv) {
     while (!sv.empty()) {
         const STSequence st = stDecodeSequence(sv);
         if (st.nLength == 0) {
-            cs += static_cast<wchar_t>(cEscapeBase + static_cast<unsigned char>(sv.front()));
+            cs += static_cast<wchar_t>(ESCAPE_BASE + static_cast<unsigned char>(sv.front()));
         } else {
             cs += static_cast<wchar_t>(st.unChar);
         }
@@ -136,10 +136,10 @@ CXYString<char> csToUTF8(std::wstring_view sv) {
     std::string cs;
     cs.reserve(sv.size());
     for (const wchar_t c : sv) {
-        if (c >= cEscapeBase + 0x80 && c <= cEscapeBase + 0xFF) {
-            cs += static_cast<char>(c - cEscapeBase);
+        if (c >= ESCAPE_BASE + 0x80 && c <= ESCAPE_BASE + 0xFF) {
+            cs += static_cast<char>(c - ESCAPE_BASE);
         } else {
-            AppendUTF8(cs, static_cast<std::uint32_t>(bScalar(c) ? c : cReplacement));
+            AppendUTF8(cs, static_cast<std::uint32_t>(bScalar(c) ? c : REPLACEMENT));
         }
     }
     return CXYString<char>(cs);
@@ -156,7 +156,7 @@ CTString csFromUTF16(std::u16string_view sv) {
             ++n;
         } else {
             const auto c = static_cast<wchar_t>(unHigh);
-            cs += bScalar(c) ? c : cReplacement;
+            cs += bScalar(c) ? c : REPLACEMENT;
         }
     }
     return CTString(cs);
@@ -166,7 +166,7 @@ std::u16string csToUTF16(std::wstring_view sv) {
     std::u16string cs;
     cs.reserve(sv.size());
     for (const wchar_t c : sv) {
-        const auto un = static_cast<std::uint32_t>(bScalar(c) ? c : cReplacement);
+        const auto un = static_cast<std::uint32_t>(bScalar(c) ? c : REPLACEMENT);
         if (un < 0x10000) {
             cs += static_cast<char16_t>(un);
         } else {

@@ -19,12 +19,12 @@ namespace kalmo {
 namespace {
 
 // Opening never waits: a named pipe without a writer in a file's place is opened, and fails to be read.
-constexpr int nOpenFlags = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+constexpr int OPEN_FLAGS = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 // The path for the system; empty, with errno set, when it is one that must not be used.
 CXYString<char> csSystemPath(std::wstring_view svPath) {
-    if (svPath.empty() || svPath.size() > nTailleMaxPath || svPath.find(L'\0') != std::wstring_view::npos) {
-        errno = svPath.size() > nTailleMaxPath ? ENAMETOOLONG : EINVAL;
+    if (svPath.empty() || svPath.size() > TAILLE_MAX_PATH || svPath.find(L'\0') != std::wstring_view::npos) {
+        errno = svPath.size() > TAILLE_MAX_PATH ? ENAMETOOLONG : EINVAL;
         return {};
     }
     return csToUTF8(svPath);
@@ -48,7 +48,7 @@ int nCreate(const char* pszPath, mode_t unPermission) {
         return -1;
     }
     // Emptied only once it is known that what was opened is no other file put there in between.
-    CUniqueFd clFd(::open(pszPath, O_RDWR | O_CREAT | O_NOFOLLOW | nOpenFlags, unPermission));
+    CUniqueFd clFd(::open(pszPath, O_RDWR | O_CREAT | O_NOFOLLOW | OPEN_FLAGS, unPermission));
     if (!clFd.bValid() || ::fstat(clFd.nGet(), &st) != 0) {
         return -1;
     }
@@ -62,7 +62,7 @@ int nCreate(const char* pszPath, mode_t unPermission) {
 // Opens an existing file to be written in place. A link is followed only where root or this user made it: in
 // a directory that others may write, theirs could lead anywhere.
 int nOpenInPlace(const char* pszPath) {
-    const int nFd = ::open(pszPath, O_RDWR | O_NOFOLLOW | nOpenFlags);
+    const int nFd = ::open(pszPath, O_RDWR | O_NOFOLLOW | OPEN_FLAGS);
     struct stat st {};
     if (nFd >= 0 || errno != ELOOP || ::lstat(pszPath, &st) != 0) {
         return nFd;
@@ -71,7 +71,7 @@ int nOpenInPlace(const char* pszPath) {
         errno = ELOOP;
         return -1;
     }
-    return ::open(pszPath, O_RDWR | nOpenFlags);
+    return ::open(pszPath, O_RDWR | OPEN_FLAGS);
 }
 
 // Opens a file or directory whose owner or mode is to be changed. Not through a link, nor a file that has
@@ -81,7 +81,7 @@ CUniqueFd clOpenToChange(std::wstring_view svPath) {
     if (csPath.bEmpty()) {
         return {};
     }
-    CUniqueFd clFd(::open(csPath.pszGet(), O_RDONLY | O_NOFOLLOW | nOpenFlags));
+    CUniqueFd clFd(::open(csPath.pszGet(), O_RDONLY | O_NOFOLLOW | OPEN_FLAGS));
     struct stat st {};
     if (!clFd.bValid() || ::fstat(clFd.nGet(), &st) != 0) {
         return {};
@@ -167,10 +167,10 @@ bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission
         return false;
     }
     switch (eMode) {
-        case eMODE::Read: m_clFd.Reset(::open(csPath.pszGet(), O_RDONLY | nOpenFlags)); break;
+        case eMODE::Read: m_clFd.Reset(::open(csPath.pszGet(), O_RDONLY | OPEN_FLAGS)); break;
         case eMODE::ReadWrite: m_clFd.Reset(nOpenInPlace(csPath.pszGet())); break;
         case eMODE::ReadDirectory:
-            m_clFd.Reset(::open(csPath.pszGet(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | nOpenFlags));
+            m_clFd.Reset(::open(csPath.pszGet(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | OPEN_FLAGS));
             break;
         case eMODE::Create: m_clFd.Reset(nCreate(csPath.pszGet(), unPermission)); break;
     }

@@ -18,9 +18,9 @@ constexpr unsigned char DATA_BIG = 2;
 constexpr std::uint32_t PT_NOTE = 4;
 constexpr std::uint32_t SHT_NOTE = 7;
 
-constexpr std::size_t nMaxDescription = 0x10000;
-constexpr int nMaxNotes = 4096;
-constexpr std::uint64_t u64NoteHeader = 12;
+constexpr std::size_t MAX_DESCRIPTION = 0x10000;
+constexpr int MAX_NOTES = 4096;
+constexpr std::uint64_t NOTE_HEADER = 12;
 
 // Reads the numbers of an ELF file one after the other. A read that fails gives zeros and makes every later
 // one fail too, so that a caller reads straight down and asks bOk() once.
@@ -175,17 +175,17 @@ class CNoteSearch {
         };
         std::uint64_t u64Start = rstRange.u64Offset;
         std::uint64_t u64Left = rstRange.u64Size;
-        while (u64Left >= u64NoteHeader && m_nNotes++ < nMaxNotes) {
+        while (u64Left >= NOTE_HEADER && m_nNotes++ < MAX_NOTES) {
             m_rclCursor.Seek(u64Start);
             const std::uint32_t dwOwnerSize = m_rclCursor.dwNext();
             const std::uint32_t dwSize = m_rclCursor.dwNext();
             const std::uint32_t dwType = m_rclCursor.dwNext();
-            const std::uint64_t u64Description = u64Aligned(u64NoteHeader + dwOwnerSize);
+            const std::uint64_t u64Description = u64Aligned(NOTE_HEADER + dwOwnerSize);
             const std::uint64_t u64End = u64Description + dwSize;
             if (!m_rclCursor.bOk() || u64End > u64Left) {
                 break;
             }
-            if (dwType == m_dwType && dwOwnerSize == m_csOwner.size() && dwSize <= nMaxDescription) {
+            if (dwType == m_dwType && dwOwnerSize == m_csOwner.size() && dwSize <= MAX_DESCRIPTION) {
                 if (auto csFound = __csDescription(u64Start + u64Description, dwSize)) {
                     return csFound;
                 }

@@ -12,8 +12,8 @@
 namespace kalmo {
 
 /// Kinds of directory entries that a search can be limited to: file types as st_mode spells them.
-inline constexpr unsigned dwAttributRepertoire = 0x4000;
-inline constexpr unsigned dwAttributFichier = 0x8000;
+inline constexpr unsigned ATTRIBUT_REPERTOIRE = 0x4000;
+inline constexpr unsigned ATTRIBUT_FICHIER = 0x8000;
 
 /// A directory being read, closed with its owner.
 struct CCloseDir {

@@ -12,10 +12,10 @@
 namespace kalmo {
 namespace {
 
-constexpr std::wstring_view svVersionName = L"\\StringFileInfo\\000004E4\\VersionVI";
-constexpr std::string_view svOwner = "FDO";
+constexpr std::wstring_view SV_VERSION_NAME = L"\\StringFileInfo\\000004E4\\VersionVI";
+constexpr std::string_view SV_OWNER = "FDO";
 constexpr std::uint32_t NT_FDO_PACKAGING_METADATA = 0xcafe1a7e;
-constexpr std::size_t nWindow = 4096;
+constexpr std::size_t WINDOW_BYTES = 4096;
 
 // Versions are shown on terminals, which obey control characters.
 bool bControl(wchar_t c) {
@@ -36,8 +36,8 @@ bool CFileVersion::bInit(std::wstring_view svPath) try {
 bool CFileVersion::bInit(IXStream& rclStream) try {
     const CMemoryScope clScope;
     m_csVersion.Empty();
-    CReadCache clCache(rclStream, nWindow);
-    const auto csNote = csFindElfNote(clCache, svOwner, NT_FDO_PACKAGING_METADATA);
+    CReadCache clCache(rclStream, WINDOW_BYTES);
+    const auto csNote = csFindElfNote(clCache, SV_OWNER, NT_FDO_PACKAGING_METADATA);
     if (!csNote) {
         return false;
     }
@@ -53,7 +53,7 @@ bool CFileVersion::bInit(IXStream& rclStream) try {
 }
 
 bool CFileVersion::bGetString(std::wstring_view svName, CTString* pcsValue) const {
-    if (svName != svVersionName || m_csVersion.bEmpty()) {
+    if (svName != SV_VERSION_NAME || m_csVersion.bEmpty()) {
         return false;
     }
     *pcsValue = m_csVersion;

@@ -12,7 +12,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t nMAX_MESSAGE = 65535;
+constexpr std::size_t MAX_MESSAGE = 65535;
 
 int nEffectiveBits(int nWanted, int nOwn) {
     return nWanted == 0 || nWanted > nOwn ? nOwn : nWanted;
@@ -24,7 +24,7 @@ class CMessageBuilder {
     explicit CMessageBuilder(CFormatArgList tabArg) noexcept : m_tabArg(tabArg) {}
 
     bool bAppendText(std::wstring_view sv) {
-        if (sv.size() > nMAX_MESSAGE - m_cs.size()) {
+        if (sv.size() > MAX_MESSAGE - m_cs.size()) {
             return false;
         }
         m_cs.append(sv);

@@ -3,7 +3,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::wstring_view svFLAG_CHARACTERS = L"-+ #0";
+constexpr std::wstring_view SV_FLAG_CHARACTERS = L"-+ #0";
 
 bool bDigit(wchar_t c) {
     return c >= L'0' && c <= L'9';
@@ -46,7 +46,7 @@ class CFormatParser {
     }
 
     void __Flags() noexcept {
-        while (!m_sv.empty() && svFLAG_CHARACTERS.find(m_sv.front()) != std::wstring_view::npos) {
+        while (!m_sv.empty() && SV_FLAG_CHARACTERS.find(m_sv.front()) != std::wstring_view::npos) {
             switch (m_sv.front()) {
                 case L'-': m_rst.bLeft = true; break;
                 case L'0': m_rst.bZero = true; break;

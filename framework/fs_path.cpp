@@ -9,7 +9,7 @@ namespace kalmo {
 
 bool CFSPath::bSet(std::wstring_view svPath) try {
     const CMemoryScope clScope;
-    if (svPath.size() > nTailleMaxPath || svPath.find(L'\0') != std::wstring_view::npos) {
+    if (svPath.size() > TAILLE_MAX_PATH || svPath.find(L'\0') != std::wstring_view::npos) {
         return false;
     }
     m_csPath = CTString(svPath);
@@ -56,7 +56,7 @@ CXYString<char> CFSPath::csGetUTF8() const {
 }
 
 void CFSPath::CopyTo(CPathBuffer& rszOut) const noexcept {
-    rszOut[m_csPath.svGet().copy(rszOut, nTailleMaxPath)] = L'\0';
+    rszOut[m_csPath.svGet().copy(rszOut, TAILLE_MAX_PATH)] = L'\0';
 }
 
 STPathParts CFSPath::stSplit(std::wstring_view svPath) noexcept {

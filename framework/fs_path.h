@@ -8,10 +8,10 @@
 namespace kalmo {
 
 /// The longest path, in wide characters, without the terminating null.
-inline constexpr std::size_t nTailleMaxPath = 260;
+inline constexpr std::size_t TAILLE_MAX_PATH = 260;
 
 /// A buffer that takes any path: the characters and the terminating null.
-using CPathBuffer = wchar_t[nTailleMaxPath + 1];
+using CPathBuffer = wchar_t[TAILLE_MAX_PATH + 1];
 
 /// The parts of a path, all views into the path that was split. "/" and "\" separate alike.
 struct STPathParts {

@@ -11,7 +11,7 @@
 namespace kalmo {
 namespace {
 
-constexpr int nMaxDepth = 32;
+constexpr int MAX_DEPTH = 32;
 
 // What csFromUTF8 makes of a byte that is no valid UTF-8.
 bool bStrayByte(wchar_t c) {
@@ -54,7 +54,7 @@ class CJsonScanner {
 
     // An object; a null pcsString asks for none of its strings.
     bool bObject(int nDepth, std::string_view svName, std::optional<std::string>* pcsString) {
-        if (nDepth > nMaxDepth || !bMark('{')) {
+        if (nDepth > MAX_DEPTH || !bMark('{')) {
             return false;
         }
         if (bMark('}')) {
@@ -74,7 +74,7 @@ class CJsonScanner {
     }
 
     bool bArray(int nDepth) {
-        if (nDepth > nMaxDepth || !bMark('[')) {
+        if (nDepth > MAX_DEPTH || !bMark('[')) {
             return false;
         }
         if (bMark(']')) {
@@ -150,16 +150,16 @@ class CJsonScanner {
 
     // What follows the backslash of an escape.
     bool bEscape(std::string* pcsOut) {
-        static constexpr std::string_view svLetter = "\"\\/bfnrt";
-        static constexpr std::string_view svMeaning = "\"\\/\b\f\n\r\t";
+        static constexpr std::string_view SV_LETTER = "\"\\/bfnrt";
+        static constexpr std::string_view SV_MEANING = "\"\\/\b\f\n\r\t";
         if (bTake("u")) {
             return bUnicode(pcsOut);
         }
-        const std::size_t nLetter = m_svLeft.empty() ? svLetter.npos : svLetter.find(m_svLeft.front());
-        if (nLetter == svLetter.npos) {
+        const std::size_t nLetter = m_svLeft.empty() ? SV_LETTER.npos : SV_LETTER.find(m_svLeft.front());
+        if (nLetter == SV_LETTER.npos) {
             return false;
         }
-        *pcsOut += svMeaning[nLetter];
+        *pcsOut += SV_MEANING[nLetter];
         m_svLeft.remove_prefix(1);
         return true;
     }

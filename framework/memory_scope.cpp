@@ -17,8 +17,8 @@ void CMemoryScope::__OutOfMemory() {
     if (ms_nOpen > 0) {
         throw std::bad_alloc();
     }
-    constexpr std::string_view svLastWords = "kalmoinstall: out of memory\n";
-    static_cast<void>(::write(STDERR_FILENO, svLastWords.data(), svLastWords.size()) < 0);
+    constexpr std::string_view SV_LAST_WORDS = "kalmoinstall: out of memory\n";
+    static_cast<void>(::write(STDERR_FILENO, SV_LAST_WORDS.data(), SV_LAST_WORDS.size()) < 0);
     std::abort();
 }
 

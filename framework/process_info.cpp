@@ -18,7 +18,7 @@ bool GetModuleFileNameW(CPathBuffer& rszOut) try {
     const CMemoryScope clScope;
     rszOut[0] = L'\0';
     // Room for 260 characters of the longest UTF-8 form; a path that fills it is too long in any case.
-    std::array<char, 4 * nTailleMaxPath + 1> tabPath{};
+    std::array<char, 4 * TAILLE_MAX_PATH + 1> tabPath{};
     const ssize_t nLength = ::readlink("/proc/self/exe", tabPath.data(), tabPath.size());
     if (nLength <= 0 || static_cast<std::size_t>(nLength) == tabPath.size()) {
         return false;

@@ -21,7 +21,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t nTailleEntier = 20;
+constexpr std::size_t TAILLE_ENTIER = 20;
 
 // An 8-bit argument as wide text; a null pointer stays one.
 class CWideArgument {
@@ -161,7 +161,7 @@ unsigned GetPrivateProfileStringA(const char* pszSection, const char* pszKey, co
 int GetPrivateProfileInt(const wchar_t* pszSection, const wchar_t* pszKey, int nDefault,
                          const wchar_t* pszFile) try {
     const CMemoryScope clScope;
-    std::array<wchar_t, nTailleEntier> szValue{};
+    std::array<wchar_t, TAILLE_ENTIER> szValue{};
     GetPrivateProfileStringW(pszSection, pszKey, std::to_wstring(nDefault).c_str(), szValue.data(),
                              static_cast<unsigned>(szValue.size()), pszFile);
     return nEntierDeValeur(szValue.data());

@@ -11,7 +11,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::wstring_view svFinDeNom = L"\r\n";
+constexpr std::wstring_view SV_FIN_DE_NOM = L"\r\n";
 
 // Moves a reader behind a section's header as reading sees it.
 bool bEnterSection(CProfileReader& rclReader, std::wstring_view svSection) {
@@ -65,7 +65,7 @@ bool CProfileFile::bListSections(std::size_t nMax, CTString* pcsList) {
     while (csList.nGetLength() < nMax && clReader.bNext(&stLine)) {
         if (const auto svName = svSectionName(svCutBlanks(stLine.csText))) {
             csList += *svName;
-            csList += svFinDeNom;
+            csList += SV_FIN_DE_NOM;
         }
     }
     *pcsList = csList;
@@ -82,7 +82,7 @@ bool CProfileFile::bListKeys(std::wstring_view svSection, std::size_t nMax, CTSt
     while (csList.nGetLength() < nMax && bNextInSection(clReader, &stLine)) {
         if (const auto svName = svKeyName(svCutBlanks(stLine.csText))) {
             csList += *svName;
-            csList += svFinDeNom;
+            csList += SV_FIN_DE_NOM;
         }
     }
     *pcsList = csList;

@@ -7,16 +7,16 @@ namespace kalmo {
 namespace {
 
 // The line buffer's first size and what it grows by, in bytes.
-constexpr std::size_t nPasLigne = 256;
+constexpr std::size_t PAS_LIGNE = 256;
 // No write of ours leaves more nulls; whatever has is no text.
-constexpr std::int64_t i64MaxNulls = 1 << 20;
+constexpr std::int64_t MAX_NULLS = 1 << 20;
 
 // Moves a stream's length before the nulls at its end. False when it cannot be read.
 bool bCutNulls(IXStream& rclStream, std::int64_t* pi64Length) {
-    const std::int64_t i64First = *pi64Length - i64MaxNulls;
-    std::array<char, nPasLigne> tabEnd{};
+    const std::int64_t i64First = *pi64Length - MAX_NULLS;
+    std::array<char, PAS_LIGNE> tabEnd{};
     while (*pi64Length > std::max<std::int64_t>(i64First, 0)) {
-        const std::int64_t i64Block = std::min<std::int64_t>(*pi64Length, nPasLigne);
+        const std::int64_t i64Block = std::min<std::int64_t>(*pi64Length, PAS_LIGNE);
         const std::string_view svEnd(tabEnd.data(), static_cast<std::size_t>(i64Block));
         if (!rclStream.bSeek(*pi64Length - i64Block) || !rclStream.bReadAll(tabEnd.data(), svEnd.size())) {
             return false;
@@ -53,9 +53,9 @@ bool CProfileReader::__bFill() {
     const std::size_t nBefore = m_csBuffer.size();
     const auto nLeft =
         static_cast<std::size_t>(std::max<std::int64_t>(m_i64Length - m_rclStream.i64GetPosition(), 0));
-    m_csBuffer.resize(nBefore + nPasLigne);
+    m_csBuffer.resize(nBefore + PAS_LIGNE);
     std::size_t nRead = 0;
-    m_bFailed = !m_rclStream.bRead(m_csBuffer.data() + nBefore, std::min(nPasLigne, nLeft), &nRead);
+    m_bFailed = !m_rclStream.bRead(m_csBuffer.data() + nBefore, std::min(PAS_LIGNE, nLeft), &nRead);
     m_csBuffer.resize(nBefore + (m_bFailed ? 0 : nRead));
     return m_csBuffer.size() > nBefore;
 }

@@ -15,9 +15,9 @@
 namespace kalmo {
 namespace {
 
-constexpr unsigned unMAX_ID = 0xFFFF;
-constexpr int nFIRST_ROOM = 256;
-constexpr int nLAST_ROOM = 65536;
+constexpr unsigned MAX_ID = 0xFFFF;
+constexpr int FIRST_ROOM = 256;
+constexpr int LAST_ROOM = 65536;
 
 PFNLoadStringTVM pfnLoadStringTVM = nullptr;
 
@@ -29,7 +29,7 @@ std::optional<STRessourceModule> stRequest(const _stMyModuleInfo* pstModule, uns
     STRessourceModule st;
     st.unNumber = static_cast<std::uint16_t>(unId);
     st.nLangue = nEffectiveLangue(nLangue);
-    if (pstModule == nullptr || unId > unMAX_ID || !pstModule->bGetRes(&st)) {
+    if (pstModule == nullptr || unId > MAX_ID || !pstModule->bGetRes(&st)) {
         return std::nullopt;
     }
     return st;
@@ -63,14 +63,14 @@ bool bLoadFromOverride(unsigned unId, CTString* pcsOut, int nLangue) {
     if (pfnLoadStringTVM == nullptr) {
         return false;
     }
-    for (int nRoom = nFIRST_ROOM;; nRoom *= 4) {
+    for (int nRoom = FIRST_ROOM;; nRoom *= 4) {
         std::vector<wchar_t> tabBuffer(static_cast<std::size_t>(nRoom));
         const int nLength =
             std::min(pfnLoadStringTVM(unId, tabBuffer.data(), nRoom, nEffectiveLangue(nLangue)), nRoom - 1);
         if (nLength <= 0) {
             return false;
         }
-        if (nLength < nRoom - 1 || nRoom >= nLAST_ROOM) {
+        if (nLength < nRoom - 1 || nRoom >= LAST_ROOM) {
             *pcsOut = std::wstring_view(tabBuffer.data(), static_cast<std::size_t>(nLength));
             return true;
         }

@@ -6,9 +6,9 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t nENTRY_HEADER = 7;
-constexpr unsigned unMODE_BITS = 3;
-constexpr unsigned unTWO_BYTE_UNITS = 1U << 6U;
+constexpr std::size_t ENTRY_HEADER = 7;
+constexpr unsigned MODE_BITS = 3;
+constexpr unsigned TWO_BYTE_UNITS = 1U << 6U;
 
 unsigned unReadU16(std::span<const unsigned char> tab, std::size_t nOffset) {
     return CLeCursor(tab.subspan(nOffset)).wNext();
@@ -63,9 +63,9 @@ std::size_t CResAnsi604::nGetCount() {
 void CResAnsi604::__BuildIndex() {
     const std::span<const unsigned char> tabBlock = *m_ptabBlock;
     std::size_t nOffset = 0;
-    while (m_nCount < MAX_OFFSET && tabBlock.size() - nOffset >= nENTRY_HEADER) {
+    while (m_nCount < MAX_OFFSET && tabBlock.size() - nOffset >= ENTRY_HEADER) {
         const unsigned unSize = unReadU16(tabBlock, nOffset);
-        if (unSize < nENTRY_HEADER || unSize > tabBlock.size() - nOffset) {
+        if (unSize < ENTRY_HEADER || unSize > tabBlock.size() - nOffset) {
             break;  // The closing zero.
         }
         m_tabOffset[m_nCount++] = static_cast<unsigned>(nOffset);
@@ -77,10 +77,10 @@ void CResAnsi604::__BuildIndex() {
 void CResAnsi604::__Fill(STRessourceModule* pstRequest, unsigned unOffset) const {
     const std::span<const unsigned char> tabEntry = m_ptabBlock->subspan(unOffset);
     const unsigned unFlags = tabEntry[4];
-    pstRequest->pbyText = tabEntry.subspan(nENTRY_HEADER).data();
+    pstRequest->pbyText = tabEntry.subspan(ENTRY_HEADER).data();
     pstRequest->unLength = unReadU16(tabEntry, 5);
-    pstRequest->nUnit = (unFlags & unTWO_BYTE_UNITS) != 0 ? 2 : 1;
-    pstRequest->nMode = static_cast<int>(unFlags & unMODE_BITS);
+    pstRequest->nUnit = (unFlags & TWO_BYTE_UNITS) != 0 ? 2 : 1;
+    pstRequest->nMode = static_cast<int>(unFlags & MODE_BITS);
 }
 
 bool bGetResAnsi604(STRessourceModule* pstRequest) {

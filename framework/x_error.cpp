@@ -11,7 +11,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::wstring_view svLINE_END = L"\r\n";
+constexpr std::wstring_view SV_LINE_END = L"\r\n";
 
 std::wstring_view svOf(const wchar_t* psz) {
     return psz == nullptr ? std::wstring_view() : std::wstring_view(psz);
@@ -51,11 +51,11 @@ void CXError::__ChangeUserMessage(F fChange) noexcept {
         fChange();
         std::wstring_view svBehind = m_st.csBehind;
         if (m_st.csMessage.bEmpty() && !svBehind.empty()) {
-            svBehind.remove_prefix(svLINE_END.size());
+            svBehind.remove_prefix(SV_LINE_END.size());
         }
         std::wstring_view svBefore = m_st.csBefore;
         if (m_st.csMessage.bEmpty() && svBehind.empty() && !svBefore.empty()) {
-            svBefore.remove_suffix(svLINE_END.size());
+            svBefore.remove_suffix(SV_LINE_END.size());
         }
         m_st.csUserMessage = CTString(svBefore) + m_st.csMessage + svBehind;
     });
@@ -86,7 +86,7 @@ void CXError::__SetCode(const STErrorModule* pstModule, unsigned unCode, int nLa
     if (pstDef == nullptr) {
         m_st.csDebug += csRemark(
             L"##(CXError)-Pas de definition d'erreur dans gstErrorDef pour l'identifiant <%1!u!>##", unCode);
-        m_st.csDebug += svLINE_END;
+        m_st.csDebug += SV_LINE_END;
         return;
     }
     m_st.unResource = pstDef->dwResource;
@@ -119,22 +119,22 @@ const wchar_t* CXError::pszGetUserMessage() const noexcept {
 
 void CXError::AddUserMessage(const wchar_t* pszMessage) noexcept {
     if (!svOf(pszMessage).empty()) {
-        __ChangeUserMessage([&] { m_st.csBehind = m_st.csBehind + svLINE_END + pszMessage; });
+        __ChangeUserMessage([&] { m_st.csBehind = m_st.csBehind + SV_LINE_END + pszMessage; });
     }
 }
 
 void CXError::AddUserMessageFirst(const wchar_t* pszMessage) noexcept {
     if (!svOf(pszMessage).empty()) {
-        __ChangeUserMessage([&] { m_st.csBefore = CTString(pszMessage) + svLINE_END + m_st.csBefore; });
+        __ChangeUserMessage([&] { m_st.csBefore = CTString(pszMessage) + SV_LINE_END + m_st.csBefore; });
     }
 }
 
 void CXError::AddDebugMessage(const wchar_t* pszMessage) noexcept {
-    __bGuarded([&] { m_st.csDebug = m_st.csDebug + svOf(pszMessage) + svLINE_END; });
+    __bGuarded([&] { m_st.csDebug = m_st.csDebug + svOf(pszMessage) + SV_LINE_END; });
 }
 
 void CXError::AddDebugMessageFirst(const wchar_t* pszMessage) noexcept {
-    __bGuarded([&] { m_st.csDebug = CTString(pszMessage) + svLINE_END + m_st.csDebug; });
+    __bGuarded([&] { m_st.csDebug = CTString(pszMessage) + SV_LINE_END + m_st.csDebug; });
 }
 
 void CXError::SetSystemError(unsigned dwCode) noexcept {

@@ -13,7 +13,7 @@ namespace kalmo {
 namespace {
 
 // A conversion in a format tells the type of the kind's value.
-constexpr std::array<std::wstring_view, EIT_THREAD + 1> tabFORMAT = {
+constexpr std::array<std::wstring_view, EIT_THREAD + 1> TAB_FORMAT = {
     L"EIT_HELPFILE : <%s>",        L"EIT_USERNAME : <%s>",
     L"EIT_DSTFILE : <%s>",         L"EIT_SRCFILE : <%s>",
     L"EIT_PATHTVD : <%s>",         L"EIT_LOGICALTABLENAME : <%s>",
@@ -44,7 +44,7 @@ struct STFormat {
 };
 
 STFormat stSplit(eERRORINFOTYPE eKind) {
-    const std::wstring_view svFormat = tabFORMAT[eKind];
+    const std::wstring_view svFormat = TAB_FORMAT[eKind];
     const std::size_t nBegin = svFormat.find(L'%');
     if (nBegin == std::wstring_view::npos) {
         return {svFormat, {}, {}};

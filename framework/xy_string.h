@@ -37,8 +37,8 @@ class CXYString {
 
     /// Null-terminated, never a null pointer.
     [[nodiscard]] const TCHAR* pszGet() const noexcept {
-        static constexpr TCHAR cEnd = 0;
-        return m_pcsBuffer ? m_pcsBuffer->c_str() : &cEnd;
+        static constexpr TCHAR END_OF_STRING = 0;
+        return m_pcsBuffer ? m_pcsBuffer->c_str() : &END_OF_STRING;
     }
     [[nodiscard]] CView svGet() const noexcept { return m_pcsBuffer ? CView(*m_pcsBuffer) : CView(); }
     operator CView() const noexcept { return svGet(); }

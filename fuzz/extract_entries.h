@@ -8,8 +8,8 @@
 
 namespace kalmo {
 
-constexpr int nMaxEntries = 40;  // many entries may share one run of data: enough of them is enough
-constexpr std::size_t nMaxBytes = 1 << 20;
+constexpr int MAX_ENTRIES = 40;  // many entries may share one run of data: enough of them is enough
+constexpr std::size_t MAX_BYTES = 1 << 20;
 
 inline void Check(bool b) {
     if (!b) {
@@ -21,14 +21,14 @@ inline void Check(bool b) {
 inline void ExtractEntries(CTVWinZip& rcl, eARCHIVE eOpened) {
     Check(eOpened == ARCHIVE_OK || (eOpened == ARCHIVE_BAD && rcl.dwNombreFichier() == 0));
     const int nCount = static_cast<int>(rcl.rclGetRepertoire().dwTaille());
-    for (int n = 0; n < std::min(nCount, nMaxEntries); ++n) {
+    for (int n = 0; n < std::min(nCount, MAX_ENTRIES); ++n) {
         CTString csInfo;
         Check(rcl.eGetInfoFichier(n, csInfo) == ARCHIVE_OK);
         const CTString csNom = rcl.rclGetRepertoire().pclGetEntree(n)->csGetNom();
         const int nFirst = rcl.lRangFichier(csNom);
         Check(nFirst >= 0 && nFirst <= n);
         const std::uint64_t u64Size = rcl.rclGetRepertoire().pclGetEntree(nFirst)->u64GetTailleOriginale();
-        if (u64Size > nMaxBytes) {
+        if (u64Size > MAX_BYTES) {
             continue;
         }
         CTLBIN tab;

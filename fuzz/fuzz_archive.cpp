@@ -18,7 +18,7 @@ void ReadRecords(IXStream& rclStream, bool bPassword) {
     CWinZip cl;
     cl.SetStream(&rclStream, 0);
     Check(cl.bSetPassword(bPassword ? L"password" : L""));
-    int nLeft = nMaxEntries;
+    int nLeft = MAX_ENTRIES;
     for (eARCHIVE e = cl.OuvreZip(L"", 0) == ARCHIVE_OK ? cl.FirstFile() : ARCHIVE_NO_CURRENT;
          e == ARCHIVE_OK && nLeft > 0; e = cl.NextFile(0), --nLeft) {
         const STCentralHeader& rst = *cl.pstGetCurrent();
@@ -35,7 +35,7 @@ void ReadRecords(IXStream& rclStream, bool bPassword) {
             bRead = cl.bReadCurrentFileInZip(tabPiece, sizeof tabPiece, &nRead);
             dwCrc = dwCrc32(dwCrc, {tabPiece, nRead});
             u64Total += nRead;
-        } while (bRead && nRead > 0 && u64Total < nMaxBytes);
+        } while (bRead && nRead > 0 && u64Total < MAX_BYTES);
         Check(u64Total <= rst.u64TailleOriginale);
         const bool bGood = cl.CloseCurrentFileInZip(1, 0) == ARCHIVE_OK;
         Check(!bGood || u64Total < rst.u64TailleOriginale || dwCrc == rst.dwCrc);

@@ -17,12 +17,12 @@ namespace {
 using namespace kalmo;
 
 CFormatArg clMakeArgument(std::uint8_t by) {
-    static constexpr std::int64_t tabInteger[] = {0, 1, -1, 65, 1024, 1025, INT64_MIN, INT64_MAX};
+    static constexpr std::int64_t TAB_INTEGER[] = {0, 1, -1, 65, 1024, 1025, INT64_MIN, INT64_MAX};
     const unsigned unValue = by >> 2U;
     switch (by & 3U) {
         case 0: return CFormatArg(std::wstring_view(L"wide \u20AC\U0001F600").substr(unValue % 7));
         case 1: return CFormatArg(std::string_view("narrow \xC3\xA9\xFF").substr(unValue % 10));
-        case 2: return unValue < 8 ? CFormatArg(tabInteger[unValue]) : CFormatArg(static_cast<int>(unValue));
+        case 2: return unValue < 8 ? CFormatArg(TAB_INTEGER[unValue]) : CFormatArg(static_cast<int>(unValue));
         default: return CFormatArg(reinterpret_cast<const void*>(std::uintptr_t{unValue}));
     }
 }

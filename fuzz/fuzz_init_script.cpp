@@ -29,7 +29,7 @@ void Read(const CTLBIN& rtabScript, std::string_view svMarker, std::size_t nMaxL
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pbyData, std::size_t nSize) {
     const CTLBIN tabScript(pbyData, pbyData + nSize);
-    Read(tabScript, svDisplayNameMarker, nMaxDisplayNameLine);
-    Read(tabScript, svProgramMarker, nMaxProgramLine);
+    Read(tabScript, SV_DISPLAY_NAME_MARKER, MAX_DISPLAY_NAME_LINE);
+    Read(tabScript, SV_PROGRAM_MARKER, MAX_PROGRAM_LINE);
     return 0;
 }

@@ -9,13 +9,13 @@
 namespace kalmo {
 namespace {
 
-constexpr int nFirstOther = STDERR_FILENO + 1;
+constexpr int FIRST_OTHER = STDERR_FILENO + 1;
 
 void CloseOthers() noexcept {
-    if (::close_range(nFirstOther, std::numeric_limits<unsigned>::max(), 0) == 0) {
+    if (::close_range(FIRST_OTHER, std::numeric_limits<unsigned>::max(), 0) == 0) {
         return;
     }
-    for (int nFd = nFirstOther; nFd < ::getdtablesize(); ++nFd) {
+    for (int nFd = FIRST_OTHER; nFd < ::getdtablesize(); ++nFd) {
         ::close(nFd);
     }
 }
@@ -40,8 +40,8 @@ void ResetSignals() noexcept {
 
 bool bChildRedirect(int nInput, int nOutput) noexcept {
     // A parent with closed standard descriptors has its pipes at those very places.
-    const int nSafeInput = ::fcntl(nInput, F_DUPFD, nFirstOther);
-    const int nSafeOutput = ::fcntl(nOutput, F_DUPFD, nFirstOther);
+    const int nSafeInput = ::fcntl(nInput, F_DUPFD, FIRST_OTHER);
+    const int nSafeOutput = ::fcntl(nOutput, F_DUPFD, FIRST_OTHER);
     const bool bDone = ::dup2(nSafeInput, STDIN_FILENO) >= 0 && ::dup2(nSafeOutput, STDOUT_FILENO) >= 0 &&
                        ::dup2(nSafeOutput, STDERR_FILENO) >= 0;
     CloseOthers();
@@ -51,7 +51,7 @@ bool bChildRedirect(int nInput, int nOutput) noexcept {
 void ChildExec(const char* pszProgram, char* const* ppszArgument) noexcept {
     ResetSignals();
     ::execvp(pszProgram, ppszArgument);
-    ::_exit(nCodeExecFailed);
+    ::_exit(CODE_EXEC_FAILED);
 }
 
 }  // namespace kalmo

@@ -8,7 +8,7 @@ namespace kalmo {
 /// The parent forks with all signals blocked (CSignalBlock), so that none of its handlers runs in the child.
 
 /// The exit code of a child whose program could not be executed.
-inline constexpr int nCodeExecFailed = 255;
+inline constexpr int CODE_EXEC_FAILED = 255;
 
 /// Makes nInput the standard input and nOutput both standard output and standard error, and closes every
 /// other descriptor. False when a descriptor could not be duplicated.
@@ -16,7 +16,7 @@ bool bChildRedirect(int nInput, int nOutput) noexcept;
 
 /// Gives signals the state that a fresh program expects, none blocked and all at their defaults but those
 /// ignored from outside (SIGCHLD, SIGALRM and SIGPIPE in any case), then executes the program, which is
-/// looked up in the path when its name has no slash. Ends the child with nCodeExecFailed when that fails.
+/// looked up in the path when its name has no slash. Ends the child with CODE_EXEC_FAILED when that fails.
 [[noreturn]] void ChildExec(const char* pszProgram, char* const* ppszArgument) noexcept;
 
 }  // namespace kalmo

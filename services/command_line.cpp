@@ -29,7 +29,7 @@ bool bTakeWord(std::string_view* psvText, std::string* pcsWord) {
 
 CArgumentVector tabSplitArguments(std::string_view svProgram, std::string_view svArguments) {
     CArgumentVector tabWord{std::string(svProgram)};
-    for (std::string csWord; tabWord.size() < nMaxArgumentVector && bTakeWord(&svArguments, &csWord);) {
+    for (std::string csWord; tabWord.size() < MAX_ARGUMENT_VECTOR && bTakeWord(&svArguments, &csWord);) {
         tabWord.push_back(csWord);
     }
     return tabWord;

@@ -11,7 +11,7 @@ namespace kalmo {
 using CArgumentVector = std::vector<std::string>;
 
 /// How many words a launched program gets at most, its own name included.
-inline constexpr std::size_t nMaxArgumentVector = 50;
+inline constexpr std::size_t MAX_ARGUMENT_VECTOR = 50;
 
 /// Splits the argument string of a launch; svProgram becomes the first word. UTF-8 in and out.
 ///

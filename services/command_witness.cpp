@@ -24,12 +24,12 @@ void TellCommandEnd(const STCommandEnd& rst) noexcept {
 }
 
 bool bInterrupted(int nStatus) noexcept {
-    constexpr int nShellSignal = 128;
+    constexpr int SHELL_SIGNAL = 128;
     if (nStatus == -1) {
         return false;
     }
     const STWaitStatus st(nStatus);
-    const int nSignal = st.nSignal != 0 ? st.nSignal : st.nExitCode - nShellSignal;
+    const int nSignal = st.nSignal != 0 ? st.nSignal : st.nExitCode - SHELL_SIGNAL;
     return nSignal == SIGINT || nSignal == SIGQUIT;
 }
 

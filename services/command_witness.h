@@ -7,14 +7,14 @@
 namespace kalmo {
 
 /// How much is kept of what a command says.
-inline constexpr std::size_t nMaxSaid = 4096;
+inline constexpr std::size_t MAX_SAID = 4096;
 
 /// A command that worked on a service, when it has ended.
 struct STCommandEnd {
     std::wstring_view
         svCommand;  ///< As it was run: "/bin/systemctl stop ZDCS-x", "chkconfig --del x >/dev/null".
     int nStatus;    ///< A status of waitpid(2); -1 when it could not be run, with the reason in errno.
-    std::wstring_view svSaid;  ///< What it wrote to standard error (systemctl: to both), the first nMaxSaid
+    std::wstring_view svSaid;  ///< What it wrote to standard error (systemctl: to both), the first MAX_SAID
                                ///< bytes of it; may hold line feeds.
 };
 

@@ -17,7 +17,7 @@
 namespace kalmo {
 namespace {
 
-constexpr unsigned dwTickMs = 1000;
+constexpr unsigned TICK_MS = 1000;
 
 void OnTick(int /*nSignal*/) {}
 
@@ -57,7 +57,7 @@ void PauseForTick(const sigset_t& rstBefore) {
     sigset_t stAsleep = rstBefore;
     ::sigdelset(&stAsleep, SIGALRM);
     ::sigdelset(&stAsleep, SIGCHLD);
-    ::alarm(dwTickMs / 1000);
+    ::alarm(TICK_MS / 1000);
     ::sigsuspend(&stAsleep);
     ::alarm(0);
 }
@@ -87,7 +87,7 @@ int WaitPid(int nPid, unsigned dwTimeoutMs, int* pnExitCode) {
     {
         const CSignalBlock clBlock{SIGALRM, SIGCHLD};
         nEnded = ::waitpid(nPid, &nStatus, WNOHANG);
-        for (std::uint64_t u64Waited = 0; nEnded == 0 && u64Waited < dwTimeoutMs; u64Waited += dwTickMs) {
+        for (std::uint64_t u64Waited = 0; nEnded == 0 && u64Waited < dwTimeoutMs; u64Waited += TICK_MS) {
             PauseForTick(clBlock.rstGetBefore());
             nEnded = ::waitpid(nPid, &nStatus, WNOHANG);
         }
@@ -128,14 +128,14 @@ bool CreateProcess(const wchar_t* pszProgram, const wchar_t* pszCommandLine, int
         return nPid > 0;
     }
     int nCode = 0;
-    const int nEnded = WaitPid(nPid, dwTickMs, &nCode);
+    const int nEnded = WaitPid(nPid, TICK_MS, &nCode);
     if (pnStillRunning != nullptr) {
         *pnStillRunning = nEnded == 0 ? 1 : 0;
     }
     if (pnExitCode != nullptr) {
         *pnExitCode = nCode;
     }
-    return nEnded <= 0 || nCode != nCodeExecFailed;
+    return nEnded <= 0 || nCode != CODE_EXEC_FAILED;
 } catch (const std::exception&) {
     return NoMemory(false);
 }

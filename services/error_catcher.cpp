@@ -13,13 +13,13 @@
 namespace kalmo {
 namespace {
 
-constexpr int nPipeRoom = 1 << 20;
-constexpr int nFirstOther = STDERR_FILENO + 1;
+constexpr int PIPE_ROOM = 1 << 20;
+constexpr int FIRST_OTHER = STDERR_FILENO + 1;
 
 // Moves a descriptor above the standard ones, which may be closed and given out anew.
 CUniqueFd clAbove(int nFd) noexcept {
     const CUniqueFd clFd(nFd);
-    return CUniqueFd(::fcntl(nFd, F_DUPFD_CLOEXEC, nFirstOther));
+    return CUniqueFd(::fcntl(nFd, F_DUPFD_CLOEXEC, FIRST_OTHER));
 }
 
 // Writes what the descriptor takes, as a command would have done itself; its reader may be gone.
@@ -48,12 +48,12 @@ CErrorCatcher::CErrorCatcher() noexcept {
     }
     CUniqueFd clRead = clAbove(tabFd[0]);
     const CUniqueFd clWrite = clAbove(tabFd[1]);
-    ::fcntl(clWrite.nGet(), F_SETPIPE_SZ, nPipeRoom);
+    ::fcntl(clWrite.nGet(), F_SETPIPE_SZ, PIPE_ROOM);
     std::array<char, 32> szOwn{};
     static_cast<void>(std::snprintf(szOwn.data(), szOwn.size(), "/proc/self/fd/%d", clWrite.nGet()));
     const CUniqueFd clBoth = clAbove(::open(szOwn.data(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     m_nFlags = ::fcntl(STDERR_FILENO, F_GETFD);
-    m_clBefore.Reset(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, nFirstOther));
+    m_clBefore.Reset(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, FIRST_OTHER));
     const bool bKept = m_clBefore.bValid() || m_nFlags == -1;
     if (clRead.bValid() && clBoth.bValid() && bKept && ::dup2(clBoth.nGet(), STDERR_FILENO) >= 0) {
         m_clRead = std::move(clRead);
@@ -75,7 +75,7 @@ std::string CErrorCatcher::csRelease(std::size_t nMax) {
     // What is there now, and not what somebody left behind goes on writing.
     std::array<char, 65536> tabPiece;
     ssize_t nGot = 0;
-    for (int nLeft = nPipeRoom; nLeft > 0; nLeft -= static_cast<int>(nGot)) {
+    for (int nLeft = PIPE_ROOM; nLeft > 0; nLeft -= static_cast<int>(nGot)) {
         nGot = ::read(m_clRead.nGet(), tabPiece.data(), tabPiece.size());
         if (nGot < 0 && errno == EINTR) {
             nGot = 0;

@@ -12,7 +12,7 @@ namespace kalmo {
 namespace {
 
 // Release files are a few lines; anything longer is none and counts as unreadable.
-constexpr std::size_t nMaxReleaseFile = 65536;
+constexpr std::size_t MAX_RELEASE_FILE = 65536;
 
 struct STReleaseFile {
     const wchar_t* pszPath;
@@ -20,7 +20,7 @@ struct STReleaseFile {
 };
 
 // Files whose existence decides, in this order: several may exist on one machine.
-constexpr STReleaseFile tabReleaseFile[] = {
+constexpr STReleaseFile TAB_RELEASE_FILE[] = {
     {L"/etc/debian_version", eDebian},
     {L"/etc/mandrake-release", eMandriva},
     {L"/etc/mandriva-release", eMandriva},
@@ -38,19 +38,19 @@ struct STReleaseWord {
 };
 
 // Words that decide in the text of a release file, in this order.
-constexpr STReleaseWord tabRedHatRelease[] = {
+constexpr STReleaseWord TAB_RED_HAT_RELEASE[] = {
     {"mandrake", eMandriva}, {"mandriva", eMandriva}, {"fedora", eFedora}, {"", eRedHat}};
-constexpr STReleaseWord tabVersion[] = {{"mandrake", eMandriva},
-                                        {"mandriva", eMandriva},
-                                        {"fedora", eFedora},
-                                        {"redhat", eRedHat},
-                                        {"debian", eDebian}};
+constexpr STReleaseWord TAB_VERSION[] = {{"mandrake", eMandriva},
+                                         {"mandriva", eMandriva},
+                                         {"fedora", eFedora},
+                                         {"redhat", eRedHat},
+                                         {"debian", eDebian}};
 
 // Whether systemctl answers. Otherwise *pnError tells why an existing one could not be asked.
 bool bSystemctlWorks(int* pnError) {
     unsigned dwExitCode = 0;
     errno = 0;
-    if (!CDiskFile::bFileExists(pszSystemctl) ||
+    if (!CDiskFile::bFileExists(PSZ_SYSTEMCTL) ||
         !bAskSystemctl(L"--no-pager --no-legend", nullptr, &dwExitCode)) {
         *pnError = errno;
         return false;
@@ -62,7 +62,7 @@ bool bSystemctlWorks(int* pnError) {
 template <std::size_t N>
 std::optional<eDISTRI> eReadReleaseFile(const wchar_t* pszPath, const STReleaseWord (&rtabWord)[N]) {
     std::string csText;
-    if (!CDiskFile::bFileExists(pszPath) || !CDiskFile::bLoad(pszPath, nMaxReleaseFile, &csText)) {
+    if (!CDiskFile::bFileExists(pszPath) || !CDiskFile::bLoad(pszPath, MAX_RELEASE_FILE, &csText)) {
         return std::nullopt;
     }
     std::transform(csText.begin(), csText.end(), csText.begin(),
@@ -81,15 +81,15 @@ eDISTRI CServiceManager::__eFindDistri() {
     if (bSystemctlWorks(&ms_nSystemctlError)) {
         return eSystemd;
     }
-    for (const STReleaseFile& rst : tabReleaseFile) {
+    for (const STReleaseFile& rst : TAB_RELEASE_FILE) {
         if (CDiskFile::bFileExists(rst.pszPath)) {
             return rst.eDistri;
         }
     }
-    if (const auto eDistri = eReadReleaseFile(L"/etc/redhat-release", tabRedHatRelease)) {
+    if (const auto eDistri = eReadReleaseFile(L"/etc/redhat-release", TAB_RED_HAT_RELEASE)) {
         return *eDistri;
     }
-    if (const auto eDistri = eReadReleaseFile(L"/etc/version", tabVersion)) {
+    if (const auto eDistri = eReadReleaseFile(L"/etc/version", TAB_VERSION)) {
         return *eDistri;
     }
     // "function", although such machines have a file "functions": the name is part of the rule.

@@ -11,7 +11,7 @@ namespace kalmo {
 namespace {
 
 // One character more than a line may have tells a line that ends there from one that goes on.
-using CLineBuffer = std::array<char, nMaxDisplayNameLine + 1>;
+using CLineBuffer = std::array<char, MAX_DISPLAY_NAME_LINE + 1>;
 
 struct STLine {
     std::string_view sv;   ///< Without its line feed.

@@ -28,10 +28,10 @@ struct STPipe {
     CUniqueFd clWrite;
 };
 
-constexpr int nTickMillis = 100;
+constexpr int TICK_MILLIS = 100;
 
 // What is kept of the output of a child that is waited for.
-constexpr std::size_t nMaxPutAside = 65536;
+constexpr std::size_t MAX_PUT_ASIDE = 65536;
 
 bool bMakePipe(STPipe* pst) {
     int tabFd[2];
@@ -115,7 +115,7 @@ bool CLanceProcessus::__bFork(CArgumentVector& rtabArgument) {
         m_nPid = CProcessManager::m_gpclManager->Fork();
         if (m_nPid == 0) {
             if (!bChildRedirect(stInput.clRead.nGet(), stOutput.clWrite.nGet())) {
-                ::_exit(nCodeExecFailed);
+                ::_exit(CODE_EXEC_FAILED);
             }
             ChildExec(tabPointer.front(), tabPointer.data());
         }
@@ -254,7 +254,7 @@ bool CLanceProcessus::__bAttendSortie() {
         if (__bEnRetard()) {
             return false;
         }
-    } while (m_clSortie.bValid() && ::poll(&st, 1, nTickMillis) <= 0);
+    } while (m_clSortie.bValid() && ::poll(&st, 1, TICK_MILLIS) <= 0);
     return true;
 }
 
@@ -265,7 +265,7 @@ bool CLanceProcessus::__bVideSortie() {
     const CSignalBlock clBlock{SIGCHLD};
     sigset_t stAsleep = clBlock.rstGetBefore();
     ::sigdelset(&stAsleep, SIGCHLD);
-    const timespec stTick{0, nTickMillis * 1'000'000L};
+    const timespec stTick{0, TICK_MILLIS * 1'000'000L};
     bool bDropped = false;
     while (!bProcessusTermine()) {
         if (__bEnRetard()) {
@@ -275,7 +275,7 @@ bool CLanceProcessus::__bVideSortie() {
         if (::ppoll(&st, m_clSortie.bValid() ? 1 : 0, &stTick, &stAsleep) <= 0) {
             continue;
         }
-        const std::size_t nRoom = nMaxPutAside - m_csMise.nGetLength();
+        const std::size_t nRoom = MAX_PUT_ASIDE - m_csMise.nGetLength();
         const ssize_t nGot = __nLit(&m_csMise, nRoom);
         bDropped = bDropped || nGot > static_cast<ssize_t>(nRoom);
         if (nGot <= 0) {

@@ -9,7 +9,7 @@
 namespace kalmo {
 namespace {
 
-constexpr int nMaxErrno = 133;
+constexpr int MAX_ERRNO = 133;
 
 // ASCII only: other letters have the case that the system's own texts have.
 std::string csLower(std::string_view sv) {
@@ -51,7 +51,7 @@ int nReasonInWords(std::string_view svWords) {
     std::size_t nLongest = 0;  // one text may be a part of another one
     for (const char* const pszLocale : {"C", ""}) {
         const CLocale clLocale(pszLocale);
-        for (int n = 1; n <= nMaxErrno; ++n) {
+        for (int n = 1; n <= MAX_ERRNO; ++n) {
             const std::string csText = clLocale.csText(n);
             if (csText.size() > nLongest && csWords.find(csText) != std::string::npos) {
                 nLongest = csText.size();

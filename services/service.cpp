@@ -63,7 +63,7 @@ bool CService::__bReadScript(std::string_view svMarker, std::size_t nMaxLine, CT
 
 const wchar_t* CService::pszGetDisplayName() {
     const bool bFromScript = m_pszDisplayName == nullptr && !bSystemd();
-    if (bFromScript && !__bReadScript(svDisplayNameMarker, nMaxDisplayNameLine, &m_pszDisplayName)) {
+    if (bFromScript && !__bReadScript(SV_DISPLAY_NAME_MARKER, MAX_DISPLAY_NAME_LINE, &m_pszDisplayName)) {
         return pszGetName();
     }
     return m_pszDisplayName.get();
@@ -77,7 +77,7 @@ const wchar_t* CService::pszBinaryPathName() {
 }
 
 void CService::SetBinaryPathFromSysVScript() {
-    static_cast<void>(__bReadScript(svProgramMarker, nMaxProgramLine, &m_pszBinaryPath));
+    static_cast<void>(__bReadScript(SV_PROGRAM_MARKER, MAX_PROGRAM_LINE, &m_pszBinaryPath));
 }
 
 bool CService::__bSysVCommand(std::wstring_view svAction) const {
@@ -115,8 +115,8 @@ bool CService::bRestart() try {
 bool CService::bSendControlCommand(unsigned dwCode) try {
     const CMemoryScope clScope;
     switch (dwCode) {
-        case dwControlStop: return bStop();
-        case dwControlReload:
+        case CONTROL_STOP: return bStop();
+        case CONTROL_RELOAD:
             return bSystemd() ? bCommandSystemctl(CTString(L"reload ") + __svName())
                               : __bSysVCommand(L"reload >/dev/null 2>/dev/null");
         default: return false;

@@ -13,8 +13,8 @@ namespace kalmo {
 class CServiceManager;
 
 /// The control codes that a service understands.
-inline constexpr unsigned dwControlStop = 1;
-inline constexpr unsigned dwControlReload = 6;
+inline constexpr unsigned CONTROL_STOP = 1;
+inline constexpr unsigned CONTROL_RELOAD = 6;
 
 /// One system service: a systemd unit or a SysV init script, and what the installer does with it.
 ///
@@ -56,7 +56,7 @@ class CService {
     bool bStart(const wchar_t* pszArgs);
     bool bStop();
     bool bRestart();
-    /// dwControlStop or dwControlReload; any other code is false and does nothing.
+    /// CONTROL_STOP or CONTROL_RELOAD; any other code is false and does nothing.
     bool bSendControlCommand(unsigned dwCode);
     /// The state now. *pnError, unless it is null, tells why it could not be asked for; else it is 0. A state
     /// that systemd does not know counts as stopped, and so does a script whose "status" ends neither with 0

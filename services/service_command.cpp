@@ -18,7 +18,7 @@ struct STEnd {
 STEnd stRun(std::wstring_view svCommand) {
     CErrorCatcher clCatcher;
     const int nStatus = nShellCommand(svCommand);
-    return {nStatus, clCatcher.csRelease(nMaxSaid)};
+    return {nStatus, clCatcher.csRelease(MAX_SAID)};
 }
 
 void Tell(std::wstring_view svCommand, const STEnd& rst) {

@@ -16,8 +16,8 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t nTableRoom = 20;
-constexpr std::size_t nTableStep = 30;
+constexpr std::size_t TABLE_ROOM = 20;
+constexpr std::size_t TABLE_STEP = 30;
 
 const wchar_t* pszOrNull(const std::optional<CTString>& rcs) {
     return rcs ? rcs->pszGet() : nullptr;
@@ -28,7 +28,7 @@ const wchar_t* pszOrNull(const std::optional<CTString>& rcs) {
 int CServiceManager::ms_eDistri = eNotDetected;
 int CServiceManager::ms_nSystemctlError = 0;
 
-CServiceManager::CServiceManager() : CTableauDeBuffer(nTableRoom, nTableStep) {}
+CServiceManager::CServiceManager() : CTableauDeBuffer(TABLE_ROOM, TABLE_STEP) {}
 
 CServiceManager::~CServiceManager() {
     __EndListing();

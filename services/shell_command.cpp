@@ -12,10 +12,10 @@ namespace kalmo {
 int nShellCommand(const char* pszCommand) {
     // A shell that could not be started is told as one that ended with 127, a command that it does not find.
     // The reason in errno tells the two apart.
-    constexpr int nNotStarted = 127 << 8;
+    constexpr int NOT_STARTED = 127 << 8;
     errno = 0;
     const int nStatus = std::system(pszCommand);
-    return nStatus == nNotStarted && errno != 0 && errno != EINTR ? -1 : nStatus;
+    return nStatus == NOT_STARTED && errno != 0 && errno != EINTR ? -1 : nStatus;
 }
 
 int nShellCommand(std::wstring_view svCommand) try {

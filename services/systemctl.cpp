@@ -24,7 +24,7 @@ void ForgetSettings() {
 bool bRun(CLanceProcessus& rclSystemctl, std::wstring_view svArguments, CXYString<char>* pcsOutput,
           unsigned* pdwExitCode) {
     ForgetSettings();
-    return rclSystemctl.bLanceProcessus(pszSystemctl, CTString(svArguments).pszGet(), nullptr) &&
+    return rclSystemctl.bLanceProcessus(PSZ_SYSTEMCTL, CTString(svArguments).pszGet(), nullptr) &&
            rclSystemctl.bLitSortieEtAttendFinExecution(pcsOutput, pdwExitCode);
 }
 
@@ -50,14 +50,14 @@ bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, un
 bool bCommandSystemctl(std::wstring_view svArguments, CXYString<char>* pcsSaid) try {
     const CMemoryScope clScope;
     CLanceProcessus clSystemctl;
-    clSystemctl.KeepAtMost(nMaxSaid);
+    clSystemctl.KeepAtMost(MAX_SAID);
     CXYString<char> csSaid;
     unsigned dwExitCode = 0;
     errno = 0;
     const bool bRan = bRun(clSystemctl, svArguments, &csSaid, &dwExitCode);
     const int nErrno = bRan ? 0 : errno;
     if (!bRan || dwExitCode != 0) {
-        const CTString csCommand = CTString(pszSystemctl) + L" " + svArguments;
+        const CTString csCommand = CTString(PSZ_SYSTEMCTL) + L" " + svArguments;
         const CTString csWords = csFromUTF8(csSaid);
         errno = nErrno;
         TellCommandEnd({csCommand, bRan ? clSystemctl.nGetStatus() : -1, csWords});

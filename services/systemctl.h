@@ -8,7 +8,7 @@
 namespace kalmo {
 
 /// The one program through which everything under systemd goes; see systemctl(1).
-inline constexpr const wchar_t* pszSystemctl = L"/bin/systemctl";
+inline constexpr const wchar_t* PSZ_SYSTEMCTL = L"/bin/systemctl";
 
 /// Runs systemctl to its end and appends what it prints to *pcsOutput, which may be null. False when it
 /// could not be launched, read or waited for; its exit code does not matter then. pdwExitCode may be null.
@@ -22,7 +22,7 @@ bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, un
 /// with 0. The witness of commands is told of a failure.
 ///
 /// On failure errno is the system's reason when it could not be run, and 0 when it ran: its words tell the
-/// reason then, which *pcsSaid gets (their first nMaxSaid bytes) unless it is null.
+/// reason then, which *pcsSaid gets (their first MAX_SAID bytes) unless it is null.
 bool bCommandSystemctl(std::wstring_view svArguments, CXYString<char>* pcsSaid = nullptr);
 
 }  // namespace kalmo

@@ -7,9 +7,9 @@
 namespace kalmo {
 namespace {
 
-constexpr std::wstring_view svArguments = L"argv[]=";
-constexpr std::wstring_view svScriptFolder = L"/etc/init.d/";
-constexpr std::wstring_view svUnitSuffix = L".service";
+constexpr std::wstring_view SV_ARGUMENTS = L"argv[]=";
+constexpr std::wstring_view SV_SCRIPT_FOLDER = L"/etc/init.d/";
+constexpr std::wstring_view SV_UNIT_SUFFIX = L".service";
 
 // Takes the text up to the next line feed off the front, and the line feed.
 std::wstring_view svTakeLine(std::wstring_view* psvText) {
@@ -20,11 +20,11 @@ std::wstring_view svTakeLine(std::wstring_view* psvText) {
 
 // The command line in the value of ExecStart.
 std::optional<CTString> csReadProgram(std::wstring_view svValue) {
-    const std::size_t nArguments = svValue.find(svArguments);
+    const std::size_t nArguments = svValue.find(SV_ARGUMENTS);
     if (nArguments == std::wstring_view::npos || nArguments == 0) {
         return std::nullopt;
     }
-    svValue.remove_prefix(nArguments + svArguments.size());
+    svValue.remove_prefix(nArguments + SV_ARGUMENTS.size());
     const std::size_t nEnd = svValue.find(L';');
     if (nEnd == std::wstring_view::npos || nEnd == 0) {
         return std::nullopt;
@@ -39,7 +39,7 @@ std::vector<CTString> tabReadAllNames(std::string_view svOutput) {
     std::vector<CTString> tabName;
     do {
         const std::wstring_view svLine = svTakeLine(&svText);
-        if (const std::size_t nEnd = svLine.find(svUnitSuffix); nEnd != std::wstring_view::npos) {
+        if (const std::size_t nEnd = svLine.find(SV_UNIT_SUFFIX); nEnd != std::wstring_view::npos) {
             tabName.emplace_back(svLine.substr(0, nEnd));
         }
     } while (!svText.empty() && svText.front() != L'\n');
@@ -69,7 +69,7 @@ STUnitProperties stReadUnitProperties(std::string_view svOutput) {
             st.csDescription = CTString(svValue);
         } else if (bEgalSansCasse(svKey, L"ExecStart")) {
             if (std::optional<CTString> csProgram = csReadProgram(svValue)) {
-                st.bInitScript = st.bInitScript || csProgram->svGet().starts_with(svScriptFolder);
+                st.bInitScript = st.bInitScript || csProgram->svGet().starts_with(SV_SCRIPT_FOLDER);
                 st.csProgram = std::move(csProgram);
             }
         }
@@ -91,14 +91,14 @@ eSERVICESTATUS eReadActiveState(std::wstring_view svState) {
         std::wstring_view svName;
         eSERVICESTATUS eStatus;
     };
-    static constexpr STState tabState[] = {
+    static constexpr STState TAB_STATE[] = {
         {L"active", eServiceRunning}, {L"reloading", eServiceRunning},   {L"inactive", eServiceStopped},
         {L"failed", eServiceFailed},  {L"activating", eServiceStarting}, {L"deactivating", eServiceStopping},
     };
-    const auto* const pst = std::find_if(std::begin(tabState), std::end(tabState), [&](const STState& rst) {
+    const auto* const pst = std::find_if(std::begin(TAB_STATE), std::end(TAB_STATE), [&](const STState& rst) {
         return bEgalSansCasse(rst.svName, svState);
     });
-    return pst == std::end(tabState) ? eServiceStopped : pst->eStatus;
+    return pst == std::end(TAB_STATE) ? eServiceStopped : pst->eStatus;
 }
 
 std::vector<CTString> tabReadUnitNames(std::string_view svOutput, std::wstring_view svPrefix) {
@@ -108,14 +108,14 @@ std::vector<CTString> tabReadUnitNames(std::string_view svOutput, std::wstring_v
 }
 
 std::vector<CTString> tabReadUnitIds(std::string_view svOutput) {
-    static constexpr std::wstring_view svKey = L"Id=";
+    static constexpr std::wstring_view SV_ID = L"Id=";
     std::vector<CTString> tabId;
     const CTString csText = csFromUTF8(svOutput);
     for (std::wstring_view svText = csText; !svText.empty();) {
         const std::wstring_view svLine = svTakeLine(&svText);
-        if (svLine.starts_with(svKey) && svLine.ends_with(svUnitSuffix)) {
+        if (svLine.starts_with(SV_ID) && svLine.ends_with(SV_UNIT_SUFFIX)) {
             tabId.emplace_back(
-                svLine.substr(svKey.size(), svLine.size() - svKey.size() - svUnitSuffix.size()));
+                svLine.substr(SV_ID.size(), svLine.size() - SV_ID.size() - SV_UNIT_SUFFIX.size()));
         }
     }
     return tabId;

@@ -20,10 +20,10 @@ std::optional<CTString> csToldBySystemd(const CTString& csCommandLine) {
 
 std::optional<CTString> csToldByScript(const CTString& csCommandLine) {
     const std::string csLine =
-        std::string(svProgramMarker) + std::string(csToUTF8(csCommandLine).svGet()) + "\"\n";
+        std::string(SV_PROGRAM_MARKER) + std::string(csToUTF8(csCommandLine).svGet()) + "\"\n";
     CMemoryStream clScript(CTLBIN(csLine.begin(), csLine.end()));
     CTString csProgram;
-    return bReadMarkedText(clScript, svProgramMarker, nMaxProgramLine, &csProgram)
+    return bReadMarkedText(clScript, SV_PROGRAM_MARKER, MAX_PROGRAM_LINE, &csProgram)
                ? std::optional<CTString>(csProgram)
                : std::nullopt;
 }

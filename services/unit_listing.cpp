@@ -14,15 +14,15 @@ namespace {
 
 using CNameSet = std::set<std::wstring, std::less<>>;
 
-constexpr std::wstring_view svListUnits = L"list-units --all --type=service --full --no-pager --no-legend";
-constexpr std::wstring_view svListFiles = L"list-unit-files --type=service --full --no-pager --no-legend";
-constexpr std::wstring_view svAskIds = L"--property=Id show";
+constexpr std::wstring_view SV_LIST_UNITS = L"list-units --all --type=service --full --no-pager --no-legend";
+constexpr std::wstring_view SV_LIST_FILES = L"list-unit-files --type=service --full --no-pager --no-legend";
+constexpr std::wstring_view SV_ASK_IDS = L"--property=Id show";
 
 // Characters that mean themselves in a pattern.
-constexpr std::wstring_view svPlain = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789:-_.@";
+constexpr std::wstring_view SV_PLAIN = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789:-_.@";
 
 // What remains of a launch's arguments for names.
-constexpr std::size_t nMaxNames = nMaxArgumentVector - 3;
+constexpr std::size_t MAX_NAMES = MAX_ARGUMENT_VECTOR - 3;
 
 // What the words of a command cannot pass on is the name of no unit; "-" begins an option, and a name that
 // ends with "@" is a template, which systemctl does not show.
@@ -33,7 +33,7 @@ bool bUnitName(std::wstring_view sv) {
 
 // Drops the aliases from a few names: what they name has another name of its own.
 void DropAliases(std::vector<CTString>* ptabName) {
-    CTString csArguments(svAskIds);
+    CTString csArguments(SV_ASK_IDS);
     for (const CTString& rcs : *ptabName) {
         csArguments += L" " + rcs + L".service";
     }
@@ -54,7 +54,7 @@ void DropAliases(std::vector<CTString>* ptabName) {
 
 bool bListUnits(std::wstring_view svPrefix, std::vector<CTString>* ptabName) {
     CXYString<char> csOutput;
-    if (!bAskSystemctl(svListUnits, &csOutput, nullptr)) {
+    if (!bAskSystemctl(SV_LIST_UNITS, &csOutput, nullptr)) {
         return false;
     }
     *ptabName = tabReadUnitNames(csOutput, svPrefix);
@@ -62,7 +62,7 @@ bool bListUnits(std::wstring_view svPrefix, std::vector<CTString>* ptabName) {
     // before it. It is left out then.
     if ((ptabName->empty() || svPrefix.empty()) && bHasMarkedNames(csOutput, svPrefix)) {
         csOutput.Empty();
-        const bool bAnswered = bAskSystemctl(CTString(svListUnits) + L" --plain", &csOutput, nullptr);
+        const bool bAnswered = bAskSystemctl(CTString(SV_LIST_UNITS) + L" --plain", &csOutput, nullptr);
         std::vector<CTString> tabPlain = tabReadUnitNames(csOutput, svPrefix);
         if (bAnswered && !tabPlain.empty()) {
             *ptabName = std::move(tabPlain);
@@ -72,8 +72,8 @@ bool bListUnits(std::wstring_view svPrefix, std::vector<CTString>* ptabName) {
 }
 
 std::vector<CTString> tabListUnitFiles(std::wstring_view svPrefix, const std::vector<CTString>& rtabListed) {
-    CTString csArguments(svListFiles);
-    if (!svPrefix.empty() && svPrefix.find_first_not_of(svPlain) == std::wstring_view::npos) {
+    CTString csArguments(SV_LIST_FILES);
+    if (!svPrefix.empty() && svPrefix.find_first_not_of(SV_PLAIN) == std::wstring_view::npos) {
         csArguments +=
             L" " + CTString(svPrefix) + L"*";  // what systemd finds out of each file takes its time
     }
@@ -91,7 +91,7 @@ std::vector<CTString> tabListUnitFiles(std::wstring_view svPrefix, const std::ve
         return !bUnitName(rcs) || !tabKnown.emplace(rcs.svGet()).second;
     });
     for (auto it = tabFile.begin(); it != tabFile.end();) {
-        const auto itEnd = it + std::min<std::ptrdiff_t>(nMaxNames, tabFile.end() - it);
+        const auto itEnd = it + std::min<std::ptrdiff_t>(MAX_NAMES, tabFile.end() - it);
         std::vector<CTString> tabSome(it, itEnd);
         DropAliases(&tabSome);
         std::move(tabSome.begin(), tabSome.end(), std::back_inserter(tabName));

@@ -52,22 +52,22 @@ ETelemetryState eReadTelemetry(const wchar_t* pszConfPath) {
 }
 
 int nReadServerPort(const wchar_t* pszConfPath) {
-    return GetPrivateProfileInt(PSZ_SECTION_INIT, PSZ_KEY_PORT, nPortDefaut, pszConfPath);
+    return GetPrivateProfileInt(PSZ_SECTION_INIT, PSZ_KEY_PORT, PORT_DEFAUT, pszConfPath);
 }
 
 bool bServiceCanBeNamed(const CTString& csName) {
     // systemctl takes a blank as the border of two names and "*" as every name.
-    static constexpr std::wstring_view svUnitName =
+    static constexpr std::wstring_view SV_UNIT_NAME =
         L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789:-_.@";
-    static constexpr std::wstring_view svShell = L"\"\\'`$&|;<>()[]{}*?!#~\t";
-    static constexpr std::size_t nMaxBytes = 242;  // 255 with "ZDCS-" and ".service"
+    static constexpr std::wstring_view SV_SHELL = L"\"\\'`$&|;<>()[]{}*?!#~\t";
+    static constexpr std::size_t MAX_BYTES = 242;  // 255 with "ZDCS-" and ".service"
     const std::wstring_view svName = csName;
     // With "@" at its end it would be a template, which is no service yet.
     const bool bPlain =
         CServiceManager::ms_eDistri == eSystemd
-            ? svName.find_first_not_of(svUnitName) == std::wstring_view::npos && !svName.ends_with(L'@')
-            : svName.find_first_of(svShell) == std::wstring_view::npos;
-    return bPlain && !svName.empty() && csToUTF8(csName).nGetLength() <= nMaxBytes;
+            ? svName.find_first_not_of(SV_UNIT_NAME) == std::wstring_view::npos && !svName.ends_with(L'@')
+            : svName.find_first_of(SV_SHELL) == std::wstring_view::npos;
+    return bPlain && !svName.empty() && csToUTF8(csName).nGetLength() <= MAX_BYTES;
 }
 
 bool bUnitMasked(const CTString& csService) {
@@ -83,7 +83,7 @@ bool bInstanceKnown(const CTString& csName) {
 
 CTString csServiceConfiguredIn(const CTString& csDirectory) {
     CPathBuffer szConfPath;
-    std::array<wchar_t, nTailleMaxPath> szName{};
+    std::array<wchar_t, TAILLE_MAX_PATH> szName{};
     if (bConfPath(csDirectory, szConfPath)) {
         GetPrivateProfileString(PSZ_SECTION_INIT, L"Name", L"", szName.data(),
                                 static_cast<unsigned>(szName.size()), szConfPath);

@@ -18,7 +18,7 @@ class CService;
 inline constexpr const wchar_t* PSZ_SECTION_INIT = L"INIT";
 inline constexpr const wchar_t* PSZ_KEY_DAEMON_USER = L"DaemonUser";
 inline constexpr const wchar_t* PSZ_KEY_PORT = L"AccessPort";
-inline constexpr int nPortDefaut = 4900;
+inline constexpr int PORT_DEFAUT = 4900;
 
 /// The shared manager's service and program, and what the name of an instance's service begins with.
 inline constexpr const wchar_t* PSZ_MANAGER_SERVICE = L"KalmoManager";
@@ -53,7 +53,7 @@ ETelemetryState eReadTelemetry(const wchar_t* pszConfPath);
 /// The service of the instance that the configuration file in a directory, which ends in "/", belongs to.
 /// Empty when there is none, or it has no name that a service can have.
 CTString csServiceConfiguredIn(const CTString& csDirectory);
-/// The port, nPortDefaut when the file does not tell any.
+/// The port, PORT_DEFAUT when the file does not tell any.
 int nReadServerPort(const wchar_t* pszConfPath);
 
 /// The account that needs no looking up, and no key in the file.

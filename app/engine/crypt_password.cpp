@@ -28,11 +28,11 @@ std::string csCryptPassword(const CTString& csAccount, const CTString& csPasswor
     clCipher.CryptInitKeys(std::wstring(svAccount.begin(), svAccount.end()));
     clCipher.CryptEncodeBuffer(tabByte);
 
-    static constexpr std::string_view svDigits = "0123456789ABCDEF";
+    static constexpr std::string_view SV_DIGITS = "0123456789ABCDEF";
     std::string csHex;
     for (const unsigned char by : tabByte) {
-        csHex += svDigits[by >> 4U];
-        csHex += svDigits[by & 15U];
+        csHex += SV_DIGITS[by >> 4U];
+        csHex += SV_DIGITS[by & 15U];
     }
     return csHex;
 }

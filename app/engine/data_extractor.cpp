@@ -20,10 +20,10 @@
 namespace kalmo {
 namespace {
 
-constexpr mode_t unManagerMode = 04755;
-constexpr mode_t unFileMode = 0755;
-constexpr int nAttempts = 20;
-constexpr useconds_t unPauseMicros = 500'000;
+constexpr mode_t MANAGER_MODE = 04755;
+constexpr mode_t FILE_MODE = 0755;
+constexpr int ATTEMPTS = 20;
+constexpr useconds_t PAUSE_MICROS = 500'000;
 
 // Puts the parts that are not empty together, with a blank line between them.
 CTString csJoin(const CTString& csFirst, const CTString& csSecond) {
@@ -105,8 +105,8 @@ bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, IInstallProgress* pclP
             continue;
         }
         const bool bManager = bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM);
-        if (!(bManager ? _bInstalFile(pszDir, PSZ_MANAGER_PROGRAM, unManagerMode, true)
-                       : _bInstalFile(pszDir, csName, unFileMode, false))) {
+        if (!(bManager ? _bInstalFile(pszDir, PSZ_MANAGER_PROGRAM, MANAGER_MODE, true)
+                       : _bInstalFile(pszDir, csName, FILE_MODE, false))) {
             return false;
         }
         if (pclProgress != nullptr) {
@@ -127,10 +127,10 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
             eCode = eExtraitFichier(svName, clTarget.svGet(), 0, nullptr, 0, 0, nullptr);
         }
         // A name that leads out of the directory, or is too long, does not get better by waiting.
-        if (eCode == ARCHIVE_OK || nAttempt == nAttempts || bNameRefused) {
+        if (eCode == ARCHIVE_OK || nAttempt == ATTEMPTS || bNameRefused) {
             break;
         }
-        ::usleep(unPauseMicros);
+        ::usleep(PAUSE_MICROS);
     }
     if (eCode != ARCHIVE_OK) {
         _ProcessZipError(eCode, svName, clTarget.bEmpty() ? svName : clTarget.svGet());

@@ -21,17 +21,17 @@
 namespace kalmo {
 namespace {
 
-constexpr std::wstring_view svProgramRoot = L"%%EXE%%";
+constexpr std::wstring_view SV_PROGRAM_ROOT = L"%%EXE%%";
 constexpr const wchar_t* PSZ_LOG = L"INSTALL.LOG";
-constexpr std::size_t nMaxLog = 16U << 20U;
-constexpr int nExitFailure = 255;
+constexpr std::size_t MAX_LOG = 16U << 20U;
+constexpr int EXIT_CODE_FAILURE = 255;
 
 // Where the database lies whose root is given as the configuration tells it. False when that is too long.
 bool bDatabaseDirectory(const CFSPath& rclInstallDir, std::wstring_view svRoot, CFSPath* pclDir) {
-    if (!svRoot.starts_with(svProgramRoot)) {
+    if (!svRoot.starts_with(SV_PROGRAM_ROOT)) {
         return pclDir->bSet(svRoot);
     }
-    svRoot.remove_prefix(svProgramRoot.size());
+    svRoot.remove_prefix(SV_PROGRAM_ROOT.size());
     svRoot.remove_prefix(std::min(svRoot.find_first_not_of(L'/'), svRoot.size()));
     *pclDir = rclInstallDir;
     return svRoot.empty() || pclDir->bAppend(svRoot);
@@ -119,11 +119,11 @@ std::size_t CDataExtractor::nCommandExcess(const wchar_t* pszDir, const STInstal
     std::string csServer;
     std::string csHidden;
     if (!clDir.bSet(pszDir) || !clDir.bAddTrailingSlash()) {
-        return nMaxServerCommand;
+        return MAX_SERVER_COMMAND;
     }
     __AddInstallerMode(rstParam, &csServer, &csHidden);
     const std::size_t nLength = csServerCommand(clDir, csServer, csHidden).size();
-    return nLength - std::min(nLength, nMaxServerCommand);
+    return nLength - std::min(nLength, MAX_SERVER_COMMAND);
 }
 
 bool CDataExtractor::__bCreateDirectory(std::wstring_view svDir) {
@@ -142,9 +142,9 @@ void CDataExtractor::__AddCryptPassword(const STInstallParam& rstParam, std::str
 
 bool CDataExtractor::__bRunServerProgram(const CFSPath& rclDir, std::string_view svShown,
                                          std::string_view svHidden) {
-    const int nStatus = nRunServerProgram(rclDir, svShown, svHidden, nMaxServerCommand, m_rclTrace);
+    const int nStatus = nRunServerProgram(rclDir, svShown, svHidden, MAX_SERVER_COMMAND, m_rclTrace);
     // The exit code alone decides; of a program that a signal ended there is none, which counts as 0.
-    if (nStatus != -1 && nExitCode(nStatus) != nExitFailure) {
+    if (nStatus != -1 && nExitCode(nStatus) != EXIT_CODE_FAILURE) {
         return true;
     }
     _ShowErrorLog(rclDir.pszGet());
@@ -170,7 +170,7 @@ void CDataExtractor::_SetDaemonUser(const CTString& csUser, const wchar_t* pszCo
 void CDataExtractor::_ShowErrorLog(const wchar_t* pszDir) {
     const CTString csPath = CTString(pszDir) + PSZ_LOG;
     std::string csLog;
-    const int nError = nOutcome(CDiskFile::bLoad(csPath, nMaxLog, &csLog));
+    const int nError = nOutcome(CDiskFile::bLoad(csPath, MAX_LOG, &csLog));
     if (nError != 0) {
         m_rclTrace.Outcome(L"read " + csPath, nError);
         csLog.clear();

@@ -18,11 +18,11 @@ namespace kalmo {
 namespace {
 
 // The longest value that is looked at.
-constexpr std::size_t nMaxHeld = nTailleMaxPath + 1;
+constexpr std::size_t MAX_HELD = TAILLE_MAX_PATH + 1;
 
 // What a key of the configuration now holds; empty when it is missing.
 CTString csHeld(const wchar_t* pszConfPath, const wchar_t* pszKey) {
-    std::array<wchar_t, nMaxHeld + 1> szValue{};
+    std::array<wchar_t, MAX_HELD + 1> szValue{};
     GetPrivateProfileString(PSZ_SECTION_INIT, pszKey, L"", szValue.data(), szValue.size(), pszConfPath);
     return szValue.data();
 }
@@ -57,7 +57,7 @@ bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot
     bool bOfAnother = false;
     for (std::size_t n = 0; n < tabKey.size(); ++n) {
         const CTString csNow = csHeld(pszConfPath, tabKey[n]);
-        const bool bHolds = csNow == csValeurRelue(tabValue[n]).svGet().substr(0, nMaxHeld);
+        const bool bHolds = csNow == csValeurRelue(tabValue[n]).svGet().substr(0, MAX_HELD);
         bWritten = bWritten && bHolds;
         bOfAnother =
             bOfAnother || (clKept.nGet() != 0 && !bHolds && !csNow.bEmpty() && csNow == tabBefore[n]);

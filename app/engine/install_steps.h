@@ -23,7 +23,7 @@ bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot
 
 /// The longest command line of the server's programs in an interactive installation, in bytes: a buffer of
 /// 261 with its terminating zero.
-inline constexpr std::size_t nMaxServerCommand = 260;
+inline constexpr std::size_t MAX_SERVER_COMMAND = 260;
 
 /// The shell's command line of one of the server's programs in the install directory, which ends in "/":
 /// svShown is the program's name with its arguments, svHidden more of them. Its standard error is dropped.

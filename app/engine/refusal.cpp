@@ -164,10 +164,10 @@ CRefusal clRefuseDirectory(const CFSPath& rclDir, CServiceList& rtabServer) {
 
 CRefusal clRefuseCommandRoom(const CFSPath& rclDir) {
     const std::size_t nLength = csServerCommand(rclDir, "kalmomanager --INSTALLER", "").size();
-    if (nLength <= nMaxServerCommand) {
+    if (nLength <= MAX_SERVER_COMMAND) {
         return {};
     }
-    const int nTooMany = static_cast<int>(nLength - nMaxServerCommand);
+    const int nTooMany = static_cast<int>(nLength - MAX_SERVER_COMMAND);
     return STRefusal{L"the server's programs in " + csQuoted(rclDir.csGet()) + L" could not be called: " +
                          std::to_wstring(nTooMany) + L" bytes too many",
                      csFormatText(TEXTE_REPERTOIRE_TROP_LONG, rclDir.csGet(), nTooMany)};

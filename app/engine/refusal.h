@@ -39,7 +39,7 @@ CRefusal clRefuseUpgrade(CService& rclService);
 /// it is that of an instance whose unit is masked.
 CRefusal clRefuseDirectory(const CFSPath& rclDir, CServiceList& rtabServer);
 
-/// Against a directory in which a command of the server's programs has more than nMaxServerCommand bytes.
+/// Against a directory in which a command of the server's programs has more than MAX_SERVER_COMMAND bytes.
 CRefusal clRefuseCommandRoom(const CFSPath& rclDir);
 
 /// Against an instance's name that no service can have.

@@ -15,8 +15,8 @@ namespace {
 // In directories that only root can write: nobody else can hold the machine. Older ones have no /run.
 constexpr const char* TAB_LOCK[] = {"/run/kalmoinstall.lock", "/var/run/kalmoinstall.lock"};
 constexpr const wchar_t* PSZ_STEP = L"have the machine alone";
-constexpr std::chrono::minutes clLongestWait{10};
-constexpr useconds_t unPauseMicros = 200'000;
+constexpr std::chrono::minutes LONGEST_WAIT{10};
+constexpr useconds_t PAUSE_MICROS = 200'000;
 
 }  // namespace
 
@@ -40,7 +40,7 @@ bool CRunLock::bWait(CTrace& rclTrace) {
     const auto clStart = std::chrono::steady_clock::now();
     bool bTold = false;
     while (!bTake(rclTrace)) {
-        if (std::chrono::steady_clock::now() - clStart > clLongestWait) {
+        if (std::chrono::steady_clock::now() - clStart > LONGEST_WAIT) {
             rclTrace.Step(PSZ_STEP, L"failed: another installer has it for ten minutes");
             return false;
         }
@@ -48,7 +48,7 @@ bool CRunLock::bWait(CTrace& rclTrace) {
             rclTrace.Step(PSZ_STEP, L"another installer works on it; waiting");
             bTold = true;
         }
-        ::usleep(unPauseMicros);
+        ::usleep(PAUSE_MICROS);
     }
     return true;
 }

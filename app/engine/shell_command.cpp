@@ -16,9 +16,9 @@ CTString csStatus(int nStatus) {
 }
 
 std::string csShellWord(std::string_view sv) {
-    static constexpr std::string_view svPlain =
+    static constexpr std::string_view SV_PLAIN =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-+=.,:@%/";
-    if (!sv.empty() && sv.find_first_not_of(svPlain) == std::string_view::npos) {
+    if (!sv.empty() && sv.find_first_not_of(SV_PLAIN) == std::string_view::npos) {
         return std::string(sv);
     }
     std::string cs = "'";

@@ -94,8 +94,8 @@ bool CTrace::bOpen(std::wstring_view svPath) {
         return false;
     }
     // A named pipe in its place must not hold the run up.
-    constexpr int nFlags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-    CUniqueFd clFd(::open(clPath.csGetUTF8().pszGet(), nFlags, 0600));
+    constexpr int FLAGS = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    CUniqueFd clFd(::open(clPath.csGetUTF8().pszGet(), FLAGS, 0600));
     struct stat st {};
     if (!clFd.bValid() || ::fstat(clFd.nGet(), &st) != 0 || !S_ISREG(st.st_mode)) {
         return false;

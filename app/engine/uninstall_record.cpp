@@ -14,7 +14,7 @@ namespace kalmo {
 namespace {
 
 constexpr const wchar_t* PSZ_DIRECTORY = L"/var/lib/kalmoinstall/";
-constexpr std::size_t nMaxRecord = 8192;
+constexpr std::size_t MAX_RECORD = 8192;
 
 bool bSyncDirectory(const wchar_t* pszDirectory) {
     CDiskFile clDirectory;
@@ -23,7 +23,7 @@ bool bSyncDirectory(const wchar_t* pszDirectory) {
 
 bool bReadNote(const CTString& csPath, CUninstallRecord::STNote* pst) {
     std::string csText;
-    if (!CDiskFile::bLoad(csPath, nMaxRecord, &csText)) {
+    if (!CDiskFile::bLoad(csPath, MAX_RECORD, &csText)) {
         return false;
     }
     std::vector<CTString> tabLine;

@@ -19,7 +19,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t nMaxLicence = 4U << 20U;  // nobody reads more
+constexpr std::size_t MAX_LICENCE = 4U << 20U;  // nobody reads more
 
 /// A private file in the system's temporary folder, deleted with this object.
 class CTemporaryFile {
@@ -68,7 +68,7 @@ CTString csLoadLicense(CDataExtractor* pclExtractor, CTString* pcsText) {
     CTrace& rclTrace = pclExtractor->rclGetTrace();
     const CRepertoire& rclRepertoire = pclExtractor->rclGetRepertoire();
     const CRepEntree* const pclEntree = rclRepertoire.pclGetEntree(rclRepertoire.lRang(PSZ_LICENCE));
-    if (pclEntree == nullptr || pclEntree->u64GetTailleOriginale() > nMaxLicence) {
+    if (pclEntree == nullptr || pclEntree->u64GetTailleOriginale() > MAX_LICENCE) {
         return csNoLicense(rclTrace, L"there is none, or it is too long");
     }
     // Until the file is gone: any of these would end the process before.
@@ -87,7 +87,7 @@ CTString csLoadLicense(CDataExtractor* pclExtractor, CTString* pcsText) {
         return csNoLicense(rclTrace, L"result " + std::to_wstring(eCode));
     }
     std::string csBytes;
-    if (!CDiskFile::bLoad(csPath, nMaxLicence, &csBytes)) {
+    if (!CDiskFile::bLoad(csPath, MAX_LICENCE, &csBytes)) {
         return csNoFolder(clFile, rclTrace);
     }
     *pcsText = csFromUTF8(csBytes.starts_with("\xEF\xBB\xBF") ? csBytes.substr(3) : csBytes);

@@ -33,7 +33,7 @@ std::vector<CTString> tabServerLibraries(const CTString& csDirectory) {
     CFileSearch clSearch;
     for (bool bFound = CDiskFile::bFindFirst(csDirectory + L"tv*.so", 0, &clSearch); bFound;
          bFound = CDiskFile::bFindNext(&clSearch)) {
-        if (clSearch.dwGetAttributes() != dwAttributRepertoire) {
+        if (clSearch.dwGetAttributes() != ATTRIBUT_REPERTOIRE) {
             tab.push_back(csDirectory + clSearch.csGetName());
         }
     }

@@ -16,8 +16,8 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t nMaxFile = 16U << 20U;  // orders are a few lines
-constexpr std::size_t nMaxServerName = 100;
+constexpr std::size_t MAX_FILE = 16U << 20U;  // orders are a few lines
+constexpr std::size_t MAX_SERVER_NAME = 100;
 
 bool bFail(CTrace& rclTrace, std::wstring_view svWhat, std::wstring_view svWhy) {
     rclTrace.Step(svWhat, L"failed: " + CTString(svWhy));
@@ -27,15 +27,15 @@ bool bFail(CTrace& rclTrace, std::wstring_view svWhat, std::wstring_view svWhy) 
 // The mark of an encoding that profile files are not read in; null when there is none.
 const wchar_t* pszForeignMark(std::string_view svBytes) {
     using namespace std::string_view_literals;
-    static constexpr std::pair<std::string_view, const wchar_t*> tabMark[] = {
+    static constexpr std::pair<std::string_view, const wchar_t*> TAB_MARK[] = {
         {"\xFF\xFE\0\0"sv, L"UTF-32"},
         {"\0\0\xFE\xFF"sv, L"UTF-32"},
         {"\xFE\xFF"sv, L"UTF-16 big-endian"},
         {"\xEF\xBB\xBF"sv, L"UTF-8"},
     };
     const auto* const pst =
-        std::ranges::find_if(tabMark, [svBytes](const auto& rst) { return svBytes.starts_with(rst.first); });
-    return pst == std::end(tabMark) ? nullptr : pst->second;
+        std::ranges::find_if(TAB_MARK, [svBytes](const auto& rst) { return svBytes.starts_with(rst.first); });
+    return pst == std::end(TAB_MARK) ? nullptr : pst->second;
 }
 
 // The file's bytes. False, and told, when they cannot be had.
@@ -45,7 +45,7 @@ bool bLoad(const CTString& csPath, CTrace& rclTrace, std::string* pcsBytes) {
     if (!__PrivateProfilePatchName(csPath.pszGet(), szPath) || !CDiskFile::bFileExists(szPath)) {
         return bFail(rclTrace, csWhat, CDiskFile::bDirectoryExists(szPath) ? L"a directory" : L"not found");
     }
-    const int nError = nOutcome(CDiskFile::bLoad(szPath, nMaxFile, pcsBytes));
+    const int nError = nOutcome(CDiskFile::bLoad(szPath, MAX_FILE, pcsBytes));
     if (nError != 0) {
         rclTrace.Outcome(L"read " + csWhat, nError);
     }
@@ -112,12 +112,12 @@ bool STOrders::bRead(const CTString& csPath, CTrace& rclTrace) {
         nOperation = nOrdered;
         return true;
     }
-    if (!bCheckText(stServer, nMaxServerName, rclTrace)) {
+    if (!bCheckText(stServer, MAX_SERVER_NAME, rclTrace)) {
         return false;
     }
     csServer = stServer.cs;
     if (nOrdered == OP_INSTALL) {
-        if (!bCheckText(stDirectory, nTailleMaxPath, rclTrace)) {
+        if (!bCheckText(stDirectory, TAILLE_MAX_PATH, rclTrace)) {
             return false;
         }
         if (!stDirectory.cs.svGet().starts_with(L'/')) {
@@ -126,7 +126,7 @@ bool STOrders::bRead(const CTString& csPath, CTrace& rclTrace) {
         if (!clInstallDir.bSet(stDirectory.cs) || !clInstallDir.bAddTrailingSlash()) {
             return bFail(rclTrace, stDirectory.pszKey, L"too long");
         }
-        nPort = stPort.bThere ? nEntierDeValeur(stPort.cs) : nPortDefaut;
+        nPort = stPort.bThere ? nEntierDeValeur(stPort.cs) : PORT_DEFAUT;
     }
     nOperation = nOrdered;
     return true;

@@ -264,10 +264,10 @@ bool CPilot::__bForgetSuccess(const CTString& csDir) {
 }
 
 bool CPilot::__LogSuccess(const CTString& csDir) {
-    static constexpr std::string_view svMark = "OK";
+    static constexpr std::string_view SV_MARK = "OK";
     CDiskFile clFile;
     const int nError = nOutcome(clFile.bOpen(csDir + PSZ_MARKER, CDiskFile::eMODE::Create) &&
-                                clFile.bWrite(svMark.data(), svMark.size()) && clFile.bClose());
+                                clFile.bWrite(SV_MARK.data(), SV_MARK.size()) && clFile.bClose());
     m_clTrace.Outcome(L"marker " + csDir + PSZ_MARKER, nError);
     return nError == 0;
 }

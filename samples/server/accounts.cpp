@@ -18,8 +18,8 @@
 namespace kalmo::sample {
 namespace {
 
-constexpr std::size_t nSaltBytes = 4;
-constexpr std::size_t nMaxFile = 1U << 20U;
+constexpr std::size_t SALT_BYTES = 4;
+constexpr std::size_t MAX_FILE = 1U << 20U;
 
 struct STAccount {
     std::string csHash;
@@ -50,7 +50,7 @@ std::vector<STAccount> tabRead(const CFSPath& clFile) {
     std::string csText;
     std::array<char, 4096> tabPiece{};
     for (ssize_t n = 0;
-         csText.size() < nMaxFile && (n = ::read(clFd.nGet(), tabPiece.data(), tabPiece.size())) > 0;) {
+         csText.size() < MAX_FILE && (n = ::read(clFd.nGet(), tabPiece.data(), tabPiece.size())) > 0;) {
         csText.append(tabPiece.data(), static_cast<std::size_t>(n));
     }
     std::vector<STAccount> tab;
@@ -103,13 +103,13 @@ std::optional<std::string> csDecipherPassword(std::string_view svAccount, std::s
         }
         tabByte.push_back(static_cast<unsigned char>(nDigit(svHex[0]) * 16 + nDigit(svHex[1])));
     }
-    if (!svHex.empty() || tabByte.size() < nSaltBytes) {
+    if (!svHex.empty() || tabByte.size() < SALT_BYTES) {
         return {};
     }
     CEntryCipher clCipher;
     clCipher.CryptInitKeys(std::wstring(svAccount.begin(), svAccount.end()));
     clCipher.CryptDecodeBuffer(tabByte);
-    std::string csPassword(tabByte.begin() + nSaltBytes, tabByte.end());
+    std::string csPassword(tabByte.begin() + SALT_BYTES, tabByte.end());
     // What is not UTF-8 becomes lone surrogates.
     const CTString csWide = csFromUTF8(csPassword);
     const bool bText = std::ranges::none_of(csWide.svGet(),

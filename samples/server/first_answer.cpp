@@ -21,12 +21,12 @@ namespace kalmo::sample {
 namespace {
 
 constexpr std::chrono::seconds clLongest(60);
-constexpr int nStep = 50;  // milliseconds
+constexpr int STEP = 50;  // milliseconds
 // The service's state is asked for every so many steps. An init script takes a program that is being started
 // for a dead one, and systemd starts again what has failed: only one that stays so has ended.
-constexpr int nStepsAQuestion = 6;
+constexpr int STEPS_A_QUESTION = 6;
 constexpr std::chrono::seconds clSurelyEnded(10);
-constexpr std::size_t nMaxLine = 255;
+constexpr std::size_t MAX_LINE = 255;
 
 // The first line of whoever listens on a port. Nobody is waited for longer than a step.
 class CFirstLine {
@@ -40,26 +40,26 @@ class CFirstLine {
     // Goes on for a step. True when the line is there, whole or as long as a line may be.
     bool bCame() {
         if (!m_clSocket.bValid() && !__bConnect()) {
-            ::poll(nullptr, 0, nStep);
+            ::poll(nullptr, 0, STEP);
             return false;
         }
         pollfd st{m_clSocket.nGet(), POLLIN, 0};
-        if (::poll(&st, 1, nStep) <= 0) {
+        if (::poll(&st, 1, STEP) <= 0) {
             return false;
         }
-        std::array<char, nMaxLine> tabPiece{};
+        std::array<char, MAX_LINE> tabPiece{};
         const ssize_t n = ::recv(m_clSocket.nGet(), tabPiece.data(), tabPiece.size(), MSG_DONTWAIT);
         if (n <= 0) {
             Forget();
-            ::poll(nullptr, 0, nStep);
+            ::poll(nullptr, 0, STEP);
             return false;
         }
         m_csText.append(tabPiece.data(), static_cast<std::size_t>(n));
-        return m_csText.find('\n') != m_csText.npos || m_csText.size() >= nMaxLine;
+        return m_csText.find('\n') != m_csText.npos || m_csText.size() >= MAX_LINE;
     }
 
     [[nodiscard]] std::string_view svLine() const {
-        return std::string_view(m_csText).substr(0, std::min(m_csText.find('\n'), nMaxLine));
+        return std::string_view(m_csText).substr(0, std::min(m_csText.find('\n'), MAX_LINE));
     }
     [[nodiscard]] bool bConnected() const { return m_clSocket.bValid(); }
     // Hangs up; the next step connects again.
@@ -117,7 +117,7 @@ bool bAwaitGreeting(const CTString& csService, int nPort, std::string_view svGre
             rclLog.Line(csPort + L" is another program's, which answers: " + csPrintable(clLine.svLine()));
             return false;
         }
-        if (!bCame && n % nStepsAQuestion != 0) {
+        if (!bCame && n % STEPS_A_QUESTION != 0) {
             continue;
         }
         const eSERVICESTATUS eStatus = clService.eGetStatus();
@@ -132,7 +132,7 @@ bool bAwaitGreeting(const CTString& csService, int nPort, std::string_view svGre
         if (bCame) {
             // The same instance, but not as this service: started by hand, say.
             clLine.Forget();
-            ::poll(nullptr, 0, nStep * nStepsAQuestion);
+            ::poll(nullptr, 0, STEP * STEPS_A_QUESTION);
         }
     }
     if (!bEnded()) {

@@ -12,10 +12,10 @@
 namespace kalmo::sample {
 namespace {
 
-constexpr std::wstring_view svExePrefix = L"%%EXE%%";
+constexpr std::wstring_view SV_EXE_PREFIX = L"%%EXE%%";
 
 CTString csReadInit(const wchar_t* pszKey, const CFSPath& clConf) {
-    std::array<wchar_t, nTailleMaxPath + 1> szValue{};
+    std::array<wchar_t, TAILLE_MAX_PATH + 1> szValue{};
     GetPrivateProfileString(PSZ_SECTION_INIT, pszKey, L"", szValue.data(), szValue.size(), clConf.pszGet());
     return CTString(szValue.data());
 }
@@ -34,15 +34,15 @@ bool bReadInstance(STInstance* pstOut) {
         return false;
     }
     pstOut->csName = csReadInit(L"Name", clConf);
-    pstOut->nPort = GetPrivateProfileInt(PSZ_SECTION_INIT, L"AccessPort", nPortDefaut, clConf.pszGet());
+    pstOut->nPort = GetPrivateProfileInt(PSZ_SECTION_INIT, L"AccessPort", PORT_DEFAUT, clConf.pszGet());
     pstOut->csDaemonUser = csReadInit(PSZ_KEY_DAEMON_USER, clConf);
 
     const CTString csRoot = csReadInit(L"DBRootPath", clConf);
     std::wstring_view svRoot = csRoot;
-    if (!svRoot.starts_with(svExePrefix)) {
+    if (!svRoot.starts_with(SV_EXE_PREFIX)) {
         return pstOut->clDatabaseRoot.bSet(svRoot);
     }
-    svRoot.remove_prefix(svExePrefix.size());
+    svRoot.remove_prefix(SV_EXE_PREFIX.size());
     while (svRoot.starts_with(L'/')) {
         svRoot.remove_prefix(1);
     }
@@ -51,9 +51,9 @@ bool bReadInstance(STInstance* pstOut) {
 }
 
 bool bNameAllowed(std::wstring_view svName) {
-    static constexpr std::wstring_view svAllowed =
+    static constexpr std::wstring_view SV_ALLOWED =
         L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-";
-    return !svName.empty() && svName.size() <= 100 && svName.find_first_not_of(svAllowed) == svName.npos;
+    return !svName.empty() && svName.size() <= 100 && svName.find_first_not_of(SV_ALLOWED) == svName.npos;
 }
 
 int nRunProgram(int nArgc, char** ppszArgv, int (*fnMain)(CArguments)) {

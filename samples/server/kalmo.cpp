@@ -34,7 +34,7 @@
 namespace kalmo::sample {
 namespace {
 
-constexpr int nInstallerFailed = 255;
+constexpr int INSTALLER_FAILED = 255;
 
 // The directory of the server's own tables and what an earlier daemon left in it, owned by the account that
 // the daemon runs as now.
@@ -111,25 +111,25 @@ int nInstall(const STInstance& rst, CArguments tabArgument) {
     }
     STNewAccount stAccount;
     if (!bReadArguments(tabArgument, &stAccount, clLog)) {
-        return nInstallerFailed;
+        return INSTALLER_FAILED;
     }
     if (!bNameAllowed(rst.csName)) {
         clLog.Line(L"the instance name \"" + rst.csName +
                    L"\" may hold letters, digits, \"_\" and \"-\" only");
-        return nInstallerFailed;
+        return INSTALLER_FAILED;
     }
     CServiceManager clManager;
     STRegistration stService{L"ZDCS-" + rst.csName, L"ZDSQL server " + rst.csName, rst.clDirectory,
                              rst.csDaemonUser};
     if (!stService.clProgram.bAppend(L"kalmo")) {
         clLog.Line(L"the program's path is too long: " + rst.clDirectory.csGet());
-        return nInstallerFailed;
+        return INSTALLER_FAILED;
     }
     const bool bDone =
         clManager.bInit(nullptr, 0) && bPrepareDatabase(rst, clLog) &&
         bCreateAccount(rst, stAccount, clLog) && bRegister(stService, clLog) &&
         bAwaitGreeting(stService.csService, rst.nPort, csGreeting(rst, csToUTF8(csGetOwnVersion())), clLog);
-    return bDone ? 0 : nInstallerFailed;
+    return bDone ? 0 : INSTALLER_FAILED;
 }
 
 // The name of the SQL dialect, from the library beside the program.
@@ -166,9 +166,9 @@ int nServe(STInstance& rst) {
     Log("start " + std::string(csVersion.svGet()) + ", dialect " + csDialect(rst));
     const auto Greeting = [&] { return csGreeting(rst, csVersion) + "\n"; };
     const auto Answer = [&](std::string_view svLine) -> std::string {
-        static constexpr std::string_view svLogin = "LOGIN ";
-        const bool bIn = svLine.starts_with(svLogin) &&
-                         CAccounts(rst.clDatabaseRoot).bLogin(svLine.substr(svLogin.size()));
+        static constexpr std::string_view SV_LOGIN = "LOGIN ";
+        const bool bIn = svLine.starts_with(SV_LOGIN) &&
+                         CAccounts(rst.clDatabaseRoot).bLogin(svLine.substr(SV_LOGIN.size()));
         return bIn ? "OK\n" : "NO\n";
     };
     const auto Reload = [&] {
@@ -189,7 +189,7 @@ int nMain(CArguments tabArgument) {
             CInstallLog(st.clDirectory)
                 .Line(L"the path of the configuration or of the databases is too long");
         }
-        return nInstallerFailed;
+        return INSTALLER_FAILED;
     }
     if (svMode == "--INSTALLER") {
         return nInstall(st, tabArgument.subspan(1));

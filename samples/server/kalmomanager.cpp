@@ -28,7 +28,7 @@
 namespace kalmo::sample {
 namespace {
 
-constexpr int nInstallerFailed = 255;
+constexpr int INSTALLER_FAILED = 255;
 constexpr const wchar_t* PSZ_SERVICE = L"KalmoManager";
 constexpr const char* PSZ_SOCKET = "/run/kalmomanager.sock";
 
@@ -53,9 +53,9 @@ int nInstall(const STInstance& rst) {
     STRegistration stService{PSZ_SERVICE, L"ZDSQL server manager", rst.clDirectory, L""};
     if (!stService.clProgram.bAppend(L"kalmomanager")) {
         clLog.Line(L"the program's path is too long: " + rst.clDirectory.csGet());
-        return nInstallerFailed;
+        return INSTALLER_FAILED;
     }
-    return bRegister(stService, clLog) ? 0 : nInstallerFailed;
+    return bRegister(stService, clLog) ? 0 : INSTALLER_FAILED;
 }
 
 // One line an instance: the name of its service and its status number.
@@ -99,13 +99,13 @@ int nMain(CArguments tabArgument) {
     }
     if (::getuid() != 0) {
         std::fputs("kalmomanager: only root may do this\n", stderr);
-        return nInstallerFailed;
+        return INSTALLER_FAILED;
     }
     STInstance st;
     if (svMode == "--INSTALLER") {
         // Of the settings it needs none.
         static_cast<void>(bReadInstance(&st));
-        return st.clDirectory.bEmpty() ? nInstallerFailed : nInstall(st);
+        return st.clDirectory.bEmpty() ? INSTALLER_FAILED : nInstall(st);
     }
     if (svMode == "--service") {
         return nServe();

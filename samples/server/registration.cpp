@@ -15,7 +15,7 @@ namespace kalmo::sample {
 namespace {
 
 // %N service, %D description, %P program, %U account.
-constexpr std::wstring_view svUnit =
+constexpr std::wstring_view SV_UNIT =
     LR"([Unit]
 Description=%D
 After=network.target
@@ -31,7 +31,7 @@ Restart=on-failure
 WantedBy=multi-user.target
 )";
 
-constexpr std::wstring_view svScript =
+constexpr std::wstring_view SV_SCRIPT =
     LR"(#!/bin/sh
 ### BEGIN INIT INFO
 # Provides:          %N
@@ -108,7 +108,7 @@ bool bSystemctl(const CTString& csArguments, CInstallLog& rclLog) {
 }
 
 bool bRegisterSystemd(const STRegistration& rst, CInstallLog& rclLog) {
-    return bWriteFile(L"/etc/systemd/system/" + rst.csService + L".service", csFill(svUnit, rst), 0644,
+    return bWriteFile(L"/etc/systemd/system/" + rst.csService + L".service", csFill(SV_UNIT, rst), 0644,
                       rclLog) &&
            bSystemctl(L"daemon-reload", rclLog) && bSystemctl(L"enable " + rst.csService, rclLog) &&
            bSystemctl(L"restart " + rst.csService, rclLog);
@@ -131,11 +131,11 @@ bool bRegisterSysV(const STRegistration& rst, CInstallLog& rclLog) {
     const CTString csScript = csScriptPath(rst.csService);
     // Whoever reads the script's marker lines reads no longer ones, with the line feed.
     const CXYString<char> csProgram = csToUTF8(rst.clProgram.svGet());
-    if (svProgramMarker.size() + csProgram.nGetLength() + sizeof " --service\"" - 1 >= nMaxProgramLine) {
+    if (SV_PROGRAM_MARKER.size() + csProgram.nGetLength() + sizeof " --service\"" - 1 >= MAX_PROGRAM_LINE) {
         rclLog.Line(L"the program's path is too long for an init script: " + rst.clProgram.csGet());
         return false;
     }
-    if (!bWriteFile(csScript, csFill(svScript, rst), 0755, rclLog)) {
+    if (!bWriteFile(csScript, csFill(SV_SCRIPT, rst), 0755, rclLog)) {
         return false;
     }
     CXYString<char> csTool(pszBootTool());

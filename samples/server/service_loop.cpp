@@ -23,8 +23,8 @@ sockaddr_un stUnixAddress(const char* pszPath) {
     return st;
 }
 
-constexpr std::size_t nMaxClients = 100;
-constexpr std::size_t nMaxLine = 1000;
+constexpr std::size_t MAX_CLIENTS = 100;
+constexpr std::size_t MAX_LINE = 1000;
 
 struct STClient {
     CUniqueFd clSocket;
@@ -46,7 +46,7 @@ bool bKeep(STClient& rstClient, const STConversation& rst) {
     rstClient.csLine.append(tabPiece.data(), static_cast<std::size_t>(n));
     const std::size_t nEnd = rstClient.csLine.find('\n');
     if (nEnd == std::string::npos) {
-        return rstClient.csLine.size() < nMaxLine;
+        return rstClient.csLine.size() < MAX_LINE;
     }
     std::string_view svLine = std::string_view(rstClient.csLine).substr(0, nEnd);
     if (svLine.ends_with('\r')) {
@@ -133,7 +133,7 @@ void ServeUntilTerminated(const CUniqueFd& clListener, const STConversation& rst
         if (tabPoll[0].revents != 0) {
             STClient stClient{CUniqueFd(::accept4(clListener.nGet(), nullptr, nullptr, SOCK_CLOEXEC)), {}};
             Say(stClient, rst.fnGreeting());
-            if (rst.fnAnswer && tabClient.size() < nMaxClients) {
+            if (rst.fnAnswer && tabClient.size() < MAX_CLIENTS) {
                 tabClient.push_back(std::move(stClient));
             }
         }

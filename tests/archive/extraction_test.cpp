@@ -112,11 +112,11 @@ TEST_F(Extraction, NamesFlagsAndLookups) {
         const char* pszOut;
     } tabCase[] = {
         {"SUB\\file.TXT", 0, ARCHIVE_OK, "hello, archive"},
-        {"sub\\FILE.txt", CTVZipBase::dwEXTRAIT_CASSE, ARCHIVE_OK, "the second"},
-        {"SUB\\file.TXT", CTVZipBase::dwEXTRAIT_CASSE, ARCHIVE_NOT_LOCATED, "the second"},
+        {"sub\\FILE.txt", CTVZipBase::EXTRAIT_CASSE, ARCHIVE_OK, "the second"},
+        {"SUB\\file.TXT", CTVZipBase::EXTRAIT_CASSE, ARCHIVE_NOT_LOCATED, "the second"},
         {"File.txt", 0, ARCHIVE_NOT_FOUND, "the second"},
         // The flag takes away what stands there before anything else is looked at.
-        {"File.txt", CTVZipBase::dwEXTRAIT_SUPPRIME, ARCHIVE_NOT_FOUND, "(none)"},
+        {"File.txt", CTVZipBase::EXTRAIT_SUPPRIME, ARCHIVE_NOT_FOUND, "(none)"},
     };
     for (const auto& rst : tabCase) {
         EXPECT_EQ(eExtract(rst.pszName, "out", rst.dwFlags), rst.eResult);
@@ -166,7 +166,7 @@ TEST_F(Extraction, LockGivesTheFileFreeAndTakesItAgain) {
     EXPECT_EQ(m_cl.LockLectureEcritureOuvertEnLectureEcriture(0), ARCHIVE_OK);
     EXPECT_EQ(nOpen(), 0);
     // Opened for writing too, the write lock alone lets go; until the access flag is cleared.
-    ASSERT_EQ(eOpen("sound", CTVZipBase::dwOUVRE_ECRITURE), ARCHIVE_OK);
+    ASSERT_EQ(eOpen("sound", CTVZipBase::OUVRE_ECRITURE), ARCHIVE_OK);
     for (const int nStillOpen : {1, 0}) {
         EXPECT_EQ(m_cl.Lock(0), ARCHIVE_OK);
         EXPECT_EQ(nOpen(), nStillOpen);

@@ -49,9 +49,9 @@ TEST(Repertoire, ChangesKeepRanksCountsAndIndexTogether) {
 
 // Names that are made to meet in the index once made opening an archive take minutes.
 TEST(Repertoire, NamesThatMeetInTheIndexAreNoSlower) {
-    constexpr int nNames = 20000;
+    constexpr int NAMES = 20000;
     std::unordered_map<std::uint32_t, int> mapLike(43);
-    mapLike.reserve(nNames);
+    mapLike.reserve(NAMES);
     const auto unBuckets = static_cast<std::uint32_t>(mapLike.bucket_count());
     // Seven characters that have no case, whose hash is un.
     const auto csWithHash = [](std::uint32_t un) {
@@ -77,11 +77,11 @@ TEST(Repertoire, NamesThatMeetInTheIndexAreNoSlower) {
     const auto dSeconds = [](const auto& NameOf) {
         const auto clStart = std::chrono::steady_clock::now();
         CRepertoire cl;
-        cl.Reserve(nNames);
-        for (int n = 0; n <= nNames; ++n) {
-            (void)cl.bAjouteEntree(clEntry(NameOf(static_cast<std::uint32_t>(n % nNames))));
+        cl.Reserve(NAMES);
+        for (int n = 0; n <= NAMES; ++n) {
+            (void)cl.bAjouteEntree(clEntry(NameOf(static_cast<std::uint32_t>(n % NAMES))));
         }
-        for (int n = 0; n < nNames; ++n) {
+        for (int n = 0; n < NAMES; ++n) {
             EXPECT_EQ(cl.lRang(NameOf(static_cast<std::uint32_t>(n))), n) << "the first of a name stays";
         }
         EXPECT_EQ(cl.lRang(L"BA" + NameOf(0)), -1);

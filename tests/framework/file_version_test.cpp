@@ -14,10 +14,10 @@
 namespace kalmo {
 namespace {
 
-constexpr std::wstring_view svNone = L"(none)";
+constexpr std::wstring_view SV_NONE = L"(none)";
 
 std::wstring csVersion(const CFileVersion& rcl) {
-    CTString cs(svNone);
+    CTString cs(SV_NONE);
     rcl.bGetString(L"\\StringFileInfo\\000004E4\\VersionVI", &cs);
     return std::wstring(cs.svGet());
 }
@@ -25,7 +25,7 @@ std::wstring csVersion(const CFileVersion& rcl) {
 std::wstring csVersionOfFile(const std::wstring& csPath) {
     CFileVersion cl;
     const bool bInit = cl.bInit(csPath);
-    EXPECT_EQ(bInit, csVersion(cl) != svNone);
+    EXPECT_EQ(bInit, csVersion(cl) != SV_NONE);
     return csVersion(cl);
 }
 
@@ -40,7 +40,7 @@ TEST(FileVersion, OfProgramsAndOtherFiles) {
         EXPECT_EQ(csVersionOfFile(clFolder.csWide(psz)), L"25.0.98.0") << psz;
     }
     for (const char* const psz : {"/bin/ls", "text", "empty_notes", "empty", "fifo", "", "none"}) {
-        EXPECT_EQ(csVersionOfFile(clFolder.csWide(psz)), svNone) << psz;
+        EXPECT_EQ(csVersionOfFile(clFolder.csWide(psz)), SV_NONE) << psz;
     }
 }
 
@@ -69,7 +69,7 @@ TEST(FileVersion, NotesAreToldApartAndSizesMayLie) {
         {csGood.find("\"25."), R"(""         )"},  // nothing
     };
     for (const auto& [nAt, csBytes] : tabBad) {
-        EXPECT_EQ(csOf(csPatched(nAt, csBytes)), svNone) << nAt;
+        EXPECT_EQ(csOf(csPatched(nAt, csBytes)), SV_NONE) << nAt;
     }
     EXPECT_EQ(csOf(csPatched(128, "\x7E\x1A\xFE\xCA")), L"25.0.98.0") << "the type, another owner";
 }

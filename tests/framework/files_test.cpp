@@ -43,7 +43,7 @@ TEST(DiskFile, RefusesPathsThatMustNotBeUsed) {
     // A path of exactly 260 characters, in parts of at most 255.
     std::wstring csLongest = clFolder.csWide("") + std::wstring(150, L'd') + L"/";
     ASSERT_TRUE(CDiskFile::bCreateDirectory(csLongest));
-    csLongest.resize(nTailleMaxPath, L'\u00E9');
+    csLongest.resize(TAILLE_MAX_PATH, L'\u00E9');
     CDiskFile clFile;
     EXPECT_TRUE(clFile.bOpen(csLongest, eMODE::Create));
     for (const auto& [csPath, nError] : {std::pair(csLongest + L"x", ENAMETOOLONG),
@@ -98,8 +98,8 @@ TEST(FileSearch, FindsByPatternAndKind) {
     using CNames = std::set<std::wstring>;
     using CCase = std::tuple<const char*, unsigned, CNames>;
     for (const auto& [pszPattern, dwMask, setExpected] :
-         {CCase{"tv*.so", dwAttributFichier, {L"tva.so", L"tv[1].so", L"tv1.so", L"tvl.so", L"tv\xDCFF.so"}},
-          {"*", dwAttributRepertoire, {L"tvd.so"}},
+         {CCase{"tv*.so", ATTRIBUT_FICHIER, {L"tva.so", L"tv[1].so", L"tv1.so", L"tvl.so", L"tv\xDCFF.so"}},
+          {"*", ATTRIBUT_REPERTOIRE, {L"tvd.so"}},
           {"tv[1].so", 0, {L"tv[1].so"}},
           {"tvx.so", 0, {L"tvx.so"}},
           {"none/*", 0, {}}}) {

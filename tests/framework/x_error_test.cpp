@@ -27,12 +27,12 @@ bool bGetBadTexts(STRessourceModule* pstRequest) {
     return pstRequest->unNumber <= 3;
 }
 
-constexpr STErrorDef tabBadDef[] = {{10, 1, 0, eERRORLEVEL::Warning},
-                                    {20, 2, 0, eERRORLEVEL::Error},
-                                    {30, 3, 0, eERRORLEVEL::Error},
-                                    {99, 777, 0, eERRORLEVEL::Severe}};
+constexpr STErrorDef TAB_BAD_DEF[] = {{10, 1, 0, eERRORLEVEL::Warning},
+                                      {20, 2, 0, eERRORLEVEL::Error},
+                                      {30, 3, 0, eERRORLEVEL::Error},
+                                      {99, 777, 0, eERRORLEVEL::Severe}};
 const _stMyModuleInfo stBadTexts{&bGetBadTexts};
-const STErrorModule stBadModule{7, L"bad", L"1.0", tabBadDef, &stBadTexts};
+const STErrorModule stBadModule{7, L"bad", L"1.0", TAB_BAD_DEF, &stBadTexts};
 
 std::wstring csUser(const CXError& rcl) {
     return rcl.pszGetUserMessage();
@@ -99,27 +99,27 @@ TEST(XError, MessagesAddUp) {
 }
 
 // The formats of all kinds, in their order.
-constexpr const wchar_t* tabFormat[] = {L"EIT_HELPFILE : <%s>",        L"EIT_USERNAME : <%s>",
-                                        L"EIT_DSTFILE : <%s>",         L"EIT_SRCFILE : <%s>",
-                                        L"EIT_PATHTVD : <%s>",         L"EIT_LOGICALTABLENAME : <%s>",
-                                        L"EIT_ITEMNAME : <%s>",        L"EIT_PATHFIC : <%s>",
-                                        L"EIT_PATHNDX : <%s>",         L"EIT_PATHMMO : <%s>",
-                                        L"EIT_LINKNAME : <%s>",        L"EIT_RECNUM : <%lld>",
-                                        L"EIT_HLOCKTIME : <%lld>",     L"EIT_BASEMESSAGE : <%s>",
-                                        L"EIT_NATIVEMESSAGE : <%s>",   L"EIT_ADOMESSAGE : <%s>",
-                                        L"EIT_BASECODE : <%d>",        L"EIT_NATIVECODE : <%d>",
-                                        L"EIT_ADOCODE : <%d>",         L"EIT_ODBCCODE : <%s>",
-                                        L"EIT_ODBCDESCRIPTION : <%s>", L"EIT_DATAACCESS : <%p>",
-                                        L"EIT_INFOCLIENT : <%s>",      L"EIT_INFOSERVEUR : <%s>",
-                                        L"EIT_PILETL :\r\n%s",         L"EIT_PILEC :\r\n%s",
-                                        L"EIT_COMPOSANT :\r\n%s",      L"EIT_DATEHEURE : %s",
-                                        L"EIT_LOCKINFO : %s",          L"EIT_CORRIGE_ETAT : %s",
-                                        L"EIT_INFOCS : <%s>",          L"EIT_SERVEURCS : <%s>",
-                                        L"EIT_XINFO : <%d>",           L"EIT_TYPE_TVFILE : <%d>",
-                                        L"EIT_IDCODE : <%d>",          L"EIT_HCNXID : <%d>",
-                                        L"EIT_POSITION_ERREUR : <%s>", L"EIT_EXCEPTION_CLASS_NAME : <%s>",
-                                        L"EIT_EXCEPTIONDOTNET",        L"EIT_EXCEPTIONJAVA",
-                                        L"EIT_CODEHTTP : <%d>",        L"EIT_THREAD : <%s>"};
+constexpr const wchar_t* TAB_FORMAT[] = {L"EIT_HELPFILE : <%s>",        L"EIT_USERNAME : <%s>",
+                                         L"EIT_DSTFILE : <%s>",         L"EIT_SRCFILE : <%s>",
+                                         L"EIT_PATHTVD : <%s>",         L"EIT_LOGICALTABLENAME : <%s>",
+                                         L"EIT_ITEMNAME : <%s>",        L"EIT_PATHFIC : <%s>",
+                                         L"EIT_PATHNDX : <%s>",         L"EIT_PATHMMO : <%s>",
+                                         L"EIT_LINKNAME : <%s>",        L"EIT_RECNUM : <%lld>",
+                                         L"EIT_HLOCKTIME : <%lld>",     L"EIT_BASEMESSAGE : <%s>",
+                                         L"EIT_NATIVEMESSAGE : <%s>",   L"EIT_ADOMESSAGE : <%s>",
+                                         L"EIT_BASECODE : <%d>",        L"EIT_NATIVECODE : <%d>",
+                                         L"EIT_ADOCODE : <%d>",         L"EIT_ODBCCODE : <%s>",
+                                         L"EIT_ODBCDESCRIPTION : <%s>", L"EIT_DATAACCESS : <%p>",
+                                         L"EIT_INFOCLIENT : <%s>",      L"EIT_INFOSERVEUR : <%s>",
+                                         L"EIT_PILETL :\r\n%s",         L"EIT_PILEC :\r\n%s",
+                                         L"EIT_COMPOSANT :\r\n%s",      L"EIT_DATEHEURE : %s",
+                                         L"EIT_LOCKINFO : %s",          L"EIT_CORRIGE_ETAT : %s",
+                                         L"EIT_INFOCS : <%s>",          L"EIT_SERVEURCS : <%s>",
+                                         L"EIT_XINFO : <%d>",           L"EIT_TYPE_TVFILE : <%d>",
+                                         L"EIT_IDCODE : <%d>",          L"EIT_HCNXID : <%d>",
+                                         L"EIT_POSITION_ERREUR : <%s>", L"EIT_EXCEPTION_CLASS_NAME : <%s>",
+                                         L"EIT_EXCEPTIONDOTNET",        L"EIT_EXCEPTIONJAVA",
+                                         L"EIT_CODEHTTP : <%d>",        L"EIT_THREAD : <%s>"};
 
 TEST(XError, ItemsPrintInTheirFormats) {
     const std::pair<std::wstring, const wchar_t*> tabPrinted[] = {
@@ -132,7 +132,7 @@ TEST(XError, ItemsPrintInTheirFormats) {
         clError.AddInfo(eKind, 0x180000001);
         clError.AddInfo(eKind, static_cast<const void*>(nullptr));
         clError.AddInfo(eKind);
-        std::wstring csLine = tabFormat[nKind];
+        std::wstring csLine = TAB_FORMAT[nKind];
         for (const auto& [csConversion, pszValue] : tabPrinted) {
             if (const std::size_t n = csLine.find(csConversion); n != std::wstring::npos) {
                 csLine.replace(n, csConversion.size(), pszValue);

@@ -37,14 +37,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned unSeconds = 30;
-constexpr int nMaxLost = 5;
-constexpr std::uint64_t u64MaxFile = 64U << 20;  // larger files fail to be written
+constexpr unsigned SECONDS = 30;
+constexpr int MAX_LOST = 5;
+constexpr std::uint64_t MAX_FILE = 64U << 20;  // larger files fail to be written
 // The bytes in use: this much for any archive, and so many for each of its own bytes. Names in the directory
 // are kept in wide characters and more than once.
-constexpr std::uint64_t u64MemoryAlways = 1U << 20;
-constexpr std::uint64_t u64MemoryPerByte = 16;
-constexpr std::uint64_t u64MaxInflation = 1032;
+constexpr std::uint64_t MEMORY_ALWAYS = 1U << 20;
+constexpr std::uint64_t MEMORY_PER_BYTE = 16;
+constexpr std::uint64_t MAX_INFLATION = 1032;
 
 // One field of the output.
 std::string csField(std::wstring_view sv) {
@@ -137,7 +137,7 @@ class CProbe {
     };
 
     void __CheckMemory(std::uint64_t u64Data) const {
-        const std::uint64_t u64Most = u64MemoryAlways + u64MemoryPerByte * m_u64Length + u64Data;
+        const std::uint64_t u64Most = MEMORY_ALWAYS + MEMORY_PER_BYTE * m_u64Length + u64Data;
         if (static_cast<std::uint64_t>(CMemoryPeak::nBytes()) > u64Most) {
             Wrong("takes " + std::to_string(CMemoryPeak::nBytes()) + " bytes of memory");
         }
@@ -150,20 +150,19 @@ class CProbe {
         if (nCode == ARCHIVE_OK) {
             static std::array<unsigned char, 10007> tabPiece;
             bool bRead = true;
-            for (std::size_t nRead = 1; bRead && nRead > 0 && u64Total < u64MaxFile; u64Total += nRead) {
+            for (std::size_t nRead = 1; bRead && nRead > 0 && u64Total < MAX_FILE; u64Total += nRead) {
                 bRead = m_clRecords.bReadCurrentFileInZip(tabPiece.data(), tabPiece.size(), &nRead);
                 dwCrc = dwCrc32(dwCrc, {tabPiece.data(), nRead});
             }
             nCode = m_clRecords.CloseCurrentFileInZip(1, 0);
             if (!bRead) {
                 nCode = ARCHIVE_DATA;
-            } else if (nCode == ARCHIVE_OK && u64Total < std::min(rst.u64TailleOriginale, u64MaxFile)) {
+            } else if (nCode == ARCHIVE_OK && u64Total < std::min(rst.u64TailleOriginale, MAX_FILE)) {
                 nCode = ARCHIVE_BAD;
             }
         }
         const bool bAsStated = u64Total == rst.u64TailleOriginale && dwCrc == rst.dwCrc;
-        if (u64Total > rst.u64TailleOriginale ||
-            (nCode == ARCHIVE_OK && !bAsStated && u64Total < u64MaxFile)) {
+        if (u64Total > rst.u64TailleOriginale || (nCode == ARCHIVE_OK && !bAsStated && u64Total < MAX_FILE)) {
             Wrong("read as a success, but not as stated:", rst.csNom);
         }
         std::printf("header\t%ju\t%08x\t%u\t%u\t%d\t%s\n", std::uintmax_t{rst.u64TailleOriginale}, rst.dwCrc,
@@ -219,7 +218,7 @@ class CProbe {
         if (!bSame || !(e == ARCHIVE_OK ? bAsStated : tab.empty())) {
             Wrong("into memory with code " + std::to_string(e) + ":", rcsNom);
         }
-        return std::min(rst.u64Size, m_u64Length * u64MaxInflation);
+        return std::min(rst.u64Size, m_u64Length * MAX_INFLATION);
     }
 
     const std::wstring m_csPath;
@@ -260,15 +259,15 @@ bool bProbeAll(const std::vector<std::string>& rtabLine) {
     const CTempFolder clFolder;
     auto* const pnDone = static_cast<std::size_t*>(
         ::mmap(nullptr, sizeof(std::size_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-    for (int nLost = 0; *pnDone < rtabLine.size() && nLost < nMaxLost;) {
+    for (int nLost = 0; *pnDone < rtabLine.size() && nLost < MAX_LOST;) {
         std::fflush(stdout);
         const pid_t nChild = ::fork();
         if (nChild == 0) {
-            const rlimit stFile{u64MaxFile, u64MaxFile};
+            const rlimit stFile{MAX_FILE, MAX_FILE};
             ::setrlimit(RLIMIT_FSIZE, &stFile);
             std::signal(SIGXFSZ, SIG_IGN);
             for (; *pnDone < rtabLine.size(); ++*pnDone) {
-                ::alarm(unSeconds);
+                ::alarm(SECONDS);
                 Probe(clFolder.clPath("tree"), rtabLine[*pnDone]);
                 std::puts("end\tok");
                 std::fflush(stdout);

@@ -43,9 +43,9 @@ class MachineTest : public CServicesTest {
         Await(rclService, eServiceRunning);
         EXPECT_TRUE(rclService.bRestart());
         Await(rclService, eServiceRunning);
-        EXPECT_TRUE(rclService.bSendControlCommand(dwControlReload));
+        EXPECT_TRUE(rclService.bSendControlCommand(CONTROL_RELOAD));
         EXPECT_TRUE(bExists("/tmp/reloaded"));
-        EXPECT_TRUE(rclService.bSendControlCommand(dwControlStop));
+        EXPECT_TRUE(rclService.bSendControlCommand(CONTROL_STOP));
         Await(rclService, eServiceStopped);
     }
 };
@@ -120,7 +120,7 @@ struct STFamily {
     const char* pszAdd;   ///< what links a script into the boot
     const char* pszLink;  ///< one of the links
 };
-constexpr STFamily tabFamily[] = {
+constexpr STFamily TAB_FAMILY[] = {
     {"debian", eDebian, "update-rc.d ZDCS-$n defaults", "/etc/rc2.d/S01ZDCS-"},
     {"insserv", eDebian, "update-rc.d ZDCS-$n defaults", "/etc/rc2.d/S01ZDCS-"},
     {"openrc", eDebian, "update-rc.d ZDCS-$n defaults", "/etc/runlevels/default/ZDCS-"},
@@ -142,10 +142,10 @@ constexpr const char* PSZ_OPENRC_SCRIPT =
 
 TEST_F(SysVMachine, TheLifeOfAService) {
     const char* const pszFamily = std::getenv("KALMO_FAMILY");
-    const auto* const pstFamily = std::find_if(std::begin(tabFamily), std::end(tabFamily), [&](auto& rst) {
+    const auto* const pstFamily = std::find_if(std::begin(TAB_FAMILY), std::end(TAB_FAMILY), [&](auto& rst) {
         return pszFamily != nullptr && std::string(rst.pszName) == pszFamily;
     });
-    ASSERT_NE(pstFamily, std::end(tabFamily));
+    ASSERT_NE(pstFamily, std::end(TAB_FAMILY));
     const bool bOpenRC = pstFamily->nDistri == eGentoo;
     const std::string csLink = pstFamily->pszLink;
     ASSERT_EQ(CServiceManager::ms_eDistri, pstFamily->nDistri);

@@ -184,8 +184,8 @@ TEST_F(ServiceTest, SysVCommandsAndWhatTheySilence) {
         EXPECT_EQ(m_clService.bStart(L"a \u00E9"), bWorks);
         EXPECT_EQ(m_clService.bStop(), bWorks);
         EXPECT_EQ(m_clService.bRestart(), bWorks);
-        EXPECT_EQ(m_clService.bSendControlCommand(dwControlStop), bWorks);
-        EXPECT_EQ(m_clService.bSendControlCommand(dwControlReload), bWorks);
+        EXPECT_EQ(m_clService.bSendControlCommand(CONTROL_STOP), bWorks);
+        EXPECT_EQ(m_clService.bSendControlCommand(CONTROL_RELOAD), bWorks);
         EXPECT_FALSE(m_clService.bSendControlCommand(2));
         EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "err start\nerr start a \xC3\xA9\n");

@@ -8,11 +8,11 @@
 namespace kalmo {
 namespace {
 
-constexpr unsigned unHEADER_NUMBER = 257;
-constexpr std::string_view svHEADER_TEXT = "TALVOR RES BLOC UTF16 START ";
-constexpr std::size_t nENTRY_HEADER = 7;
+constexpr unsigned HEADER_NUMBER = 257;
+constexpr std::string_view SV_HEADER_TEXT = "TALVOR RES BLOC UTF16 START ";
+constexpr std::size_t ENTRY_HEADER = 7;
 constexpr unsigned char byTWO_BYTE_UNITS = 1U << 6U;
-constexpr std::size_t nBYTES_PER_LINE = 20;
+constexpr std::size_t BYTES_PER_LINE = 20;
 
 void AppendU16(std::vector<unsigned char>* ptab, std::size_t n) {
     ptab->push_back(static_cast<unsigned char>(n & 0xFFU));
@@ -41,10 +41,10 @@ std::vector<unsigned char> tabStored(std::wstring_view sv) {
 /// Appends one entry; false, with nothing appended, when its size does not fit its field.
 bool bAppendEntry(std::vector<unsigned char>* ptab, unsigned unNumber, std::wstring_view svText) {
     const std::vector<unsigned char> tabText = tabStored(svText);
-    if (nENTRY_HEADER + tabText.size() > 0xFFFF) {
+    if (ENTRY_HEADER + tabText.size() > 0xFFFF) {
         return false;
     }
-    AppendU16(ptab, nENTRY_HEADER + tabText.size());
+    AppendU16(ptab, ENTRY_HEADER + tabText.size());
     AppendU16(ptab, unNumber);
     ptab->push_back(bAscii(svText) ? 0 : byTWO_BYTE_UNITS);
     AppendU16(ptab, tabText.size());
@@ -63,7 +63,7 @@ std::vector<unsigned char> tabBuildBlock(const STCatalogue& rstCatalogue, CCompl
               [](const STText* pst1, const STText* pst2) { return pst1->unNumber < pst2->unNumber; });
 
     std::vector<unsigned char> tabBlock;
-    bAppendEntry(&tabBlock, unHEADER_NUMBER, std::wstring(svHEADER_TEXT.begin(), svHEADER_TEXT.end()));
+    bAppendEntry(&tabBlock, HEADER_NUMBER, std::wstring(SV_HEADER_TEXT.begin(), SV_HEADER_TEXT.end()));
     for (const STText* pstText : tabText) {
         if (!bAppendEntry(&tabBlock, pstText->unNumber, pstText->csText)) {
             pclComplaints->Add(rstCatalogue, pstText->nLine,
@@ -77,7 +77,7 @@ std::vector<unsigned char> tabBuildBlock(const STCatalogue& rstCatalogue, CCompl
 std::string csBlockSource(const std::string& rcsVariable, const std::vector<unsigned char>& rtabBlock) {
     std::string cs = "static const unsigned char " + rcsVariable + "_bytes[] = {";
     for (std::size_t n = 0; n < rtabBlock.size(); ++n) {
-        cs += n % nBYTES_PER_LINE == 0 ? "\n    " : " ";
+        cs += n % BYTES_PER_LINE == 0 ? "\n    " : " ";
         cs += std::to_string(rtabBlock[n]) + ",";
     }
     return cs + "\n};\nconstinit const std::span<const unsigned char> " + rcsVariable + "(" + rcsVariable +

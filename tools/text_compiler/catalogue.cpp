@@ -9,9 +9,9 @@
 namespace kalmo {
 namespace {
 
-constexpr unsigned unHEADER_NUMBER = 257;  // The blocks' own header.
-constexpr unsigned unMAX_NUMBER = 0xFFFF;
-constexpr unsigned unMAX_ROOM = 999;
+constexpr unsigned HEADER_NUMBER = 257;  // The blocks' own header.
+constexpr unsigned MAX_NUMBER = 0xFFFF;
+constexpr unsigned MAX_ROOM = 999;
 
 bool bDigit(char c) {
     return c >= '0' && c <= '9';
@@ -38,10 +38,10 @@ std::optional<STText> stReadHeader(std::string_view sv, int nLine) {
     stText.nLine = nLine;
     sv.remove_prefix(1);
     const int nBase = bTake(&sv, "0x") ? 16 : 10;
-    if (bTakeNumber(&sv, nBase, unMAX_NUMBER, &stText.unNumber) && bTake(&sv, " ") &&
-        bTakeNumber(&sv, 10, unMAX_ROOM, &stText.unColumns) && bTake(&sv, "x") &&
-        bTakeNumber(&sv, 10, unMAX_ROOM, &stText.unLines) && bTake(&sv, "]") &&
-        stText.unNumber != unHEADER_NUMBER) {
+    if (bTakeNumber(&sv, nBase, MAX_NUMBER, &stText.unNumber) && bTake(&sv, " ") &&
+        bTakeNumber(&sv, 10, MAX_ROOM, &stText.unColumns) && bTake(&sv, "x") &&
+        bTakeNumber(&sv, 10, MAX_ROOM, &stText.unLines) && bTake(&sv, "]") &&
+        stText.unNumber != HEADER_NUMBER) {
         return stText;
     }
     return std::nullopt;

@@ -83,10 +83,10 @@ void CheckAlone(const STCatalogue& rstCatalogue, CComplaints* pclComplaints) {
                                "a percent sign that is neither an insert nor %%");
         }
     }
-    if (rstCatalogue.tabText.size() > nMAX_TEXTS) {
-        pclComplaints->Add(rstCatalogue, rstCatalogue.tabText[nMAX_TEXTS].nLine,
+    if (rstCatalogue.tabText.size() > MAX_TEXTS) {
+        pclComplaints->Add(rstCatalogue, rstCatalogue.tabText[MAX_TEXTS].nLine,
                            std::to_string(rstCatalogue.tabText.size()) + " texts; at most " +
-                               std::to_string(nMAX_TEXTS) + " have room");
+                               std::to_string(MAX_TEXTS) + " have room");
     }
 }
 

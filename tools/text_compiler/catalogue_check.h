@@ -9,7 +9,7 @@ namespace kalmo {
 
 /// How many texts a language may have: the index of a block has room for 123 offsets, the block's header
 /// takes one, and one stays free.
-constexpr std::size_t nMAX_TEXTS = 121;
+constexpr std::size_t MAX_TEXTS = 121;
 
 /// Checks each catalogue by itself: no number twice, not too many texts, every text within its room on the
 /// screen and well-formed as a message.

@@ -18,7 +18,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::array<const char*, 3> tabVARIABLE = {"g_tabBlock_FR", "g_tabBlock_US", "g_tabBlock_ES"};
+constexpr std::array<const char*, 3> TAB_VARIABLE = {"g_tabBlock_FR", "g_tabBlock_US", "g_tabBlock_ES"};
 
 bool bReadFile(const char* pszFile, std::string* pcsOut) {
     std::ifstream clFile(pszFile, std::ios::binary);
@@ -28,7 +28,7 @@ bool bReadFile(const char* pszFile, std::string* pcsOut) {
 
 bool bCompile(const char* pszOutput, char** tabszInput) {
     CComplaints clComplaints;
-    std::array<STCatalogue, tabVARIABLE.size()> tabCatalogue;
+    std::array<STCatalogue, TAB_VARIABLE.size()> tabCatalogue;
     for (std::size_t n = 0; n < tabCatalogue.size(); ++n) {
         std::string csContent;
         tabCatalogue[n].csFile = tabszInput[n];
@@ -47,7 +47,7 @@ bool bCompile(const char* pszOutput, char** tabszInput) {
         "#include \"framework/resource_block.h\"\n\nnamespace kalmo {\n";
     for (std::size_t n = 0; n < tabCatalogue.size(); ++n) {
         csSource += "\n";
-        csSource += csBlockSource(tabVARIABLE[n], tabBuildBlock(tabCatalogue[n], &clComplaints));
+        csSource += csBlockSource(TAB_VARIABLE[n], tabBuildBlock(tabCatalogue[n], &clComplaints));
     }
     csSource += "\n}  // namespace kalmo\n";
 

@@ -29,7 +29,7 @@ CConfigWin::CConfigWin(int nX, int nY, int nWidth, int nHeight, CServiceList& rc
       m_rclServices(rclServices),
       m_clName(this, csLoadText(TEXTE_NOM_SERVEUR_PROPOSE).pszGet(), 2, 2, nWidth - 5, 3,
                csLoadText(TEXTE_NOM_SERVEUR).pszGet(), eBORDER_FRAME),
-      m_clPort(this, std::to_wstring(nPortDefaut).c_str(), 2, 6, nWidth - 5, 3,
+      m_clPort(this, std::to_wstring(PORT_DEFAUT).c_str(), 2, 6, nWidth - 5, 3,
                csLoadText(TEXTE_PORT).pszGet(), eBORDER_FRAME),
       m_clDaemonUser(this, PSZ_ROOT, 2, 10, nWidth - 5, 3, csLoadText(TEXTE_COMPTE_SYSTEME).pszGet(),
                      eBORDER_FRAME) {

@@ -64,7 +64,7 @@ void CDirectory::_ListDirectory() {
         m_clList.AddLine(PSZ_PARENT);
     }
     CFileSearch clSearch;
-    for (bool b = CDiskFile::bFindFirst(m_csCurrent + L"*", dwAttributRepertoire, &clSearch); b;
+    for (bool b = CDiskFile::bFindFirst(m_csCurrent + L"*", ATTRIBUT_REPERTOIRE, &clSearch); b;
          b = CDiskFile::bFindNext(&clSearch)) {
         m_clList.AddLine(clSearch.csGetName().pszGet());
     }

@@ -88,8 +88,8 @@ void dialog_clear() {
         return;
     }
     // A no-break space, or a blank where the locale has none.
-    constexpr wchar_t cFill = 0xA0;
-    const wchar_t tabFill[] = {::wcwidth(cFill) == 1 ? cFill : L' ', L'\0'};
+    constexpr wchar_t FILL = 0xA0;
+    const wchar_t tabFill[] = {::wcwidth(FILL) == 1 ? FILL : L' ', L'\0'};
     cchar_t stFill;
     ::setcchar(&stFill, tabFill, A_NORMAL, PAIR_BACKGROUND, nullptr);
     for (int nRow = 0; nRow < LINES; ++nRow) {

@@ -16,18 +16,18 @@ namespace {
 
 // Screens of server "ZDSQL" with what is proposed for it; keys that go on, keys that give up.
 const std::string CS_SCREENS = R"(
-    @licence    {103E} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / * / {103F} {1040} => Down*40 Tab Enter => Tab Enter
-    @directory  {1031} / /usr/local/ZDSQL / .. / * / {1032} {1037} => Enter => Tab*3 Enter
-    @config     {1033} / ZDSQL / {1034} / 4900 / {1233} / root / {1032} {1037} => Enter*3 => Tab*4 Enter
-    @account    {2626} / {2627} / Admin / {2628} / {1032} {1037} => Enter*3 => Tab*3 Enter
-    @telemetry  {2402} / [X]{2403} / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @installed  {103B} / {10C3|Admin} / {1032} => Enter
-    @action     {10BD} / (X) {10BE} / ( ) {10BF} / ( ) {10E2} / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @manage     {10BD} / (X) {10BF} / ( ) {10E2} / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @toupgrade  {10C2} / * / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @toremove   {10EA} / * / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @upgraded   {10C9} / {1032} => Enter
-    @removed    {10E9|ZDSQL server ZDSQL} / {10E3} / {10E4} / {10E5}* / {1032} => Enter
+    @licence    {TITRE_LICENCE} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / * / {ACCEPTER} {REFUSER} => Down*40 Tab Enter => Tab Enter
+    @directory  {REPERTOIRE} / /usr/local/ZDSQL / .. / * / {OK} {ANNULER} => Enter => Tab*3 Enter
+    @config     {NOM_SERVEUR} / ZDSQL / {PORT} / 4900 / {COMPTE_SYSTEME} / root / {OK} {ANNULER} => Enter*3 => Tab*4 Enter
+    @account    {TITRE_COMPTE} / {COMPTE} / Admin / {MOT_DE_PASSE} / {OK} {ANNULER} => Enter*3 => Tab*3 Enter
+    @telemetry  {TELEMETRIE} / [X]{TELEMETRIE_ACTIVE} / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @installed  {INSTALLE} / {ADMIN_SANS_MDP|Admin} / {OK} => Enter
+    @action     {TITRE_ACTION} / (X) {ACTION_MISE_A_JOUR} / ( ) {ACTION_INSTALLER} / ( ) {ACTION_DESINSTALLER} / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @manage     {TITRE_ACTION} / (X) {ACTION_INSTALLER} / ( ) {ACTION_DESINSTALLER} / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @toupgrade  {TITRE_MISE_A_JOUR} / * / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @toremove   {TITRE_DESINSTALLATION} / * / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @upgraded   {MAJ_FAITE} / {OK} => Enter
+    @removed    {RETRAIT|ZDSQL server ZDSQL} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / {OK} => Enter
 )";
 
 // Takes every server off the machine, and the folders and accounts of the stories.

@@ -33,8 +33,9 @@ TEST_F(CStory, NothingBeginsWithoutRightsAndPayload) {
 TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
     const std::string csStart = "@directory\n@config\n@account\n@telemetry\n";
     const auto csNoAccount = [](const std::string& rcsName) {
-        return "@directory\n@config => Tab*2 Backspace*4 " + rcsName + " Tab Enter\nAttention / {COMPTE_INCONNU|" +
-               rcsName + "} / Yes No\n@account\n@telemetry\nAttention / {COMPTE_NON_CREE|" + rcsName +
+        return "@directory\n@config => Tab*2 Backspace*4 " + rcsName +
+               " Tab Enter\nAttention / {COMPTE_INCONNU|" + rcsName +
+               "} / Yes No\n@account\n@telemetry\nAttention / {COMPTE_NON_CREE|" + rcsName +
                "} / OK\nAttention / * / no such account: " + rcsName + " / OK";
     };
     const struct {
@@ -162,10 +163,11 @@ TEST_F(CStory, WhatIsNotOursIsRefusedAndStaysAsItIs) {
     } TAB[] = {
         {pszWrap, "@licence\n@action\n@toupgrade\n" + csForeign},
         {pszWrap, "@licence\n@action => Down*2 Enter*2\n@toremove\n" + csForeign},
-        {pszWrap, "@licence\n@action => Down Enter*2\n{REPERTOIRE} / * => Backspace*15 srv/zd/first Enter\n*" +
-                      csForeign + "\n{REPERTOIRE} / * => Tab*3 Enter"},
-        {"rm -r /srv/zd/first",
-         "@licence\n@action\n@toupgrade\n{ATTENTION} / {REPERTOIRE_PERDU|" + csName + "|/srv/zd/first/} / OK"},
+        {pszWrap,
+         "@licence\n@action => Down Enter*2\n{REPERTOIRE} / * => Backspace*15 srv/zd/first Enter\n*" +
+             csForeign + "\n{REPERTOIRE} / * => Tab*3 Enter"},
+        {"rm -r /srv/zd/first", "@licence\n@action\n@toupgrade\n{ATTENTION} / {REPERTOIRE_PERDU|" + csName +
+                                    "|/srv/zd/first/} / OK"},
         // Nobody has loaded it, and still it has its name, in whatever way that is written.
         {"systemctl disable --now ZDCS-first", R"(@licence
             @action => Down Enter*2
@@ -209,10 +211,12 @@ TEST_F(CStory, GivingUpChangesNothing) {
     GiveUpEverywhere("@licence\n@directory" + csSettings);
     EXPECT_TRUE(csFiles("usr root") == csSystem);
     Install("first", 4950);
-    GiveUpEverywhere("@licence\n@action => Down Enter*2\n{REPERTOIRE} / * => Enter => Tab*3 Enter" + csSettings);
+    GiveUpEverywhere("@licence\n@action => Down Enter*2\n{REPERTOIRE} / * => Enter => Tab*3 Enter" +
+                     csSettings);
     const std::string csUpgrade = "\n@telemetry\nServer: ZDSQL server first / * => Enter => Tab Enter";
     GiveUpEverywhere(
-        "@licence\n@action => Down Enter*2\n{REPERTOIRE} / * => Backspace*15 srv/zd/first Enter => Tab*3 Enter" +
+        "@licence\n@action => Down Enter*2\n{REPERTOIRE} / * => Backspace*15 srv/zd/first Enter => Tab*3 "
+        "Enter" +
         csUpgrade);
     GiveUpEverywhere("@licence\n@action\n@toupgrade" + csUpgrade);
     GiveUpEverywhere("@licence\n@action => Down*2 Enter*2\n@toremove");

@@ -3,13 +3,15 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
 #include <regex>
 #include <sstream>
 
 #include "framework/conversion.h"
-#include "framework/language.h"
-#include "framework/resource.h"
 #include "testkit/tui_terminal.h"
+#include "tools/text_compiler/catalogue.h"
 
 namespace kalmo {
 namespace {
@@ -57,17 +59,32 @@ std::string csReplaced(std::string cs, const std::string& rcsOld, const std::str
     return cs;
 }
 
-// The text of a number, "number|insert|insert", in a language.
-std::string csTextOfNumber(const std::string& rcsNumber, const std::string& rcsLanguage) {
-    std::istringstream clParts(rcsNumber);
+// The catalogue of a language, read once.
+const STCatalogue& rstCatalogue(const std::string& rcsLanguage) {
+    static std::map<std::string, STCatalogue> tabRead;
+    STCatalogue& rst = tabRead[rcsLanguage];
+    if (rst.tabText.empty()) {
+        const std::string csFile = KALMO_SOURCE "/framework/texts/" + rcsLanguage + ".txt";
+        std::ifstream clFile(csFile);
+        const std::string csContent{std::istreambuf_iterator<char>(clFile), {}};
+        CComplaints clComplaints;
+        rst = stReadCatalogue(csFile, csContent, &clComplaints);
+    }
+    return rst;
+}
+
+// The text of a key, "key|insert|insert", in a language.
+std::string csTextOfKey(const std::string& rcsKey, const std::string& rcsLanguage) {
+    std::istringstream clParts(rcsKey);
     std::string csPart;
     std::getline(clParts, csPart, '|');
-    CTString csLoaded;
-    const auto unNumber = static_cast<unsigned>(std::stoul(csPart, nullptr, csPart.size() > 4 ? 10 : 16));
-    const int nLangue = nChoisitLangue(rcsLanguage.c_str(), nullptr, nullptr);
-    EXPECT_TRUE(DLLRES_bLoadString(&gstMyModuleInfo604, unNumber, &csLoaded, nLangue)) << csPart;
-    std::string csText = csToUTF8(csLoaded).pszGet();
-    for (const char* const pszLineEnd : {"\r\n\r\n", "\r\n", "\n\n", "\n"}) {
+    const STText* const pst = rstCatalogue(rcsLanguage).pstFind(csPart);
+    if (pst == nullptr) {
+        ADD_FAILURE() << "no text " << csPart;
+        return "";
+    }
+    std::string csText = csToUTF8(pst->csText).pszGet();
+    for (const char* const pszLineEnd : {"\n\n", "\n"}) {
         csText = csReplaced(csText, pszLineEnd, " / ");
     }
     for (int n = 1; std::getline(clParts, csPart, '|'); ++n) {
@@ -119,7 +136,7 @@ std::vector<STStep> CStory::tabSteps(const std::string& rcsScript, const std::st
     static const std::regex clContinued("\n +/");
     static const std::regex clLine("\n *([^ \n].*)");
     static const std::regex clScreen("(@[a-z]+)(?: => ([^=]*))?");
-    static const std::regex clNumber("\\{([^}]*)\\}");
+    static const std::regex clKey("\\{([^}]*)\\}");
     static const std::regex clStep("(.*?)(?: => (.*?))?(?: => (.*))?");
     const std::string csScript = std::regex_replace("\n" + rcsScript, clContinued, " /");
     std::vector<STStep> tab;
@@ -133,8 +150,8 @@ std::vector<STStep> CStory::tabSteps(const std::string& rcsScript, const std::st
             std::regex_search(CS_SCREENS, clMatch, clDefinition);
             csLine = clMatch[1];
         }
-        for (std::smatch clText; std::regex_search(csLine, clText, clNumber);) {
-            csLine = clText.prefix().str() + csTextOfNumber(clText[1], rcsLanguage) + clText.suffix().str();
+        for (std::smatch clText; std::regex_search(csLine, clText, clKey);) {
+            csLine = clText.prefix().str() + csTextOfKey(clText[1], rcsLanguage) + clText.suffix().str();
         }
         std::regex_match(csLine, clMatch, clStep);
         const std::string csKeys = clMatch[2].matched ? clMatch[2].str() : "Enter";

@@ -36,7 +36,8 @@ TEST_F(CUpgrade, ServicesAreStoppedAndStartedAsTheyLie) {
          "!=!", "first 1", "26.0.3.0 " KALMO_VERSION},
         // The manager lies elsewhere and goes on.
         {"printf '[TELEMETRY]\nACTIVE=0\n' >>second/ZDConf.ini",
-         "@toupgrade => Down Enter*2" + csSecond + csVersions + csStopped + "{MAJ_ARRET_SERVEUR|ZDSQL server second} / ",
+         "@toupgrade => Down Enter*2" + csSecond + csVersions + csStopped +
+             "{MAJ_ARRET_SERVEUR|ZDSQL server second} / ",
          "=!=", "second 0", KALMO_VERSION " 26.0.3.0"},
         // What was stopped runs afterwards: the server, and the manager wherever it lies.
         {"service_stop ZDCS-second; service_stop KalmoManager; printf '[TELEMETRY]\nACTIVE=2\n' "
@@ -95,18 +96,23 @@ TEST_F(CStory, UninstallingDeletesAListOfFiles) {
         const char* pszLeft;  ///< Of the programs, and whether the service is registered.
     } TAB[] = {
         {"service_stop ZDCS-first; touch tvmore.so tv.so.1 zdlogger64",
-         "{RETRAIT|ZDSQL server first} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / OK", "kalmomanager tv.so.1 zdlogger64"},
+         "{RETRAIT|ZDSQL server first} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / OK",
+         "kalmomanager tv.so.1 zdlogger64"},
         {R"(cp kalmo kalmo64; cp zdlogger zdlogger64
             sed -i s,first/kalmo,\&64, /etc/systemd/system/ZDCS-first.service
             systemctl daemon-reload; systemctl restart ZDCS-first)",
-         "{RETRAIT|ZDSQL server first} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / OK", "kalmo kalmomanager zdlogger"},
-        {"rm zdlogger", "{ATTENTION} / {RETRAIT_FICHIER_ERREUR|*zdlogger*} / OK", "kalmomanager tvsqlsrv.so tvzdsrv.so"},
+         "{RETRAIT|ZDSQL server first} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / OK",
+         "kalmo kalmomanager zdlogger"},
+        {"rm zdlogger", "{ATTENTION} / {RETRAIT_FICHIER_ERREUR|*zdlogger*} / OK",
+         "kalmomanager tvsqlsrv.so tvzdsrv.so"},
         {"cd /etc/systemd/system/multi-user.target.wants && mount --bind . . && mount -o remount,bind,ro .",
-         "{ATTENTION} / {RETRAIT_SERVICE_ERREUR|Read-only file system} / {ARRETES| / - ZDSQL server first} / OK",
+         "{ATTENTION} / {RETRAIT_SERVICE_ERREUR|Read-only file system} / {ARRETES| / - ZDSQL server first} / "
+         "OK",
          "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger registered"},
         {"sed -i 's/^ExecStart=.*/ExecStop=true/;s/^Type=.*//' /etc/systemd/system/ZDCS-first.service; "
          "systemctl daemon-reload; systemctl stop ZDCS-first; pkill -x kalmo",
-         "{ATTENTION} / {RETRAIT_SANS_FICHIER|ZDSQL server first} / OK", "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger"},
+         "{ATTENTION} / {RETRAIT_SANS_FICHIER|ZDSQL server first} / OK",
+         "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger"},
     };
     for (const auto& rst : TAB) {
         SCOPED_TRACE(rst.pszPrepare);

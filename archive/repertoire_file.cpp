@@ -28,8 +28,8 @@ namespace {
 
 constexpr std::uint32_t SIGNATURE = 0x5045524B;
 constexpr std::uint32_t VERSION = 1;
-constexpr std::size_t TAILLE_ENTETE = 12;
-constexpr std::size_t TAILLE_ENTREE = 4 + 8 + 8 + 4 + 1 + 3 * 7;
+constexpr std::size_t HEADER_BYTES = 12;
+constexpr std::size_t RECORD_BYTES = 4 + 8 + 8 + 4 + 1 + 3 * 7;
 constexpr std::uint32_t TAILLE_MAX_NOM = 65536;
 constexpr unsigned char byCRYPTE = 1;
 
@@ -63,7 +63,7 @@ CDiskFile::STFileTime stNextTime(CLeCursor& rcl) {
 }
 
 bool bReadEntry(IXStream& rclStream, CRepEntree* pclEntree) {
-    std::array<unsigned char, TAILLE_ENTREE> tabFixed{};
+    std::array<unsigned char, RECORD_BYTES> tabFixed{};
     if (!rclStream.bReadAll(tabFixed.data(), tabFixed.size())) {
         return false;
     }
@@ -99,7 +99,7 @@ bool bWrite(CDiskFile& rclFile, const CLeWriter& rcl) {
 bool CRepertoire::bLit(IXStream& rclStream) try {
     const CMemoryScope clScope;
     Vide();
-    std::array<unsigned char, TAILLE_ENTETE> tabHeader{};
+    std::array<unsigned char, HEADER_BYTES> tabHeader{};
     if (!rclStream.bReadAll(tabHeader.data(), tabHeader.size())) {
         return false;
     }

@@ -5,9 +5,10 @@
 
 namespace kalmo {
 
-/// What an operation of the archive came to. The numbers are fixed: the installer looks its messages up by
-/// them, and its administrators know them. Two of them have two meanings each. Where memory does not suffice
-/// an operation gives ARCHIVE_BAD, or the code of what it was writing, with errno ENOMEM.
+/// The result of an operation on an archive. The numbers are fixed: the installer looks its messages up by
+/// them, and administrators find them in traces. The first two each stand for two failures, which the texts
+/// below tell apart. An operation for which memory does not suffice returns ARCHIVE_BAD, or the code of the
+/// write that it was at, with errno ENOMEM.
 enum [[nodiscard]] eARCHIVE : int{
     ARCHIVE_OK = 0,
     ARCHIVE_NOT_FOUND = 1,    ///< The archive file cannot be opened (errno), or there is no such entry.

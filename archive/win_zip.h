@@ -100,7 +100,7 @@ class CWinZip {
   private:
     static constexpr std::size_t BUCKETS_INITIAL = 43;
     static constexpr std::size_t TAILLE_CACHE = 32768;
-    static constexpr std::size_t TAILLE_ENTREE = 16384;
+    static constexpr std::size_t INPUT_BYTES = 16384;
 
     /// The reading of one entry's data.
     struct STLecture {
@@ -147,7 +147,7 @@ class CWinZip {
     CEntryCipher m_clCipher;
     CInflater m_clInflater;
     STLecture m_stLecture;
-    std::array<unsigned char, TAILLE_ENTREE> m_tabInput;  // filled before it is read
+    std::array<unsigned char, INPUT_BYTES> m_tabInput;  // filled before it is read
 };
 
 }  // namespace kalmo

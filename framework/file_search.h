@@ -16,10 +16,10 @@ inline constexpr unsigned ATTRIBUT_REPERTOIRE = 0x4000;
 inline constexpr unsigned ATTRIBUT_FICHIER = 0x8000;
 
 /// A directory being read, closed with its owner.
-struct CCloseDir {
+struct STCloseDir {
     void operator()(DIR* pclDir) const noexcept { ::closedir(pclDir); }
 };
-using CUniqueDir = std::unique_ptr<DIR, CCloseDir>;
+using CUniqueDir = std::unique_ptr<DIR, STCloseDir>;
 
 /// One walk through the entries of a directory that match a pattern.
 ///

@@ -61,29 +61,30 @@ class CTHashTableTi {
         return unHash;
     }
     /// Spreads the hashes over the buckets, by a factor that nobody knows beforehand.
-    struct CSpread {
+    struct STSpread {
         std::size_t operator()(std::uint32_t unHash) const noexcept {
-            static const std::uint64_t u64Factor = __u64Random() | 1;
-            return static_cast<std::size_t>(unHash * u64Factor >> 32);
+            static const std::uint64_t FACTOR = __u64Random() | 1;
+            return static_cast<std::size_t>(unHash * FACTOR >> 32);
         }
 
       private:
-        // Where the system has no random bytes, early at its start, the factor is known, and that is all.
+        // Early at its start a system may have no random bytes yet. The factor is then one that everybody
+        // knows: whoever makes a payload could choose names that meet in one bucket, and it opens slowly.
         static std::uint64_t __u64Random() noexcept {
             std::uint64_t u64 = 0x9E3779B97F4A7C15;
             static_cast<void>(::getrandom(&u64, sizeof u64, GRND_NONBLOCK) == sizeof u64);
             return u64;
         }
     };
-    struct CLess {
+    struct STLess {
         using is_transparent = void;
         bool operator()(std::wstring_view svLeft, std::wstring_view svRight) const {
             return nCompareSansCasse(svLeft, svRight) < 0;
         }
     };
 
-    std::unordered_map<std::uint32_t, std::pair<CTString, T>, CSpread> m_tabFirst;
-    std::map<CTString, T, CLess> m_tabOther;
+    std::unordered_map<std::uint32_t, std::pair<CTString, T>, STSpread> m_tabFirst;
+    std::map<CTString, T, STLess> m_tabOther;
 };
 
 }  // namespace kalmo

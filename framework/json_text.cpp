@@ -26,16 +26,16 @@ class CJsonScanner {
 
     // The whole text as one object; *pcsString takes the string under svName, when there is one.
     bool bDocument(std::string_view svName, std::optional<std::string>* pcsString) {
-        SkipBlanks();
-        return bObject(0, svName, pcsString) && m_svLeft.empty();
+        __SkipBlanks();
+        return __bObject(0, svName, pcsString) && m_svLeft.empty();
     }
 
   private:
-    void SkipBlanks() {
+    void __SkipBlanks() {
         m_svLeft.remove_prefix(std::min(m_svLeft.find_first_not_of(" \t\r\n"), m_svLeft.size()));
     }
 
-    bool bTake(std::string_view svToken) {
+    bool __bTake(std::string_view svToken) {
         if (!m_svLeft.starts_with(svToken)) {
             return false;
         }
@@ -44,99 +44,99 @@ class CJsonScanner {
     }
 
     // A token of punctuation and the blanks behind it.
-    bool bMark(char c) {
-        if (!bTake({&c, 1})) {
+    bool __bMark(char c) {
+        if (!__bTake({&c, 1})) {
             return false;
         }
-        SkipBlanks();
+        __SkipBlanks();
         return true;
     }
 
     // An object; a null pcsString asks for none of its strings.
-    bool bObject(int nDepth, std::string_view svName, std::optional<std::string>* pcsString) {
-        if (nDepth > MAX_DEPTH || !bMark('{')) {
+    bool __bObject(int nDepth, std::string_view svName, std::optional<std::string>* pcsString) {
+        if (nDepth > MAX_DEPTH || !__bMark('{')) {
             return false;
         }
-        if (bMark('}')) {
+        if (__bMark('}')) {
             return true;
         }
         do {
             std::string csName;
-            if (!bString(&csName) || !bMark(':')) {
+            if (!__bString(&csName) || !__bMark(':')) {
                 return false;
             }
             const bool bWanted = pcsString != nullptr && csName == svName && m_svLeft.starts_with('"');
-            if (bWanted ? !bString(&pcsString->emplace()) : !bValue(nDepth + 1)) {
+            if (bWanted ? !__bString(&pcsString->emplace()) : !__bValue(nDepth + 1)) {
                 return false;
             }
-        } while (bMark(','));
-        return bMark('}');
+        } while (__bMark(','));
+        return __bMark('}');
     }
 
-    bool bArray(int nDepth) {
-        if (nDepth > MAX_DEPTH || !bMark('[')) {
+    bool __bArray(int nDepth) {
+        if (nDepth > MAX_DEPTH || !__bMark('[')) {
             return false;
         }
-        if (bMark(']')) {
+        if (__bMark(']')) {
             return true;
         }
         do {
-            if (!bValue(nDepth + 1)) {
+            if (!__bValue(nDepth + 1)) {
                 return false;
             }
-        } while (bMark(','));
-        return bMark(']');
+        } while (__bMark(','));
+        return __bMark(']');
     }
 
-    bool bValue(int nDepth) {
+    bool __bValue(int nDepth) {
         std::string csIgnored;
         const char c = m_svLeft.empty() ? '\0' : m_svLeft.front();
         switch (c) {
-            case '{': return bObject(nDepth, {}, nullptr);
-            case '[': return bArray(nDepth);
-            case '"': return bString(&csIgnored);
+            case '{': return __bObject(nDepth, {}, nullptr);
+            case '[': return __bArray(nDepth);
+            case '"': return __bString(&csIgnored);
             default: break;
         }
-        const bool bTaken = bTake("true") || bTake("false") || bTake("null") || bNumber();
-        SkipBlanks();
+        const bool bTaken = __bTake("true") || __bTake("false") || __bTake("null") || __bNumber();
+        __SkipBlanks();
         return bTaken;
     }
 
-    bool bDigits() {
+    bool __bDigits() {
         const std::size_t nCount = std::min(m_svLeft.find_first_not_of("0123456789"), m_svLeft.size());
         m_svLeft.remove_prefix(nCount);
         return nCount > 0;
     }
 
-    bool bNumber() {
-        bTake("-");
-        if (!bTake("0") && !bDigits()) {
+    bool __bNumber() {
+        __bTake("-");
+        if (!__bTake("0") && !__bDigits()) {
             return false;
         }
-        if (bTake(".") && !bDigits()) {
+        if (__bTake(".") && !__bDigits()) {
             return false;
         }
-        if (bTake("e") || bTake("E")) {
-            if (!bTake("+")) {
-                bTake("-");
+        if (__bTake("e") || __bTake("E")) {
+            if (!__bTake("+")) {
+                __bTake("-");
             }
-            return bDigits();
+            return __bDigits();
         }
         return true;
     }
 
     // A string, decoded to UTF-8, and the blanks behind it.
-    bool bString(std::string* pcsOut) {
-        if (!bTake("\"")) {
+    bool __bString(std::string* pcsOut) {
+        if (!__bTake("\"")) {
             return false;
         }
         pcsOut->clear();
-        while (!bTake("\"")) {
+        while (!__bTake("\"")) {
             if (m_svLeft.empty() || static_cast<unsigned char>(m_svLeft.front()) < 0x20) {
                 return false;
             }
-            if (bTake("\\")) {
-                if (!bEscape(pcsOut)) {
+            if (__bTake("\\")) {
+                if (!__bEscape(pcsOut)) {
                     return false;
                 }
             } else {
@@ -144,16 +144,16 @@ class CJsonScanner {
                 m_svLeft.remove_prefix(1);
             }
         }
-        SkipBlanks();
+        __SkipBlanks();
         return true;
     }
 
     // What follows the backslash of an escape.
-    bool bEscape(std::string* pcsOut) {
+    bool __bEscape(std::string* pcsOut) {
         static constexpr std::string_view SV_LETTER = "\"\\/bfnrt";
         static constexpr std::string_view SV_MEANING = "\"\\/\b\f\n\r\t";
-        if (bTake("u")) {
-            return bUnicode(pcsOut);
+        if (__bTake("u")) {
+            return __bUnicode(pcsOut);
         }
         const std::size_t nLetter = m_svLeft.empty() ? SV_LETTER.npos : SV_LETTER.find(m_svLeft.front());
         if (nLetter == SV_LETTER.npos) {
@@ -165,14 +165,14 @@ class CJsonScanner {
     }
 
     // The digits behind "\u", and the second escape of a surrogate pair. Half a pair is an error.
-    bool bUnicode(std::string* pcsOut) {
+    bool __bUnicode(std::string* pcsOut) {
         std::u16string csUnit(1, u'\0');
-        if (!bHex(&csUnit[0])) {
+        if (!__bHex(&csUnit[0])) {
             return false;
         }
         if (csUnit[0] >= 0xD800 && csUnit[0] <= 0xDBFF) {
             csUnit += u'\0';
-            if (!bTake("\\u") || !bHex(&csUnit[1])) {
+            if (!__bTake("\\u") || !__bHex(&csUnit[1])) {
                 return false;
             }
         }
@@ -184,7 +184,7 @@ class CJsonScanner {
         return !bReplaced;
     }
 
-    bool bHex(char16_t* pcUnit) {
+    bool __bHex(char16_t* pcUnit) {
         unsigned unValue = 0;
         const char* const pszEnd = m_svLeft.data() + std::min<std::size_t>(4, m_svLeft.size());
         const auto [pszStop, eError] = std::from_chars(m_svLeft.data(), pszEnd, unValue, 16);

@@ -13,8 +13,9 @@ bool GetModuleFileNameW(CPathBuffer& rszOut);
 /// when the user has no entry there.
 bool bGetHomeDirectory(CFSPath* pclOut);
 
-/// Makes the process speak UTF-8: the user's own locale when it is a UTF-8 one, else C.UTF-8. Where neither
-/// exists the C locale stays; the conversions of conversion.h do not depend on it. Numbers keep the C form.
+/// Sets the locale of the process, for the system's messages and for curses: the user's own when that is a
+/// UTF-8 one, else C.UTF-8; where there is neither, the C locale stays. Numbers are always written as in the
+/// C locale. The conversions of conversion.h do not depend on any of it.
 void SetLocaleUTF8();
 
 }  // namespace kalmo

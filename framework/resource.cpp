@@ -36,7 +36,7 @@ std::optional<STRessourceModule> stRequest(const _stMyModuleInfo* pstModule, uns
 }
 
 /// The text of an answered request, up to its terminating zero.
-CTString csDecode(const STRessourceModule& rst) {
+CTString csTextOf(const STRessourceModule& rst) {
     const std::span<const unsigned char> tabText(rst.pbyText, rst.unLength);
     if (rst.nUnit == 1) {
         const auto itEnd = std::find(tabText.begin(), tabText.end(), 0);
@@ -54,7 +54,7 @@ bool bLoadFromBlock(const _stMyModuleInfo* pstModule, unsigned unId, CTString* p
     if (!st || st->nMode != 0) {
         return false;
     }
-    *pcsOut = csDecode(*st);
+    *pcsOut = csTextOf(*st);
     return true;
 }
 

@@ -126,7 +126,7 @@ bool CLanceProcessus::__bFork(CArgumentVector& rtabArgument) {
     m_eEtat = eETAT::EnCours;
     m_clLaunch = std::chrono::steady_clock::now();
     m_clSortie = std::move(stOutput.clRead);
-    m_clEntree = std::move(stInput.clWrite);
+    m_clStandardInput = std::move(stInput.clWrite);
     return true;
 }
 
@@ -134,7 +134,7 @@ bool CLanceProcessus::bEcritEntree(const void* pBuffer, unsigned dwSize) {
     const auto* pbyNext = static_cast<const unsigned char*>(pBuffer);
     const CSigpipeBlock clBlock;
     while (dwSize > 0) {
-        const ssize_t nPut = ::write(m_clEntree.nGet(), pbyNext, dwSize);
+        const ssize_t nPut = ::write(m_clStandardInput.nGet(), pbyNext, dwSize);
         if (nPut < 0 && errno == EINTR) {
             continue;
         }
@@ -197,7 +197,7 @@ bool CLanceProcessus::bLitSortie_NonBloquant(CXYString<char>* pcsOutput) try {
 
 bool CLanceProcessus::bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput, unsigned* pdwExitCode) try {
     const CMemoryScope clScope;
-    m_clEntree.Reset();
+    m_clStandardInput.Reset();
     std::size_t nRead = 0;
     ssize_t nGot = 0;
     do {
@@ -220,7 +220,7 @@ bool CLanceProcessus::bLitSortieEtAttendFinExecution(CXYString<char>* pcsOutput,
 }
 
 bool CLanceProcessus::bAttendFinExecution(unsigned* pdwExitCode) {
-    m_clEntree.Reset();
+    m_clStandardInput.Reset();
     if (!__bVideSortie()) {
         return __bArrete(ETIMEDOUT);
     }
@@ -327,7 +327,7 @@ void CLanceProcessus::Kill() {
 
 bool CLanceProcessus::bLibere() {
     m_clSortie.Reset();
-    m_clEntree.Reset();
+    m_clStandardInput.Reset();
     m_csMise.Empty();
     if (m_eEtat != eETAT::Libre && CProcessManager::m_gpclManager != nullptr) {
         CProcessManager::m_gpclManager->FreePid(m_nPid);

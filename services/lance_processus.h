@@ -119,9 +119,9 @@ class CLanceProcessus {
     std::size_t m_nMaxOutput = SIZE_MAX;
     std::size_t m_nMaxKept = SIZE_MAX;
     std::chrono::steady_clock::time_point m_clLaunch;
-    CXYString<char> m_csMise;  ///< Output that was taken out of the pipe while its end was waited for.
-    CUniqueFd m_clSortie;      ///< Read end of the child's output.
-    CUniqueFd m_clEntree;      ///< Write end of the child's input.
+    CXYString<char> m_csMise;     ///< Output that was taken out of the pipe while its end was waited for.
+    CUniqueFd m_clSortie;         ///< Read end of the child's output.
+    CUniqueFd m_clStandardInput;  ///< Write end of the child's input.
 };
 
 }  // namespace kalmo

@@ -44,11 +44,11 @@ class CSignalBlock {
 /// has caused meanwhile. Leaves errno alone.
 class CSigpipeBlock {
   public:
-    CSigpipeBlock() noexcept : m_bPendingBefore(bPending()) {}
+    CSigpipeBlock() noexcept : m_bPendingBefore(__bPending()) {}
     CSigpipeBlock(const CSigpipeBlock&) = delete;
     CSigpipeBlock& operator=(const CSigpipeBlock&) = delete;
     ~CSigpipeBlock() {
-        if (m_bPendingBefore || !bPending()) {
+        if (m_bPendingBefore || !__bPending()) {
             return;
         }
         const CErrnoKept clKept;
@@ -60,7 +60,7 @@ class CSigpipeBlock {
     }
 
   private:
-    static bool bPending() noexcept {
+    static bool __bPending() noexcept {
         sigset_t st;
         return ::sigpending(&st) == 0 && ::sigismember(&st, SIGPIPE) == 1;
     }

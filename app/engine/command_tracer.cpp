@@ -4,8 +4,8 @@
 #include <cstdlib>
 
 #include "app/engine/run_view.h"
-#include "app/engine/shell_command.h"
 #include "app/engine/trace.h"
+#include "app/engine/traced_command.h"
 
 namespace kalmo {
 

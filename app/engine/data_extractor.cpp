@@ -10,11 +10,11 @@
 #include "app/engine/archive_password.h"
 #include "app/engine/run_view.h"
 #include "app/engine/trace.h"
-#include "app/texts.h"
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/process_info.h"
+#include "framework/text.h"
 #include "framework/x_error.h"
 
 namespace kalmo {

@@ -9,13 +9,13 @@
 #include "app/engine/data_extractor.h"
 #include "app/engine/install_steps.h"
 #include "app/engine/run_view.h"
-#include "app/engine/shell_command.h"
 #include "app/engine/trace.h"
+#include "app/engine/traced_command.h"
 #include "app/engine/uninstall_record.h"
-#include "app/texts.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
+#include "framework/text.h"
 #include "framework/x_error.h"
 
 namespace kalmo {

@@ -6,8 +6,8 @@
 namespace kalmo {
 
 /// While it lives, the loss of the terminal does not end the installer, nor the commands that it runs: work
-/// that has begun is done to its end, and services that were stopped are started again. What would be shown
-/// afterwards finds no terminal, and the run ends there.
+/// that has begun is done to its end, and services that were stopped are started again. The first box or
+/// question behind it finds no terminal to read from, and the run ends there.
 ///
 /// A local variable of whatever changes the machine. Around questions there is none: an operator who hangs up
 /// then has cancelled.

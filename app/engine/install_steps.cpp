@@ -5,8 +5,8 @@
 #include <string>
 
 #include "app/config/server_config.h"
-#include "app/engine/shell_command.h"
 #include "app/engine/trace.h"
+#include "app/engine/traced_command.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/errno_kept.h"

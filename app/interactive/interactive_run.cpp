@@ -6,15 +6,15 @@
 #include "app/engine/data_extractor.h"
 #include "app/engine/run_lock.h"
 #include "app/engine/server_services.h"
-#include "app/engine/shell_command.h"
 #include "app/engine/trace.h"
+#include "app/engine/traced_command.h"
 #include "app/interactive/license.h"
 #include "app/interactive/message.h"
 #include "app/interactive/new_server.h"
 #include "app/interactive/uninstall_win.h"
 #include "app/interactive/upgrade_server.h"
-#include "app/texts.h"
 #include "framework/console_message.h"
+#include "framework/text.h"
 #include "services/service_manager.h"
 #include "tui/dialogs/choose_server.h"
 #include "tui/dialogs/upgrade_or_install_win.h"
@@ -26,7 +26,7 @@ namespace kalmo {
 namespace {
 
 // A machine on which only the shared manager is left has nothing to upgrade.
-bool bOfferUpgrade(CServiceList& rtabServer) {
+bool bAnythingToUpgrade(CServiceList& rtabServer) {
     return rtabServer.nGetCount() >= 2 ||
            (rtabServer[0]->pszGetName() != nullptr && !bIsManager(*rtabServer[0]));
 }
@@ -51,7 +51,7 @@ void RunAction(CDataExtractor* pclExtractor) {
         return;
     }
     eACTION eAction = eACTION::Install;
-    if (!bChooseAction(&eAction, bOfferUpgrade(tabServer) ? 1 : 0)) {
+    if (!bChooseAction(&eAction, bAnythingToUpgrade(tabServer) ? 1 : 0)) {
         return;
     }
     switch (eAction) {

@@ -29,7 +29,7 @@ class CUnInstallWin : public CWindow {
     void MainLoop() override;
     bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override;
 
-  private:
+  protected:
     /// Finds the files to delete: the program; for an instance also the logger and the libraries beside it.
     /// None for a service that tells no program.
     void _ListFile();
@@ -39,6 +39,7 @@ class CUnInstallWin : public CWindow {
     bool _bRemoveService();
     bool _bRemoveFiles();
 
+  private:
     /// One step's line, whose box gets its X when the step is done.
     struct STStep {
         STStep(CWindow* pclParent, const CTString& csLabel, int nRow, int nWidth, int nHeight);

@@ -5,8 +5,8 @@
 #include "app/engine/data_extractor.h"
 #include "app/engine/hang_up_shield.h"
 #include "app/interactive/message.h"
-#include "app/texts.h"
 #include "framework/fs_path.h"
+#include "framework/text.h"
 #include "tui/toolkit/attribute.h"
 #include "tui/toolkit/word_wrap.h"
 

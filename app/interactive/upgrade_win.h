@@ -40,7 +40,6 @@ class CUpgradeWin : public CWindow, public IUpgradeProgress {
   protected:
     void _DrawWindow() override;
 
-  private:
     /// Makes the texts of the window.
     void _InitLibel();
     void _ComputeLibel(const CTString& csProgramPath);
@@ -48,6 +47,8 @@ class CUpgradeWin : public CWindow, public IUpgradeProgress {
     void _GetKalmaoManager(CTString* pcsWarning);
     /// Stops the services, replaces the files and starts the services again.
     void _Upgrade();
+
+  private:
     /// Shows a value of the gauge.
     void __ShowStep(double dValue);
 

@@ -18,10 +18,10 @@ class CInstallLog {
     void Line(std::wstring_view svText);
 
   private:
-    struct CClose {
+    struct STClose {
         void operator()(std::FILE* pstFile) const noexcept { static_cast<void>(std::fclose(pstFile)); }
     };
-    std::unique_ptr<std::FILE, CClose> m_pstFile;
+    std::unique_ptr<std::FILE, STClose> m_pstFile;
 };
 
 }  // namespace kalmo::sample

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "framework/disk_file.h"
+#include "framework/text.h"
 
 namespace kalmo {
 namespace {

@@ -1,5 +1,5 @@
-#ifndef KALMO_APP_ENGINE_SHELL_COMMAND_H
-#define KALMO_APP_ENGINE_SHELL_COMMAND_H
+#ifndef KALMO_APP_ENGINE_TRACED_COMMAND_H
+#define KALMO_APP_ENGINE_TRACED_COMMAND_H
 
 #include <string>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "app/engine/shell_command.h"
+#include "app/engine/traced_command.h"
 
 #include "app/engine/command_tracer.h"
 #include "app/engine/run_view.h"

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "app/config/program_version.h"
+#include "app/config/server_config.h"
 #include "app/engine/command_tracer.h"
 #include "app/engine/trace.h"
 #include "app/interactive/interactive_run.h"

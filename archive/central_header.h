@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "archive/dos_date.h"
-#include "archive/entry_name.h"
+#include "archive/entry_path.h"
 #include "archive/record_buffer.h"
 #include "archive/result.h"
 #include "framework/memory_stream.h"

@@ -3,7 +3,7 @@
 #include <exception>
 #include <string>
 
-#include "archive/entry_name.h"
+#include "archive/entry_path.h"
 #include "archive/repertoire.h"
 #include "framework/conversion.h"
 #include "framework/le_cursor.h"

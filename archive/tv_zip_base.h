@@ -5,7 +5,6 @@
 #include <mutex>
 #include <string_view>
 
-#include "archive/progress.h"
 #include "archive/repertoire.h"
 #include "archive/result.h"
 #include "framework/disk_file.h"
@@ -14,6 +13,17 @@
 #include "framework/xy_string.h"
 
 namespace kalmo {
+
+/// A window of whoever calls the archive. The archive hands it back and never looks inside.
+using HWND = void*;
+
+/// How far an extraction has come, for a caller's gauge. Extraction fills none of it: callers show their
+/// progress between entries.
+struct STInfoAvancement {
+    HWND hFenetre = nullptr;
+    unsigned dwPourcent = 0;        ///< Of the entry, 0 to 100.
+    unsigned dwPourcentGlobal = 0;  ///< Of the whole job, 0 to 100.
+};
 
 /// An archive as its callers see it: entries by rank, extracted to files or to memory.
 ///

@@ -30,6 +30,8 @@ namespace kalmo {
 ///
 /// An archive is not to be trusted. Memory grows with what has been read of it, never with what it claims;
 /// every claim that is followed ends where the bytes end.
+///
+/// Its methods lie in win_zip.cpp; those for the data of an entry in win_zip_entry.cpp.
 class CWinZip {
   public:
     CWinZip() = default;

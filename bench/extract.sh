@@ -9,7 +9,7 @@
 # Exit status: 0 every target is met, 1 one is missed, 2 the measurement could not be made.
 set -euo pipefail
 cd -- "$(dirname -- "$(realpath -- "${BASH_SOURCE[0]}")")/.."
-source bench/real_payload.sh
+source bench/common.sh
 
 # The targets: our time as a part of theirs, peak memory in KiB, growth of opening and of a lookup when the
 # entries grow tenfold. Linear is 10 and quadratic 100; a large directory no longer fits the processor's
@@ -28,14 +28,11 @@ while (($# > 0)); do
 done
 
 if [[ -z $program ]]; then
-    tools/install_packages.sh build bench
-    { cmake --preset release && cmake --build --preset release --target extract_bench; } >&2
-    program=$PWD/build/release/bench/extract_bench
+    program=$(build_release "build bench" extract_bench)/bench/extract_bench
 fi
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/kalmo-bench.XXXXXX")
 trap 'rm -rf -- "$work"' EXIT
-missed=0
 
 # Runs one tool once: prints seconds by the clock, seconds of the processor, and peak memory in KiB.
 run_once() {
@@ -53,15 +50,6 @@ run_once() {
     /usr/bin/time -o "$work/cost" -f '%U %S %M' "${command[@]}" >/dev/null || die "$tool failed"
     end=$EPOCHREALTIME
     awk -v s="$start" -v e="$end" '{ printf "%.3f %.2f %d\n", e - s, $1 + $2, $3 }' "$work/cost"
-}
-
-lesser() { awk -v a="$1" -v b="$2" 'BEGIN { print a < b ? a : b }'; }
-
-# Fails the run when the first number is above the second.
-at_most() {
-    awk -v is="$1" -v limit="$2" 'BEGIN { exit !(is <= limit) }' && return
-    echo "MISSED: $3 is $1, the target is $2"
-    missed=1
 }
 
 echo "making the payload of ${megabytes} MB ..." >&2

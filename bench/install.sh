@@ -9,7 +9,7 @@
 # Exit status: 0 every target is met, 1 one is missed, 2 the measurement could not be made.
 set -euo pipefail
 cd -- "$(dirname -- "$(realpath -- "${BASH_SOURCE[0]}")")/.."
-source bench/real_payload.sh
+source bench/common.sh
 
 # The targets: seconds to the licence beyond opening, and the installation as a multiple of the extraction.
 MAX_LICENCE=0.050 MAX_INSTALLATION=1.05
@@ -26,9 +26,7 @@ if [[ ${1-} != __inside ]]; then
         shift 2
     done
     if [[ -z $build ]]; then
-        tools/install_packages.sh build bench demo
-        { cmake --preset release && cmake --build --preset release; } >&2
-        build=$PWD/build/release
+        build=$(build_release "build bench demo" all)
     fi
     exec testkit/in_private_root "$PWD/bench/install.sh" __inside "$build" "$runs" "$megabytes"
 fi
@@ -37,14 +35,6 @@ build=$2 runs=$3 megabytes=$4
 work=/tmp/bench
 rm -f /bin/systemctl # in a changed root it succeeds without doing anything
 mkdir -p "$work/many" "$work/in"
-
-lesser() { awk -v a="$1" -v b="$2" 'BEGIN { print a < b ? a : b }'; }
-missed=0
-at_most() {
-    awk -v is="$1" -v limit="$2" 'BEGIN { exit !(is <= limit) }' && return
-    echo "MISSED: $3 is $1, the target is $2"
-    missed=1
-}
 
 # pack FOLDER: adds what an installation needs to the files in FOLDER and packs all beside the installer.
 pack() {

@@ -9,16 +9,12 @@
 # a throwaway machine. Needs root. Exit status: 0 every target is met, 1 one is missed, 2 the measurement could not be made.
 set -euo pipefail
 cd -- "$(dirname -- "$(realpath -- "${BASH_SOURCE[0]}")")/.."
+source bench/common.sh
 
 # The targets: seconds an instance, and how many times as long four times as many instances may take.
 MAX_SECONDS=0.020 MAX_GROWTH=5.5
 COUNTS=(50 100 200)
 RUNS=3
-
-die() {
-    echo "${0##*/}: $*" >&2
-    exit 2
-}
 
 if [[ ${1-} != __inside ]]; then
     build="" judge=time
@@ -31,9 +27,7 @@ if [[ ${1-} != __inside ]]; then
         shift
     done
     if [[ -z $build ]]; then
-        tools/install_packages.sh build demo
-        { cmake --preset release && cmake --build --preset release --target services_bench; } >&2
-        build=$PWD/build/release
+        build=$(build_release "build demo" services_bench)
     fi
     exec testkit/machine systemd --timeout 300 -- bench/services.sh __inside "$build/bench/services_bench" "$judge"
 fi
@@ -48,13 +42,6 @@ make_instance() { # NUMBER
     printf '[INIT]\nDBRootPath = %s/BDD/\nAccessPort = %s\nName = %s\n' "$directory" "$((5000 + $1))" "$1" >"$directory/ZDConf.ini"
     printf '[Unit]\nDescription=Database server %s\n[Service]\nExecStart="%s/kalmo" --service\n[Install]\nWantedBy=multi-user.target\n' \
         "$1" "$directory" >"/etc/systemd/system/ZDCS-$1.service"
-}
-
-missed=0
-at_most() { # VALUE LIMIT WHAT
-    awk -v is="$1" -v limit="$2" 'BEGIN { exit !(is <= limit) }' && return
-    echo "MISSED: $3 is $1, the target is $2"
-    missed=1
 }
 
 made=0 first=

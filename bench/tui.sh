@@ -8,44 +8,31 @@
 # --program takes a tui_bench that is built already.
 # Exit status: 0 every target is met, 1 one is missed, 2 the measurement could not be made.
 set -euo pipefail
+start=$PWD
+cd -- "$(dirname -- "$(realpath -- "${BASH_SOURCE[0]}")")/.."
+source bench/common.sh
 
 # The targets: bytes of a key that changes a line or two, of one that scrolls a list, and the time of filling the
 # chooser as a multiple of reading and sorting alone.
 MAX_BYTES=300 MAX_BYTES_SCROLLING=600 MAX_FILLING=2.0
 
-die() {
-    echo "${0##*/}: $*" >&2
-    exit 2
-}
-
 program=
 while (($# > 0)); do
     case "$1" in
-        --program) program=$(realpath -e -- "${2:?}") || exit 2 ;;
+        --program) program=$(cd "$start" && realpath -e -- "${2:?}") || exit 2 ;;
         *) die "unknown option $1" ;;
     esac
     shift 2
 done
-cd -- "$(dirname -- "$(realpath -- "${BASH_SOURCE[0]}")")/.."
 
 if [[ -z $program ]]; then
-    tools/install_packages.sh build
-    { cmake --preset release && cmake --build --preset release --target tui_bench; } >&2
-    program=$PWD/build/release/bench/tui_bench
+    program=$(build_release build tui_bench)/bench/tui_bench
 fi
 
 # A file system in memory where there is one: the disk is not what is measured.
 [[ -d /dev/shm && -w /dev/shm ]] && TMPDIR=/dev/shm
 work=$(mktemp -d "${TMPDIR:-/tmp}/kalmo-bench.XXXXXX")
 trap 'rm -rf -- "$work"' EXIT
-missed=0
-
-# Fails the run when the first number is above the second.
-at_most() {
-    awk -v is="$1" -v limit="$2" 'BEGIN { exit !(is <= limit) }' && return
-    echo "MISSED: $3 is $1, the target is $2"
-    missed=1
-}
 
 (cd "$work" && seq -f 'd%.0f' 10001 20000 | xargs mkdir)
 

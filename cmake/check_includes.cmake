@@ -1,6 +1,7 @@
 # Fails when a source includes a header of a folder that its own may not know.
 #   cmake -D SOURCE=<project> -D RULES=<file> -P check_includes.cmake
 # A line of the rules is a folder and behind it those that it may include, with semicolons between them.
+cmake_minimum_required(VERSION 3.25)
 file(STRINGS ${RULES} rules)
 set(known "")
 foreach(rule IN LISTS rules)

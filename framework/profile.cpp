@@ -16,7 +16,7 @@
 #include "framework/process_info.h"
 #include "framework/profile_encoding.h"
 #include "framework/profile_file.h"
-#include "framework/profile_value.h"
+#include "framework/profile_line.h"
 
 namespace kalmo {
 namespace {

@@ -1,10 +1,14 @@
 #include "framework/profile_line.h"
 
 #include <algorithm>
+#include <climits>
+#include <cwchar>
+#include <string>
 
 #include "framework/conversion.h"
 
 namespace kalmo {
+
 namespace {
 
 using namespace std::string_view_literals;
@@ -20,6 +24,8 @@ bool bBeginsWith(std::wstring_view svLine, std::wstring_view svName) {
 std::wstring_view svBeforeNull(std::wstring_view sv) {
     return sv.substr(0, sv.find(L'\0'));
 }
+
+constexpr std::size_t TAILLE_ENTIER = 20;  // the buffer of the rule, with its null
 
 }  // namespace
 
@@ -72,6 +78,17 @@ std::optional<std::wstring_view> svValueOf(std::wstring_view svLine, std::wstrin
     const std::wstring_view svRest = svLine.substr(nEqual + 1);
     const std::wstring_view svValue = svFrom(svRest, svRest.find_first_not_of(L" \t"));
     return svValue.substr(0, svValue.find_first_of(L"\r\n\0"sv));
+}
+
+int nEntierDeValeur(std::wstring_view svValue) {
+    const std::wstring cs(svValue.substr(0, TAILLE_ENTIER - 1));
+    return static_cast<int>(std::clamp<long>(std::wcstol(cs.c_str(), nullptr, 10), INT_MIN, INT_MAX));
+}
+
+CTString csValeurRelue(std::wstring_view svValue) {
+    static constexpr std::wstring_view SV_KEY = L"k";
+    const CTString csLine = CTString(SV_KEY) + L" = " + svValue + L"\n";
+    return CTString(svValueOf(csLine, SV_KEY).value_or(std::wstring_view()));
 }
 
 }  // namespace kalmo

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string_view>
 
+#include "framework/xy_string.h"
+
 /// What one line of a profile file says: pure functions over the line's text, which ends with its line feed
 /// when it has one. Names are compared without regard to case. A blank is a space; a tab counts only where
 /// it is named. Views that come out point into the line.
@@ -35,6 +37,16 @@ std::optional<std::wstring_view> svKeyName(std::wstring_view svLine);
 /// the same to a caller who counts and one who looks for the null. None when the line is not one of the key
 /// or holds no "=" there.
 std::optional<std::wstring_view> svValueOf(std::wstring_view svLine, std::wstring_view svKey);
+
+/// What the values of profile files mean. Pure functions, for the calls of profile.h and for those who must
+/// know beforehand what will be read back.
+
+/// The decimal integer, signed or not, at the start of a value's first 19 characters: 0 when there is none,
+/// the nearest int when it is out of range.
+int nEntierDeValeur(std::wstring_view svValue);
+
+/// What reading gives back once a value has been written: without the blanks and tabs at its start.
+CTString csValeurRelue(std::wstring_view svValue);
 
 }  // namespace kalmo
 

@@ -8,16 +8,31 @@
 #include <memory>
 #include <new>
 #include <variant>
+#include <vector>
 
 #include "framework/array.h"
+#include "framework/format_message.h"
 #include "framework/memory_scope.h"
 #include "framework/tv_unknown.h"
-#include "framework/x_error_argument.h"
 #include "framework/x_error_info.h"
 #include "framework/x_error_module.h"
 #include "framework/x_stream.h"
 
 namespace kalmo {
+
+/// The arguments of an error's message, kept. A CFormatArg only borrows its text; an error outlives the call
+/// that raises it, so it keeps copies. Owned by its CXError.
+class CXErrorArguments {
+  public:
+    /// Replaces what is kept by copies of the arguments.
+    void Set(CFormatArgList tabArg);
+    /// The arguments as a list for bFormatMessage, valid until this object is changed or destroyed.
+    [[nodiscard]] std::vector<CFormatArg> tabGet() const;
+
+  private:
+    /// A text, or an argument that borrows nothing.
+    std::vector<std::variant<CTString, CFormatArg>> m_tabKept;
+};
 
 /// What is known about one failure.
 ///
@@ -28,6 +43,8 @@ namespace kalmo {
 /// No operation throws. What memory does not suffice for is left out, and the user message then reads
 /// "<No Memory>". Borrowed pointers are valid until the object is changed or destroyed. Not safe across
 /// threads.
+///
+/// Its methods lie in x_error.cpp; those for StringDump in x_error_dump.cpp.
 class CXError : public CTVUnknown {
   public:
     using _stERRORINFO = CXErrorInfoList::_stERRORINFO;

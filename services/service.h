@@ -6,9 +6,18 @@
 
 #include "framework/array.h"
 #include "framework/xy_string.h"
-#include "services/service_status.h"
 
 namespace kalmo {
+
+/// The states that a service can be in, numbered like those of a Windows service, and one more for failed.
+enum eSERVICESTATUS : int {
+    eServiceUnknown = -1,  ///< The state could not be asked for (SysV only).
+    eServiceStopped = 1,
+    eServiceStarting = 2,
+    eServiceStopping = 3,
+    eServiceRunning = 4,
+    eServiceFailed = 8,
+};
 
 class CServiceManager;
 
@@ -25,6 +34,8 @@ inline constexpr unsigned CONTROL_RELOAD = 6;
 ///
 /// Names are passed to systemctl and to the shell as they are. They are not input of strangers: only root
 /// can create a service or run the installer.
+///
+/// Its methods lie in service.cpp; those for the removal in service_removal.cpp.
 class CService {
   public:
     /// A SysV service, whose two other texts are read from its script when they are asked for.

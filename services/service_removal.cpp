@@ -7,7 +7,6 @@
 #include "framework/disk_file.h"
 #include "framework/memory_scope.h"
 #include "services/init_script.h"
-#include "services/refusal_reason.h"
 #include "services/service.h"
 #include "services/service_command.h"
 #include "services/service_manager.h"

@@ -1,8 +1,12 @@
 #include "services/systemctl.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
+#include <string>
 
 #include "framework/conversion.h"
 #include "framework/memory_scope.h"
@@ -27,6 +31,34 @@ bool bRun(CLanceProcessus& rclSystemctl, std::wstring_view svArguments, CXYStrin
     return rclSystemctl.bLanceProcessus(PSZ_SYSTEMCTL, CTString(svArguments).pszGet(), nullptr) &&
            rclSystemctl.bLitSortieEtAttendFinExecution(pcsOutput, pdwExitCode);
 }
+
+constexpr int MAX_ERRNO = 133;
+
+// ASCII only: other letters have the case that the system's own texts have.
+std::string csLower(std::string_view sv) {
+    std::string cs(sv);
+    std::transform(cs.begin(), cs.end(), cs.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
+    return cs;
+}
+
+class CLocale {
+  public:
+    explicit CLocale(const char* pszName) : m_cl(::newlocale(LC_ALL_MASK, pszName, nullptr)) {}
+    CLocale(const CLocale&) = delete;
+    CLocale& operator=(const CLocale&) = delete;
+    ~CLocale() {
+        if (m_cl != nullptr) {
+            ::freelocale(m_cl);
+        }
+    }
+    [[nodiscard]] std::string csText(int nError) const {
+        return m_cl == nullptr ? std::string() : csLower(::strerror_l(nError, m_cl));
+    }
+
+  private:
+    locale_t m_cl;
+};
 
 }  // namespace
 
@@ -69,6 +101,29 @@ bool bCommandSystemctl(std::wstring_view svArguments, CXYString<char>* pcsSaid) 
     return bRan && dwExitCode == 0;
 } catch (const std::exception&) {
     return NoMemory(false);
+}
+
+int nReasonInWords(std::string_view svWords) {
+    const std::string csWords = csLower(svWords);
+    for (const char* const psz :
+         {"access denied", "permission denied", "operation not permitted", "authentication required"}) {
+        if (csWords.find(psz) != std::string::npos) {
+            return EPERM;
+        }
+    }
+    int nReason = ECANCELED;
+    std::size_t nLongest = 0;  // one text may be a part of another one
+    for (const char* const pszLocale : {"C", ""}) {
+        const CLocale clLocale(pszLocale);
+        for (int n = 1; n <= MAX_ERRNO; ++n) {
+            const std::string csText = clLocale.csText(n);
+            if (csText.size() > nLongest && csWords.find(csText) != std::string::npos) {
+                nLongest = csText.size();
+                nReason = n == EACCES ? EPERM : n;
+            }
+        }
+    }
+    return nReason;
 }
 
 }  // namespace kalmo

@@ -25,6 +25,11 @@ bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, un
 /// reason then, which *pcsSaid gets (their first MAX_SAID bytes) unless it is null.
 bool bCommandSystemctl(std::wstring_view svArguments, CXYString<char>* pcsSaid = nullptr);
 
+/// The error number behind the words with which systemctl refuses a command; they are the only way in which
+/// it tells. EPERM when it lacked a right, the one whose text of the system the words hold (in English or in
+/// the language that the environment asks for), ECANCELED when they hold none. Pure but for that language.
+int nReasonInWords(std::string_view svWords);
+
 }  // namespace kalmo
 
 #endif

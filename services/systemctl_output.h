@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "framework/xy_string.h"
-#include "services/service_status.h"
+#include "services/service.h"
 
 namespace kalmo {
 

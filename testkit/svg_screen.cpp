@@ -62,7 +62,7 @@ std::string CEmulator::csSvg() const {
     const int nHeight = m_nRows * CELL_HEIGHT;
     std::string cs = csFormat(
         "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%d\" height=\"%d\" viewBox=\"0 0 %d %d\" "
-        "font-family=\"monospace\" font-size=\"%d\" xml:space=\"preserve\">\n"
+        "font-family=\"monospace\" font-size=\"%d\" shape-rendering=\"crispEdges\" xml:space=\"preserve\">\n"
         "<rect width=\"%d\" height=\"%d\" fill=\"#%06x\"/>\n",
         nWidth, nHeight, nWidth, nHeight, LETTER_SIZE, nWidth, nHeight, PLAIN_BACKGROUND);
     for (int nRow = 0; nRow < m_nRows; ++nRow) {

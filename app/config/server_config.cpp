@@ -8,11 +8,14 @@
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/file_version.h"
+#include "framework/process_info.h"
 #include "framework/profile.h"
 #include "services/service.h"
 #include "services/service_manager.h"
 
 namespace kalmo {
+
 namespace {
 
 constexpr const wchar_t* PSZ_SECTION_TELEMETRY = L"TELEMETRY";
@@ -133,6 +136,20 @@ void GetZDConfPath(CService* pclService, CPathBuffer& rszOut) {
     if (!csDirectory.bEmpty()) {
         bConfPath(csDirectory, rszOut);
     }
+}
+
+CTString csGetProgramVersion(std::wstring_view svProgram) {
+    CFileVersion clVersion;
+    CTString csVersion;
+    return clVersion.bInit(svProgram) &&
+                   clVersion.bGetString(L"\\StringFileInfo\\000004E4\\VersionVI", &csVersion)
+               ? csVersion
+               : CTString(L"?");
+}
+
+CTString csGetOwnVersion() {
+    CPathBuffer szProgram;
+    return GetModuleFileNameW(szProgram) ? csGetProgramVersion(szProgram) : CTString(L"?");
 }
 
 }  // namespace kalmo

@@ -1,6 +1,8 @@
 #ifndef KALMO_APP_CONFIG_SERVER_CONFIG_H
 #define KALMO_APP_CONFIG_SERVER_CONFIG_H
 
+#include <string_view>
+
 #include "framework/fs_path.h"
 #include "framework/xy_string.h"
 
@@ -81,6 +83,12 @@ bool bConfPath(std::wstring_view svDirectory, CPathBuffer& rszOut);
 /// The configuration file of an installed instance: beside its program. Empty when its directory is unknown
 /// or the path would be longer than 260 characters.
 void GetZDConfPath(CService* pclService, CPathBuffer& rszOut);
+
+/// The version that a program file carries in its version information, "?" without one.
+CTString csGetProgramVersion(std::wstring_view svProgram);
+
+/// The same of the running program.
+CTString csGetOwnVersion();
 
 }  // namespace kalmo
 

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "app/engine/archive_password.h"
+#include "app/engine/passwords.h"
 #include "framework/conversion.h"
 
 int main() {

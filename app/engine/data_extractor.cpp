@@ -7,7 +7,7 @@
 #include <string>
 
 #include "app/config/server_config.h"
-#include "app/engine/archive_password.h"
+#include "app/engine/passwords.h"
 #include "app/engine/run_view.h"
 #include "app/engine/trace.h"
 #include "archive/entry_path.h"

@@ -25,6 +25,8 @@ class IUpgradeProgress;
 /// returns true on success; what failed has been told when it returns false (in the trace, and to the view of
 /// the run), and nothing that was done before is undone. It draws nothing itself: the windows of the
 /// interactive run see what it tells them of its progress, and may be null.
+///
+/// Its methods lie in data_extractor.cpp; those for bInstall and its steps in data_extractor_install.cpp.
 class CDataExtractor : public CTVWinZip {
   public:
     /// The settings of a new instance.

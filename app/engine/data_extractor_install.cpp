@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "app/config/server_config.h"
-#include "app/engine/crypt_password.h"
 #include "app/engine/data_extractor.h"
 #include "app/engine/install_steps.h"
+#include "app/engine/passwords.h"
 #include "app/engine/run_view.h"
 #include "app/engine/trace.h"
 #include "app/engine/traced_command.h"

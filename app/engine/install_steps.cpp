@@ -11,7 +11,7 @@
 #include "framework/disk_file.h"
 #include "framework/errno_kept.h"
 #include "framework/profile.h"
-#include "framework/profile_value.h"
+#include "framework/profile_line.h"
 #include "framework/x_error.h"
 
 namespace kalmo {

@@ -4,7 +4,7 @@
 #include "app/engine/run_view.h"
 #include "app/engine/trace.h"
 #include "framework/conversion.h"
-#include "services/shell_command.h"
+#include "services/service_command.h"
 #include "services/wait_status.h"
 
 namespace kalmo {

@@ -12,15 +12,15 @@
 #include "app/interactive/message.h"
 #include "app/interactive/new_server.h"
 #include "app/interactive/uninstall_win.h"
-#include "app/interactive/upgrade_server.h"
+#include "app/interactive/upgrade_win.h"
 #include "framework/console_message.h"
 #include "framework/text.h"
 #include "services/service_manager.h"
 #include "tui/dialogs/choose_server.h"
 #include "tui/dialogs/upgrade_or_install_win.h"
 #include "tui/toolkit/msg_box.h"
-#include "tui/toolkit/placement.h"
 #include "tui/toolkit/screen.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {

@@ -14,7 +14,7 @@
 #include "framework/text.h"
 #include "services/signal_block.h"
 #include "tui/dialogs/license_win.h"
-#include "tui/toolkit/placement.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {

@@ -1,11 +1,11 @@
 #include "app/interactive/message.h"
 
 #include "framework/text.h"
-#include "services/shell_command.h"
+#include "services/service_command.h"
 #include "tui/toolkit/key.h"
 #include "tui/toolkit/msg_box.h"
-#include "tui/toolkit/placement.h"
 #include "tui/toolkit/screen.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {

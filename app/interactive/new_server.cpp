@@ -9,16 +9,16 @@
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"
 #include "app/interactive/message.h"
-#include "app/interactive/upgrade_server.h"
+#include "app/interactive/upgrade_win.h"
 #include "framework/conversion.h"
-#include "framework/profile_value.h"
+#include "framework/profile_line.h"
 #include "framework/text.h"
 #include "tui/dialogs/config_account_win.h"
 #include "tui/dialogs/config_win.h"
 #include "tui/dialogs/install_progress_win.h"
 #include "tui/dialogs/telemetry_win.h"
 #include "tui/toolkit/directory.h"
-#include "tui/toolkit/placement.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {

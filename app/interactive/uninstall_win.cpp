@@ -18,8 +18,8 @@
 #include "services/service.h"
 #include "tui/toolkit/attribute.h"
 #include "tui/toolkit/key.h"
-#include "tui/toolkit/placement.h"
 #include "tui/toolkit/screen.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {

@@ -1,16 +1,19 @@
 #include "app/interactive/upgrade_win.h"
 
-#include "app/config/program_version.h"
 #include "app/config/server_config.h"
 #include "app/engine/data_extractor.h"
 #include "app/engine/hang_up_shield.h"
+#include "app/engine/refusal.h"
 #include "app/interactive/message.h"
+#include "app/interactive/new_server.h"
 #include "framework/fs_path.h"
 #include "framework/text.h"
 #include "tui/toolkit/attribute.h"
+#include "tui/toolkit/window.h"
 #include "tui/toolkit/word_wrap.h"
 
 namespace kalmo {
+
 namespace {
 
 constexpr int BUTTON_WIDTH = 12;
@@ -123,6 +126,27 @@ void CUpgradeWin::_DrawWindow() {
         _nSmartPrint(nLines + 2, TEXT_COLUMN, m_csWarning.pszGet(), ATTR_BORDER, __nTextColumns(), nEnd);
     }
     _nSmartPrint(nEnd, TEXT_COLUMN, m_csPrompt.pszGet(), ATTR_BORDER, __nTextColumns(), nEnd + 1);
+}
+
+void UpgradeServer(CDataExtractor* pclExtractor, CService* pclService) {
+    if (const CRefusal clRefusal = clRefuseUpgrade(*pclService)) {
+        bTellRefusal(L"upgrade " + CTString(pclService->pszGetName()), *clRefusal,
+                     pclExtractor->rclGetTrace());
+        return;
+    }
+    CPathBuffer szConfPath;
+    GetZDConfPath(pclService, szConfPath);
+    int nTelemetryOn = 0;
+    if (bChooseTelemetry(eReadTelemetry(szConfPath), nTelemetryOn)) {
+        DoUpgradeServer(pclExtractor, pclService, nTelemetryOn);
+    }
+}
+
+void DoUpgradeServer(CDataExtractor* pclExtractor, CService* pclService, int nTelemetryOn) {
+    auto clWindow = clMakeCentred<CUpgradeWin>(CUpgradeWin::PREFERRED_WIDTH, CUpgradeWin::PREFERRED_HEIGHT,
+                                               pclService, pclExtractor, nTelemetryOn);
+    clWindow.Draw();
+    clWindow.MainLoop();
 }
 
 }  // namespace kalmo

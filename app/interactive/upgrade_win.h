@@ -7,7 +7,7 @@
 #include "app/engine/server_services.h"
 #include "tui/toolkit/button.h"
 #include "tui/toolkit/jauge.h"
-#include "tui/toolkit/scrollable_libel.h"
+#include "tui/toolkit/libel.h"
 #include "tui/toolkit/window.h"
 
 namespace kalmo {
@@ -68,6 +68,19 @@ class CUpgradeWin : public CWindow, public IUpgradeProgress {
     CUpgradeServices m_clServices;  ///< Knows the install directory and the shared manager too.
     int m_nTelemetryOn;
 };
+
+/// The interactive upgrade of an installed instance.
+
+class CDataExtractor;
+class CService;
+
+/// Asks for the telemetry choice where the instance's configuration has none, then upgrades. The payload is
+/// open. An operator who cancels leaves everything as it is, and so does an instance that must not be
+/// upgraded: what speaks against it is shown.
+void UpgradeServer(CDataExtractor* pclExtractor, CService* pclService);
+
+/// Shows the upgrade's window until it is done or given up. nTelemetryOn: 1 or 0.
+void DoUpgradeServer(CDataExtractor* pclExtractor, CService* pclService, int nTelemetryOn);
 
 }  // namespace kalmo
 

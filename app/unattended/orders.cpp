@@ -11,7 +11,7 @@
 #include "framework/memory_stream.h"
 #include "framework/profile.h"
 #include "framework/profile_file.h"
-#include "framework/profile_value.h"
+#include "framework/profile_line.h"
 
 namespace kalmo {
 namespace {

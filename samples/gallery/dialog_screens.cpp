@@ -4,7 +4,7 @@
 #include "tui/dialogs/license_win.h"
 #include "tui/toolkit/directory.h"
 #include "tui/toolkit/msg_box.h"
-#include "tui/toolkit/placement.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {

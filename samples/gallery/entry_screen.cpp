@@ -1,7 +1,6 @@
 #include "samples/gallery/gallery_win.h"
 #include "samples/gallery/screens.h"
-#include "tui/toolkit/entry_lower.h"
-#include "tui/toolkit/num_entry.h"
+#include "tui/toolkit/entry.h"
 
 namespace kalmo {
 namespace {

@@ -5,7 +5,6 @@
 
 #include "framework/xy_string.h"
 #include "tui/toolkit/button.h"
-#include "tui/toolkit/placement.h"
 #include "tui/toolkit/window.h"
 
 namespace kalmo {

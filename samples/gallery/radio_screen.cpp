@@ -2,8 +2,8 @@
 
 #include "samples/gallery/screens.h"
 #include "tui/toolkit/ok_cancel_win.h"
-#include "tui/toolkit/placement.h"
 #include "tui/toolkit/radio_list.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "samples/gallery/gallery_win.h"
 #include "samples/gallery/screens.h"
-#include "tui/toolkit/scrollable_libel.h"
+#include "tui/toolkit/libel.h"
 
 namespace kalmo {
 namespace {

@@ -17,7 +17,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/config/program_version.h"
+#include "app/config/server_config.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "samples/server/accounts.h"

@@ -13,7 +13,6 @@
 #include <string>
 #include <string_view>
 
-#include "app/config/program_version.h"
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/engine/archive_password.h"
+#include "app/engine/passwords.h"
 #include "framework/conversion.h"
 
 namespace kalmo {

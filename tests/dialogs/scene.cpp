@@ -21,8 +21,8 @@
 #include "tui/dialogs/telemetry_win.h"
 #include "tui/dialogs/upgrade_or_install_win.h"
 #include "tui/toolkit/key.h"
-#include "tui/toolkit/placement.h"
 #include "tui/toolkit/screen.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {

@@ -15,7 +15,7 @@
 #include "framework/text_number.h"
 #include "framework/x_error.h"
 #include "services/create_process.h"
-#include "services/shell_command.h"
+#include "services/service_command.h"
 #include "services/systemctl.h"
 #include "testkit/temp_folder.h"
 #include "tests/services/stand_in.h"

@@ -22,16 +22,14 @@
 #include "tui/toolkit/attribute.h"
 #include "tui/toolkit/button.h"
 #include "tui/toolkit/check_box.h"
-#include "tui/toolkit/dir_entry.h"
+#include "tui/toolkit/directory.h"
 #include "tui/toolkit/drawing.h"
-#include "tui/toolkit/entry_lower.h"
+#include "tui/toolkit/entry.h"
 #include "tui/toolkit/jauge.h"
 #include "tui/toolkit/key.h"
 #include "tui/toolkit/libel.h"
-#include "tui/toolkit/num_entry.h"
 #include "tui/toolkit/radio_list.h"
 #include "tui/toolkit/screen.h"
-#include "tui/toolkit/scrollable_libel.h"
 #include "tui/toolkit/window.h"
 
 namespace kalmo {

@@ -7,10 +7,10 @@
 
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
-#include "framework/profile_value.h"
+#include "framework/profile_line.h"
 #include "framework/text.h"
 #include "tui/toolkit/msg_box.h"
-#include "tui/toolkit/placement.h"
+#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {

@@ -3,8 +3,6 @@
 
 #include "services/service.h"
 #include "tui/toolkit/entry.h"
-#include "tui/toolkit/entry_lower.h"
-#include "tui/toolkit/num_entry.h"
 #include "tui/toolkit/ok_cancel_win.h"
 
 namespace kalmo {

@@ -3,7 +3,7 @@
 
 #include "framework/xy_string.h"
 #include "tui/toolkit/button.h"
-#include "tui/toolkit/scrollable_libel.h"
+#include "tui/toolkit/libel.h"
 #include "tui/toolkit/window.h"
 
 namespace kalmo {

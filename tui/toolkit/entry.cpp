@@ -10,6 +10,7 @@
 #include "tui/toolkit/text_columns.h"
 
 namespace kalmo {
+
 namespace {
 
 int nLength(const CTString& rcs) {
@@ -166,6 +167,16 @@ void CEntry::Draw() {
                  nVisible, m_nOffset);
     if (pWindow != nullptr) {
         ::wmove(pWindow, m_nTextRow, nColumn + nCursorColumn - m_nOffset);
+    }
+}
+
+void CEntryLower::_AddChar(wchar_t c) {
+    CEntry::_AddChar(static_cast<wchar_t>(std::towlower(static_cast<wint_t>(c))));
+}
+
+void CNumEntry::_AddChar(wchar_t c) {
+    if (c >= L'0' && c <= L'9') {
+        CEntry::_AddChar(c);
     }
 }
 

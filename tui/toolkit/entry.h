@@ -65,6 +65,24 @@ class CEntry : public CWidget {
     int m_nDrawn = 0;   ///< Columns that the last Draw filled with text.
 };
 
+/// A field that makes what is typed lower case.
+class CEntryLower : public CEntry {
+  public:
+    using CEntry::CEntry;
+
+  protected:
+    void _AddChar(wchar_t c) override;
+};
+
+/// A field that takes only the digits 0 to 9.
+class CNumEntry : public CEntry {
+  public:
+    using CEntry::CEntry;
+
+  protected:
+    void _AddChar(wchar_t c) override;
+};
+
 }  // namespace kalmo
 
 #endif

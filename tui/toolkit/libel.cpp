@@ -1,6 +1,11 @@
 #include "tui/toolkit/libel.h"
 
+#include <algorithm>
+#include <string>
+
 #include "tui/toolkit/drawing.h"
+#include "tui/toolkit/key.h"
+#include "tui/toolkit/word_wrap.h"
 
 namespace kalmo {
 
@@ -19,6 +24,71 @@ void CLibel::Draw() {
     }
     DrawBorder(pGetWindow(), x, y, width - 1, height - 1, m_attr);
     _nSmartPrint(1, 1, m_csText.pszGet(), m_attr, width - 2, height - 1);
+}
+
+CScrollableLibel::CScrollableLibel(CWindow* pclParent, const wchar_t* pszText, int nX, int nY, int nWidth,
+                                   int nHeight)
+    : CList(pclParent, nX, nY, nWidth, nHeight, 0) {
+    m_nSelected = -1;
+    _Fill(pszText, nWidth - 3);
+}
+
+void CScrollableLibel::_Fill(const wchar_t* pszText, int nMaxWidth) {
+    if (pszText == nullptr) {
+        return;
+    }
+    for (const std::wstring_view svLine : tabCutLines(pszText, nMaxWidth)) {
+        std::wstring csLine(svLine);
+        std::replace(csLine.begin(), csLine.end(), L'\t', L' ');
+        CList::AddLine(csLine.c_str());
+    }
+}
+
+const wchar_t* CScrollableLibel::pszGetSelectedLine() const {
+    return nullptr;
+}
+
+bool CScrollableLibel::bSetFocus(int bNewFocus) {
+    return bScrollable() && CList::bSetFocus(bNewFocus);
+}
+
+bool CScrollableLibel::bOnKeyEvent(int nKey) {
+    static constexpr STKeyAction<CScrollableLibel> TAB_KEY[] = {
+        {KEY_UP, &CScrollableLibel::__bLineUp},
+        {KEY_DOWN, &CScrollableLibel::__bLineDown},
+        {KEY_PPAGE, &CScrollableLibel::__bPageUp},
+        {KEY_NPAGE, &CScrollableLibel::__bPageDown},
+    };
+    return RunKey(this, TAB_KEY, nKey).value_or(false);
+}
+
+bool CScrollableLibel::__bLineUp() {
+    return __bScroll(-1);
+}
+
+bool CScrollableLibel::__bLineDown() {
+    return __bScroll(1);
+}
+
+bool CScrollableLibel::__bPageUp() {
+    return __bScroll(-m_nVisible);
+}
+
+bool CScrollableLibel::__bPageDown() {
+    return __bScroll(m_nVisible);
+}
+
+bool CScrollableLibel::__bScroll(int nLines) {
+    const int nLast = std::max(0, nGetNbItem() - m_nVisible);
+    const int nFirst = std::clamp(m_nFirst + nLines, 0, nLast);
+    if (nFirst != m_nFirst) {
+        m_nFirst = nFirst;
+        _Redraw();
+        if (nFirst == nLast) {
+            _bSendEvent(eEVENT_END_REACHED);
+        }
+    }
+    return true;
 }
 
 }  // namespace kalmo

@@ -21,6 +21,7 @@ class Toolkit : public testing::Test {
 
 TEST_F(Toolkit, TheGaugeRunsFromZeroAndNeverLeavesItsFrame) {
     EXPECT_EQ(nGaugeBar(5, 10, 20, 20), 10);
+    EXPECT_EQ(nGaugeBar(3, 0, 8, 20), 8);  // 7.5 cells
     EXPECT_EQ(nGaugeBar(-1, 0, 40, 20), 0);
     EXPECT_EQ(nGaugeBar(0, 0, 0, 20), 0);
     EXPECT_EQ(nGaugeBar(std::numeric_limits<double>::quiet_NaN(), 0, 1, 20), 0);
@@ -67,6 +68,7 @@ TEST_F(Toolkit, TextsAreBrokenAtWordsOrCutHard) {
         {tabWrapWords, L"word", -2, {}},
         {tabWrapWords, L"two words", 4, {L"two ", L"word", L"s"}},
         {tabWrapWords, L"two   words", 5, {L"two", L"words"}},
+        {tabWrapWords, L"two\twords", 5, {L"two\t", L"words"}},
         {tabWrapWords, L"exact fit next", 9, {L"exact fit", L"next"}},
         {tabWrapWords, L"  leading", 8, {L"  ", L"leading"}},
         {tabWrapWords, L"one\r\n\n\n  two\n", 20, {L"one", L"two"}},

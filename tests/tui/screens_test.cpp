@@ -284,7 +284,7 @@ TEST_P(CScreens, AreAsWritten) {
     };
     CLines tabPattern = {"%", "%", ""};
     const CLines& rtab = GetParam().tabLine;
-    for (auto it = rtab.begin(), itNext = it; it != rtab.end(); it = itNext) {
+    for (auto it = rtab.begin(), itNext = it; it != rtab.end() && !HasFailure(); it = itNext) {
         SCOPED_TRACE(*it);
         itNext = std::find_if(it + 1, rtab.end(), [](const std::string& rcs) { return rcs[0] != ' '; });
         CLines tabPart = tabParts(*it);

@@ -192,18 +192,6 @@ def prepare(current, next_version):
             (("install", current, 2), ("upgrade", next_version, 1), ("uninstall", current, 3))}
 
 
-def check_case(case, status, told, marked, running, *more):
-    """After a run: the trace tells that, the marker says OK or not, the server runs or not. Prints the case's line."""
-    trace = read(TRACE).decode()
-    wrong = [f"it ended with {status}"] * (status != 0) + list(more)
-    wrong += [f"the trace does not tell \"{told}\""] * (not re.search(told, trace))
-    wrong += [f"the marker says {read(MARKER)!r}"] * ((read(MARKER) == b"OK") != marked)
-    wrong += [f"the server {'does not run' if running else 'runs'}"] * (
-        bool(wait_for(greeting, 30 if running else 0.2)) != running)
-    print(f"{'FAILED' if wrong else 'ok':8}{case}", *wrong, *[trace] * bool(wrong), sep="\n  ", flush=True)
-    return not wrong
-
-
 class Call(typing.NamedTuple):
     """A system call of the installer: what it is about in any run, and the nth of its name that it was in this one."""
     name: str

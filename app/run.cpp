@@ -7,9 +7,9 @@
 #include "app/engine/command_tracer.h"
 #include "app/engine/trace.h"
 #include "app/interactive/interactive_run.h"
-#include "app/texts.h"
 #include "app/unattended/pilot.h"
 #include "framework/conversion.h"
+#include "framework/text.h"
 
 namespace kalmo {
 namespace {

@@ -56,3 +56,36 @@ function(kalmo_check_includes)
     VERBATIM)
   add_custom_target(check_includes ALL DEPENDS ${stamp})
 endfunction()
+
+# Called once, behind all libraries: a part of every build that fails when none of their sources uses a text of the
+# catalogues.
+function(kalmo_check_texts)
+  get_property(layers GLOBAL PROPERTY KALMO_LAYERS)
+  set(folders "")
+  foreach(name ${layers})
+    get_property(folder GLOBAL PROPERTY KALMO_FOLDER_${name})
+    if(NOT folder MATCHES "^(tests|testkit)")
+      list(APPEND folders ${folder})
+    endif()
+  endforeach()
+  list(REMOVE_DUPLICATES folders)
+  set(sources "")
+  foreach(folder ${folders})
+    file(GLOB found CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.h ${PROJECT_SOURCE_DIR}/${folder}/*.cpp)
+    list(APPEND sources ${found})
+  endforeach()
+  list(JOIN sources "\n" lines)
+  set(source_file ${PROJECT_BINARY_DIR}/text_users.txt)
+  file(CONFIGURE OUTPUT ${source_file} CONTENT "${lines}\n")
+  set(numbers ${PROJECT_BINARY_DIR}/framework/text_number.h)
+  set(stamp ${PROJECT_BINARY_DIR}/texts.checked)
+  set(script ${PROJECT_SOURCE_DIR}/cmake/check_texts.cmake)
+  add_custom_command(
+    OUTPUT ${stamp}
+    COMMAND ${CMAKE_COMMAND} -D NUMBERS=${numbers} -D SOURCES=${source_file} -P ${script}
+    COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
+    DEPENDS ${sources} kalmo_texts ${numbers} ${source_file} ${script}
+    COMMENT "Checking that every text is used"
+    VERBATIM)
+  add_custom_target(check_texts ALL DEPENDS ${stamp})
+endfunction()

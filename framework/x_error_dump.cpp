@@ -2,12 +2,11 @@
 #include <string>
 
 #include "framework/conversion.h"
+#include "framework/text_number.h"
 #include "framework/x_error.h"
 
 namespace kalmo {
 namespace {
-
-constexpr unsigned unSYSTEM_ERROR = 4164;
 
 /// A text as lines that end in CR LF; nothing for an empty one.
 void AppendLines(std::wstring_view sv, CTString* pcsOut) {
@@ -31,7 +30,7 @@ void AppendLine(CTString* pcsOut, std::wstring_view svTemplate, const TArg&... a
 void AppendSystemError(CTString* pcsOut, unsigned dwCode, const CTString& rcsMessage) {
     CTString cs;
     const auto bFormat = [&] {
-        return DLLRES_bFormatMessage(&gstMyModuleInfo604, unSYSTEM_ERROR, &cs, dwCode, rcsMessage);
+        return DLLRES_bFormatMessage(&gstMyModuleInfo604, TEXTE_ERREUR_SYSTEME, &cs, dwCode, rcsMessage);
     };
     if (bThrowingNoMemory(bFormat)) {
         AppendLines(cs, pcsOut);

@@ -2,19 +2,17 @@
 
 #include <algorithm>
 
+#include "framework/text_number.h"
+
 namespace kalmo {
 namespace {
 
 // 1 to 4 and 1000 are the archive's result codes as they come.
 constexpr STErrorDef gstErrorDef[] = {
-    {1, 4666, 0, eERRORLEVEL::Error},      // no such entry
-    {2, 4668, 0, eERRORLEVEL::Error},      // destination not created
-    {3, 4667, 0, eERRORLEVEL::Error},      // bad archive
-    {4, 4664, 0, eERRORLEVEL::Error},      // entry not readable
-    {9, 818, 0, eERRORLEVEL::Error},       // archive operation refused
-    {105, 809, 0, eERRORLEVEL::Severe},    // internal error
-    {1000, 810, 0, eERRORLEVEL::Severe},   // archive not open
-    {1001, 4665, 0, eERRORLEVEL::Severe},  // file not installed
+    {1, TEXTE_FICHIER_ABSENT, 0, eERRORLEVEL::Error},     {2, TEXTE_FICHIER_NON_CREE, 0, eERRORLEVEL::Error},
+    {3, TEXTE_ARCHIVE_ENDOMMAGEE, 0, eERRORLEVEL::Error}, {4, TEXTE_ILLISIBLE, 0, eERRORLEVEL::Error},
+    {9, TEXTE_OPERATION_REFUSEE, 0, eERRORLEVEL::Error},  {105, TEXTE_ERREUR_INTERNE, 0, eERRORLEVEL::Severe},
+    {1000, TEXTE_ARCHIVE_FERMEE, 0, eERRORLEVEL::Severe}, {1001, TEXTE_NON_INSTALLE, 0, eERRORLEVEL::Severe},
 };
 
 }  // namespace

@@ -12,12 +12,12 @@
 #include "app/engine/trace.h"
 #include "app/interactive/message.h"
 #include "app/interactive/upgrade_win.h"
-#include "app/texts.h"
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/errno_kept.h"
 #include "framework/process_info.h"
+#include "framework/text.h"
 #include "framework/x_error.h"
 
 namespace kalmo {

@@ -12,10 +12,10 @@
 #include "app/engine/trace.h"
 #include "app/engine/uninstall_record.h"
 #include "app/interactive/message.h"
-#include "app/texts.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/profile.h"
+#include "framework/text.h"
 #include "framework/x_error.h"
 #include "tui/dialogs/install_progress_win.h"
 

@@ -10,9 +10,9 @@
 
 #include "app/engine/trace.h"
 #include "app/interactive/message.h"
-#include "app/texts.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/text.h"
 #include "tui/dialogs/license_win.h"
 #include "tui/toolkit/placement.h"
 

@@ -1,6 +1,6 @@
 #include "app/interactive/message.h"
 
-#include "app/texts.h"
+#include "framework/text.h"
 #include "tui/toolkit/key.h"
 #include "tui/toolkit/msg_box.h"
 #include "tui/toolkit/placement.h"

@@ -9,6 +9,7 @@
 
 #include "framework/language.h"
 #include "framework/memory_stream.h"
+#include "framework/text_number.h"
 
 namespace kalmo {
 namespace {
@@ -46,9 +47,10 @@ TEST(XError, CodesOfTheInstaller) {
     const struct {
         unsigned unCode, unResource, unLevel;
         const wchar_t* pszPiece;  ///< of the message
-    } tabCase[] = {{1, 4666, 2, L"NAME"},   {2, 4668, 2, L"NAME"},   {3, 4667, 2, L"NAME"},
-                   {4, 4664, 2, L"NAME"},   {9, 818, 2, L"process"}, {105, 809, 3, L"internal"},
-                   {1000, 810, 3, L"open"}, {1001, 4665, 3, L"NAME"}};
+    } tabCase[] = {{1, TEXTE_FICHIER_ABSENT, 2, L"NAME"},       {2, TEXTE_FICHIER_NON_CREE, 2, L"NAME"},
+                   {3, TEXTE_ARCHIVE_ENDOMMAGEE, 2, L"NAME"},   {4, TEXTE_ILLISIBLE, 2, L"NAME"},
+                   {9, TEXTE_OPERATION_REFUSEE, 2, L"process"}, {105, TEXTE_ERREUR_INTERNE, 3, L"internal"},
+                   {1000, TEXTE_ARCHIVE_FERMEE, 3, L"open"},    {1001, TEXTE_NON_INSTALLE, 3, L"NAME"}};
     for (const auto& rst : tabCase) {
         _CXErrorModule604 clError;
         clError.SetUserError(rst.unCode, CTString(L"NAME"));

@@ -13,12 +13,12 @@ TEST_F(CStory, NothingBeginsWithoutRightsAndPayload) {
         const char* pszText;
         const char* pszLauncher = "";
     } TAB[] = {
-        {"", "{103C}", "setpriv --reuid=65534 --regid=65534 --clear-groups"},
-        {"rm kalmoinstall.zip", "{103D}"},
-        {"truncate -s -30 kalmoinstall.zip", "{103D}"},
-        {"zip -qd kalmoinstall.zip license.txt", "{103D}"},
+        {"", "{PAS_ROOT}", "setpriv --reuid=65534 --regid=65534 --clear-groups"},
+        {"rm kalmoinstall.zip", "{DONNEES}"},
+        {"truncate -s -30 kalmoinstall.zip", "{DONNEES}"},
+        {"zip -qd kalmoinstall.zip license.txt", "{DONNEES}"},
         // A licence of more than 4 MiB.
-        {"yes | head -c 4194305 >license.txt; zip -q kalmoinstall.zip license.txt", "{103D}"},
+        {"yes | head -c 4194305 >license.txt; zip -q kalmoinstall.zip license.txt", "{DONNEES}"},
     };
     for (const auto& rst : TAB) {
         SCOPED_TRACE(rst.pszPrepare);
@@ -33,8 +33,9 @@ TEST_F(CStory, NothingBeginsWithoutRightsAndPayload) {
 TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
     const std::string csStart = "@directory\n@config\n@account\n@telemetry\n";
     const auto csNoAccount = [](const std::string& rcsName) {
-        return "@directory\n@config => Tab*2 Backspace*4 " + rcsName + " Tab Enter\nAttention / {1235|" +
-               rcsName + "} / Yes No\n@account\n@telemetry\nAttention / {1236|" + rcsName +
+        return "@directory\n@config => Tab*2 Backspace*4 " + rcsName +
+               " Tab Enter\nAttention / {COMPTE_INCONNU|" + rcsName +
+               "} / Yes No\n@account\n@telemetry\nAttention / {COMPTE_NON_CREE|" + rcsName +
                "} / OK\nAttention / * / no such account: " + rcsName + " / OK";
     };
     const struct {
@@ -65,7 +66,7 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
             @config
             @account
             @telemetry
-            Attention / /proc/zd/: No such file or directory / {104F} / OK)",
+            Attention / /proc/zd/: No such file or directory / {REPERTOIRE_NON_CREE} / OK)",
          "absent kalmo"},
         {"", csStart + "Attention / Operation not permitted / OK",
          "test -e kalmomanager && absent ZDConf.ini",
@@ -75,17 +76,17 @@ TEST_F(CStory, AnInstallationTellsWhatWentWrong) {
         // is a directory that would be cut when it is read.
         {"", "@directory => Backspace*15 srv/zd/" + std::string(237, 'd') + R"( Enter
             *Attention / The path of the directory / * / OK
-            {1031} / * => Backspace*245 srv/zd/a;b Enter
+            {REPERTOIRE} / * => Backspace*245 srv/zd/a;b Enter
             *Attention / A server in the directory / */srv/zd/a;b/ / could not be found again*OK
-            {1031} / /srv/zd/a;b / * => Tab*3 Enter)",
+            {REPERTOIRE} / /srv/zd/a;b / * => Tab*3 Enter)",
          "absent /srv/zd/a*"},
         {"",
          csStart.substr(0, csStart.find("@account")) + "@account => Enter " + std::string(90, 'a') +
              R"( Enter*2
-            {103A} / {1048|3} / OK
-            {2626} / * => Tab*3 Backspace*2 Enter*2
+            {ATTENTION} / {COMPTE_TROP_LONG|3} / OK
+            {TITRE_COMPTE} / * => Tab*3 Backspace*2 Enter*2
             @telemetry
-            {103B} / * / OK)",
+            {INSTALLE} / * / OK)",
          "active ZDCS-ZDSQL"},
     };
     for (const auto& rst : TAB) {
@@ -101,7 +102,7 @@ TEST_F(CStory, TheLicenceMayBeginWithAMarkAndADeathLeavesNothingOfIt) {
     csShell(R"(cd /srv/dist/current
         printf '\xEF\xBB\xBFAgree.' >LICENSE.TXT
         zip -qd kalmoinstall.zip license.txt; zip -q kalmoinstall.zip LICENSE.TXT)");
-    Run("{103E} / Agree. / {103F} {1040}\n@directory => Tab*3 Enter");
+    Run("{TITRE_LICENCE} / Agree. / {ACCEPTER} {REFUSER}\n@directory => Tab*3 Enter");
     // Each read of the payload takes a while.
     Start({.csLauncher = "env ASAN_OPTIONS=detect_leaks=0 strace -D -qq -o/dev/null "
                          "-P /srv/dist/current/kalmoinstall.zip -e inject=pread64:delay_exit=300000"});
@@ -126,7 +127,7 @@ TEST_F(CStory, ABusyProgramIsWaitedFor) {
     rclTerminal().Send("\r\r\r");
     End(tabSteps("@installed"));
     Begin(60);
-    End(tabSteps("Attention / /usr/local/ZDSQL/zdlogger: Text file busy / {123C|zdlogger} / OK"));
+    End(tabSteps("Attention / /usr/local/ZDSQL/zdlogger: Text file busy / {FICHIER_NON_CREE|zdlogger} / OK"));
 
     // The terminal gets another size meanwhile. It has it twice afterwards, which draws everything anew.
     Begin(4, {.nColumns = 100, .nRows = 30});
@@ -154,7 +155,7 @@ TEST_F(CStory, WhatIsNotOursIsRefusedAndStaysAsItIs) {
             >/etc/systemd/system/ZDCS-first.service.d/x.conf
         systemctl daemon-reload)";
     const std::string csForeign =
-        "{103A} / The service / \"" + csName + "\" / * / /usr/bin/nice *=5 /srv/zd/first/kalmo * / OK";
+        "{ATTENTION} / The service / \"" + csName + "\" / * / /usr/bin/nice *=5 /srv/zd/first/kalmo * / OK";
     const struct {
         const char* pszPrepare;
         std::string csScript;
@@ -162,18 +163,19 @@ TEST_F(CStory, WhatIsNotOursIsRefusedAndStaysAsItIs) {
     } TAB[] = {
         {pszWrap, "@licence\n@action\n@toupgrade\n" + csForeign},
         {pszWrap, "@licence\n@action => Down*2 Enter*2\n@toremove\n" + csForeign},
-        {pszWrap, "@licence\n@action => Down Enter*2\n{1031} / * => Backspace*15 srv/zd/first Enter\n*" +
-                      csForeign + "\n{1031} / * => Tab*3 Enter"},
-        {"rm -r /srv/zd/first",
-         "@licence\n@action\n@toupgrade\n{103A} / {104E|" + csName + "|/srv/zd/first/} / OK"},
+        {pszWrap,
+         "@licence\n@action => Down Enter*2\n{REPERTOIRE} / * => Backspace*15 srv/zd/first Enter\n*" +
+             csForeign + "\n{REPERTOIRE} / * => Tab*3 Enter"},
+        {"rm -r /srv/zd/first", "@licence\n@action\n@toupgrade\n{ATTENTION} / {REPERTOIRE_PERDU|" + csName +
+                                    "|/srv/zd/first/} / OK"},
         // Nobody has loaded it, and still it has its name, in whatever way that is written.
         {"systemctl disable --now ZDCS-first", R"(@licence
             @action => Down Enter*2
-            {1031} / * => Backspace*15 srv/zd/x Enter
+            {REPERTOIRE} / * => Backspace*15 srv/zd/x Enter
             @config => Backspace*5 Space FIRST Enter*3
-            {103A} / {10CB|FIRST} / OK
-            {1033} / * => Tab Enter)"},
-        {"", "{103A} / {104C|/none|No such file or directory} / OK", "env TMPDIR=/none"},
+            {ATTENTION} / {CONFLIT_NOM|FIRST} / OK
+            {NOM_SERVEUR} / * => Tab Enter)"},
+        {"", "{ATTENTION} / {DOSSIER_TEMPORAIRE|/none|No such file or directory} / OK", "env TMPDIR=/none"},
     };
     const auto csMachine = [] { return csFiles() + csProcesses("ZDCS-first KalmoManager"); };
     for (const auto& rst : TAB) {
@@ -191,7 +193,7 @@ TEST_F(CStory, WhatIsNotOursIsRefusedAndStaysAsItIs) {
 TEST_F(CStory, GivingUpChangesNothing) {
     const std::string csSettings = R"(
         @config => Tab*2 Backspace*4 kdaemon Tab Enter
-        {103A} / {1235|kdaemon} / {1038} {1039} => Enter => Tab Enter Tab Enter
+        {ATTENTION} / {COMPTE_INCONNU|kdaemon} / {OUI} {NON} => Enter => Tab Enter Tab Enter
         @account
         @telemetry)";
     const auto csMachine = [] { return csFiles() + csProcesses("ZDCS-first KalmoManager"); };
@@ -209,10 +211,12 @@ TEST_F(CStory, GivingUpChangesNothing) {
     GiveUpEverywhere("@licence\n@directory" + csSettings);
     EXPECT_TRUE(csFiles("usr root") == csSystem);
     Install("first", 4950);
-    GiveUpEverywhere("@licence\n@action => Down Enter*2\n{1031} / * => Enter => Tab*3 Enter" + csSettings);
+    GiveUpEverywhere("@licence\n@action => Down Enter*2\n{REPERTOIRE} / * => Enter => Tab*3 Enter" +
+                     csSettings);
     const std::string csUpgrade = "\n@telemetry\nServer: ZDSQL server first / * => Enter => Tab Enter";
     GiveUpEverywhere(
-        "@licence\n@action => Down Enter*2\n{1031} / * => Backspace*15 srv/zd/first Enter => Tab*3 Enter" +
+        "@licence\n@action => Down Enter*2\n{REPERTOIRE} / * => Backspace*15 srv/zd/first Enter => Tab*3 "
+        "Enter" +
         csUpgrade);
     GiveUpEverywhere("@licence\n@action\n@toupgrade" + csUpgrade);
     GiveUpEverywhere("@licence\n@action => Down*2 Enter*2\n@toremove");

@@ -72,7 +72,7 @@ TEST_F(CStory, TwoInstallersDoNotWorkAtOnce) {
     // One works: the operator is told.
     KeepBusy("/srv/zd/first", 4);
     csShell(UNATTENDED + "install & sleep 1");
-    Run("Attention / {70C1} / OK");
+    Run("Attention / {AUTRE_INSTALLATEUR} / OK");
     EXPECT_TRUE(bShell("while pgrep -x kalmoinstall; do sleep 0.1; done; " + DONE));
     // The operator has the machine: the other one waits.
     Start({});

@@ -10,15 +10,15 @@ constexpr const char* PSZ_UPGRADE = R"(
     @licence
     @action
     @toupgrade
-    {10C4|ZDSQL server ZDSQL|4900|/usr/local/ZDSQL/|)" KALMO_VERSION R"(|26.0.3.0}
-        / {10C8} / {10C7|ZDSQL server ZDSQL} / {10C6} / {10C5} / {1038} {1039}
+    {MAJ|ZDSQL server ZDSQL|4900|/usr/local/ZDSQL/|)" KALMO_VERSION R"(|26.0.3.0}
+        / {MAJ_ARRETS} / {MAJ_ARRET_SERVEUR|ZDSQL server ZDSQL} / {MAJ_ARRET_MANAGER} / {MAJ_QUESTION} / {OUI} {NON}
     @upgraded)";
 constexpr const char* PSZ_UNINSTALL = "@licence\n@action => Down*2 Enter*2\n@toremove\n@removed";
 constexpr const char* PSZ_UNINSTALL_MANAGER = R"(
     @licence
     @manage => Down Enter*2
     @toremove
-    {10E9|ZDSQL server manager} / {10E3} / {10E4} / {10E5} / {1032})";
+    {RETRAIT|ZDSQL server manager} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS} / {OK})";
 
 /// What holds with systemd and without.
 class CEverywhere : public CStory {
@@ -78,29 +78,29 @@ TEST_F(CEverywhere, ASmallTerminalWillDo) {
     const STStart stSmall{.nColumns = 60, .nRows = 16};
     const STStart stNext{.csPayload = "next", .nColumns = 60, .nRows = 16};
     Run(R"(
-        {103E} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / I accept I refuse => Down*40 Tab Enter
-        {1031} / /usr/local/ZDSQL / OK Cancel
+        {TITRE_LICENCE} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / I accept I refuse => Down*40 Tab Enter
+        {REPERTOIRE} / /usr/local/ZDSQL / OK Cancel
         Server name / ZDSQL / TCP port / 4900 OK Cancel / System account that runs the server / root => Enter*3
-        {2626} / {2627} / Admin / {2628} => Enter*3
+        {TITRE_COMPTE} / {COMPTE} / Admin / {MOT_DE_PASSE} => Enter*3
         Telemetry sends technical data about the use of
             / [X]Send technical data about the use of this / server / OK Cancel => Enter*2
-        {103B} / Administrator account: Admin / OK)",
+        {INSTALLE} / Administrator account: Admin / OK)",
         stSmall);
     ExpectServer(KALMO_VERSION);
     Run(R"(
-        {103E} / * => Down*40 Tab Enter
-        {10BD} / (X) {10BE} / * / OK Cancel => Enter*2
-        {10C2} / ZDSQL server ZDSQL / OK Cancel => Enter*2
-        Server: ZDSQL server ZDSQL / * / {10C5} / Yes No => Tab*2 Down*9
-        - KalmoManager, * / machine / {10C5} / Yes No => Tab Enter
-        {10C9} / OK)",
+        {TITRE_LICENCE} / * => Down*40 Tab Enter
+        {TITRE_ACTION} / (X) {ACTION_MISE_A_JOUR} / * / OK Cancel => Enter*2
+        {TITRE_MISE_A_JOUR} / ZDSQL server ZDSQL / OK Cancel => Enter*2
+        Server: ZDSQL server ZDSQL / * / {MAJ_QUESTION} / Yes No => Tab*2 Down*9
+        - KalmoManager, * / machine / {MAJ_QUESTION} / Yes No => Tab Enter
+        {MAJ_FAITE} / OK)",
         stNext);
     ExpectServer("26.0.3.0");
     Run(R"(
-        {103E} / * => Down*40 Tab Enter
-        {10BD} / (X) {10BE} / * / OK Cancel => Down*2 Enter*2
-        {10EA} / ZDSQL server ZDSQL / OK Cancel => Enter*2
-        {10E9|ZDSQL server ZDSQL} / [X] * / OK*)",
+        {TITRE_LICENCE} / * => Down*40 Tab Enter
+        {TITRE_ACTION} / (X) {ACTION_MISE_A_JOUR} / * / OK Cancel => Down*2 Enter*2
+        {TITRE_DESINSTALLATION} / ZDSQL server ZDSQL / OK Cancel => Enter*2
+        {RETRAIT|ZDSQL server ZDSQL} / [X] * / OK*)",
         stSmall);
     EXPECT_TRUE(bShell("unregistered ZDCS-ZDSQL"));
 }
@@ -189,14 +189,14 @@ TEST_F(CInitScripts, MayComplainButMustTellTheirProgram) {
     Run(R"(
         @licence
         @action => Down Enter*2
-        {1031} / * => Backspace*15 srv/zd/x Enter
+        {REPERTOIRE} / * => Backspace*15 srv/zd/x Enter
         @config => Backspace*5 a Space b Enter Backspace*4 4999 Enter*2
-        {103A} / {10CB|a b} / OK
-        {1033} / a b / * => Tab Enter)");
+        {ATTENTION} / {CONFLIT_NOM|a b} / OK
+        {NOM_SERVEUR} / a b / * => Tab Enter)");
     csShell("rm /etc/init.d/ZDCS-a_b");
     csShell("sed -i \"/^Program=/s/\\\"/'/g\" /etc/init.d/ZDCS-ZDSQL");
     const std::string csBefore = csProcesses("ZDCS-ZDSQL KalmoManager");
-    Run("@licence\n@action\n@toupgrade\nAttention / {1043|ZDSQL server ZDSQL} / OK");
+    Run("@licence\n@action\n@toupgrade\nAttention / {SANS_PROGRAMME|ZDSQL server ZDSQL} / OK");
     EXPECT_EQ(csFate("ZDCS-ZDSQL KalmoManager", csBefore), "==");
 }
 
@@ -223,12 +223,12 @@ TEST_F(CStory, AccountsAreAskedForAndMade) {
         @licence
         @directory
         @config => Tab*2 Backspace*4 KDaemon Tab Enter
-        {103A} / {1235|kdaemon} / Yes No => Tab Enter
-        {1033} / ZDSQL / {1034} / 4900 / {1233} / kdaemon / OK Cancel
-        {103A} / {1235|kdaemon} / Yes No
+        {ATTENTION} / {COMPTE_INCONNU|kdaemon} / Yes No => Tab Enter
+        {NOM_SERVEUR} / ZDSQL / {PORT} / 4900 / {COMPTE_SYSTEME} / kdaemon / OK Cancel
+        {ATTENTION} / {COMPTE_INCONNU|kdaemon} / Yes No
         @account => Backspace*5 chef Space "l'été" Space $x Enter pass Space wörd Enter*2
         @telemetry => Space Enter*2
-        {103B} / {262B|chef "l'été" $x|pass wörd} / OK)",
+        {INSTALLE} / {ADMIN|chef "l'été" $x|pass wörd} / OK)",
         {.bRecord = true});
     EXPECT_THAT(csCommands(), testing::HasSubstr(R"(
 sh: /usr/sbin/useradd -s/bin/false -M kdaemon 2>/dev/null
@@ -252,12 +252,12 @@ TEST_F(CStory, ASecondServerGetsItsOwnNamePortAndDirectory) {
     Run(R"(
         @licence
         @action => Down Enter*2
-        {1031} / * => Backspace*15 srv/zd/second Enter
+        {REPERTOIRE} / * => Backspace*15 srv/zd/second Enter
         @config => Backspace*5 FIRST Enter*3
-        {103A} / {10CB|FIRST} / OK
-        {1033} / FIRST / * => Tab*2 Backspace*5 second Enter*3
-        {103A} / {10CC|4900|ZDSQL server first} / OK
-        {1033} / second / {1034} / 4900 / * => Tab*3 Backspace*4 4951 Enter*2
+        {ATTENTION} / {CONFLIT_NOM|FIRST} / OK
+        {NOM_SERVEUR} / FIRST / * => Tab*2 Backspace*5 second Enter*3
+        {ATTENTION} / {CONFLIT_PORT|4900|ZDSQL server first} / OK
+        {NOM_SERVEUR} / second / {PORT} / 4900 / * => Tab*3 Backspace*4 4951 Enter*2
         @account
         @telemetry
         @installed)");
@@ -269,7 +269,7 @@ TEST_F(CStory, ASecondServerGetsItsOwnNamePortAndDirectory) {
     Run(R"(
         @licence
         @action => Down Enter*2
-        {1031} / * => Backspace*15 srv//zd/first/../second/ Enter
+        {REPERTOIRE} / * => Backspace*15 srv//zd/first/../second/ Enter
         Server: ZDSQL server second / Port: 4951 / Directory: /srv/zd/second/ / * / Yes No
         @upgraded)",
         {.csPayload = "next"});

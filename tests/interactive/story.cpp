@@ -3,31 +3,33 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
 #include <regex>
 #include <sstream>
 
 #include "framework/conversion.h"
-#include "framework/language.h"
-#include "framework/resource.h"
 #include "testkit/tui_terminal.h"
+#include "tools/text_compiler/catalogue.h"
 
 namespace kalmo {
 namespace {
 
 // Screens of server "ZDSQL" with what is proposed for it; keys that go on, keys that give up.
 const std::string CS_SCREENS = R"(
-    @licence    {103E} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / * / {103F} {1040} => Down*40 Tab Enter => Tab Enter
-    @directory  {1031} / /usr/local/ZDSQL / .. / * / {1032} {1037} => Enter => Tab*3 Enter
-    @config     {1033} / ZDSQL / {1034} / 4900 / {1233} / root / {1032} {1037} => Enter*3 => Tab*4 Enter
-    @account    {2626} / {2627} / Admin / {2628} / {1032} {1037} => Enter*3 => Tab*3 Enter
-    @telemetry  {2402} / [X]{2403} / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @installed  {103B} / {10C3|Admin} / {1032} => Enter
-    @action     {10BD} / (X) {10BE} / ( ) {10BF} / ( ) {10E2} / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @manage     {10BD} / (X) {10BF} / ( ) {10E2} / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @toupgrade  {10C2} / * / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @toremove   {10EA} / * / {1032} {1037} => Enter*2 => Tab*2 Enter
-    @upgraded   {10C9} / {1032} => Enter
-    @removed    {10E9|ZDSQL server ZDSQL} / {10E3} / {10E4} / {10E5}* / {1032} => Enter
+    @licence    {TITRE_LICENCE} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / * / {ACCEPTER} {REFUSER} => Down*40 Tab Enter => Tab Enter
+    @directory  {REPERTOIRE} / /usr/local/ZDSQL / .. / * / {OK} {ANNULER} => Enter => Tab*3 Enter
+    @config     {NOM_SERVEUR} / ZDSQL / {PORT} / 4900 / {COMPTE_SYSTEME} / root / {OK} {ANNULER} => Enter*3 => Tab*4 Enter
+    @account    {TITRE_COMPTE} / {COMPTE} / Admin / {MOT_DE_PASSE} / {OK} {ANNULER} => Enter*3 => Tab*3 Enter
+    @telemetry  {TELEMETRIE} / [X]{TELEMETRIE_ACTIVE} / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @installed  {INSTALLE} / {ADMIN_SANS_MDP|Admin} / {OK} => Enter
+    @action     {TITRE_ACTION} / (X) {ACTION_MISE_A_JOUR} / ( ) {ACTION_INSTALLER} / ( ) {ACTION_DESINSTALLER} / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @manage     {TITRE_ACTION} / (X) {ACTION_INSTALLER} / ( ) {ACTION_DESINSTALLER} / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @toupgrade  {TITRE_MISE_A_JOUR} / * / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @toremove   {TITRE_DESINSTALLATION} / * / {OK} {ANNULER} => Enter*2 => Tab*2 Enter
+    @upgraded   {MAJ_FAITE} / {OK} => Enter
+    @removed    {RETRAIT|ZDSQL server ZDSQL} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / {OK} => Enter
 )";
 
 // Takes every server off the machine, and the folders and accounts of the stories.
@@ -57,17 +59,32 @@ std::string csReplaced(std::string cs, const std::string& rcsOld, const std::str
     return cs;
 }
 
-// The text of a number, "number|insert|insert", in a language.
-std::string csTextOfNumber(const std::string& rcsNumber, const std::string& rcsLanguage) {
-    std::istringstream clParts(rcsNumber);
+// The catalogue of a language, read once.
+const STCatalogue& rstCatalogue(const std::string& rcsLanguage) {
+    static std::map<std::string, STCatalogue> tabRead;
+    STCatalogue& rst = tabRead[rcsLanguage];
+    if (rst.tabText.empty()) {
+        const std::string csFile = KALMO_SOURCE "/framework/texts/" + rcsLanguage + ".txt";
+        std::ifstream clFile(csFile);
+        const std::string csContent{std::istreambuf_iterator<char>(clFile), {}};
+        CComplaints clComplaints;
+        rst = stReadCatalogue(csFile, csContent, &clComplaints);
+    }
+    return rst;
+}
+
+// The text of a key, "key|insert|insert", in a language.
+std::string csTextOfKey(const std::string& rcsKey, const std::string& rcsLanguage) {
+    std::istringstream clParts(rcsKey);
     std::string csPart;
     std::getline(clParts, csPart, '|');
-    CTString csLoaded;
-    const auto unNumber = static_cast<unsigned>(std::stoul(csPart, nullptr, csPart.size() > 4 ? 10 : 16));
-    const int nLangue = nChoisitLangue(rcsLanguage.c_str(), nullptr, nullptr);
-    EXPECT_TRUE(DLLRES_bLoadString(&gstMyModuleInfo604, unNumber, &csLoaded, nLangue)) << csPart;
-    std::string csText = csToUTF8(csLoaded).pszGet();
-    for (const char* const pszLineEnd : {"\r\n\r\n", "\r\n", "\n\n", "\n"}) {
+    const STText* const pst = rstCatalogue(rcsLanguage).pstFind(csPart);
+    if (pst == nullptr) {
+        ADD_FAILURE() << "no text " << csPart;
+        return "";
+    }
+    std::string csText = csToUTF8(pst->csText).pszGet();
+    for (const char* const pszLineEnd : {"\n\n", "\n"}) {
         csText = csReplaced(csText, pszLineEnd, " / ");
     }
     for (int n = 1; std::getline(clParts, csPart, '|'); ++n) {
@@ -119,7 +136,7 @@ std::vector<STStep> CStory::tabSteps(const std::string& rcsScript, const std::st
     static const std::regex clContinued("\n +/");
     static const std::regex clLine("\n *([^ \n].*)");
     static const std::regex clScreen("(@[a-z]+)(?: => ([^=]*))?");
-    static const std::regex clNumber("\\{([^}]*)\\}");
+    static const std::regex clKey("\\{([^}]*)\\}");
     static const std::regex clStep("(.*?)(?: => (.*?))?(?: => (.*))?");
     const std::string csScript = std::regex_replace("\n" + rcsScript, clContinued, " /");
     std::vector<STStep> tab;
@@ -133,8 +150,8 @@ std::vector<STStep> CStory::tabSteps(const std::string& rcsScript, const std::st
             std::regex_search(CS_SCREENS, clMatch, clDefinition);
             csLine = clMatch[1];
         }
-        for (std::smatch clText; std::regex_search(csLine, clText, clNumber);) {
-            csLine = clText.prefix().str() + csTextOfNumber(clText[1], rcsLanguage) + clText.suffix().str();
+        for (std::smatch clText; std::regex_search(csLine, clText, clKey);) {
+            csLine = clText.prefix().str() + csTextOfKey(clText[1], rcsLanguage) + clText.suffix().str();
         }
         std::regex_match(csLine, clMatch, clStep);
         const std::string csKeys = clMatch[2].matched ? clMatch[2].str() : "Enter";

@@ -36,9 +36,8 @@ struct STStart {
 /// A script tells a run, a line a screen: "SCREEN => KEYS" or "SCREEN => KEYS => KEYS THAT GIVE UP"; without
 /// keys they are Enter. Lines that begin with "/" belong to the one before. SCREEN holds the texts from top
 /// to bottom, " / " between two rows, frames and blank rows left out; what a box leaves to see of the screen
-/// below it does not count. "*" stands for anything, "{1031}" for the text of that hexadecimal number
-/// (decimal when it has five digits), "{10C7|name}" for one with an insert, and "@directory" for a screen of
-/// story.cpp with its keys.
+/// below it does not count. "*" stands for anything, "{OK}" for the text of that key of the catalogues,
+/// "{CONFLIT_NOM|name}" for one with an insert, and "@directory" for a screen of story.cpp with its keys.
 class CStory : public testing::Test {
   protected:
     void SetUp() override;

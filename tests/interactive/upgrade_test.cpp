@@ -21,7 +21,7 @@ TEST_F(CUpgrade, ServicesAreStoppedAndStartedAsTheyLie) {
     const std::string csFirst = "\nServer: ZDSQL server first / Port: 4950 / Directory: /srv/zd/first/ / ";
     const std::string csSecond = "\nServer: ZDSQL server second / Port: 4951 / Directory: /srv/zd/second/ / ";
     const std::string csVersions = "Installed version: " KALMO_VERSION " / New version: 26.0.3.0 / ";
-    const std::string csStopped = "{10C8} / ";
+    const std::string csStopped = "{MAJ_ARRETS} / ";
     const struct {
         const char* pszPrepare;
         std::string csScript;
@@ -32,11 +32,12 @@ TEST_F(CUpgrade, ServicesAreStoppedAndStartedAsTheyLie) {
         // Everything runs, the manager here.
         {"",
          "@toupgrade\n@telemetry" + csFirst + csVersions + csStopped +
-             "{10C7|ZDSQL server first} / {10C6} / ",
+             "{MAJ_ARRET_SERVEUR|ZDSQL server first} / {MAJ_ARRET_MANAGER} / ",
          "!=!", "first 1", "26.0.3.0 " KALMO_VERSION},
         // The manager lies elsewhere and goes on.
         {"printf '[TELEMETRY]\nACTIVE=0\n' >>second/ZDConf.ini",
-         "@toupgrade => Down Enter*2" + csSecond + csVersions + csStopped + "{10C7|ZDSQL server second} / ",
+         "@toupgrade => Down Enter*2" + csSecond + csVersions + csStopped +
+             "{MAJ_ARRET_SERVEUR|ZDSQL server second} / ",
          "=!=", "second 0", KALMO_VERSION " 26.0.3.0"},
         // What was stopped runs afterwards: the server, and the manager wherever it lies.
         {"service_stop ZDCS-second; service_stop KalmoManager; printf '[TELEMETRY]\nACTIVE=2\n' "
@@ -48,7 +49,7 @@ TEST_F(CUpgrade, ServicesAreStoppedAndStartedAsTheyLie) {
             sed -i 's/version":"2/vorsion":"2/' first/kalmo /srv/dist/next/kalmoinstall)",
          "@toupgrade\n@telemetry\nServer: ZDSQL server first / Port: 4900 / Directory: /srv/zd/first/ / "
          "Installed version: ? / New version: ? / " +
-             csStopped + "{10C6} / ",
+             csStopped + "{MAJ_ARRET_MANAGER} / ",
          "!=!", "first 1", "26.0.3.0 " KALMO_VERSION},
     };
     for (const auto& rst : TAB) {
@@ -60,7 +61,7 @@ TEST_F(CUpgrade, ServicesAreStoppedAndStartedAsTheyLie) {
         const std::string csBefore = csProcesses(PSZ_SERVICES);
         const std::string csOthers = "cd /srv/zd; cat */ZDConf.ini | grep -vE 'TELEMETRY|ACTIVE'";
         const std::string csKept = csShell(csOthers);
-        Run("@licence\n@action\n" + rst.csScript + "{10C5} / {1038} {1039}\n@upgraded",
+        Run("@licence\n@action\n" + rst.csScript + "{MAJ_QUESTION} / {OUI} {NON}\n@upgraded",
             {.csPayload = "next"});
         EXPECT_EQ(csFate(PSZ_SERVICES, csBefore), rst.pszFate);
         EXPECT_EQ(csShell("cd /srv/zd; grep -H ACTIVE */ZDConf.ini | sed 's/.ZDConf.*=//'"), rst.pszActive);
@@ -82,8 +83,8 @@ TEST_F(CUpgrade, AHalfReplacedServerStaysStopped) {
         @toupgrade
         @telemetry
         Server: ZDSQL server first / * / Yes No
-        Attention / {1238|last.txt} / OK
-        {103A} / {104A| / - ZDSQL server manager / - ZDSQL server first} / OK)",
+        Attention / {ILLISIBLE|last.txt} / OK
+        {ATTENTION} / {ARRETES| / - ZDSQL server manager / - ZDSQL server first} / OK)",
         {.csPayload = "next"});
     EXPECT_EQ(csFate(PSZ_SERVICES, csBefore), "-=-");
 }
@@ -95,18 +96,23 @@ TEST_F(CStory, UninstallingDeletesAListOfFiles) {
         const char* pszLeft;  ///< Of the programs, and whether the service is registered.
     } TAB[] = {
         {"service_stop ZDCS-first; touch tvmore.so tv.so.1 zdlogger64",
-         "{10E9|ZDSQL server first} / {10E3} / {10E4} / {10E5}* / OK", "kalmomanager tv.so.1 zdlogger64"},
+         "{RETRAIT|ZDSQL server first} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / OK",
+         "kalmomanager tv.so.1 zdlogger64"},
         {R"(cp kalmo kalmo64; cp zdlogger zdlogger64
             sed -i s,first/kalmo,\&64, /etc/systemd/system/ZDCS-first.service
             systemctl daemon-reload; systemctl restart ZDCS-first)",
-         "{10E9|ZDSQL server first} / {10E3} / {10E4} / {10E5}* / OK", "kalmo kalmomanager zdlogger"},
-        {"rm zdlogger", "{103A} / {10E8|*zdlogger*} / OK", "kalmomanager tvsqlsrv.so tvzdsrv.so"},
+         "{RETRAIT|ZDSQL server first} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / OK",
+         "kalmo kalmomanager zdlogger"},
+        {"rm zdlogger", "{ATTENTION} / {RETRAIT_FICHIER_ERREUR|*zdlogger*} / OK",
+         "kalmomanager tvsqlsrv.so tvzdsrv.so"},
         {"cd /etc/systemd/system/multi-user.target.wants && mount --bind . . && mount -o remount,bind,ro .",
-         "{103A} / {10E7|Read-only file system} / {104A| / - ZDSQL server first} / OK",
+         "{ATTENTION} / {RETRAIT_SERVICE_ERREUR|Read-only file system} / {ARRETES| / - ZDSQL server first} / "
+         "OK",
          "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger registered"},
         {"sed -i 's/^ExecStart=.*/ExecStop=true/;s/^Type=.*//' /etc/systemd/system/ZDCS-first.service; "
          "systemctl daemon-reload; systemctl stop ZDCS-first; pkill -x kalmo",
-         "{103A} / {104D|ZDSQL server first} / OK", "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger"},
+         "{ATTENTION} / {RETRAIT_SANS_FICHIER|ZDSQL server first} / OK",
+         "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger"},
     };
     for (const auto& rst : TAB) {
         SCOPED_TRACE(rst.pszPrepare);

@@ -12,6 +12,7 @@
 #include "framework/conversion.h"
 #include "framework/file_version.h"
 #include "framework/profile.h"
+#include "framework/text_number.h"
 #include "framework/x_error.h"
 #include "services/create_process.h"
 #include "services/shell_command.h"
@@ -117,7 +118,10 @@ TEST_F(Memory, RunningOutIsAnswered) {
         {"create", [&] { return WritePrivateProfileStringW(L"AB", L"k", L"v", csNew.c_str()); },
          [&] { return bGone(csNew); }},
         {"user", [&] { return WriteProfileString(L"AB", L"k", L"v"); }},
-        {"text", [&] { return DLLRES_bFormatMessage(&gstMyModuleInfo604, 0x10C7, &cs, "a longer name"); }},
+        {"text",
+         [&] {
+             return DLLRES_bFormatMessage(&gstMyModuleInfo604, TEXTE_MAJ_ARRET_SERVEUR, &cs, "a longer name");
+         }},
         {"directory", [&] { return CDiskFile::bCreateDirectory(csDir); }},
         {"same",
          [&] { return CDiskFile::bSameDirectoryName(L"//a/long/directory", L"/a/./long/directory"); }},

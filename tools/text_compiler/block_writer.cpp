@@ -84,4 +84,16 @@ std::string csBlockSource(const std::string& rcsVariable, const std::vector<unsi
            "_bytes);\n";
 }
 
+std::string csNumberHeader(const STCatalogue& rstCatalogue) {
+    std::string cs =
+        "#ifndef KALMO_FRAMEWORK_TEXT_NUMBER_H\n#define KALMO_FRAMEWORK_TEXT_NUMBER_H\n\n"
+        "/// The texts of the catalogues, by their numbers. Made from the catalogues; change those.\n"
+        "namespace kalmo {\n\n";
+    for (const STText& rstText : rstCatalogue.tabText) {
+        cs += "constexpr unsigned TEXTE_" + rstText.csKey + " = " + std::to_string(rstText.unNumber) + ";";
+        cs += rstText.csNote.empty() ? "\n" : "  ///< " + rstText.csNote + "\n";
+    }
+    return cs + "\n}  // namespace kalmo\n\n#endif\n";
+}
+
 }  // namespace kalmo

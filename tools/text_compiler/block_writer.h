@@ -19,6 +19,9 @@ std::vector<unsigned char> tabBuildBlock(const STCatalogue& rstCatalogue, CCompl
 /// The definition of a block as C++ source.
 std::string csBlockSource(const std::string& rcsVariable, const std::vector<unsigned char>& rtabBlock);
 
+/// The header with the numbers of the texts, as constants named after their keys.
+std::string csNumberHeader(const STCatalogue& rstCatalogue);
+
 }  // namespace kalmo
 
 #endif

@@ -12,16 +12,10 @@ namespace {
 constexpr unsigned unHEADER_NUMBER = 257;  // The blocks' own header.
 constexpr unsigned unMAX_NUMBER = 0xFFFF;
 constexpr unsigned unMAX_ROOM = 999;
+constexpr unsigned unMAX_INSERT = 99;
 
-bool bDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-/// Takes a number of 1 to unMax off the front of a text.
-bool bTakeNumber(std::string_view* psv, int nBase, unsigned unMax, unsigned* punOut) {
-    const auto [pszEnd, eError] = std::from_chars(psv->data(), psv->data() + psv->size(), *punOut, nBase);
-    psv->remove_prefix(static_cast<std::size_t>(pszEnd - psv->data()));
-    return eError == std::errc() && *punOut >= 1 && *punOut <= unMax;
+bool bCapital(char c) {
+    return c >= 'A' && c <= 'Z';
 }
 
 bool bTake(std::string_view* psv, std::string_view svPrefix) {
@@ -32,16 +26,51 @@ bool bTake(std::string_view* psv, std::string_view svPrefix) {
     return true;
 }
 
-/// Reads "[number COLUMNSxLINES] note"; the caller has seen "[" and a digit.
+/// Takes a number of unMin to unMax off the front of a text.
+bool bTakeNumber(std::string_view* psv, unsigned unMin, unsigned unMax, unsigned* punOut) {
+    const auto [pszEnd, eError] = std::from_chars(psv->data(), psv->data() + psv->size(), *punOut);
+    psv->remove_prefix(static_cast<std::size_t>(pszEnd - psv->data()));
+    return eError == std::errc() && *punOut >= unMin && *punOut <= unMax;
+}
+
+/// Takes a key off the front of a text: a capital, then capitals, digits and underscores.
+bool bTakeKey(std::string_view* psv, std::string* pcsOut) {
+    const auto itEnd = std::find_if_not(
+        psv->begin(), psv->end(), [](char c) { return bCapital(c) || (c >= '0' && c <= '9') || c == '_'; });
+    pcsOut->assign(psv->begin(), itEnd);
+    psv->remove_prefix(pcsOut->size());
+    return !pcsOut->empty() && bCapital(pcsOut->front());
+}
+
+/// Takes what a header has behind the room: " %1=40 %2=5+0+40 after KEY".
+bool bTakeSamples(std::string_view* psv, STText* pstOut) {
+    while (bTake(psv, " %")) {
+        unsigned unInsert = 0;
+        if (!bTakeNumber(psv, 1, unMAX_INSERT, &unInsert) || !bTake(psv, "=")) {
+            return false;
+        }
+        std::vector<unsigned>& rtabLine = pstOut->tabSample[static_cast<int>(unInsert)];
+        do {
+            if (!bTakeNumber(psv, 0, unMAX_ROOM, &rtabLine.emplace_back())) {
+                return false;
+            }
+        } while (bTake(psv, "+"));
+    }
+    return !bTake(psv, " after ") || bTakeKey(psv, &pstOut->csAfter);
+}
+
+/// Reads "[KEY NUMBER COLUMNSxLINES ...] note"; the caller has seen "[" and a capital.
 std::optional<STText> stReadHeader(std::string_view sv, int nLine) {
     STText stText;
     stText.nLine = nLine;
     sv.remove_prefix(1);
-    const int nBase = bTake(&sv, "0x") ? 16 : 10;
-    if (bTakeNumber(&sv, nBase, unMAX_NUMBER, &stText.unNumber) && bTake(&sv, " ") &&
-        bTakeNumber(&sv, 10, unMAX_ROOM, &stText.unColumns) && bTake(&sv, "x") &&
-        bTakeNumber(&sv, 10, unMAX_ROOM, &stText.unLines) && bTake(&sv, "]") &&
+    if (bTakeKey(&sv, &stText.csKey) && bTake(&sv, " ") &&
+        bTakeNumber(&sv, 1, unMAX_NUMBER, &stText.unNumber) && bTake(&sv, " ") &&
+        bTakeNumber(&sv, 1, unMAX_ROOM, &stText.unColumns) && bTake(&sv, "x") &&
+        bTakeNumber(&sv, 1, unMAX_ROOM, &stText.unLines) && bTakeSamples(&sv, &stText) && bTake(&sv, "]") &&
         stText.unNumber != unHEADER_NUMBER) {
+        bTake(&sv, " ");
+        stText.csNote = sv;
         return stText;
     }
     return std::nullopt;
@@ -72,7 +101,7 @@ class CCatalogueReader {
         if (const std::string_view sv = svFault(svUtf8, csLine); !sv.empty()) {
             m_pclComplaints->Add(m_stCatalogue, m_nLine, sv);
         }
-        if (svUtf8.size() > 1 && svUtf8[0] == '[' && bDigit(svUtf8[1])) {
+        if (svUtf8.size() > 1 && svUtf8[0] == '[' && bCapital(svUtf8[1])) {
             __Header(svUtf8);
         } else if (!svUtf8.starts_with('#')) {
             __TextLine(csLine);
@@ -90,8 +119,9 @@ class CCatalogueReader {
         const std::optional<STText> stText = stReadHeader(sv, m_nLine);
         m_bInText = stText.has_value();
         if (!stText) {
-            m_pclComplaints->Add(m_stCatalogue, m_nLine,
-                                 "a header reads [number COLUMNSxLINES], number 1 to 65535 but 257");
+            m_pclComplaints->Add(
+                m_stCatalogue, m_nLine,
+                "a header reads [KEY NUMBER COLUMNSxLINES], number 1 to 65535 but 257, then its samples");
             m_bSkipping = true;
             return;
         }
@@ -134,9 +164,9 @@ class CCatalogueReader {
 
 }  // namespace
 
-const STText* STCatalogue::pstFind(unsigned unNumber) const noexcept {
+const STText* STCatalogue::pstFind(std::string_view svKey) const noexcept {
     const auto it = std::find_if(tabText.begin(), tabText.end(),
-                                 [unNumber](const STText& rst) { return rst.unNumber == unNumber; });
+                                 [svKey](const STText& rst) { return rst.csKey == svKey; });
     return it == tabText.end() ? nullptr : &*it;
 }
 

@@ -1,6 +1,7 @@
 #ifndef KALMO_TOOLS_TEXT_COMPILER_CATALOGUE_H
 #define KALMO_TOOLS_TEXT_COMPILER_CATALOGUE_H
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,9 +11,13 @@ namespace kalmo {
 /// One text of a catalogue.
 struct STText {
     int nLine = 0;  ///< Line of its header, from 1.
+    std::string csKey;
     unsigned unNumber = 0;
     unsigned unColumns = 0;  ///< The room on the screen.
     unsigned unLines = 0;
+    std::map<int, std::vector<unsigned>> tabSample;  ///< By insert: the columns of each line of its sample.
+    std::string csAfter;                             ///< Key of the text that it is shown behind; or empty.
+    std::string csNote;
     std::wstring csText;
 };
 
@@ -21,8 +26,8 @@ struct STCatalogue {
     std::string csFile;  ///< Name for messages.
     std::vector<STText> tabText;
 
-    /// The text of a number; null when there is none.
-    [[nodiscard]] const STText* pstFind(unsigned unNumber) const noexcept;
+    /// The text of a key; null when there is none.
+    [[nodiscard]] const STText* pstFind(std::string_view svKey) const noexcept;
 };
 
 /// What is wrong with the catalogues, as lines "file:line: message" that editors and build tools understand.

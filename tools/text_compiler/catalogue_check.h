@@ -11,10 +11,10 @@ namespace kalmo {
 /// takes one, and one stays free.
 constexpr std::size_t nMAX_TEXTS = 121;
 
-/// Checks each catalogue by itself: no number twice, not too many texts, every text within its room on the
-/// screen and well-formed as a message.
-/// Then compares each with the first one: the same numbers, the same room, the same inserts in the same
-/// formats.
+/// Checks each catalogue by itself: no key or number twice, not too many texts, every text well-formed as a
+/// message and, with samples for its inserts, within its room on the screen.
+/// Then compares each with the first one: the same keys in the same order, each with the same number, the
+/// same room, the same samples and the same inserts in the same formats.
 void CheckCatalogues(std::span<const STCatalogue> tabCatalogue, CComplaints* pclComplaints);
 
 }  // namespace kalmo

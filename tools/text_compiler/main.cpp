@@ -1,9 +1,12 @@
-// Compiles the text catalogues of the three languages into the C++ source of their blocks.
+// Compiles the text catalogues of the three languages into the C++ source of their blocks and the header with
+// the numbers of the texts.
 //
-//     kalmo_text_compiler OUTPUT.cpp FR.txt EN.txt ES.txt
+//     kalmo_text_compiler BLOCKS.cpp NUMBERS.h EN.txt FR.txt ES.txt
 //
-// Exits with 0 and writes the output only when every catalogue is sound and all agree; else prints one line
-// "file:line: message" for each fault and exits with 1.
+// Exits with 0 and writes both only when every catalogue is sound and all agree; else prints one line
+// "file:line: message" for each fault and exits with 1. The notes behind the numbers are those of the first
+// catalogue. A file that would not change is left alone, so that a new wording compiles no more than the
+// blocks.
 
 #include <array>
 #include <cstdio>
@@ -18,7 +21,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::array<const char*, 3> tabVARIABLE = {"g_tabBlock_FR", "g_tabBlock_US", "g_tabBlock_ES"};
+constexpr std::array<const char*, 3> tabVARIABLE = {"g_tabBlock_US", "g_tabBlock_FR", "g_tabBlock_ES"};
 
 bool bReadFile(const char* pszFile, std::string* pcsOut) {
     std::ifstream clFile(pszFile, std::ios::binary);
@@ -26,7 +29,21 @@ bool bReadFile(const char* pszFile, std::string* pcsOut) {
     return clFile.is_open() && !clFile.bad();
 }
 
-bool bCompile(const char* pszOutput, char** tabszInput) {
+bool bWriteFile(const char* pszFile, const std::string& rcsContent) {
+    std::string csBefore;
+    if (bReadFile(pszFile, &csBefore) && csBefore == rcsContent) {
+        return true;
+    }
+    std::ofstream clFile(pszFile, std::ios::binary);
+    clFile << rcsContent;
+    clFile.close();
+    if (!clFile) {
+        (void)std::fprintf(stderr, "%s: the file cannot be written\n", pszFile);
+    }
+    return clFile.good();
+}
+
+bool bCompile(const char* pszBlocks, const char* pszNumbers, char** tabszInput) {
     CComplaints clComplaints;
     std::array<STCatalogue, tabVARIABLE.size()> tabCatalogue;
     for (std::size_t n = 0; n < tabCatalogue.size(); ++n) {
@@ -57,22 +74,16 @@ bool bCompile(const char* pszOutput, char** tabszInput) {
     if (!clComplaints.rtabGet().empty()) {
         return false;
     }
-    std::ofstream clFile(pszOutput, std::ios::binary);
-    clFile << csSource;
-    clFile.close();
-    if (!clFile) {
-        (void)std::fprintf(stderr, "%s: the file cannot be written\n", pszOutput);
-    }
-    return clFile.good();
+    return bWriteFile(pszBlocks, csSource) && bWriteFile(pszNumbers, csNumberHeader(tabCatalogue[0]));
 }
 
 }  // namespace
 }  // namespace kalmo
 
 int main(int argc, char** argv) {
-    if (argc != 5) {
-        (void)std::fprintf(stderr, "usage: kalmo_text_compiler OUTPUT.cpp FR.txt EN.txt ES.txt\n");
+    if (argc != 6) {
+        (void)std::fprintf(stderr, "usage: kalmo_text_compiler BLOCKS.cpp NUMBERS.h EN.txt FR.txt ES.txt\n");
         return 1;
     }
-    return kalmo::bCompile(argv[1], argv + 2) ? 0 : 1;
+    return kalmo::bCompile(argv[1], argv[2], argv + 3) ? 0 : 1;
 }

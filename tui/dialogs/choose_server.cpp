@@ -3,9 +3,8 @@
 #include <algorithm>
 
 #include "app/config/server_config.h"
-#include "tui/dialogs/text_number.h"
+#include "framework/text.h"
 #include "tui/toolkit/attribute.h"
-#include "tui/toolkit/dialog_text.h"
 
 namespace kalmo {
 namespace {

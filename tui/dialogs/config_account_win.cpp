@@ -2,9 +2,8 @@
 
 #include <utility>
 
-#include "tui/dialogs/text_number.h"
+#include "framework/text.h"
 #include "tui/toolkit/attribute.h"
-#include "tui/toolkit/dialog_text.h"
 
 namespace kalmo {
 

@@ -8,8 +8,7 @@
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
 #include "framework/profile_value.h"
-#include "tui/dialogs/text_number.h"
-#include "tui/toolkit/dialog_text.h"
+#include "framework/text.h"
 #include "tui/toolkit/msg_box.h"
 #include "tui/toolkit/placement.h"
 

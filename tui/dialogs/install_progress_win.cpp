@@ -1,8 +1,7 @@
 #include "tui/dialogs/install_progress_win.h"
 
-#include "tui/dialogs/text_number.h"
+#include "framework/text.h"
 #include "tui/toolkit/attribute.h"
-#include "tui/toolkit/dialog_text.h"
 
 namespace kalmo {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "tui/toolkit/dialog_text.h"
+#include "framework/text.h"
 #include "tui/toolkit/geometry.h"
 #include "tui/toolkit/word_wrap.h"
 

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "tui/dialogs/text_number.h"
+#include "framework/text.h"
 #include "tui/toolkit/attribute.h"
-#include "tui/toolkit/dialog_text.h"
 #include "tui/toolkit/key.h"
 
 namespace kalmo {

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "tui/dialogs/text_number.h"
-#include "tui/toolkit/dialog_text.h"
+#include "framework/text.h"
 
 namespace kalmo {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "framework/disk_file.h"
-#include "tui/toolkit/dialog_text.h"
+#include "framework/text.h"
 #include "tui/toolkit/geometry.h"
 
 namespace kalmo {

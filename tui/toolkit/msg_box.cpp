@@ -1,8 +1,8 @@
 #include "tui/toolkit/msg_box.h"
 
 #include "framework/console_message.h"
+#include "framework/text.h"
 #include "tui/toolkit/attribute.h"
-#include "tui/toolkit/dialog_text.h"
 #include "tui/toolkit/drawing.h"
 #include "tui/toolkit/geometry.h"
 #include "tui/toolkit/screen.h"

@@ -1,6 +1,6 @@
 #include "tui/toolkit/ok_cancel_win.h"
 
-#include "tui/toolkit/dialog_text.h"
+#include "framework/text.h"
 #include "tui/toolkit/geometry.h"
 
 namespace kalmo {

@@ -1,4 +1,4 @@
-#include "tui/toolkit/dialog_text.h"
+#include "framework/text.h"
 
 namespace kalmo {
 

@@ -1,18 +1,11 @@
-#ifndef KALMO_TUI_TOOLKIT_DIALOG_TEXT_H
-#define KALMO_TUI_TOOLKIT_DIALOG_TEXT_H
+#ifndef KALMO_FRAMEWORK_TEXT_H
+#define KALMO_FRAMEWORK_TEXT_H
 
 #include "framework/resource.h"
+#include "framework/text_number.h"
 
-/// The texts that the dialogs of the toolkit show, by their numbers.
+/// The texts of this program: TEXTE_ and a key of the catalogues name one.
 namespace kalmo {
-
-constexpr unsigned TEXTE_OK = 4146;
-constexpr unsigned TEXTE_ANNULER = 4151;
-constexpr unsigned TEXTE_OUI = 4152;
-constexpr unsigned TEXTE_NON = 4153;
-constexpr unsigned TEXTE_TITRE_LICENCE = 0x103E;
-constexpr unsigned TEXTE_ACCEPTER = 0x103F;
-constexpr unsigned TEXTE_REFUSER = 0x1040;
 
 /// A text in the operator's language; empty when there is none of that number.
 CTString csLoadText(unsigned unId);

@@ -1,0 +1,20 @@
+# Fails when a text of the catalogues is named in no source.
+#   cmake -D NUMBERS=<header> -D SOURCES=<file> -P check_texts.cmake
+# NUMBERS is the header made from the catalogues; SOURCES holds the paths of the sources, a line each.
+file(STRINGS ${SOURCES} sources)
+set(code "")
+foreach(source IN LISTS sources)
+  file(STRINGS ${source} lines REGEX "TEXTE_")
+  string(APPEND code "${lines}\n")
+endforeach()
+file(READ ${NUMBERS} numbers)
+string(REGEX MATCHALL "TEXTE_[A-Z0-9_]+" constants "${numbers}")
+set(unused "")
+foreach(constant IN LISTS constants)
+  if(NOT code MATCHES "${constant}[^A-Z0-9_]")
+    string(APPEND unused "\n  no source uses ${constant}")
+  endif()
+endforeach()
+if(unused OR NOT constants)
+  message(FATAL_ERROR "${NUMBERS}:${unused}")
+endif()

@@ -20,17 +20,14 @@ $ mkdir /usr/local/ZDSQL; cd /usr/local/ZDSQL; echo 255 >kalmomanager.fail; seq 
 run: @asked; Attention / kalmomanager was told to end with 255 / line 1 é / line 2 é / * => Tab PageDown*9
     Attention / * / line 39 é / line 40 é / OK => Tab Enter
 $ unregistered ZDCS-ZDSQL
-fresh
-$ mkdir /usr/local/ZDSQL; echo 255 >/usr/local/ZDSQL/kalmo.fail
+$ fresh; mkdir /usr/local/ZDSQL; echo 255 >/usr/local/ZDSQL/kalmo.fail
 run: @asked; Attention / * / systemctl restart KalmoManager: ok / kalmo was told to end with 255 / OK
 $ active KalmoManager && unregistered ZDCS-ZDSQL
-fresh
-$ mkdir /usr/local/ZDSQL; cd /usr/local/ZDSQL; echo 254 >kalmo.fail; echo 1 >kalmomanager.fail
+$ fresh; mkdir /usr/local/ZDSQL; cd /usr/local/ZDSQL; echo 254 >kalmo.fail; echo 1 >kalmomanager.fail
 run: @install
 $ unregistered KalmoManager && unregistered ZDCS-ZDSQL
 # A server that cannot have its port.
-fresh
-$ python3 -m http.server 4900 >/dev/null 2>&1 & echo $! >/tmp/web; sleep 1
+$ fresh; python3 -m http.server 4900 >/dev/null 2>&1 & echo $! >/tmp/web; sleep 1
 run: @asked
     Attention / * / ZDCS-ZDSQL has ended*port 4900 is another program's / OK
 $ kill $(cat /tmp/web); rm /tmp/web
@@ -86,19 +83,15 @@ $ ! ls /tmp | grep kalmoinstall
 # Keys that are pressed meanwhile do not close the result.
 $ busy /usr/local/ZDSQL 4
 start: @asked => Enter
-send \r
-wait Installing the server
+send \r until Installing the server
 send \r\r\r
 end: @installed
-fresh
-$ busy /usr/local/ZDSQL 60
+$ fresh; busy /usr/local/ZDSQL 60
 run: @asked; Attention / /usr/local/ZDSQL/zdlogger: Text file busy / {FICHIER_NON_CREE|zdlogger} / OK
 # The terminal gets another size meanwhile. It has it twice afterwards, which draws everything anew.
-fresh
-$ busy /usr/local/ZDSQL 4
+$ fresh; busy /usr/local/ZDSQL 4
 start 100x30: @asked => Enter
-send \r
-wait Installing the server
+send \r until Installing the server
 resize 80x24
 walk: @installed => Tab
 keep screen
@@ -107,11 +100,9 @@ settle 80x24
 same screen
 end: @installed => Tab Enter
 # Whoever does not want to wait gets a terminal in order back.
-fresh
-$ busy /usr/local/ZDSQL 60
+$ fresh; busy /usr/local/ZDSQL 60
 start: @asked => Enter
-send \r
-wait Installing the server
+send \r until Installing the server
 send \x03
 ends 130
 
@@ -124,13 +115,11 @@ run: @another; {REPERTOIRE} / * => Backspace*15 srv/zd/first Enter
     *{ATTENTION} / The service / "ZDSQL server first" / * / /usr/bin/nice *=5 /srv/zd/first/kalmo * / OK
     {REPERTOIRE} / * => Tab*3 Enter
 $ unchanged
-fresh
-$ install first 4950; rm -r /srv/zd/first; remember
+$ fresh; install first 4950; rm -r /srv/zd/first; remember
 run: @licence; @action; @toupgrade; {ATTENTION} / {REPERTOIRE_PERDU|ZDSQL server first|/srv/zd/first/} / OK
 $ unchanged
 # Nobody has loaded it, and still it has its name, in whatever way that is written.
-fresh
-$ install first 4950; systemctl disable --now ZDCS-first; remember
+$ fresh; install first 4950; systemctl disable --now ZDCS-first; remember
 run: @another; {REPERTOIRE} / * => Backspace*15 srv/zd/x Enter; @config => Backspace*5 Space FIRST Enter*3
     {ATTENTION} / {CONFLIT_NOM|FIRST} / OK
     {NOM_SERVEUR} / * => Tab Enter
@@ -169,21 +158,18 @@ hang up 129: @remove
 # A program is waited for meanwhile.
 $ busy /usr/local/ZDSQL 2
 start: @asked => Enter
-send \r
-wait Installing the server
+send \r until Installing the server
 unplug 0
 $ greeting 4900 && active ZDCS-ZDSQL && active KalmoManager && busy /usr/local/ZDSQL 2
 start next: @licence; @action; @toupgrade; Server: * => Tab*2
-send \r
-wait Progress
+send \r until Progress
 unplug 0
 $ greeting 4900 | grep 26.0.3 && active ZDCS-ZDSQL && active KalmoManager
 # systemd waits for the end of a service that takes its time.
 $ mkdir -p /run/systemd/system/ZDCS-ZDSQL.service.d; cd /run/systemd/system/ZDCS-ZDSQL.service.d
     printf '[Service]\nExecStop=/bin/sleep 2\n' >slow.conf; systemctl daemon-reload
 start: @remove => Enter
-send \r
-wait ZDSQL server
+send \r until Uninstalling the server
 unplug 0
 $ unregistered ZDCS-ZDSQL && absent /usr/local/ZDSQL/tvzdsrv.so
     rm -r /run/systemd/system/ZDCS-ZDSQL.service.d; systemctl daemon-reload
@@ -202,5 +188,4 @@ $ absent /srv/zd/first/Install.log && ! grep upgrade /tmp/trace2
 end: @action => Tab*2 Enter
 $ eventually idle && grep upgrade /tmp/trace2 && done_first
 # Of two that install the same instance the second upgrades it.
-fresh
-$ install first 4950 & install first 4950; wait; done_first && equal 3 "$(grep -c 'unattended run: ok' /tmp/trace2)"
+$ fresh; install first 4950 & install first 4950; wait; done_first && equal 3 "$(grep -c 'unattended run: ok' /tmp/trace2)"

@@ -49,67 +49,30 @@ $ unregistered ZDCS-ZDSQL
 # What was installed is on the disk before a program of the server, or the first service, starts.
 run record: @install
 $ equal 1 "$(cat /tmp/record.* | grep -c '^syncfs')"
-$ begin="/bin/systemctl --no-pager --no-legend"
-    [ $init != systemd ] || begin="$begin
-    /bin/systemctl list-units --all --type=service --full --no-pager --no-legend
-    /bin/systemctl list-unit-files --type=service --full --no-pager --no-legend ZDCS-*
-    /bin/systemctl --property=Description,ExecStart,Type show KalmoManager
-    /bin/systemctl --property=Description,ExecStart,Type show ZDCS-ZDSQL
-    /bin/systemctl --property=LoadState show ZDCS-ZDSQL
-    /bin/systemctl --property=Description,ExecStart,Type show KalmoManager"
-    equal "$begin
-    sh: /usr/local/ZDSQL/kalmomanager --INSTALLER 2>/dev/null
-    sh: /usr/local/ZDSQL/kalmo --INSTALLER 2>/dev/null
-    sh: clear 2>/dev/null" "$(commands)"
+$ asked="all; files ZDCS-*; about KalmoManager; about ZDCS-ZDSQL; loaded ZDCS-ZDSQL; about KalmoManager; "
+    [ $init = systemd ] || asked=
+    ran "$asked sh: /usr/local/ZDSQL/kalmomanager --INSTALLER 2>/dev/null; sh: /usr/local/ZDSQL/kalmo --INSTALLER 2>/dev/null"
 $ eventually both_run && greeting 4900
 run next record: @upgrade
 $ equal 1 "$(cat /tmp/record.* | grep -c '^syncfs')"
-# The list of servers, which an uninstallation asks for too.
-$ cat >/run/list <<END
-    /bin/systemctl --no-pager --no-legend
-    /bin/systemctl list-units --all --type=service --full --no-pager --no-legend
-    /bin/systemctl list-units --all --type=service --full --no-pager --no-legend --plain
-    /bin/systemctl --property=Description,ExecStart,Type show ZDCS-ZDSQL
-    /bin/systemctl list-unit-files --type=service --full --no-pager --no-legend ZDCS-*
-    /bin/systemctl --property=Description,ExecStart,Type show KalmoManager
-    END
-$ [ $init = systemd ] || exit 0; equal "$(cat /run/list)
-    /bin/systemctl --property=Description,ExecStart,Type show KalmoManager
-    /bin/systemctl --property=Description,ExecStart,Type show KalmoManager
-    /bin/systemctl --property=ActiveState show KalmoManager
-    /bin/systemctl --property=ActiveState show ZDCS-ZDSQL
-    /bin/systemctl stop KalmoManager
-    /bin/systemctl --property=ActiveState show ZDCS-ZDSQL
-    /bin/systemctl stop ZDCS-ZDSQL
-    /bin/systemctl --property=ActiveState show KalmoManager
-    /bin/systemctl start KalmoManager
-    /bin/systemctl start ZDCS-ZDSQL
-    sh: clear 2>/dev/null" "$(commands)"
-$ [ $init != systemd ] || exit 0; equal "/bin/systemctl --no-pager --no-legend
-    /etc/init.d/KalmoManager status
-    /etc/init.d/ZDCS-ZDSQL status
-    sh: /etc/init.d/KalmoManager stop >/dev/null 2>/dev/null
-    /etc/init.d/ZDCS-ZDSQL status
-    sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null
-    /etc/init.d/KalmoManager status
-    sh: /etc/init.d/KalmoManager start >/dev/null
-    sh: /etc/init.d/ZDCS-ZDSQL start >/dev/null
-    sh: clear 2>/dev/null" "$(commands)"
+$ case $init in
+        systemd) ran "all; all --plain; about ZDCS-ZDSQL; files ZDCS-*; about KalmoManager; about KalmoManager; about KalmoManager;
+            state KalmoManager; state ZDCS-ZDSQL; stop KalmoManager; state ZDCS-ZDSQL; stop ZDCS-ZDSQL;
+            state KalmoManager; start KalmoManager; start ZDCS-ZDSQL" ;;
+        *) ran "/etc/init.d/KalmoManager status; /etc/init.d/ZDCS-ZDSQL status;
+            sh: /etc/init.d/KalmoManager stop >/dev/null 2>/dev/null; /etc/init.d/ZDCS-ZDSQL status;
+            sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null; /etc/init.d/KalmoManager status;
+            sh: /etc/init.d/KalmoManager start >/dev/null; sh: /etc/init.d/ZDCS-ZDSQL start >/dev/null" ;;
+    esac
 $ eventually both_run && greeting 4900
 run record: @remove; @removed
 $ equal 0 "$(cat /tmp/record.* | grep -c '^syncfs')"
-$ [ $init = systemd ] || exit 0; equal "$(cat /run/list)
-    /bin/systemctl stop ZDCS-ZDSQL
-    /bin/systemctl --property=FragmentPath show ZDCS-ZDSQL
-    /bin/systemctl --property=SourcePath show ZDCS-ZDSQL
-    /bin/systemctl disable ZDCS-ZDSQL
-    /bin/systemctl stop ZDCS-ZDSQL
-    /bin/systemctl daemon-reload
-    sh: clear 2>/dev/null" "$(commands)"
-$ [ $init != systemd ] || exit 0; equal "/bin/systemctl --no-pager --no-legend
-    sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null
-    sh: update-rc.d -f ZDCS-ZDSQL remove >/dev/null
-    sh: clear 2>/dev/null" "$(commands)"
+$ case $init in
+        systemd) ran "all; all --plain; about ZDCS-ZDSQL; files ZDCS-*; about KalmoManager; stop ZDCS-ZDSQL;
+            --property=FragmentPath show ZDCS-ZDSQL; --property=SourcePath show ZDCS-ZDSQL; disable ZDCS-ZDSQL;
+            stop ZDCS-ZDSQL; daemon-reload" ;;
+        *) ran "sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null; sh: update-rc.d -f ZDCS-ZDSQL remove >/dev/null" ;;
+    esac
 
 == InitScripts_MayComplainButMustTellTheirProgram
 run: @install

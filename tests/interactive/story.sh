@@ -74,6 +74,14 @@ commands() {
             sed -E 's/^"//; s/"$//; s/", "/ /g; s/^sh -c (-- )?/sh: /; s/(--PWDC )[0-9A-F]+/\1HEX/; s/%/%%/g'
     done | while read -r line; do printf "${line//\\\"/\"}\n"; done
 }
+# ran COMMANDS: these and no others, but for the first and the last, with "; " between them and what asks systemd told
+# shortly.
+ran() {
+    local show="--property=Description,ExecStart,Type show" all="--all --type=service --full --no-pager --no-legend"
+    equal "$(echo "--no-pager --no-legend; $1; sh: clear 2>/dev/null" | tr -s ' \n' ' ' | sed 's/; */\n/g')" \
+        "$(commands | sed "s,^/bin/systemctl ,,; s/^list-units $all/all/; s/^list-unit-files ${all#--all }/files/
+            s/^$show/about/; s/^--property=ActiveState show/state/; s/^--property=LoadState show/loaded/")"
+}
 
 # The server and the manager run; without systemd a start does not wait for them.
 both_run() { active ZDCS-ZDSQL && active KalmoManager; }

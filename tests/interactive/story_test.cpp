@@ -5,14 +5,14 @@
 //   /srv/dist;
 //                           in parentheses a part of others
 //   @NAME SCREEN...         stands for screens in scripts
-//   fresh                   such a machine again
-//   $ COMMAND               in a shell that knows story.sh; it must succeed. What is indented below belongs
-//   to it with HOW                how all runs below are started, besides what they say themselves story NAME
-//   what another one tells run HOW: SCRIPT         a run through the screens of a script, which ends well and
-//   leaves the terminal in order start, walk, end        its beginning, some screens, its end; "launch HOW"
-//   does not wait for a screen give up HOW: SCRIPT     a run for each screen, which is given up there: all is
-//   as at the last "remember" hang up STATUS HOW: SCRIPT   the terminal goes away there send, wait, resize,
-//   settle, signal, unplug, ends, keep screen, same screen, picture   see CStory::__Do
+//   $ COMMAND               in a shell that knows story.sh ("fresh": such a machine again); it must succeed.
+//   What is indented below belongs to it with HOW                how all runs below are started, besides what
+//   they say themselves story NAME what another one tells run HOW: SCRIPT         a run through the screens
+//   of a script, which ends well and leaves the terminal in order start, walk, end        its beginning, some
+//   screens, its end; "launch HOW" does not wait for a screen give up HOW: SCRIPT     a run for each screen,
+//   which is given up there: all is as at the last "remember" hang up STATUS HOW: SCRIPT   the terminal goes
+//   away there send, wait, resize, settle, signal, unplug, ends, keep screen, same screen, picture   see
+//   CStory::__Do
 //
 // HOW: next (payload), fr or es, record (what is run), a type and a size of terminals; "by" and a program
 // that starts the installer. SCRIPT: screens with "; " between them, or indented below, a line each: "SCREEN
@@ -143,28 +143,24 @@ CLines tabReadStories() {
     return tabName;
 }
 
-void AddSteps(const std::string& rcsLine, const std::string& rcsLanguage, std::vector<STStep>* ptab) {
+void AddSteps(std::string csLine, const std::string& rcsLanguage, std::vector<STStep>* ptab) {
     static const std::regex clNamed("(@[a-z]+)(?: => (.*))?");
-    static const std::regex clKey("\\{([^}]*)\\}");
-    static const std::regex clMany("<(\\d+)(.)>");
+    static const std::regex clSpecial("\\{([^}]*)\\}|<(\\d+)(.)>");
     static const std::regex clStep("(.*?)(?: => (.*?))?(?: => (.*))?");
+    csLine = csReplaced(csLine, "$VERSION", KALMO_VERSION);
+    for (std::smatch clText; std::regex_search(csLine, clText, clSpecial);) {
+        csLine = clText.prefix().str() +
+                 (clText[1].matched ? csTextOfKey(clText[1], rcsLanguage)
+                                    : std::string(std::stoul(clText[2]), *clText[3].first)) +
+                 clText.suffix().str();
+    }
     std::smatch clMatch;
-    if (std::regex_match(rcsLine, clMatch, clNamed)) {
+    if (std::regex_match(csLine, clMatch, clNamed)) {
         for (const std::string& rcs : tabSplit(g_tabScreen.at(clMatch[1]), "; ")) {
             AddSteps(rcs, rcsLanguage, ptab);
         }
-        if (clMatch[2].matched) {
-            ptab->back().csKeys = clMatch[2];
-        }
+        ptab->back().csKeys = clMatch[2].matched ? clMatch[2].str() : ptab->back().csKeys;
         return;
-    }
-    std::string csLine = csReplaced(rcsLine, "$VERSION", KALMO_VERSION);
-    for (std::smatch clText; std::regex_search(csLine, clText, clKey);) {
-        csLine = clText.prefix().str() + csTextOfKey(clText[1], rcsLanguage) + clText.suffix().str();
-    }
-    for (std::smatch clText; std::regex_search(csLine, clText, clMany);) {
-        const auto unCount = static_cast<std::size_t>(std::stoi(clText[1]));
-        csLine = clText.prefix().str() + std::string(unCount, *clText[2].first) + clText.suffix().str();
     }
     std::regex_match(csLine, clMatch, clStep);
     ptab->push_back({clMatch[1], clMatch[2].matched ? clMatch[2].str() : "Enter", clMatch[3]});
@@ -219,10 +215,8 @@ void CStory::__Do(const std::string& rcsLine) {
     ASSERT_TRUE(std::regex_match(rcsLine, clMatch, clParts));
     const std::string csWhat = clMatch[1];
     const std::string csHow = clMatch[2];
-    if (csWhat == "$") {
-        __Shell(rcsLine.substr(2));
-    } else if (csWhat == "fresh") {
-        __Shell("fresh");
+    if (csWhat == "$" || csWhat == "fresh") {
+        __Shell(csWhat == "$" ? rcsLine.substr(2) : csWhat);
     } else if (csWhat == "with") {
         m_csWith = csHow;
     } else if (csWhat == "story") {
@@ -255,10 +249,10 @@ void CStory::__Do(const std::string& rcsLine) {
             __Shell("unchanged");
             tab.back().csKeys = rst.csKeys;
         }
-    } else if (csWhat == "send") {  // without waiting
-        m_pclTerminal->Send(csReplaced(csReplaced(csHow, "\\r", "\r"), "\\x03", "\x03"));
-    } else if (csWhat == "wait") {  // for a text
-        ASSERT_TRUE(m_pclTerminal->bWaitText(csHow));
+    } else if (csWhat == "send") {  // without waiting, or until a text shows
+        const std::size_t nUntil = csHow.find(" until ");
+        m_pclTerminal->Send(csReplaced(csReplaced(csHow.substr(0, nUntil), "\\r", "\r"), "\\x03", "\x03"));
+        ASSERT_TRUE(nUntil == csHow.npos || m_pclTerminal->bWaitText(csHow.substr(nUntil + 7)));
     } else if (csWhat == "resize" || csWhat == "settle") {  // without waiting, and with
         int nColumns = 0;
         int nRows = 0;

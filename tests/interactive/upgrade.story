@@ -8,7 +8,6 @@ run next: @licence; @action; @toupgrade; @telemetry
     @upgraded
 $ upgraded '!=!' "first 1" "26.0.3.0 $VERSION"
 # The manager lies elsewhere and goes on.
-fresh
 story (TwoServers)
 $ printf '[TELEMETRY]\nACTIVE=0\n' >>/srv/zd/second/ZDConf.ini
 run next: @licence; @action; @toupgrade => Down Enter*2
@@ -16,7 +15,6 @@ run next: @licence; @action; @toupgrade => Down Enter*2
     @upgraded
 $ upgraded '=!=' "second 0" "$VERSION 26.0.3.0"
 # What was stopped runs afterwards: the server, and the manager wherever it lies.
-fresh
 story (TwoServers)
 $ service_stop ZDCS-second; service_stop KalmoManager; printf '[TELEMETRY]\nACTIVE=2\n' >>/srv/zd/second/ZDConf.ini
     fate_of ZDCS-first ZDCS-second KalmoManager
@@ -25,7 +23,6 @@ run next: @licence; @action; @toupgrade => Down Enter*2; @telemetry => Space Ent
     @upgraded
 $ upgraded '=!!' "second 0" "$VERSION 26.0.3.0"
 # The server is stopped, the manager here runs. Without notes there is no version to show.
-fresh
 story (TwoServers)
 $ cd /srv/zd; service_stop ZDCS-first; sed -i /AccessPort/d first/ZDConf.ini
     sed -i 's/version":"2/vorsion":"2/' first/kalmo /srv/dist/next/kalmoinstall; kept >/run/kept
@@ -36,7 +33,7 @@ run next: @licence; @action; @toupgrade; @telemetry
 $ upgraded '!=!' "first 1" "26.0.3.0 $VERSION"
 
 == (TwoServers)
-$ install first 4950 && install second 4951
+$ fresh; install first 4950 && install second 4951
     kept >/run/kept; fate_of ZDCS-first ZDCS-second KalmoManager
 
 == AHalfReplacedServerStaysStopped
@@ -52,21 +49,17 @@ $ equal '-=-' "$(fate ZDCS-first ZDCS-second KalmoManager)"
 $ install first 4950; cd /srv/zd/first; service_stop ZDCS-first; touch tvmore.so tv.so.1 zdlogger64
 run: @remove; {RETRAIT|ZDSQL server first} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / OK
 $ left "kalmomanager tv.so.1 zdlogger64"
-fresh
-$ install first 4950; cd /srv/zd/first; cp kalmo kalmo64; cp zdlogger zdlogger64
+$ fresh; install first 4950; cd /srv/zd/first; cp kalmo kalmo64; cp zdlogger zdlogger64
     sed -i s,first/kalmo,\&64, /etc/systemd/system/ZDCS-first.service; systemctl daemon-reload; systemctl restart ZDCS-first
 run: @remove; {RETRAIT|ZDSQL server first} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS}* / OK
 $ left "kalmo kalmomanager zdlogger"
-fresh
-$ install first 4950; rm /srv/zd/first/zdlogger
+$ fresh; install first 4950; rm /srv/zd/first/zdlogger
 run: @remove; {ATTENTION} / {RETRAIT_FICHIER_ERREUR|*zdlogger*} / OK
 $ left "kalmomanager tvsqlsrv.so tvzdsrv.so"
-fresh
-$ install first 4950; cd /etc/systemd/system/multi-user.target.wants && mount --bind . . && mount -o remount,bind,ro .
+$ fresh; install first 4950; cd /etc/systemd/system/multi-user.target.wants && mount --bind . . && mount -o remount,bind,ro .
 run: @remove; {ATTENTION} / {RETRAIT_SERVICE_ERREUR|Read-only file system} / {ARRETES| / - ZDSQL server first} / OK
 $ left "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger registered"
-fresh
-$ install first 4950; sed -i 's/^ExecStart=.*/ExecStop=true/;s/^Type=.*//' /etc/systemd/system/ZDCS-first.service
-    systemctl daemon-reload; systemctl stop ZDCS-first; pkill -x kalmo
+$ fresh; install first 4950; sed -i 's/^ExecStart=.*/ExecStop=true/;s/^Type=.*//' /etc/systemd/system/ZDCS-first.service
+    systemctl daemon-reload; systemctl stop ZDCS-first; pkill -x kalmo; true
 run: @remove; {ATTENTION} / {RETRAIT_SANS_FICHIER|ZDSQL server first} / OK
 $ left "kalmo kalmomanager tvsqlsrv.so tvzdsrv.so zdlogger"

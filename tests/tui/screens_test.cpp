@@ -2,22 +2,23 @@
 //
 //   == NAME             a test
 //   ! COMMAND           a shell command before it
-//   @ COMMAND => KEYS [=> READING]
-//                       what the cases of the test stand for: "%" is what a case says. READING is "status"
-//                       where a report is the exit status, a regular expression, "chosen" where it is what a
+//   @ COMMAND => KEYS [=> READING]   what its cases stand for: "%" is what they say. READING is "status"
+//   where a
+//                       report is the exit status, a regular expression, "chosen" where it is what a
 //                       directory chooser shows; else it is the last line that the program leaves
-//   [{TERMINAL...}] COMMAND [=> KEYS [=> REPORT]]
-//                       a case: a command that bash runs, and keys for Terminal::bPress. A key can also be a
-//                       size, a signal or "HangUp". In braces are types and sizes of terminals, for each of
-//                       which the case holds, and NAME=VALUE. Indented below it is what goes on:
-//     => KEYS [=> REPORT]   "=" for a report is the picture below, once more, "==" the screen at first
-//     ROW,COLUMN "TEXT" LOOKS [CURSOR-COLUMN]
-//     "TEXT", no "TEXT"     somewhere, nowhere on the screen
-//     cursor ROW,COLUMN hidden|visible|strong
-//     bytes NUMBER          that the program has sent in all
-//     """                   the whole screen with its looks, as csShow has it, up to the next """
+//   [{TERMINAL...}] COMMAND [=> KEYS [=> REPORT]]   a case: a command for bash, and keys for
+//   Terminal::bPress. A
+//                       key can also be a size, a signal or "HangUp". In braces are types and sizes of
+//                       terminals, for each of which the case holds, and NAME=VALUE. Indented below it is
+//                       what goes on:
+//     => KEYS [=> REPORT]   ... and what can stand for a report: "=" is the picture below, "keep" the screen
+//     now,
+//                       which "kept" is again
+//     ROW,COLUMN "TEXT" LOOKS [CURSOR-COLUMN]; "TEXT"; no "TEXT"; cursor ROW,COLUMN hidden|visible|strong;
+//     bytes NUMBER
+//     """                   the whole screen with its looks, as csShow has it, up to the next """: that of a
+//                       terminal that can do everything, on others it shows as they can
 //
-// Without more said, a picture is that of a terminal that can do everything; on others it shows as they can.
 // "\u" and four digits are a character.
 #include <gtest/gtest.h>
 
@@ -37,12 +38,7 @@ namespace {
 
 using CLines = std::vector<std::string>;
 
-struct STTest {
-    std::string csName;
-    CLines tabLine = {};
-
-    friend void PrintTo(const STTest& rst, std::ostream* pcl) { *pcl << rst.csName; }
-};
+std::map<std::string, CLines> g_tabTest;
 
 std::string csUnescaped(std::string cs) {
     for (std::size_t n = 0; (n = cs.find("\\u", n)) != cs.npos;) {
@@ -52,8 +48,9 @@ std::string csUnescaped(std::string cs) {
     return cs;
 }
 
-std::vector<STTest> tabTests() {
-    std::vector<STTest> tab;
+// Reads the tests; their names.
+CLines tabReadTests() {
+    CLines tabName;
     for (const char* const psz : {"controls", "dialogs", "pictures"}) {
         std::ifstream clFile(std::string(TUI_SCREENS "/") + psz + ".screens");
         for (std::string cs, csMore; std::getline(clFile, cs);) {
@@ -62,13 +59,13 @@ std::vector<STTest> tabTests() {
             }
             cs.resize(std::min(cs.find("  # "), cs.size()));
             if (cs.starts_with("== ")) {
-                tab.push_back({cs.substr(3)});
-            } else if (!cs.empty() && cs[0] != '#' && !tab.empty()) {
-                tab.back().tabLine.push_back(csUnescaped(cs));
+                tabName.push_back(cs.substr(3));
+            } else if (!cs.empty() && cs[0] != '#') {
+                g_tabTest[tabName.back()].push_back(csUnescaped(cs));
             }
         }
     }
-    return tab;
+    return tabName;
 }
 
 // The parts of a line between "=>", without the blanks around them.
@@ -118,9 +115,14 @@ std::string csShownOn(const std::string& rcsPicture, const Terminal::STOptions& 
     return csResult;
 }
 
-const std::map<std::string, int> SIGNALS = {{"SIGINT", SIGINT},   {"SIGTERM", SIGTERM}, {"SIGHUP", SIGHUP},
-                                            {"SIGQUIT", SIGQUIT}, {"SIGSEGV", SIGSEGV}, {"SIGABRT", SIGABRT},
-                                            {"SIGUSR1", SIGUSR1}};
+// The number of a signal by its name; 0 for another word.
+int nSignal(const std::string& rcs) {
+    int n = 31;
+    while (n > 0 && rcs != std::string("SIG") + ::sigabbrev_np(n)) {
+        --n;
+    }
+    return n;
+}
 
 // One case on one terminal.
 class CCase {
@@ -128,8 +130,7 @@ class CCase {
     CCase(const std::string& rcsCommand, Terminal::STOptions stOptions, std::string csReading)
         : m_stOptions(std::move(stOptions)),
           m_csReading(std::move(csReading)),
-          m_clTerminal({"bash", "-c", rcsCommand}, m_stOptions),
-          m_csFirst(m_clTerminal.csShow()) {}
+          m_clTerminal({"bash", "-c", rcsCommand}, m_stOptions) {}
 
     // Presses keys, compares the report where there is one, goes on with the lines below.
     void Go(const CLines& rtabLine, CLines tabPart) {
@@ -155,11 +156,10 @@ class CCase {
   private:
     void __Step(const CLines& rtabPart) {
         for (const std::string& rcs : CTuiTerminal::tabWords(rtabPart[1])) {
-            const auto it = SIGNALS.find(rcs);
             int nColumns = 0;
             int nRows = 0;
-            if (it != SIGNALS.end()) {
-                m_clTerminal.Signal(it->second);
+            if (const int nNumber = nSignal(rcs); nNumber > 0) {
+                m_clTerminal.Signal(nNumber);
             } else if (rcs == "HangUp") {
                 m_clTerminal.HangUp();
                 m_bHungUp = true;
@@ -189,8 +189,10 @@ class CCase {
             // The grey of what is disabled.
             const bool bGrey = m_stOptions.csType == TAB_TERMINAL[0].svType;
             EXPECT_EQ(m_clTerminal.clScreen().unPaletteColour(8), bGrey ? 0x262626U : 0x808080U);
-        } else if (rcs == "==") {
-            EXPECT_EQ(m_clTerminal.csShow(), m_csFirst);
+        } else if (rcs == "keep") {
+            m_csKept = m_clTerminal.csShow();
+        } else if (rcs == "kept") {
+            EXPECT_EQ(m_clTerminal.csShow(), m_csKept);
         } else if (std::regex_match(rcs, clMatch, clPlace)) {
             EXPECT_EQ(m_clTerminal.csText(nPart(1), nPart(2), nWidth(clMatch[4].length() > 0 ? 4 : 3)),
                       clMatch[3]);
@@ -234,7 +236,7 @@ class CCase {
     Terminal::STOptions m_stOptions;
     std::string m_csReading;
     CTuiTerminal m_clTerminal;
-    std::string m_csFirst;
+    std::string m_csKept;
     std::string m_csPicture;
     bool m_bHungUp = false;
 };
@@ -271,7 +273,7 @@ std::vector<Terminal::STOptions> tabTakeTerminals(std::string* pcs) {
     return tab;
 }
 
-class CScreens : public testing::TestWithParam<STTest> {};
+class CScreens : public testing::TestWithParam<std::string> {};
 
 TEST_P(CScreens, AreAsWritten) {
     const char* const pszWrapper = std::getenv("TUI_WRAPPER");  // runs the programs under this command
@@ -283,7 +285,7 @@ TEST_P(CScreens, AreAsWritten) {
         return n == rcsPattern.npos ? rcsPattern : rcsPattern.substr(0, n) + rcs + rcsPattern.substr(n + 1);
     };
     CLines tabPattern = {"%", "%", ""};
-    const CLines& rtab = GetParam().tabLine;
+    const CLines& rtab = g_tabTest.at(GetParam());
     for (auto it = rtab.begin(), itNext = it; it != rtab.end() && !HasFailure(); it = itNext) {
         SCOPED_TRACE(*it);
         itNext = std::find_if(it + 1, rtab.end(), [](const std::string& rcs) { return rcs[0] != ' '; });
@@ -297,17 +299,16 @@ TEST_P(CScreens, AreAsWritten) {
             tabPattern.resize(3);
         } else {
             tabPart.resize(std::max<std::size_t>(tabPart.size(), 2));
+            tabPart[1] = csFilled(tabPattern[1], tabPart[1]);
             for (const Terminal::STOptions& rst : tabTakeTerminals(&tabPart[0])) {
-                CCase clCase(csFilled(tabPattern[0], tabPart[0]), rst, tabPattern[2]);
-                tabPart[1] = csFilled(tabPattern[1], tabPart[1]);
-                clCase.Go({it, itNext}, tabPart);
+                CCase(csFilled(tabPattern[0], tabPart[0]), rst, tabPattern[2]).Go({it, itNext}, tabPart);
             }
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Tui, CScreens, testing::ValuesIn(tabTests()),
-                         [](const auto& rst) { return rst.param.csName; });
+INSTANTIATE_TEST_SUITE_P(Tui, CScreens, testing::ValuesIn(tabReadTests()),
+                         [](const auto& rst) { return rst.param; });
 
 }  // namespace
 }  // namespace kalmo

@@ -78,7 +78,7 @@ commands() {
 # shortly.
 ran() {
     local show="--property=Description,ExecStart,Type show" all="--all --type=service --full --no-pager --no-legend"
-    equal "$(echo "--no-pager --no-legend; $1; sh: clear 2>/dev/null" | tr -s ' \n' ' ' | sed 's/; */\n/g')" \
+    equal "$(printf %s "--no-pager --no-legend; $1; sh: clear 2>/dev/null" | tr -s ' \n' ' ' | sed 's/; */\n/g')" \
         "$(commands | sed "s,^/bin/systemctl ,,; s/^list-units $all/all/; s/^list-unit-files ${all#--all }/files/
             s/^$show/about/; s/^--property=ActiveState show/state/; s/^--property=LoadState show/loaded/")"
 }

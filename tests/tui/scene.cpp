@@ -20,6 +20,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "framework/conversion.h"
@@ -105,104 +106,77 @@ class CScene : public CWindow {
     bool m_bPrimitives = false;
 };
 
-// A control that is wanted. Where no place is given, they stand side by side.
-struct STWanted {
-    CScene& rclScene;
-    int nX, nY, nWidth, nHeight;
-    std::wstring csText, csLabel;
-
-    template <class TControl, class... TArg>
-    TControl* pclAdd(TArg... arg) const {
-        return rclScene.pclAdd<TControl>(csText.c_str(), nX, nY, nWidth, nHeight, arg...);
-    }
-    template <class TEntry, class... TArg>
-    TEntry* pclEntry(CWidget::eBORDER_STYLE eStyle, TArg... arg) const {
-        return pclAdd<TEntry>(csLabel.c_str(), eStyle, arg...);
-    }
-    CList* pclList(int bShadow) const {
-        CList* const pcl = rclScene.pclAdd<CList>(nX, nY, nWidth, nHeight, bShadow);
-        ForEachLine([pcl](const wchar_t* psz) { pcl->AddLine(psz); });
-        return pcl;
-    }
-    void AddRadio(const wchar_t* pszTitle, int bShadow, int nSelected) const {
-        auto* const pcl = rclScene.pclAdd<CRadioList>(nX, nY, nWidth, nHeight, pszTitle, bShadow, nSelected);
-        ForEachLine([pcl](const wchar_t* psz) { pcl->AddOption(psz); });
-    }
-    // Value and maximum are in the text.
-    CJauge* pclGauge() const {
-        double dValue = 0;
-        double dMaximum = 1;
-        std::swscanf(csText.c_str(), L"%lf/%lf", &dValue, &dMaximum);
-        CJauge* const pcl = rclScene.pclAdd<CJauge>(nX, nY, nWidth, nHeight, 0.0, dMaximum, csLabel.c_str());
-        pcl->SetValue(dValue);
-        return pcl;
-    }
-    void ForEachLine(auto Do) const {
-        std::wistringstream clLines(csText);
-        for (std::wstring cs; std::getline(clLines, cs);) {
-            Do(cs.c_str());
-        }
-    }
-};
-
-using RST = const STWanted&;
-constexpr struct {
-    std::string_view svKind;
-    int nWidth, nHeight;
-    void (*pfnAdd)(RST rst);
-} TAB_KIND[] = {
-    {"button", 8, 4, [](RST rst) { rst.pclAdd<CButton>(); }},
-    {"fitted", 0, 4,
-     [](RST rst) { rst.rclScene.pclAdd<CButton>(rst.csText.c_str(), rst.nX, rst.nY, rst.nHeight); }},
-    {"box", 8, 1, [](RST rst) { rst.pclAdd<CCheckBox>(0); }},
-    {"checked", 8, 1, [](RST rst) { rst.pclAdd<CCheckBox>(1); }},
-    {"label", 8, 1, [](RST rst) { rst.pclAdd<CLibel>(0, ATTR_SELECTED); }},
-    {"framed", 8, 4, [](RST rst) { rst.pclAdd<CLibel>(1, ATTR_BORDER); }},
-    {"gauge", 8, 3, [](RST rst) { rst.pclGauge(); }},
-    {"hidden", 8, 3, [](RST rst) { rst.pclGauge()->SetVisible(0); }},
-    {"entry", 10, 3, [](RST rst) { rst.pclEntry<CEntry>(CWidget::eBORDER_FRAME); }},
-    {"shadow", 10, 4, [](RST rst) { rst.pclEntry<CEntry>(CWidget::eBORDER_SHADOW); }},
-    {"bare", 10, 4, [](RST rst) { rst.pclEntry<CEntry>(CWidget::eBORDER_NONE)->SetMaxLength(12); }},
-    {"number", 10, 3, [](RST rst) { rst.pclEntry<CNumEntry>(CWidget::eBORDER_FRAME); }},
-    {"lower", 10, 3, [](RST rst) { rst.pclEntry<CEntryLower>(CWidget::eBORDER_FRAME); }},
-    {"path", 10, 3, [](RST rst) { rst.pclEntry<CDirEntry>(CWidget::eBORDER_FRAME, 1); }},
-    {"unguarded", 10, 3, [](RST rst) { rst.pclEntry<CDirEntry>(CWidget::eBORDER_FRAME, 0); }},
-    {"text", 8, 5, [](RST rst) { rst.pclAdd<CScrollableLibel>(); }},
-    {"list", 8, 4, [](RST rst) { rst.pclList(0); }},
-    {"sorted", 8, 4,
-     [](RST rst) {
-         CList* const pcl = rst.pclList(1);
-         pcl->SortLine(::wcscasecmp);
-         pcl->Select(2);
-     }},
-    {"radio", 8, 8, [](RST rst) { rst.AddRadio(L"r", 0, 0); }},
-    {"chosen", 8, 8, [](RST rst) { rst.AddRadio(rst.csLabel.c_str(), 1, 1); }},
-};
-
+// Adds a control as an argument of the program tells it. Where no place is given, they stand side by side.
 void CScene::AddWanted(std::string_view svWanted) {
     const bool bOff = svWanted.starts_with('-');
     svWanted.remove_prefix(bOff ? 1 : 0);
-    const std::string_view svWhere = svWanted.substr(0, svWanted.find('='));
-    std::wstring csText(csFromUTF8(svWanted.substr(std::min(svWhere.size() + 1, svWanted.size()))).svGet());
-    std::wstring csLabel;
-    if (const std::size_t n = csText.find(L'~'); n != csText.npos) {
-        csLabel = csText.substr(n + 1);
-        csText.resize(n);
-    }
+    const std::string csWhere(svWanted.substr(0, svWanted.find('=')));
+    const std::string csKind = csWhere.substr(0, csWhere.find('@'));
+    std::wstring csText(csFromUTF8(svWanted.substr(std::min(csWhere.size() + 1, svWanted.size()))).svGet());
+    const std::size_t nLabel = std::min(csText.find(L'~'), csText.size());
+    const std::wstring csLabel = csText.substr(std::min(nLabel + 1, csText.size()));
+    csText.resize(nLabel);
     std::replace(csText.begin(), csText.end(), L',', L'\n');
-    const std::string_view svKind = svWhere.substr(0, svWhere.find('@'));
-    m_bPrimitives |= svKind == "primitives";
-    for (const auto& rst : TAB_KIND) {
-        if (rst.svKind == svKind) {
-            STWanted st{
-                *this,  static_cast<int>(m_tabControl.size()) * 10 + 1, 1, rst.nWidth, rst.nHeight, csText,
-                csLabel};
-            std::sscanf(std::string(svWhere.substr(svKind.size())).c_str(), "@%d,%d,%d,%d", &st.nX, &st.nY,
-                        &st.nWidth, &st.nHeight);
-            rst.pfnAdd(st);
-            m_tabControl.back()->SetEnable(bOff ? 0 : 1);
+    int nX = static_cast<int>(m_tabControl.size()) * 10 + 1;
+    int nY = 1;
+    int nWidth = 10;
+    int nHeight = 4;
+    std::sscanf(csWhere.c_str() + csKind.size(), "@%d,%d,%d,%d", &nX, &nY, &nWidth, &nHeight);
+    const auto Add = [&]<class T>(std::type_identity<T>, auto... arg) {
+        return pclAdd<T>(csText.c_str(), nX, nY, nWidth, nHeight, arg...);
+    };
+    const auto AddEntry = [&](auto stKind, auto... arg) {
+        const auto eStyle = csKind == "shadow" ? CWidget::eBORDER_SHADOW : CWidget::eBORDER_FRAME;
+        return Add(stKind, csLabel.c_str(), csKind == "bare" ? CWidget::eBORDER_NONE : eStyle, arg...);
+    };
+    const auto AddLines = [&](auto* pcl, auto pfnAdd) {
+        std::wistringstream clLines(csText);
+        for (std::wstring cs; std::getline(clLines, cs);) {
+            (pcl->*pfnAdd)(cs.c_str());
         }
+    };
+    if (csKind == "button") {
+        Add(std::type_identity<CButton>());
+    } else if (csKind == "fitted") {
+        pclAdd<CButton>(csText.c_str(), nX, nY, nHeight);
+    } else if (csKind == "box" || csKind == "checked") {
+        Add(std::type_identity<CCheckBox>(), csKind == "box" ? 0 : 1);
+    } else if (csKind == "label" || csKind == "framed") {
+        Add(std::type_identity<CLibel>(), csKind == "label" ? 0 : 1,
+            csKind == "label" ? ATTR_SELECTED : ATTR_BORDER);
+    } else if (csKind == "gauge" || csKind == "hidden") {
+        double dValue = 0;
+        double dMaximum = 1;
+        std::swscanf(csText.c_str(), L"%lf/%lf", &dValue, &dMaximum);
+        auto* const pcl = pclAdd<CJauge>(nX, nY, nWidth, nHeight, 0.0, dMaximum, csLabel.c_str());
+        pcl->SetValue(dValue);
+        pcl->SetVisible(csKind == "gauge" ? 1 : 0);
+    } else if (csKind == "entry" || csKind == "shadow" || csKind == "bare") {
+        AddEntry(std::type_identity<CEntry>())->SetMaxLength(csKind == "bare" ? 12 : 99);
+    } else if (csKind == "number") {
+        AddEntry(std::type_identity<CNumEntry>());
+    } else if (csKind == "lower") {
+        AddEntry(std::type_identity<CEntryLower>());
+    } else if (csKind == "path" || csKind == "unguarded") {
+        AddEntry(std::type_identity<CDirEntry>(), csKind == "path" ? 1 : 0);
+    } else if (csKind == "text") {
+        Add(std::type_identity<CScrollableLibel>());
+    } else if (csKind == "list" || csKind == "sorted") {
+        auto* const pcl = pclAdd<CList>(nX, nY, nWidth, nHeight, csKind == "list" ? 0 : 1);
+        AddLines(pcl, &CList::AddLine);
+        if (csKind == "sorted") {
+            pcl->SortLine(::wcscasecmp);
+            pcl->Select(2);
+        }
+    } else if (csKind == "radio" || csKind == "chosen") {
+        const int nChosen = csKind == "radio" ? 0 : 1;
+        AddLines(pclAdd<CRadioList>(nX, nY, nWidth, nHeight, csLabel.c_str(), nChosen, nChosen),
+                 &CRadioList::AddOption);
+    } else {
+        m_bPrimitives = csKind == "primitives";
+        return;
     }
+    m_tabControl.back()->SetEnable(bOff ? 0 : 1);
 }
 
 // Some keys that no control takes are deaths on demand.

@@ -195,181 +195,164 @@ class CStory : public testing::TestWithParam<std::string> {
             }
         }
     }
-    void __Do(const std::string& rcsLine);
-    void __Shell(const std::string& rcsCommand);
-    void __Start(const std::string& rcsHow);
-    void __Walk(const std::vector<STStep>& rtab);
-    void __End(const std::vector<STStep>& rtab);
-    [[nodiscard]] std::vector<STStep> __tabSteps(const std::string& rcsScript) const;
-    [[nodiscard]] std::string __csShown(const std::string& rcsExpected) const;
+    void __Do(const std::string& rcsLine) {
+        static const std::regex clParts("(give up|hang up \\d+|\\$|\\w+)(?: ([^]*?))?(?:(?:: |\n)([^]*))?");
+        std::smatch clMatch;
+        ASSERT_TRUE(std::regex_match(rcsLine, clMatch, clParts));
+        const std::string csWhat = clMatch[1];
+        const std::string csHow = clMatch[2];
+        if (csWhat == "run" || csWhat == "start" || csWhat == "launch") {
+            __Start(csHow);
+        }
+        if (csWhat == "run" || csWhat == "end") {
+            __End(__tabSteps(clMatch[3]));
+        } else if (csWhat == "start" || csWhat == "walk") {
+            __Walk(__tabSteps(clMatch[3]));
+        } else if (csWhat == "$" || csWhat == "fresh") {
+            __Shell(csWhat == "$" ? rcsLine.substr(2) : csWhat);
+        } else if (csWhat == "with") {
+            m_csWith = csHow;
+        } else if (csWhat == "story") {
+            __TellOn(csHow);
+        } else if (csWhat == "give up" || csWhat.starts_with("hang up")) {
+            std::vector<STStep> tab;
+            for (const STStep& rst : __tabSteps(clMatch[3])) {
+                SCOPED_TRACE(rst.csShown);
+                tab.push_back({rst.csShown, rst.csGiveUp, ""});
+                __Start(csHow);
+                if (csWhat == "give up") {
+                    __End(tab);
+                } else {
+                    tab.back().csKeys = "";
+                    __Walk(tab);
+                    m_pclTerminal->HangUp();
+                    EXPECT_EQ(m_pclTerminal->nWaitEnd(), std::stoi(csWhat.substr(8)));
+                }
+                __Shell("unchanged");
+                tab.back().csKeys = rst.csKeys;
+            }
+        } else if (csWhat == "send") {  // without waiting, or until a text shows
+            const std::size_t nUntil = csHow.find(" until ");
+            m_pclTerminal->Send(
+                csReplaced(csReplaced(csHow.substr(0, nUntil), "\\r", "\r"), "\\x03", "\x03"));
+            ASSERT_TRUE(nUntil == csHow.npos || m_pclTerminal->bWaitText(csHow.substr(nUntil + 7)));
+        } else if (csWhat == "resize" || csWhat == "settle") {  // without waiting, and with
+            int nColumns = 0;
+            int nRows = 0;
+            std::sscanf(csHow.c_str(), "%dx%d", &nColumns, &nRows);
+            m_pclTerminal->Resize(nColumns, nRows);
+            ASSERT_TRUE(csWhat == "resize" || m_pclTerminal->bSettle());
+        } else if (csWhat == "signal") {
+            m_pclTerminal->Signal(std::stoi(csHow));
+        } else if (csWhat == "unplug" || csWhat == "ends") {  // with a status
+            if (csWhat == "unplug") {
+                m_pclTerminal->HangUp();
+            }
+            EXPECT_EQ(m_pclTerminal->nWaitEnd(), std::stoi(csHow));
+            EXPECT_TRUE(csWhat == "unplug" ||
+                        (m_pclTerminal->bCooked() && !m_pclTerminal->clScreen().bAlternateScreen()));
+        } else if (csWhat == "keep") {
+            m_csKept = m_pclTerminal->clScreen().csSvg();
+        } else if (csWhat == "same") {
+            EXPECT_TRUE(m_pclTerminal->clScreen().csSvg() == m_csKept) << m_pclTerminal->csText();
+        } else if (csWhat == "picture") {  // with KALMO_PICTURES set, draws it into that folder
+            const char* const pszFolder = std::getenv("KALMO_PICTURES");
+            const std::string csFolder = pszFolder != nullptr ? pszFolder : KALMO_SOURCE "/docs/pictures";
+            EXPECT_TRUE(m_pclTerminal->bPicture(csFolder + "/" + csHow, pszFolder != nullptr))
+                << "out of date: build the target \"pictures_install\"";
+        } else if (csWhat != "launch") {
+            ADD_FAILURE() << "not understood";
+        }
+    }
+    void __Shell(const std::string& rcsCommand) {
+        ::setenv("KALMO_COMMAND", rcsCommand.c_str(), 1);
+        std::FILE* const pstPipe = ::popen("cd " KALMO_SOURCE
+                                           " && exec bash -c '. samples/story/server_state.sh; . "
+                                           "tests/interactive/story.sh; eval \"$KALMO_COMMAND\"' 2>&1",
+                                           "re");
+        std::string cs;
+        std::array<char, 4096> tab{};
+        for (std::size_t n = 0; (n = std::fread(tab.data(), 1, tab.size(), pstPipe)) > 0;) {
+            cs.append(tab.data(), n);
+        }
+        EXPECT_EQ(::pclose(pstPipe), 0) << cs;
+    }
+    void __Start(const std::string& rcsHow) {
+        Terminal::STOptions stOptions{.stPatience = std::chrono::seconds(60)};
+        const std::string csHow = " " + m_csWith + " " + rcsHow;
+        const std::size_t nBy = csHow.find(" by ");
+        std::string csCommand = nBy == csHow.npos ? "" : csHow.substr(nBy + 4) + " ";
+        std::string csPayload = "current";
+        m_csLanguage = "en";
+        for (const std::string& rcs : CTuiTerminal::tabWords(csHow.substr(0, nBy))) {
+            if (rcs == "next") {
+                csPayload = rcs;
+            } else if (rcs == "fr" || rcs == "es") {
+                m_csLanguage = rcs;
+            } else if (rcs == "record") {
+                __Shell("rm -f /tmp/record*");
+                // A process cannot be looked at by two: no leak can be found meanwhile.
+                csCommand =
+                    "env ASAN_OPTIONS=detect_leaks=0 strace -D -ff -qq -s 2000 -o /tmp/record "
+                    "-e trace=execve,fork,vfork,clone,clone3,syncfs ";
+            } else if (std::sscanf(rcs.c_str(), "%dx%d", &stOptions.nColumns, &stOptions.nRows) != 2) {
+                stOptions.csType = rcs;
+            }
+        }
+        stOptions.tabEnvironment = {"LC_ALL=" + m_csLanguage + ".UTF-8"};
+        csCommand += "/srv/dist/" + csPayload + "/kalmoinstall /DEBUG=/tmp/trace";
+        m_pclTerminal.reset();
+        m_pclTerminal = std::make_unique<Terminal>(CTuiTerminal::tabWords(csCommand), stOptions);
+    }
+    [[nodiscard]] std::vector<STStep> __tabSteps(const std::string& rcsScript) const {
+        std::vector<STStep> tab;
+        const std::string csScript = csReplaced(csReplaced(rcsScript, "\n    /", " /"), "\n", "; ");
+        for (const std::string& rcs : tabSplit(csScript, "; ")) {
+            if (!rcs.empty()) {
+                AddSteps(rcs, m_csLanguage, &tab);
+            }
+        }
+        return tab;
+    }
+    void __Walk(const std::vector<STStep>& rtab) {
+        ASSERT_TRUE(m_pclTerminal->bSettle());
+        for (const STStep& rst : rtab) {
+            ASSERT_EQ(__csShown(rst.csShown), rst.csShown);
+            ASSERT_TRUE(m_pclTerminal->bPress(rst.csKeys)) << rst.csShown;
+        }
+    }
+    void __End(const std::vector<STStep>& rtab) {
+        ASSERT_NO_FATAL_FAILURE(__Walk(rtab));
+        ASSERT_EQ(m_pclTerminal->nWaitEnd(), 0);
+        EXPECT_EQ(m_pclTerminal->csText(), "\n");
+        EXPECT_TRUE(m_pclTerminal->bCooked() && !m_pclTerminal->clScreen().bAlternateScreen());
+    }
+    // What is expected, when the screen shows it; else what it shows.
+    [[nodiscard]] std::string __csShown(const std::string& rcsExpected) const {
+        const CEmulator& rcl = m_pclTerminal->clScreen();
+        const auto nShrunk = [](int nPreferred, int nScreen) {
+            return nScreen < nPreferred + 4 ? nScreen - 4 : nPreferred;
+        };
+        // A box of one of these heights may stand over another screen.
+        const int nWidth = nShrunk(60, rcl.nColumns());
+        for (const int nPreferred : {20, 13}) {
+            const int nHeight = nShrunk(nPreferred, rcl.nRows());
+            // Beside the shadow two corners show what is below.
+            if (bMatches(csTexts(rcl, (rcl.nRows() - nHeight) / 2, (rcl.nColumns() - nWidth) / 2, nHeight - 1,
+                                 nWidth - 1),
+                         rcsExpected)) {
+                return rcsExpected;
+            }
+        }
+        const std::string csWhole = csTexts(rcl, 0, 0, rcl.nRows(), rcl.nColumns());
+        return bMatches(csWhole, rcsExpected) ? rcsExpected : csWhole;
+    }
 
     std::string m_csWith;
     std::string m_csLanguage = "en";
     std::string m_csKept;  ///< A screen.
     std::unique_ptr<Terminal> m_pclTerminal;
 };
-
-void CStory::__Do(const std::string& rcsLine) {
-    static const std::regex clParts("(give up|hang up \\d+|\\$|\\w+)(?: ([^]*?))?(?:(?:: |\n)([^]*))?");
-    std::smatch clMatch;
-    ASSERT_TRUE(std::regex_match(rcsLine, clMatch, clParts));
-    const std::string csWhat = clMatch[1];
-    const std::string csHow = clMatch[2];
-    if (csWhat == "$" || csWhat == "fresh") {
-        __Shell(csWhat == "$" ? rcsLine.substr(2) : csWhat);
-    } else if (csWhat == "with") {
-        m_csWith = csHow;
-    } else if (csWhat == "story") {
-        __TellOn(csHow);
-    } else if (csWhat == "run" || csWhat == "start" || csWhat == "launch") {
-        __Start(csHow);
-        if (csWhat == "run") {
-            __End(__tabSteps(clMatch[3]));
-        } else if (csWhat == "start") {
-            __Walk(__tabSteps(clMatch[3]));
-        }
-    } else if (csWhat == "walk") {
-        __Walk(__tabSteps(clMatch[3]));
-    } else if (csWhat == "end") {
-        __End(__tabSteps(clMatch[3]));
-    } else if (csWhat == "give up" || csWhat.starts_with("hang up")) {
-        std::vector<STStep> tab;
-        for (const STStep& rst : __tabSteps(clMatch[3])) {
-            SCOPED_TRACE(rst.csShown);
-            tab.push_back({rst.csShown, rst.csGiveUp, ""});
-            __Start(csHow);
-            if (csWhat == "give up") {
-                __End(tab);
-            } else {
-                tab.back().csKeys = "";
-                __Walk(tab);
-                m_pclTerminal->HangUp();
-                EXPECT_EQ(m_pclTerminal->nWaitEnd(), std::stoi(csWhat.substr(8)));
-            }
-            __Shell("unchanged");
-            tab.back().csKeys = rst.csKeys;
-        }
-    } else if (csWhat == "send") {  // without waiting, or until a text shows
-        const std::size_t nUntil = csHow.find(" until ");
-        m_pclTerminal->Send(csReplaced(csReplaced(csHow.substr(0, nUntil), "\\r", "\r"), "\\x03", "\x03"));
-        ASSERT_TRUE(nUntil == csHow.npos || m_pclTerminal->bWaitText(csHow.substr(nUntil + 7)));
-    } else if (csWhat == "resize" || csWhat == "settle") {  // without waiting, and with
-        int nColumns = 0;
-        int nRows = 0;
-        std::sscanf(csHow.c_str(), "%dx%d", &nColumns, &nRows);
-        m_pclTerminal->Resize(nColumns, nRows);
-        ASSERT_TRUE(csWhat == "resize" || m_pclTerminal->bSettle());
-    } else if (csWhat == "signal") {
-        m_pclTerminal->Signal(std::stoi(csHow));
-    } else if (csWhat == "unplug" || csWhat == "ends") {  // with a status
-        if (csWhat == "unplug") {
-            m_pclTerminal->HangUp();
-        }
-        EXPECT_EQ(m_pclTerminal->nWaitEnd(), std::stoi(csHow));
-        EXPECT_TRUE(csWhat == "unplug" ||
-                    (m_pclTerminal->bCooked() && !m_pclTerminal->clScreen().bAlternateScreen()));
-    } else if (csWhat == "keep") {
-        m_csKept = m_pclTerminal->clScreen().csSvg();
-    } else if (csWhat == "same") {
-        EXPECT_TRUE(m_pclTerminal->clScreen().csSvg() == m_csKept) << m_pclTerminal->csText();
-    } else if (csWhat == "picture") {  // with KALMO_PICTURES set, draws it into that folder
-        const char* const pszFolder = std::getenv("KALMO_PICTURES");
-        const std::string csFolder = pszFolder != nullptr ? pszFolder : KALMO_SOURCE "/docs/pictures";
-        EXPECT_TRUE(m_pclTerminal->bPicture(csFolder + "/" + csHow, pszFolder != nullptr))
-            << "out of date: build the target \"pictures_install\"";
-    } else {
-        ADD_FAILURE() << "not understood";
-    }
-}
-
-void CStory::__Shell(const std::string& rcsCommand) {
-    ::setenv("KALMO_COMMAND", rcsCommand.c_str(), 1);
-    std::FILE* const pstPipe = ::popen("cd " KALMO_SOURCE
-                                       " && exec bash -c '. samples/story/server_state.sh; . "
-                                       "tests/interactive/story.sh; eval \"$KALMO_COMMAND\"' 2>&1",
-                                       "re");
-    std::string cs;
-    std::array<char, 4096> tab{};
-    for (std::size_t n = 0; (n = std::fread(tab.data(), 1, tab.size(), pstPipe)) > 0;) {
-        cs.append(tab.data(), n);
-    }
-    EXPECT_EQ(::pclose(pstPipe), 0) << cs;
-}
-
-void CStory::__Start(const std::string& rcsHow) {
-    Terminal::STOptions stOptions{.stPatience = std::chrono::seconds(60)};
-    const std::string csHow = " " + m_csWith + " " + rcsHow;
-    const std::size_t nBy = csHow.find(" by ");
-    std::string csCommand = nBy == csHow.npos ? "" : csHow.substr(nBy + 4) + " ";
-    std::string csPayload = "current";
-    m_csLanguage = "en";
-    for (const std::string& rcs : CTuiTerminal::tabWords(csHow.substr(0, nBy))) {
-        if (rcs == "next") {
-            csPayload = rcs;
-        } else if (rcs == "fr" || rcs == "es") {
-            m_csLanguage = rcs;
-        } else if (rcs == "record") {
-            __Shell("rm -f /tmp/record*");
-            // A process cannot be looked at by two: no leak can be found meanwhile.
-            csCommand =
-                "env ASAN_OPTIONS=detect_leaks=0 strace -D -ff -qq -s 2000 -o /tmp/record "
-                "-e trace=execve,fork,vfork,clone,clone3,syncfs ";
-        } else if (std::sscanf(rcs.c_str(), "%dx%d", &stOptions.nColumns, &stOptions.nRows) != 2) {
-            stOptions.csType = rcs;
-        }
-    }
-    stOptions.tabEnvironment = {"LC_ALL=" + m_csLanguage + ".UTF-8"};
-    csCommand += "/srv/dist/" + csPayload + "/kalmoinstall /DEBUG=/tmp/trace";
-    m_pclTerminal.reset();
-    m_pclTerminal = std::make_unique<Terminal>(CTuiTerminal::tabWords(csCommand), stOptions);
-}
-
-std::vector<STStep> CStory::__tabSteps(const std::string& rcsScript) const {
-    std::vector<STStep> tab;
-    const std::string csScript = csReplaced(csReplaced(rcsScript, "\n    /", " /"), "\n", "; ");
-    for (const std::string& rcs : tabSplit(csScript, "; ")) {
-        if (!rcs.empty()) {
-            AddSteps(rcs, m_csLanguage, &tab);
-        }
-    }
-    return tab;
-}
-
-void CStory::__Walk(const std::vector<STStep>& rtab) {
-    ASSERT_TRUE(m_pclTerminal->bSettle());
-    for (const STStep& rst : rtab) {
-        ASSERT_EQ(__csShown(rst.csShown), rst.csShown);
-        ASSERT_TRUE(m_pclTerminal->bPress(rst.csKeys)) << rst.csShown;
-    }
-}
-
-void CStory::__End(const std::vector<STStep>& rtab) {
-    ASSERT_NO_FATAL_FAILURE(__Walk(rtab));
-    ASSERT_EQ(m_pclTerminal->nWaitEnd(), 0);
-    EXPECT_EQ(m_pclTerminal->csText(), "\n");
-    EXPECT_TRUE(m_pclTerminal->bCooked() && !m_pclTerminal->clScreen().bAlternateScreen());
-}
-
-// What is expected, when the screen shows it; else what it shows.
-std::string CStory::__csShown(const std::string& rcsExpected) const {
-    const CEmulator& rcl = m_pclTerminal->clScreen();
-    const auto nShrunk = [](int nPreferred, int nScreen) {
-        return nScreen < nPreferred + 4 ? nScreen - 4 : nPreferred;
-    };
-    // A box of one of these heights may stand over another screen.
-    const int nWidth = nShrunk(60, rcl.nColumns());
-    for (const int nPreferred : {20, 13}) {
-        const int nHeight = nShrunk(nPreferred, rcl.nRows());
-        // Beside the shadow two corners show what is below.
-        if (bMatches(csTexts(rcl, (rcl.nRows() - nHeight) / 2, (rcl.nColumns() - nWidth) / 2, nHeight - 1,
-                             nWidth - 1),
-                     rcsExpected)) {
-            return rcsExpected;
-        }
-    }
-    const std::string csWhole = csTexts(rcl, 0, 0, rcl.nRows(), rcl.nColumns());
-    return bMatches(csWhole, rcsExpected) ? rcsExpected : csWhole;
-}
 
 TEST_P(CStory, IsTold) {
     _Tell(GetParam());

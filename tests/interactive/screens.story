@@ -14,6 +14,7 @@
 # Roads through them.
 @asked      @licence; @directory; @config; @account; @telemetry
 @install    @asked; @installed
-@upgrade    @licence; @action; @toupgrade; {MAJ|ZDSQL server ZDSQL|4900|/usr/local/ZDSQL/|$VERSION|26.0.3.0} / {MAJ_ARRETS} / {MAJ_ARRET_SERVEUR|ZDSQL server ZDSQL} / {MAJ_ARRET_MANAGER} / {MAJ_QUESTION} / {OUI} {NON}; @upgraded
+@plan       {MAJ|ZDSQL server ZDSQL|4900|/usr/local/ZDSQL/|$VERSION|26.0.3.0} / {MAJ_ARRETS} / {MAJ_ARRET_SERVEUR|ZDSQL server ZDSQL} / {MAJ_ARRET_MANAGER} / {MAJ_QUESTION} / {OUI} {NON}
+@upgrade    @licence; @action; @toupgrade; @plan; @upgraded
 @remove     @licence; @action => Down*2 Enter*2; @toremove
 @another    @licence; @action => Down Enter*2

@@ -4,14 +4,16 @@
 # They are stopped and started as they lie: first all runs, and the manager lies in the directory of the first.
 story (TwoServers)
 run next: @licence; @action; @toupgrade; @telemetry
-    {MAJ|ZDSQL server first|4950|/srv/zd/first/|$VERSION|26.0.3.0} / {MAJ_ARRETS} / {MAJ_ARRET_SERVEUR|ZDSQL server first} / {MAJ_ARRET_MANAGER} / {MAJ_QUESTION} / {OUI} {NON}
+    {MAJ|ZDSQL server first|4950|/srv/zd/first/|$VERSION|26.0.3.0}
+        / {MAJ_ARRETS} / {MAJ_ARRET_SERVEUR|ZDSQL server first} / {MAJ_ARRET_MANAGER} / {MAJ_QUESTION} / {OUI} {NON}
     @upgraded
 $ upgraded '!=!' "first 1" "26.0.3.0 $VERSION"
 # The manager lies elsewhere and goes on.
 story (TwoServers)
 $ printf '[TELEMETRY]\nACTIVE=0\n' >>/srv/zd/second/ZDConf.ini
 run next: @licence; @action; @toupgrade => Down Enter*2
-    {MAJ|ZDSQL server second|4951|/srv/zd/second/|$VERSION|26.0.3.0} / {MAJ_ARRETS} / {MAJ_ARRET_SERVEUR|ZDSQL server second} / {MAJ_QUESTION} / {OUI} {NON}
+    {MAJ|ZDSQL server second|4951|/srv/zd/second/|$VERSION|26.0.3.0}
+        / {MAJ_ARRETS} / {MAJ_ARRET_SERVEUR|ZDSQL server second} / {MAJ_QUESTION} / {OUI} {NON}
     @upgraded
 $ upgraded '=!=' "second 0" "$VERSION 26.0.3.0"
 # What was stopped runs afterwards: the server, and the manager wherever it lies.

@@ -31,7 +31,8 @@ enum eDISTRI : int {
 /// CLanceProcessus::sInit. The records that it hands out belong to the caller and may outlive it. It makes
 /// one listing at a time.
 ///
-/// Its methods lie in service_manager.cpp; those for the detection of the init system in service_manager_detection.cpp.
+/// Its methods lie in service_manager.cpp; those for the detection of the init system in
+/// service_manager_detection.cpp.
 class CServiceManager : public CTableauDeBuffer {
   public:
     /// What the machine runs, an eDISTRI; the same for all managers and read by every operation of CService.

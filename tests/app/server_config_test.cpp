@@ -11,13 +11,10 @@ namespace kalmo {
 namespace {
 
 TEST(ServerConfig, ProgramAndConfigurationOfAService) {
-    const std::wstring csLong(240, L'd');
-    struct STCase {
-        const wchar_t* pszCommandLine;
-        std::wstring csProgram;
-        std::wstring csConf;
-    };
-    const STCase tabCase[] = {
+    const std::wstring csLong = L"/" + std::wstring(240, L'd') + L"/abcdefgh/kalmo";
+    const struct {
+        const wchar_t *pszCommandLine, *pszProgram, *pszConf;
+    } TAB[] = {
         {L"/opt/zd/kalmo", L"/opt/zd/kalmo", L"/opt/zd/ZDConf.ini"},
         {L"/opt/zd/kalmo --service ", L"/opt/zd/kalmo", L"/opt/zd/ZDConf.ini"},
         {L"/opt/a --b/kalmo  --service --x", L"/opt/a", L"/opt/ZDConf.ini"},
@@ -25,33 +22,26 @@ TEST(ServerConfig, ProgramAndConfigurationOfAService) {
         {L"\\opt\\zd\\kalmo --service", L"\\opt\\zd\\kalmo", L"/opt/zd/ZDConf.ini"},
         {L"kalmo --service", L"kalmo", L""},
         {nullptr, L"", L""},
+        {csLong.c_str(), csLong.c_str(), L""},  // a path that is too long is not cut
     };
-    for (const STCase& rst : tabCase) {
+    for (const auto& rst : TAB) {
         CService clService(nullptr, L"ZDCS-x", L"x", rst.pszCommandLine);
-        EXPECT_EQ(csGetProgramWithoutArg(&clService).svGet(), rst.csProgram);
+        EXPECT_EQ(csGetProgramWithoutArg(&clService).svGet(), rst.pszProgram);
         CPathBuffer szConf;
         GetZDConfPath(&clService, szConf);
-        EXPECT_EQ(szConf, rst.csConf);
+        EXPECT_STREQ(szConf, rst.pszConf);
     }
-    CService clTooLong(nullptr, L"ZDCS-x", L"x", (L"/" + csLong + L"/abcdefgh/kalmo").c_str());
-    CPathBuffer szConf;
-    GetZDConfPath(&clTooLong, szConf);
-    EXPECT_STREQ(szConf, L"") << "a path that is too long is not cut";
 }
 
 TEST(ServerConfig, TelemetryIsKnownWhenItIsZeroOrOne) {
     const CTempFolder clFolder;
     const std::wstring csConf = clFolder.csWide("ZDConf.ini");
     EXPECT_EQ(eReadTelemetry(csConf.c_str()), ETelemetryState::Unknown);
-    const std::pair<const char*, ETelemetryState> tabCase[] = {
-        {"0", ETelemetryState::Off},       {"1 ", ETelemetryState::On},
-        {"2", ETelemetryState::Unknown},   {"-1", ETelemetryState::Unknown},
-        {"yes", ETelemetryState::Unknown}, {"1x", ETelemetryState::Unknown},
-        {"0 1", ETelemetryState::Unknown}, {"", ETelemetryState::Unknown},
-    };
-    for (const auto& [pszValue, eState] : tabCase) {
-        clFolder.Write("ZDConf.ini", std::string("[telemetry]\nActive=") + pszValue + "\n");
-        EXPECT_EQ(eReadTelemetry(csConf.c_str()), eState) << pszValue;
+    for (const char* const psz : {"0", "1 ", "2", "-1", "yes", "1x", "0 1", ""}) {
+        clFolder.Write("ZDConf.ini", std::string("[telemetry]\nActive=") + psz + "\n");
+        EXPECT_EQ(eReadTelemetry(csConf.c_str()), psz == std::string("0")    ? ETelemetryState::Off
+                                                  : psz == std::string("1 ") ? ETelemetryState::On
+                                                                             : ETelemetryState::Unknown);
     }
     WriteTelemetryOn(csConf.c_str(), 7);
     WriteDBRootPath(csConf.c_str(), L"%%EXE%%/BDD");

@@ -1,0 +1,145 @@
+#!/usr/bin/python3
+"""Unattended runs in which something around them fails, in a throwaway machine, and the runs that come after them.
+
+    cases.py commands|disks|unfinished CURRENT NEXT     folders with the installer and the payload of two versions
+
+Prints a line a run; exits with 1 when one did not end in time or not as it must.
+"""
+import re
+import shutil
+import sys
+import typing
+
+from scene import DIRECTORY, INSTANCE, MARKER, NOTES, SHORT_PAUSES, TRACE, WORK, Snapshot, greeting, prepare, read, sh, wait_for
+
+UNIT, PROGRAM = f"/etc/systemd/system/{INSTANCE}.service", DIRECTORY + "/kalmo"
+SYSTEMCTL = "rm -f /bin/systemctl; printf '#!/bin/sh\\n%s\\n' '{}' >/bin/systemctl; chmod 755 /bin/systemctl"
+SCRIPT = f"sed -i '2i [ \"$1\" != {{}} ] || {{}}' /etc/init.d/{INSTANCE}"
+# Programs of the payload that do something else in installer mode.
+ODD = f"cd {WORK}/odd && printf '#!/bin/sh\\n%s\\n' '{{}}' | tee kalmo >kalmomanager && zip -q kalmoinstall.zip kalmo kalmomanager"
+# The file system of the install directory, with 64 KiB or no inode to spare. Whoever has a file open for writing keeps it
+# from becoming read-only, but not a view of it.
+FULL = f"mount -o remount,size=$(($(du -sk {DIRECTORY} | cut -f1) + 64))k {DIRECTORY}"
+NO_INODES = f"mount -o remount,nr_inodes=$(find {DIRECTORY} | wc -l) {DIRECTORY}"
+READ_ONLY = f"mount --bind {DIRECTORY} {DIRECTORY} && mount -o remount,bind,ro {DIRECTORY}"
+NO_SPACE, NO_WRITING = "No space left on device", "Read-only file system"
+
+
+class Case(typing.NamedTuple):
+    start: str  # the machine: "fresh", "installed", or as the run before left it
+    order: str
+    made: str  # what a shell makes of the machine
+    seconds: int
+    told: str  # by the trace
+    marked: bool
+    running: bool
+    then: str = "true"  # holds afterwards
+    inject: tuple = ()
+
+
+def on_disk(order, made, told, marked, running):
+    """Once there is room and leave to write, the same order must do its work."""
+    return [Case("fresh" if order == "install" else "installed", order, made, 120, told, marked, running, inject=(SHORT_PAUSES,)),
+            Case("", order, "", 120, "unattended run: ok", True, order != "uninstall")]
+
+
+TABLES = {
+    "commands": [
+        # Without a systemctl that answers the machine works with init scripts.
+        Case("fresh", "install", "rm /bin/systemctl", 10, "", True, True),
+        Case("fresh", "install", SYSTEMCTL.format("kill -9 $$"), 10, "", True, True),
+        Case("fresh", "install", SYSTEMCTL.format("exec >&- 2>&-; exit 1"), 10, "", True, True),
+        Case("fresh", "install", SYSTEMCTL.format("exec yes"), 10, "", True, True),
+        # A question gets half a minute.
+        Case("installed", "uninstall", SYSTEMCTL.format("exec sleep 1000"), 45, "", True, True),
+        Case("installed", "uninstall", SYSTEMCTL.format("sleep 3 & exit 0"), 15, "", True, True),
+        # What the server's programs answer does not decide, nor whether they are there.
+        Case("fresh", "odd", f"cd {WORK}/odd && zip -qd kalmoinstall.zip kalmo kalmomanager", 10, "exit code 127", True, False),
+        Case("fresh", "odd", ODD.format("kill -9 $$"), 10, "exit code 137|killed by signal 9", True, False),
+        Case("fresh", "odd", ODD.format("yes | head -c 100000000; exec >&- 2>&-"), 10, "exit code 0", True, False),
+        # A service that cannot be asked or stopped keeps its program busy: nothing is replaced by halves unseen.
+        Case("installed", "upgrade", SCRIPT.format("status", "exec sleep 1000"), 60, "kalmo.*busy", False, True),
+        Case("installed", "upgrade", SCRIPT.format("stop", "kill -9 $$"), 30, f"stop {INSTANCE}: failed", False, True),
+        Case("installed", "upgrade", SCRIPT.format("start", "yes | head -c 100000000 >&2"), 10, f"start {INSTANCE}: ok", True, True),
+        # Under SysV init an uninstallation does not stop the service.
+        Case("installed", "uninstall", "rm /usr/sbin/update-rc.d", 10, "unregister ZDCS-first: ok", True, True),
+    ],
+    "disks": [
+        # Neither a failed extraction nor what the missing programs answer decides an unattended installation.
+        *on_disk("install", f"mount -o remount,size=64k {DIRECTORY}", f"install .*{NO_SPACE}", True, False),
+        *on_disk("install", NO_INODES, f"create directory {DIRECTORY}/BDD/: .*{NO_SPACE}", False, False),
+        *on_disk("install", READ_ONLY, f"failed .*{NO_WRITING}", False, False),
+        *on_disk("upgrade", FULL, f"install .*{NO_SPACE}", False, False),
+        *on_disk("upgrade", NO_INODES, f"install .*{NO_SPACE}", False, False),
+        # The marker of the installation cannot be taken away, so nothing is begun.
+        *on_disk("upgrade", READ_ONLY, f"failed .*{NO_WRITING}", True, True),
+        *on_disk("uninstall", READ_ONLY, f"failed .*{NO_WRITING}", True, True),
+    ],
+    "unfinished": [
+        # A removal that is ended leaves a note, which another instance in its directory makes void.
+        Case("installed", "uninstall", f"rm {DIRECTORY}/tvsqlsrv.so", 60, "", False, False, f"test -e {NOTES} -a ! -e {UNIT}"),
+        Case("", "second", "", 60, "", True, True, f"test ! -e {NOTES}"),
+        Case("", "uninstall", "", 60, "no such instance", True, True, f"test -e {PROGRAM}"),
+        Case("", "remove second", "", 60, "", True, False),
+        # A service that cannot be asked about is not gone, until it can. The first call deletes the marker.
+        Case("installed", "uninstall", "", 60, "", False, False, inject=("unlink:signal=KILL:when=2",)),
+        Case("", "uninstall", SYSTEMCTL.format("exit 1"), 60, "no such instance", False, False, f"test -e {PROGRAM}"),
+        Case("", "uninstall", "", 60, "", True, False, f"test ! -e {PROGRAM} -a ! -e {UNIT} -a ! -e {NOTES}"),
+        # A unit that stays is told, and deleted the next time.
+        Case("installed", "uninstall", "", 60, f"unit or script of {INSTANCE}: failed .Input/output error", True, False,
+             f"test -e {UNIT}", ("unlink:error=EIO:when=2",)),
+        Case("", "uninstall", "", 60, "", True, False, f"test ! -e {PROGRAM} -a ! -e {UNIT} -a ! -e {NOTES}"),
+        # A lost directory cannot be upgraded, and stops nothing, but removed and installed again.
+        Case("installed", "upgrade", f"rm -r {DIRECTORY}", 60, "is gone", False, True, "systemctl is-active KalmoManager"),
+        Case("", "uninstall", "", 60, "", False, False),
+        Case("", "uninstall", "", 60, "going on", False, False, f"test ! -e {UNIT} -a ! -e {NOTES}"),
+        Case("", "install", "", 60, "", True, True, "systemctl is-active KalmoManager"),
+    ],
+}
+
+
+def check(case, status):
+    trace = read(TRACE).decode()
+    wrong = [f"it ended with {status}"] * (status != (-9 if "KILL" in "".join(case.inject) else 0))
+    wrong += [f"the trace does not tell \"{case.told}\""] * (not re.search(case.told, trace))
+    wrong += [f"the marker says {read(MARKER)!r}"] * ((read(MARKER) == b"OK") != case.marked)
+    wrong += [f"the server {'does not run' if case.running else 'runs'}"] * (
+        bool(wait_for(greeting, 30 if case.running else 0.2)) != case.running)
+    wrong += [f"not so: {case.then}"] * (sh(case.then).returncode != 0)
+    print(f"{'FAILED' if wrong else 'ok':8}{case.order}: {case.made}", *wrong, *[trace] * bool(wrong), sep="\n  ", flush=True)
+    return not wrong
+
+
+def main(table, current, next_version):
+    orders = prepare(current, next_version)
+    install, uninstall = orders["install"], orders["uninstall"]
+    orders["odd"] = install._replace(folder=WORK + "/odd")
+    orders["second"] = install._replace(text=install.text.replace("Serveur=first", "Serveur=second"))
+    orders["remove second"] = uninstall._replace(text=uninstall.text.replace("Serveur=first", "Serveur=second"))
+    if table == "disks":
+        # The next version has two files more, for which there is no room; the marker leaves it for one.
+        shutil.copytree(next_version, WORK + "/next")
+        sh(f"cd {WORK}/next/tree && head -c 200000 /dev/urandom >more && cp more most && zip -q ../kalmoinstall.zip more most")
+        orders["upgrade"] = orders["upgrade"]._replace(folder=WORK + "/next")
+        sh(f"cp {DIRECTORY}/* {WORK}; mount -t tmpfs -o size=100m disk {DIRECTORY}; cp {WORK}/ZDConf.ini {DIRECTORY}")
+    sh(f"cp -p /bin/systemctl /usr/sbin/update-rc.d {WORK}")
+    machines = {"fresh": Snapshot()}
+    orders["install"].run()
+    machines["installed"] = Snapshot()
+    good = True
+    for case in TABLES[table]:
+        sh(f"pkill -f '^sleep 1000'; cp -p {WORK}/systemctl /bin/; cp -p {WORK}/update-rc.d /usr/sbin/")
+        if table == "disks":
+            sh(f"[ -w {DIRECTORY} ] || umount {DIRECTORY}; mount -o remount,size=100m,nr_inodes=9999 {DIRECTORY}")
+        if case.start:
+            machines[case.start].restore()
+        if case.order == "odd":
+            shutil.rmtree(WORK + "/odd", ignore_errors=True)
+            shutil.copytree(current, WORK + "/odd")
+        if (done := sh(case.made)).returncode:
+            raise SystemExit(done.stderr)
+        good &= check(case, orders[case.order].run(case.inject, True, case.seconds))
+    raise SystemExit(not good)
+
+
+main(*sys.argv[1:])

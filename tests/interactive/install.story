@@ -1,0 +1,165 @@
+# Installing: every language from start to end, every kind of terminal, a second server, what is run.
+
+== Everywhere_FromStartToEnd
+run: @install
+$ server $VERSION
+run next: @upgrade
+$ server 26.0.3.0
+run: @remove; @removed
+$ unregistered ZDCS-ZDSQL && active KalmoManager && ! TRIES=5 greeting 4900
+run: @licence; @manage => Down Enter*2; @toremove
+    {RETRAIT|ZDSQL server manager} / {RETRAIT_ARRET} / {RETRAIT_SERVICE} / {RETRAIT_FICHIERS} / {OK}
+$ unregistered KalmoManager
+$ equal "./BDD/__system/kalmo.log ./INSTALL.LOG ./ZDConf.ini ./help/readme.txt" "$(cd /usr/local/ZDSQL; echo $(find . -type f | sort))"
+
+== InFrench
+with fr vt100
+story Everywhere_FromStartToEnd
+
+== InSpanish
+with es xterm 132x50
+story Everywhere_FromStartToEnd
+
+== Everywhere_ASmallTerminalWillDo
+with 60x16
+run
+    {TITRE_LICENCE} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / I accept I refuse => Down*40 Tab Enter
+    {REPERTOIRE} / /usr/local/ZDSQL / OK Cancel
+    Server name / ZDSQL / TCP port / 4900 OK Cancel / System account that runs the server / root => Enter*3
+    {TITRE_COMPTE} / {COMPTE} / Admin / {MOT_DE_PASSE} => Enter*3
+    Telemetry sends technical data about the use of / [X]Send technical data about the use of this / server / OK Cancel => Enter*2
+    {INSTALLE} / Administrator account: Admin / OK
+$ server $VERSION
+run next
+    {TITRE_LICENCE} / * => Down*40 Tab Enter
+    {TITRE_ACTION} / (X) {ACTION_MISE_A_JOUR} / * / OK Cancel => Enter*2
+    {TITRE_MISE_A_JOUR} / ZDSQL server ZDSQL / OK Cancel => Enter*2
+    Server: ZDSQL server ZDSQL / * / {MAJ_QUESTION} / Yes No => Tab*2 Down*9
+    - KalmoManager, * / machine / {MAJ_QUESTION} / Yes No => Tab Enter
+    {MAJ_FAITE} / OK
+$ server 26.0.3.0
+run
+    {TITRE_LICENCE} / * => Down*40 Tab Enter
+    {TITRE_ACTION} / (X) {ACTION_MISE_A_JOUR} / * / OK Cancel => Down*2 Enter*2
+    {TITRE_DESINSTALLATION} / ZDSQL server ZDSQL / OK Cancel => Enter*2
+    {RETRAIT|ZDSQL server ZDSQL} / [X] * / OK*
+$ unregistered ZDCS-ZDSQL
+
+== Everywhere_TheseCommandsAreRunAndNoOthers
+# What was installed is on the disk before a program of the server, or the first service, starts.
+run record: @install
+$ equal 1 "$(cat /tmp/record.* | grep -c '^syncfs')"
+$ asked="all; files ZDCS-*; about KalmoManager; about ZDCS-ZDSQL; loaded ZDCS-ZDSQL; about KalmoManager; "
+    [ $init = systemd ] || asked=
+    ran "$asked sh: /usr/local/ZDSQL/kalmomanager --INSTALLER 2>/dev/null; sh: /usr/local/ZDSQL/kalmo --INSTALLER 2>/dev/null"
+$ eventually both_run && greeting 4900
+run next record: @upgrade
+$ equal 1 "$(cat /tmp/record.* | grep -c '^syncfs')"
+$ case $init in
+        systemd) ran "all; all --plain; about ZDCS-ZDSQL; files ZDCS-*; about KalmoManager; about KalmoManager; about KalmoManager;
+            state KalmoManager; state ZDCS-ZDSQL; stop KalmoManager; state ZDCS-ZDSQL; stop ZDCS-ZDSQL;
+            state KalmoManager; start KalmoManager; start ZDCS-ZDSQL" ;;
+        *) ran "/etc/init.d/KalmoManager status; /etc/init.d/ZDCS-ZDSQL status;
+            sh: /etc/init.d/KalmoManager stop >/dev/null 2>/dev/null; /etc/init.d/ZDCS-ZDSQL status;
+            sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null; /etc/init.d/KalmoManager status;
+            sh: /etc/init.d/KalmoManager start >/dev/null; sh: /etc/init.d/ZDCS-ZDSQL start >/dev/null" ;;
+    esac
+$ eventually both_run && greeting 4900
+run record: @remove; @removed
+$ equal 0 "$(cat /tmp/record.* | grep -c '^syncfs')"
+$ case $init in
+        systemd) ran "all; all --plain; about ZDCS-ZDSQL; files ZDCS-*; about KalmoManager; stop ZDCS-ZDSQL;
+            --property=FragmentPath show ZDCS-ZDSQL; --property=SourcePath show ZDCS-ZDSQL; disable ZDCS-ZDSQL;
+            stop ZDCS-ZDSQL; daemon-reload" ;;
+        *) ran "sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null; sh: update-rc.d -f ZDCS-ZDSQL remove >/dev/null" ;;
+    esac
+
+== InitScripts_MayComplainButMustTellTheirProgram
+run: @install
+$ sed -i 's/^start() {/&\n :/' /etc/init.d/{ZDCS-ZDSQL,KalmoManager}
+start: @licence; @action; @toupgrade; Server: * / Yes No
+keep screen
+end: @upgraded
+$ sed -i 's/^start() {/&\n seq 40 >\&2/' /etc/init.d/{ZDCS-ZDSQL,KalmoManager}
+start: @licence; @action; @toupgrade; Server: * / Yes No
+same screen
+end: @upgraded
+# A name that is another one's as a script has it.
+$ cp /etc/init.d/ZDCS-ZDSQL /etc/init.d/ZDCS-a_b
+run: @another; {REPERTOIRE} / * => Backspace*15 srv/zd/x Enter
+    @config => Backspace*5 a Space b Enter Backspace*4 4999 Enter*2
+    {ATTENTION} / {CONFLIT_NOM|a b} / OK
+    {NOM_SERVEUR} / a b / * => Tab Enter
+$ rm /etc/init.d/ZDCS-a_b; sed -i "/^Program=/s/\"/'/g" /etc/init.d/ZDCS-ZDSQL; fate_of ZDCS-ZDSQL KalmoManager
+run: @licence; @action; @toupgrade; Attention / {SANS_PROGRAMME|ZDSQL server ZDSQL} / OK
+$ equal == "$(fate ZDCS-ZDSQL KalmoManager)"
+
+== InitScripts_EndTheRunWhenTheKeyboardEndsThem
+$ install first 4950; sed -i 's/^stop() {/&\n sleep 60/' /etc/init.d/ZDCS-first; remember
+start: @remove => Enter
+send \r
+$ eventually pgrep -x sleep
+send \x03
+end
+$ unchanged && grep 'interrupted during: /etc/init.d/ZDCS-first stop' /tmp/trace
+
+== AccountsAreAskedForAndMade
+# A useradd that does not know -M, and somebody who is faster.
+$ cd /srv/dist; cp /usr/sbin/useradd real
+    printf '#!/bin/sh\ncase $2 in -M) exit 2; esac\n/srv/dist/real "$@"\nexit 9\n' >useradd; chmod 755 useradd
+    mount --bind useradd /usr/sbin/useradd
+run record: @licence; @directory
+    @config => Tab*2 Backspace*4 KDaemon Tab Enter
+    {ATTENTION} / {COMPTE_INCONNU|kdaemon} / Yes No => Tab Enter
+    {NOM_SERVEUR} / ZDSQL / {PORT} / 4900 / {COMPTE_SYSTEME} / kdaemon / OK Cancel
+    {ATTENTION} / {COMPTE_INCONNU|kdaemon} / Yes No
+    @account => Backspace*5 chef Space "l'été" Space $x Enter pass Space wörd Enter*2
+    @telemetry => Space Enter*2
+    {INSTALLE} / {ADMIN|chef "l'été" $x|pass wörd} / OK
+$ equal 'sh: /usr/sbin/useradd -s/bin/false -M kdaemon 2>/dev/null
+    sh: /usr/sbin/useradd -s/bin/false kdaemon 2>/dev/null
+    sh: /usr/local/ZDSQL/kalmomanager --INSTALLER 2>/dev/null
+    sh: /usr/local/ZDSQL/kalmo --INSTALLER --CREATEUSER "chef \"l'"'"'été\" \$x" --PWDC HEX 2>/dev/null' "$(commands | grep '^sh: /')"
+$ name="chef \"l'été\" \$x"
+    equal "OK NO NO" "$(echo $(login 4900 "$name" "pass wörd"; login 4900 "$name" pass; login 4900 Admin ""))"
+$ equal $'DaemonUser = kdaemon\nACTIVE = 0' "$(grep -E "DaemonUser|ACTIVE" /usr/local/ZDSQL/ZDConf.ini)"
+$ equal "kdaemon /bin/false" "$(stat -c %U /proc/$(pid ZDCS-ZDSQL)) $(getent passwd kdaemon | cut -d: -f7)" && ! grep wörd /tmp/trace
+
+== ASecondServerGetsItsOwnNamePortAndDirectory
+$ install first 4900; fate_of ZDCS-first KalmoManager
+run: @another; {REPERTOIRE} / * => Backspace*15 srv/zd/second Enter
+    @config => Backspace*5 FIRST Enter*3
+    {ATTENTION} / {CONFLIT_NOM|FIRST} / OK
+    {NOM_SERVEUR} / FIRST / * => Tab*2 Backspace*5 second Enter*3
+    {ATTENTION} / {CONFLIT_PORT|4900|ZDSQL server first} / OK
+    {NOM_SERVEUR} / second / {PORT} / 4900 / * => Tab*3 Backspace*4 4951 Enter*2
+    @account
+    @telemetry
+    @installed
+$ equal "ZDSQL second $VERSION ready" "$(greeting 4951)" && equal "ZDSQL first $VERSION ready" "$(greeting 4900)"
+$ equal == "$(fate ZDCS-first KalmoManager)"
+# The directory of a server means that server, however it is written.
+run next: @another; {REPERTOIRE} / * => Backspace*15 srv//zd/first/../second/ Enter
+    Server: ZDSQL server second / Port: 4951 / Directory: /srv/zd/second/ / * / Yes No
+    @upgraded
+$ equal "ZDSQL second 26.0.3.0 ready" "$(greeting 4951)"
+
+== Pictures
+# README's, with the same folders beside the proposed one everywhere. The build target "pictures_install" draws them.
+$ mount -t tmpfs kalmo /usr/local && mkdir /usr/local/{bin,lib,share}
+start
+picture install-licence.svg
+walk: @licence
+picture install-directory.svg
+walk: @directory
+picture install-settings.svg
+walk: @config; @account; @telemetry
+picture install-result.svg
+end: @installed
+start next: @licence; @action; @toupgrade
+picture upgrade.svg
+run: @licence; @action => Tab*2 Enter
+start: @remove
+picture uninstall.svg
+end: @removed
+$ systemctl disable --now KalmoManager; umount -l /usr/local

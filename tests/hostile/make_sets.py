@@ -64,6 +64,7 @@ def records_that_lie(sets):
     for reason, content in [
             ("end record: not found", SOUND + b"x" * 65536),
             ("end record: cut short", SOUND + b"PK\5\6" + bytes(17)),
+            ("end record: cut short", SOUND + b"PK\5\6"),
             (fits, archive(entry(), offset=0xFFFFFFFE)),
             (fits, end_record(0xFFFF, SATURATED, 0)),  # thousands of entries in 22 bytes
             ("Zip64 locator: no room for it", end_record(0xFFFF, SATURATED, SATURATED)),
@@ -83,6 +84,7 @@ def records_that_lie(sets):
             ("central header: wrong signature", zip64(records(2**64 - 1, 51)))]:
         sets.refused(reason, content)
     sets.becomes(HELLO, b"anything" + archive(entry(), comment=b"c" * 65535))
+    sets.becomes(HELLO, archive(entry(), comment=b"c" * 1004))  # the search goes back in steps of 1024 bytes
     # Where the end record has no room for them, volumes are counted in the Zip64 one.
     sets.becomes(HELLO, zip64(records(1, 51), disk=0xFFFF, directory_disk=0xFFFF))
     # One file that counts itself as a later volume, though there is no other.
@@ -94,6 +96,7 @@ def records_that_lie(sets):
     # Another story in the local header.
     sets.becomes(3, local=dict(signature=0))
     sets.becomes(3, local=dict(method=8))
+    sets.becomes(3, local=dict(crc=1))
     sets.becomes(3, method=12, local=dict(method=12))
     sets.becomes(HELLO, local=dict(crc=0, flags=STREAMED))
     sets.becomes(HELLO, local=dict(name=b"A.TXT"))
@@ -106,6 +109,7 @@ def records_that_lie(sets):
     sets.becomes(30, compressed=0xFFFFFFF0)
     sets.becomes(30, method=8, local=dict(method=8))  # a text is no deflate stream
     sets.becomes(30, crc=1, local=dict(crc=1))
+    sets.becomes(30, data=b"", crc=1, local=dict(crc=1))
     sets.becomes(b"hello", deflate=True, **hello)
     sets.becomes(3, flags=ENCIPHERED, data=HELLO[:11])
     sets.becomes(21, flags=ENCIPHERED)
@@ -199,6 +203,8 @@ def volumes(sets):
     sets.add("second missing", last, codes={**good, "second": 30, "third": 3}, volumes=[early[0], None])
     sets.add("swapped", last, codes={name: 3 for name in good}, volumes=early[::-1])
     sets.add("last swapped", early[1], open="end record: not found", volumes=[early[0], last])
+    zip64_first = zip64(records(1, 51)[:-4] + struct.pack("<I", 2), disk=1)  # its end record in the first volume
+    sets.add("zip64 volumes", zip64_first[156:], "policy", {"a.txt": HELLO}, [zip64_first[:156]])
     for length in range(0, 130, 10):
         sets.add("short", last, volumes=[early[0][:length], early[1]])
 

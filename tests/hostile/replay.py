@@ -79,7 +79,7 @@ class Probe:
 
 def observe(probe, folder, row):
     path = os.path.abspath(folder + "/" + row["path"])
-    with tempfile.TemporaryDirectory() as tree:
+    with tempfile.TemporaryDirectory(dir="/dev/shm") as tree:
         os.makedirs(tree + DESTINATION)
         os.mkdir(tree + "/archive")
         for place in "/", "/far/", "/far/out/":

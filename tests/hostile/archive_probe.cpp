@@ -1,6 +1,5 @@
 // What becomes of archives: opens, lists, looks up and extracts each that a line of the standard input names,
-// and prints what it saw. Each has the file tree that the line names to itself, and a time limit; where one
-// ends the process, whoever reads the output starts it anew.
+// and prints what it saw. Each has a time limit, and the file tree that the line names to itself.
 //
 // Input: file tree, name of the archive in its folder /archive, password. Output, both with tabs:
 //
@@ -10,7 +9,6 @@
 //   memory   most bytes in use beyond what was in use before
 //   wrong    what must never be, whatever the archive holds
 //   end
-
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -18,11 +16,9 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <iostream>
-#include <sstream>
 #include <vector>
 
 #include "archive/crc32.h"
@@ -31,41 +27,27 @@
 #include "framework/conversion.h"
 #include "framework/unique_fd.h"
 
+// The bytes in use, which the address sanitizer tells of, and the most of them. Without it both stay 0.
+std::ptrdiff_t g_nNow = 0;
+std::ptrdiff_t g_nPeak = 0;
 #ifdef __SANITIZE_ADDRESS__
-// The runtime of the sanitizer has these; not every compiler brings the header along.
+extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void*);
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, std::size_t),
                                                          void (*)(const volatile void*));
-extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void*);
+const int g_nHooks = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void*, std::size_t n) {
+        g_nPeak = std::max(g_nPeak, g_nNow += static_cast<std::ptrdiff_t>(n));
+    },
+    [](const volatile void* p) {
+        g_nNow -= static_cast<std::ptrdiff_t>(p != nullptr ? __sanitizer_get_allocated_size(p) : 0);
+    });
 #endif
 
 namespace kalmo {
 namespace {
 
-constexpr unsigned unSeconds = 30;
 constexpr std::uint64_t u64MaxFile = 64U << 20;  // larger files fail to be written
-// The bytes in use: this much for any archive, and so many for each of its own bytes. Names in the directory
-// are kept in wide characters and more than once.
-constexpr std::uint64_t u64MemoryAlways = 1U << 20;
-constexpr std::uint64_t u64MemoryPerByte = 16;
-constexpr std::uint64_t u64MaxInflation = 1032;
-
-// The bytes in use, and the most of them since the peak was set to them. Without the address sanitizer, which
-// tells of every allocation, nothing is measured.
-std::ptrdiff_t g_nNow = 0;
-std::ptrdiff_t g_nPeak = 0;
-
-void MeasureMemory() {
-#ifdef __SANITIZE_ADDRESS__
-    __sanitizer_install_malloc_and_free_hooks(
-        [](const volatile void*, std::size_t nSize) {
-            g_nNow += static_cast<std::ptrdiff_t>(nSize);
-            g_nPeak = std::max(g_nPeak, g_nNow);
-        },
-        [](const volatile void* p) {
-            g_nNow -= static_cast<std::ptrdiff_t>(p != nullptr ? __sanitizer_get_allocated_size(p) : 0);
-        });
-#endif
-}
+std::array<unsigned char, 10007> g_tabPiece;
 
 // One field of the output.
 std::string csField(std::wstring_view sv) {
@@ -76,27 +58,10 @@ std::string csField(std::wstring_view sv) {
     return cs;
 }
 
-void Wrong(const std::string& csWhat, std::wstring_view svName = {}) {
-    std::printf("wrong\t%s %s\n", csWhat.c_str(), csField(svName).c_str());
-}
-
-struct STFound {
-    bool bThere = false;
-    struct stat st {};
-    std::uint32_t dwCrc = 0;
-};
-
-STFound stFind(const CFSPath& rclPath) {
-    STFound stFound;
-    stFound.bThere = ::lstat(rclPath.csGetUTF8().pszGet(), &stFound.st) == 0;
-    CDiskFile clFile;
-    if (S_ISREG(stFound.st.st_mode) && clFile.bOpen(rclPath.svGet(), CDiskFile::eMODE::Read)) {
-        static std::array<unsigned char, 65536> tabPiece;
-        for (std::size_t nRead = 1; nRead > 0 && clFile.bRead(tabPiece.data(), tabPiece.size(), &nRead);) {
-            stFound.dwCrc = dwCrc32(stFound.dwCrc, {tabPiece.data(), nRead});
-        }
+void Wrong(bool bWrong, const std::string& csWhat, std::wstring_view svName = {}) {
+    if (bWrong) {
+        std::printf("wrong\t%s %s\n", csWhat.c_str(), csField(svName).c_str());
     }
-    return stFound;
 }
 
 /// What is done with one archive.
@@ -124,15 +89,14 @@ class CProbe {
         std::printf("open\t%d\t%s\n", eOpened, csField(m_clArchive.csGetDefaut()).c_str());
         const CRepertoire& rcl = m_clArchive.rclGetRepertoire();
         const bool bOpen = eOpened == ARCHIVE_OK;
-        if (bRecords != bOpen || m_clArchive.bOuvert() != bOpen || (!bOpen && rcl.dwTaille() != 0)) {
-            Wrong("opened, or left open, only in part");
-        }
+        Wrong(bRecords != bOpen || m_clArchive.bOuvert() != bOpen || (!bOpen && rcl.dwTaille() != 0),
+              "opened, or left open, only in part");
         auto it = m_tabStated.begin();
         for (int n = 0; n < static_cast<int>(rcl.dwTaille()); ++n) {
             const CTString csNom = rcl.pclGetEntree(n)->csGetNom();
             it = std::find_if(it, m_tabStated.end(), [&](auto& rst) { return rst.csNom == csNom; });
             if (it == m_tabStated.end()) {
-                return Wrong("listed, but not in the directory:", csNom);
+                return Wrong(true, "listed, but not in the directory:", csNom);
             }
             m_tabListed.push_back(*it++);
         }
@@ -158,11 +122,11 @@ class CProbe {
         std::uint32_t dwCrc;
     };
 
+    // So much for any archive, and for each of its own bytes: names of the directory are kept in wide
+    // characters and more than once.
     void __CheckMemory(std::uint64_t u64Data) const {
-        if (static_cast<std::uint64_t>(g_nPeak - m_nBefore) >
-            u64MemoryAlways + u64MemoryPerByte * m_u64Length + u64Data) {
-            Wrong("takes " + std::to_string(g_nPeak - m_nBefore) + " bytes of memory");
-        }
+        Wrong(static_cast<std::uint64_t>(g_nPeak - m_nBefore) > (1U << 20) + 16 * m_u64Length + u64Data,
+              "takes " + std::to_string(g_nPeak - m_nBefore) + " bytes of memory");
     }
 
     void __ReadHeader(const STCentralHeader& rst) {
@@ -170,11 +134,10 @@ class CProbe {
         std::uint64_t u64Total = 0;
         std::uint32_t dwCrc = 0;
         if (nCode == ARCHIVE_OK) {
-            static std::array<unsigned char, 10007> tabPiece;
             bool bRead = true;
             for (std::size_t nRead = 1; bRead && nRead > 0 && u64Total < u64MaxFile; u64Total += nRead) {
-                bRead = m_clRecords.bReadCurrentFileInZip(tabPiece.data(), tabPiece.size(), &nRead);
-                dwCrc = dwCrc32(dwCrc, {tabPiece.data(), nRead});
+                bRead = m_clRecords.bReadCurrentFileInZip(g_tabPiece.data(), g_tabPiece.size(), &nRead);
+                dwCrc = dwCrc32(dwCrc, {g_tabPiece.data(), nRead});
             }
             nCode = m_clRecords.CloseCurrentFileInZip(1, 0);
             if (!bRead) {
@@ -184,10 +147,9 @@ class CProbe {
             }
         }
         const bool bAsStated = u64Total == rst.u64TailleOriginale && dwCrc == rst.dwCrc;
-        if (u64Total > rst.u64TailleOriginale ||
-            (nCode == ARCHIVE_OK && !bAsStated && u64Total < u64MaxFile)) {
-            Wrong("read as a success, but not as stated:", rst.csNom);
-        }
+        Wrong(
+            u64Total > rst.u64TailleOriginale || (nCode == ARCHIVE_OK && !bAsStated && u64Total < u64MaxFile),
+            "read as a success, but not as stated:", rst.csNom);
         std::printf("header\t%ju\t%08x\t%u\t%u\t%d\t%s\n", std::uintmax_t{rst.u64TailleOriginale}, rst.dwCrc,
                     rst.wMethode, rst.wFlags, nCode, csField(rst.csNom).c_str());
         m_tabStated.push_back({csWithSlashes(rst.csNom), rst.u64TailleOriginale, rst.dwCrc});
@@ -201,32 +163,35 @@ class CProbe {
             rc = rc == L'/' ? L'\\' : cMajuscule(rc);
         }
         if (nFirst > nRang || static_cast<std::size_t>(m_clArchive.lRangFichier(csOther)) != nFirst) {
-            Wrong("listed, but not to be found:", csNom);
+            Wrong(true, "listed, but not to be found:", csNom);
             return ARCHIVE_NOT_FOUND;
         }
         const STStated& rst = m_tabListed[nFirst];
+        std::uint32_t dwCrc = 0;
         CFSPath clTo;
         eARCHIVE e = eCheminEntree(L"/far/out/destination", csNom, &clTo);
-        STFound stFound;
         if (e == ARCHIVE_OK) {
-            const bool bBefore = stFind(clTo).bThere;
+            struct stat st {};
+            const bool bBefore = ::lstat(clTo.csGetUTF8().pszGet(), &st) == 0;
             e = m_clArchive.eExtraitFichier(csNom, clTo.svGet(), 0, nullptr, 0, 0, nullptr);
-            stFound = stFind(clTo);
-            const struct stat& rstIs = stFound.st;
-            const bool bFile = S_ISREG(rstIs.st_mode) && rstIs.st_nlink == 1 && stFound.dwCrc == rst.dwCrc &&
-                               static_cast<std::uint64_t>(rstIs.st_size) == rst.u64Size;
-            const bool bDirectory = S_ISDIR(rstIs.st_mode) && rst.u64Size == 0 && rst.dwCrc == 0;
-            if (e == ARCHIVE_OK && ((!bFile && !bDirectory) || (rstIs.st_mode & 07000) != 0)) {
-                Wrong("extracted as a success, but not as stated:", csNom);
+            const bool bThere = ::lstat(clTo.csGetUTF8().pszGet(), &st) == 0;
+            CDiskFile clFile;
+            if (bThere && S_ISREG(st.st_mode) && clFile.bOpen(clTo.svGet(), CDiskFile::eMODE::Read)) {
+                for (std::size_t n = 1; n > 0 && clFile.bRead(g_tabPiece.data(), g_tabPiece.size(), &n);) {
+                    dwCrc = dwCrc32(dwCrc, {g_tabPiece.data(), n});
+                }
             }
-            if (e != ARCHIVE_OK && !bBefore && stFound.bThere) {
-                Wrong("a failure left a file behind:", csNom);
-            }
-            if (rstIs.st_size > 1 << 20) {
+            const bool bFile = S_ISREG(st.st_mode) && st.st_nlink == 1 && dwCrc == rst.dwCrc &&
+                               static_cast<std::uint64_t>(st.st_size) == rst.u64Size;
+            const bool bDirectory = S_ISDIR(st.st_mode) && rst.u64Size == 0 && rst.dwCrc == 0;
+            Wrong(e == ARCHIVE_OK && (!bThere || (!bFile && !bDirectory) || (st.st_mode & 07000) != 0),
+                  "extracted as a success, but not as stated:", csNom);
+            Wrong(e != ARCHIVE_OK && !bBefore && bThere, "a failure left a file behind:", csNom);
+            if (bThere && st.st_size > 1 << 20) {
                 CDiskFile::bDelete(clTo.svGet());
             }
         }
-        std::printf("entry\t%d\t%08x\t%s\n", e, stFound.dwCrc, csField(csNom).c_str());
+        std::printf("entry\t%d\t%08x\t%s\n", e, dwCrc, csField(csNom).c_str());
         return e;
     }
 
@@ -238,10 +203,9 @@ class CProbe {
         // What has a name that is no path, or stands in its own way, is data all the same.
         const bool bSame = e == eToFile || eToFile == ARCHIVE_CREATE || eToFile == ARCHIVE_BAD;
         const bool bAsStated = tab.size() == rst.u64Size && dwCrc32(0, tab) == rst.dwCrc;
-        if (!bSame || !(e == ARCHIVE_OK ? bAsStated : tab.empty())) {
-            Wrong("into memory with code " + std::to_string(e) + ":", rcsNom);
-        }
-        return std::min(rst.u64Size, m_u64Length * u64MaxInflation);
+        Wrong(!bSame || !(e == ARCHIVE_OK ? bAsStated : tab.empty()),
+              "into memory with code " + std::to_string(e) + ":", rcsNom);
+        return std::min(rst.u64Size, m_u64Length * 1032);  // nothing inflates to more
     }
 
     const std::wstring m_csPath;
@@ -253,35 +217,29 @@ class CProbe {
     std::vector<STStated> m_tabListed;  ///< By rank.
 };
 
-void ProbeAll() {
-    const CUniqueFd clOutside(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    for (std::string csTree, csName, csPassword; std::getline(std::cin, csTree, '\t') &&
-                                                 std::getline(std::cin, csName, '\t') &&
-                                                 std::getline(std::cin, csPassword);) {
-        ::alarm(unSeconds);
-        if (::chdir(csTree.c_str()) != 0 || ::chroot(".") != 0) {
-            Wrong("no file tree of its own");
-        } else {
-            CProbe((L"/archive/" + csFromUTF8(csName)).pszGet(), {csPassword.begin(), csPassword.end()}).Run();
-        }
-        if (::fchdir(clOutside.nGet()) != 0 || ::chroot(".") != 0) {
-            std::abort();
-        }
-        std::puts("end");
-        std::fflush(stdout);
-    }
-}
-
 }  // namespace
 }  // namespace kalmo
 
 int main() {
+    using namespace kalmo;
     // What the C library looks up in files is looked up before those are out of sight.
     ::tzset();
-    (void)kalmo::cMajuscule(L'\u00E9');
-    const rlimit stFile{kalmo::u64MaxFile, kalmo::u64MaxFile};
+    (void)cMajuscule(L'\u00E9');
+    const rlimit stFile{u64MaxFile, u64MaxFile};
     ::setrlimit(RLIMIT_FSIZE, &stFile);
     std::signal(SIGXFSZ, SIG_IGN);
-    kalmo::MeasureMemory();
-    kalmo::ProbeAll();
+    const CUniqueFd clOutside(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (std::string csTree, csName, csPassword;
+         std::getline(std::getline(std::getline(std::cin, csTree, '\t'), csName, '\t'), csPassword);) {
+        ::alarm(30);
+        if (::chdir(csTree.c_str()) != 0 || ::chroot(".") != 0) {
+            return 1;
+        }
+        CProbe((L"/archive/" + csFromUTF8(csName)).pszGet(), {csPassword.begin(), csPassword.end()}).Run();
+        if (::fchdir(clOutside.nGet()) != 0 || ::chroot(".") != 0) {
+            return 1;
+        }
+        std::puts("end");
+        std::fflush(stdout);
+    }
 }

@@ -38,15 +38,12 @@ CODES = {0, 2, 3, 21, 30, 36}  # 2: a name that makes no path; 36: larger than t
 
 def outside(tree):
     """Every path outside of the destination, with its mode, owner, time of change, and what a sentinel says."""
-    found = []
     for folder, folders, files in os.walk(tree):
         for path in [folder + "/" + name for name in folders + files]:
             state = os.lstat(path)
-            time = 0 if path.endswith(DESTINATION) else state.st_mtime_ns
-            text = open(path).read() if path.endswith("/sentinel") else ""
-            found.append((path[len(tree):], oct(state.st_mode), state.st_uid, time, text))
+            yield (path, state.st_mode, state.st_uid, not path.endswith(DESTINATION) and state.st_mtime_ns,
+                   open(path).read() if path.endswith("/sentinel") else "")
         folders[:] = [name for name in folders if folder + "/" + name != tree + DESTINATION]
-    return sorted(found)
 
 
 class Probe:
@@ -55,45 +52,39 @@ class Probe:
     def __init__(self, path):
         self.path, self.process, self.lost = path, None, 0
 
-    def see(self, tree, name, password):
+    def see(self, *fields):
         if self.process is None:
             self.process = subprocess.Popen([self.path], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
                                             errors="replace")
-        self.process.stdin.write("%s\t%s\t%s\n" % (tree, name, password))
-        self.process.stdin.flush()
+        print(*fields, sep="\t", file=self.process.stdin, flush=True)
         seen = collections.defaultdict(list)
         for line in self.process.stdout:
             kind, *fields = line.rstrip("\n").split("\t")
             if kind == "end":
                 return seen
             seen[kind].append(fields)
-        seen["wrong"].append(["the process ended with %d" % self.process.wait()])
+        seen = {"wrong": [["the process ended with %d" % self.process.wait()]]}
         self.process, self.lost = None, self.lost + 1
-        return seen
+        return collections.defaultdict(list, seen)
 
-    def ends_well(self):
-        if self.process is not None:
-            self.process.stdin.close()
-        return self.process is None or self.process.wait() == 0
-
-
-def observe(probe, folder, row):
-    path = os.path.abspath(folder + "/" + row["path"])
-    with tempfile.TemporaryDirectory(dir="/dev/shm") as tree:
-        os.makedirs(tree + DESTINATION)
-        os.mkdir(tree + "/archive")
-        for place in "/", "/far/", "/far/out/":
-            with open(tree + place + "sentinel", "w") as file:
-                file.write("not to be touched")
-        for part in [path] + glob.glob(glob.escape(path[:-3]) + "z0[1-9]"):
-            shutil.copy(part, tree + "/archive")
-        if "lay" in row:
-            subprocess.run(row["lay"], shell=True, cwd=tree + DESTINATION, check=True)
-        before = outside(tree)
-        seen = probe.see(tree, os.path.basename(path), row.get("password", [""])[0])
-        if outside(tree) != before:
-            seen["wrong"].append(["disturbed outside of the destination: %s" % outside(tree)])
-        return seen
+    def observe(self, folder, row):
+        path = os.path.abspath(folder + "/" + row["path"])
+        with tempfile.TemporaryDirectory(dir="/dev/shm") as tree:
+            os.makedirs(tree + DESTINATION)
+            os.mkdir(tree + "/archive")
+            for place in "/", "/far/", "/far/out/":
+                with open(tree + place + "sentinel", "w") as file:
+                    file.write("not to be touched")
+            for part in [path] + glob.glob(glob.escape(path[:-3]) + "z0[1-9]"):
+                shutil.copy(part, tree + "/archive")
+            if "lay" in row:
+                subprocess.run(row["lay"], shell=True, cwd=tree + DESTINATION, check=True)
+            before = sorted(outside(tree))
+            seen = self.see(tree, os.path.basename(path), row.get("password", [""])[0])
+            changed = set(before) ^ set(outside(tree))
+            if changed:
+                seen["wrong"].append(["disturbed outside of the destination: %s" % sorted(changed)])
+            return seen
 
 
 def differences(row, seen):
@@ -136,20 +127,19 @@ def compare_headers(row, seen):
 def replay(probe, folder, explained):
     with open(folder + "/manifest.jsonl") as file:
         rows = [json.loads(line) for line in file]
-    counts = collections.Counter()
-    memory = 0
-    probe = Probe(probe)
+    counts, memory, probe = collections.Counter(), 0, Probe(probe)
     for row in rows:
         if probe.lost == MAX_LOST:
             break
-        seen = observe(probe, folder, row)
+        seen = probe.observe(folder, row)
         counts["replayed"] += 1
         memory = max([memory] + [int(fields[0]) for fields in seen["memory"]])
-        read = seen["open"] and seen["open"][0][0] == "0" and all(fields[4] == "0" for fields in seen["header"])
-        if read and row["expected"].startswith(REFUSED) and row["findings"]:
-            print("read      %s: %s" % (row["path"], row["findings"]))
-        if row["expected"] == "policy" and row["findings"] and seen["open"]:
-            for decision in compare_headers(row, seen) if seen["open"][0][0] == "0" else seen["open"]:
+        opened = seen["open"] and seen["open"][0][0] == "0"
+        if opened and row["expected"].startswith(REFUSED) and row["findings"]:
+            if all(fields[4] == "0" for fields in seen["header"]):
+                print("read      %s: %s" % (row["path"], row["findings"]))
+        if row["expected"] == "policy" and row["findings"]:
+            for decision in compare_headers(row, seen) if opened else seen["open"]:
                 print("decided   %s: %s; %s" % (row["path"], decision, row["findings"]))
         for difference in differences(row, seen):
             kind = "explained" if row["path"] in explained else "DIFFERENT"
@@ -157,7 +147,7 @@ def replay(probe, folder, explained):
             print("%s %s (%s): %s" % (kind, row["path"], explained.get(row["path"], row["expected"]), difference))
     print("%d of %d archives replayed, %d differences without an explanation, %d with one; at most %d bytes of memory"
           % (counts["replayed"], len(rows), counts["DIFFERENT"], counts["explained"], memory))
-    if not probe.ends_well():
+    if probe.process is not None and (probe.process.stdin.close() or probe.process.wait()) != 0:
         sys.exit("the probe found leaks when it ended")
     return 0 < counts["replayed"] == len(rows) and not counts["DIFFERENT"]
 

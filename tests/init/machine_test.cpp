@@ -1,6 +1,5 @@
 // Services on a real machine. Runs only inside a throwaway one, see testkit/.
 
-#include <algorithm>
 #include <thread>
 
 #include "tests/services/stand_in.h"
@@ -114,21 +113,6 @@ TEST_F(SystemdMachine, AUnitThatWrapsAnInitScript) {
 
 using SysVMachine = MachineTest;
 
-struct STFamily {
-    const char* pszName;  ///< see as_family
-    int nDistri;
-    const char* pszAdd;   ///< what links a script into the boot
-    const char* pszLink;  ///< one of the links
-};
-constexpr STFamily tabFamily[] = {
-    {"debian", eDebian, "update-rc.d ZDCS-$n defaults", "/etc/rc2.d/S01ZDCS-"},
-    {"insserv", eDebian, "update-rc.d ZDCS-$n defaults", "/etc/rc2.d/S01ZDCS-"},
-    {"openrc", eDebian, "update-rc.d ZDCS-$n defaults", "/etc/runlevels/default/ZDCS-"},
-    {"suse", eSuSE, "insserv ZDCS-$n", "/etc/rc2.d/S01ZDCS-"},
-    {"gentoo", eGentoo, "rc-update add ZDCS-$n default", "/etc/runlevels/default/ZDCS-"},
-    {"redhat", eRedHat, "chkconfig --add ZDCS-$n", "/etc/rc2.d/S90ZDCS-"},
-};
-
 constexpr const char* PSZ_SCRIPT_BODY =
     "Name=\"Test of it\"\nProgram=\"/bin/sleep 1000\"\nSSD='start-stop-daemon --pidfile /run/life'\n"
     "case $1 in\nstart) $SSD --start --background --make-pidfile --exec /bin/sleep -- 1000;;\n"
@@ -141,21 +125,19 @@ constexpr const char* PSZ_OPENRC_SCRIPT =
     "reload() { touch /tmp/reloaded; }\n";
 
 TEST_F(SysVMachine, TheLifeOfAService) {
-    const char* const pszFamily = std::getenv("KALMO_FAMILY");
-    const auto* const pstFamily = std::find_if(std::begin(tabFamily), std::end(tabFamily), [&](auto& rst) {
-        return pszFamily != nullptr && std::string(rst.pszName) == pszFamily;
-    });
-    ASSERT_NE(pstFamily, std::end(tabFamily));
-    const bool bOpenRC = pstFamily->nDistri == eGentoo;
-    const std::string csLink = pstFamily->pszLink;
-    ASSERT_EQ(CServiceManager::ms_eDistri, pstFamily->nDistri);
+    // What as_family tells of the distribution: what links a script into the boot, and one of the links.
+    const char* const pszAdd = std::getenv("KALMO_ADD");
+    ASSERT_NE(pszAdd, nullptr);
+    const std::string csLink = std::getenv("KALMO_LINK");
+    ASSERT_EQ(std::to_string(CServiceManager::ms_eDistri), std::getenv("KALMO_DISTRI"));
+    const bool bOpenRC = CServiceManager::ms_eDistri == eGentoo;
     Script("ZDCS-life", PSZ_SCRIPT_BODY);
     Script("ZDCS-other", "");
     if (bOpenRC) {
         Write("/etc/init.d/ZDCS-life", PSZ_OPENRC_SCRIPT);
     }
-    ASSERT_TRUE(bShell(std::string("for n in life other; do ") + pstFamily->pszAdd + " >&2 || exit; done"));
-    ASSERT_TRUE(bExists(csLink + "life") && bExists(csLink + "other"));
+    ASSERT_TRUE(bShell(std::string("for n in ZDCS-life ZDCS-other; do ") + pszAdd + " >&2 || exit; done"));
+    ASSERT_TRUE(bExists(csLink + "ZDCS-life") && bExists(csLink + "ZDCS-other"));
     EXPECT_EQ(tabList(L"ZDCS-"), (CNames{L"ZDCS-life", L"ZDCS-other"}));
     EXPECT_EQ(csFind(L"ZDCS-life"), L"ZDCS-life,Test of it,/bin/sleep 1000");
     CService clService(&m_clManager, L"ZDCS-life");
@@ -167,7 +149,7 @@ TEST_F(SysVMachine, TheLifeOfAService) {
     EXPECT_TRUE(clService.bRemove());
     EXPECT_FALSE(bExists("/etc/init.d/ZDCS-life"));
     EXPECT_FALSE(bShell("ls -d /etc/rc?.d/*ZDCS-life /etc/runlevels/*/ZDCS-life 2>/dev/null | grep ."));
-    EXPECT_TRUE(bExists(csLink + "other")) << "another one's";
+    EXPECT_TRUE(bExists(csLink + "ZDCS-other")) << "another one's";
     EXPECT_EQ(tabList(L"ZDCS-"), CNames{L"ZDCS-other"});
 }
 

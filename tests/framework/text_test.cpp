@@ -1,24 +1,23 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <cerrno>
 #include <climits>
-#include <string>
+#include <map>
+#include <sstream>
 #include <tuple>
 #include <vector>
 
 #include "framework/conversion.h"
 #include "framework/language.h"
-#include "framework/resource.h"
+#include "framework/memory_stream.h"
+#include "framework/x_error.h"
 
 using namespace std::string_literals;
 
-extern "C" void* DLLRES_pLoadResourceModule(const kalmo::_stMyModuleInfo*, void*, unsigned, const wchar_t*);
-
 // Found by the dynamic loader: the test program exports its symbols.
-void* DLLRES_pLoadResourceModule(const kalmo::_stMyModuleInfo* pstModule, void* /*hInstance*/, unsigned unId,
-                                 const wchar_t* pszType) {
-    static int nFound = 0;
-    return pstModule != nullptr && unId == 12 && pszType == L"ICON"s ? &nFound : nullptr;
+extern "C" const wchar_t* DLLRES_pLoadResourceModule(const void*, void*, unsigned unId,
+                                                     const wchar_t* pszType) {
+    return unId == 12 ? pszType : nullptr;
 }
 
 namespace kalmo {
@@ -140,6 +139,16 @@ TEST(Resource, LanguageChoosesTheBlock) {
     EXPECT_EQ(nChoisitLangue("", "", "fr_FR.UTF-8"), 12);
 }
 
+// 1 two forms; 2 a long text; 3 and 4146 a language; of others nothing.
+int nOverride(unsigned unId, wchar_t* pszBuffer, int nSize, int nLangue) {
+    const std::wstring csText = unId == 1   ? L"%1!d! file%n\n%1!d! files"
+                                : unId == 2 ? std::wstring(70000, L'x')
+                                            : std::to_wstring(nLangue);
+    const auto nLength = csText.copy(pszBuffer, static_cast<std::size_t>(nSize) - 1);
+    pszBuffer[nLength] = L'\0';
+    return unId < 4 || unId == 4146 ? static_cast<int>(nLength) : -1;
+}
+
 TEST(Resource, FormatsOrLeavesTheOutputAlone) {
     static constexpr unsigned char byStored = 'a';
     const _stMyModuleInfo stEncoded{[](STRessourceModule* pst) {
@@ -158,61 +167,199 @@ TEST(Resource, FormatsOrLeavesTheOutputAlone) {
     EXPECT_EQ(DLLRES_nFormatMessage(&gstMyModuleInfo604, 0x10C7, &psz, L"name"), 6);
     EXPECT_STREQ(psz, L"- name");
     LocalFree(psz);
-}
-
-// 1 two forms; 2 a long text; 3 and 4146 a language; of others nothing.
-int nOverride(unsigned unId, wchar_t* pszBuffer, int nSize, int nLangue) {
-    const std::wstring csText = unId == 1   ? L"%1!d! file%n\n%1!d! files"
-                                : unId == 2 ? std::wstring(70000, L'x')
-                                            : std::to_wstring(nLangue);
-    const auto nLength = csText.copy(pszBuffer, static_cast<std::size_t>(nSize) - 1);
-    pszBuffer[nLength] = L'\0';
-    return unId < 4 || unId == 4146 ? static_cast<int>(nLength) : -1;
-}
-
-TEST(Resource, OverrideIsAskedFirst) {
-    DLLRES_SetLoadStringTVM(&nOverride);
-    CInformationModule::ms_nLangueFramework = LANGUE_FRANCAIS;
-    EXPECT_EQ(csLoad(3), L"12");
-    EXPECT_EQ(csLoad(4146), L"12");
-    EXPECT_EQ(csLoad(2).size(), 65535U);
-    EXPECT_EQ(csLoad(4151), L"Annuler");
-    CInformationModule::ms_nLangueFramework = LANGUE_ANGLAIS;
+    // An override is asked first; other modules drive the texts by numbers.
+    wchar_t szBuffer[7] = L"######";
+    STRequeteComposante stRequest{.unNumber = 4151, .pszBuffer = szBuffer, .nSize = 6};
+    EXPECT_EQ(CommandeComposante(3, &stRequest), 1);
+    EXPECT_STREQ(szBuffer, L"Cance");
+    EXPECT_EQ(stRequest.nLength, 5);
+    EXPECT_EQ(CommandeComposante(4, &stRequest), 1);
+    EXPECT_EQ(CommandeComposante(1, &stRequest), 0);
+    stRequest.pfnLoadString = &nOverride;
+    EXPECT_EQ(CommandeComposante(2, &stRequest), 1);
+    for (const auto& [unId, nLangue, csText] : {std::tuple(3U, LANGUE_FRANCAIS, L"12"s),
+                                                {4146U, LANGUE_FRANCAIS, L"12"},
+                                                {2U, LANGUE_FRANCAIS, std::wstring(65535, L'x')},
+                                                {4151U, LANGUE_FRANCAIS, L"Annuler"}}) {
+        EXPECT_EQ(csLoad(unId, nLangue), csText);
+    }
     // Singular and plural are lines of one text.
-    for (const auto& [nForm, nCount, pszText] :
-         {std::tuple{0, 1, L"1 file\r\n"}, {1, 7, L"7 files"}, {2, 7, L"untouched"}}) {
-        CTString cs(L"untouched");
-        EXPECT_EQ(DLLRES_bFormatMessageSingulierPluriel(&gstMyModuleInfo604, nForm, 1, &cs, nCount),
-                  nForm < 2);
+    for (const auto& [nForm, pszText] : {std::pair{0, L"7 file\r\n"}, {1, L"7 files"}, {2, L"untouched"}}) {
+        cs = CTString(L"untouched");
+        EXPECT_EQ(DLLRES_bFormatMessageSingulierPluriel(&gstMyModuleInfo604, nForm, 1, &cs, 7), nForm < 2);
         EXPECT_EQ(cs.svGet(), pszText);
     }
     DLLRES_Term();
     EXPECT_EQ(csLoad(3), L"untouched");
-}
-
-TEST(Resource, OtherModulesDriveIt) {
-    wchar_t szBuffer[9] = L"########";
-    STRequeteComposante stRequest{.unNumber = 4151, .pszBuffer = szBuffer};
-    for (const auto& [nSize, pszCut] : {std::pair{6, L"Cance"}, {7, L"Cancel"}, {9, L"Cancel"}}) {
-        stRequest.nSize = nSize;
-        EXPECT_EQ(CommandeComposante(3, &stRequest), 1);
-        EXPECT_STREQ(szBuffer, pszCut);
-        EXPECT_EQ(stRequest.nLength, std::min(nSize - 1, 6));
-    }
-    EXPECT_EQ(CommandeComposante(4, &stRequest), 1);
-    stRequest.unNumber = 257;
-    for (const int nCommand : {1, 3, 4}) {
-        EXPECT_EQ(CommandeComposante(nCommand, &stRequest), 0);
-    }
-    stRequest.pfnLoadString = &nOverride;
-    EXPECT_EQ(CommandeComposante(2, &stRequest), 1);
-    EXPECT_EQ(csLoad(3, 77), L"77");
-    DLLRES_Term();
-
     static int nSeenCommand = 0;
     EXPECT_TRUE(DLLRES_bForceInitRessource([](int nCommand, auto*) { return (nSeenCommand = nCommand), 0; }));
     EXPECT_EQ(nSeenCommand, 3);
     EXPECT_NE(DLLRES_pLoadResource(&gstMyModuleInfo604, nullptr, 12, L"ICON"), nullptr);
+}
+
+// Texts of a module in a bad way: 1 is empty, 2 costs too much memory, 3 names two arguments.
+const _stMyModuleInfo stBadTexts{[](STRessourceModule* pstRequest) {
+    static constexpr unsigned char tabText[] = "%1 and %2";
+    if (pstRequest->unNumber == 2) {
+        throw std::bad_alloc();
+    }
+    pstRequest->pbyText = tabText;
+    pstRequest->unLength = pstRequest->unNumber == 3 ? sizeof tabText : 0;
+    pstRequest->nUnit = 1;
+    return pstRequest->unNumber <= 3;
+}};
+constexpr STErrorDef tabBadDef[] = {{10, 1, 0, eERRORLEVEL::Warning},
+                                    {20, 2, 0, eERRORLEVEL::Error},
+                                    {30, 3, 0, eERRORLEVEL::Error},
+                                    {99, 777, 0, eERRORLEVEL::Severe}};
+const STErrorModule stBadModule{7, L"bad", L"1.0", tabBadDef, &stBadTexts};
+
+std::wstring csUser(const CXError& rcl) {
+    return rcl.pszGetUserMessage();
+}
+
+std::wstring csDump(const CXError& rcl, CXError::eXERROR_INFO eParts = CXError::eXERROR_INFO::All) {
+    return std::wstring(rcl.StringDump(eParts).svGet());
+}
+
+TEST(XError, MessagesAddUpAndWhatIsMissingDegrades) {
+    for (const auto& [unCode, unResource, pszMessage, pszDebug] :
+         {std::tuple(5U, 0U, L"",
+                     L"##(CXError)-Pas de definition d'erreur dans gstErrorDef pour l'identifiant <5>##\r\n"),
+          {99U, 777U, L"##(CXError)-Ressource <777> non charg\u00E9e##", L""},
+          {10U, 1U, L"##(CXError)-Ressource <1> vide. LastError = <28>##", L""},
+          {20U, 2U, L"<No Memory>", L""},
+          {30U, 3U, L"%1 and %2", L""}}) {
+        CXError clError;
+        errno = ENOSPC;
+        clError.SetUserError(&stBadModule, unCode, L"one");
+        EXPECT_EQ(clError.unGetUserResource(), unResource);
+        EXPECT_EQ(csUser(clError), pszMessage);
+        EXPECT_EQ(csDump(clError, CXError::eXERROR_INFO::DebugMessages), pszDebug);
+    }
+    CXError clError;
+    clError.AddUserMessageFirst(L"first");
+    clError.AddUserMessage(L"last");
+    clError.SetUserErrorMessage(L"middle");
+    clError.AddUserMessageFirst(L"very first");
+    EXPECT_EQ(csUser(clError), L"very first\r\nfirst\r\nmiddle\r\nlast");
+    // The arguments are kept: what the caller passed is gone when the error is shown.
+    const std::wstring csLong(300, L'a');
+    clError.SetUserError(&stBadModule, 30, std::wstring(csLong), std::string("b"));
+    EXPECT_EQ(csUser(clError), csLong + L" and b");
+    clError.AddUserMessage(L"c");
+    clError.ChangeUserError(&stBadModule, 99);
+    EXPECT_EQ(csUser(clError), L"##(CXError)-Ressource <777> non charg\u00E9e##\r\nc");
+}
+
+TEST(XError, ItemsPrintInTheirFormats) {
+    // Every kind in its order, and behind its name the mark of a format that is another than most have.
+    std::wistringstream clKinds(
+        L"HELPFILE USERNAME DSTFILE SRCFILE PATHTVD LOGICALTABLENAME ITEMNAME PATHFIC PATHNDX PATHMMO "
+        L"LINKNAME "
+        L"RECNUM& HLOCKTIME& BASEMESSAGE NATIVEMESSAGE ADOMESSAGE BASECODE# NATIVECODE# ADOCODE# ODBCCODE "
+        L"ODBCDESCRIPTION DATAACCESS* INFOCLIENT INFOSERVEUR PILETL| PILEC| COMPOSANT| DATEHEURE= LOCKINFO= "
+        L"CORRIGE_ETAT= INFOCS SERVEURCS XINFO# TYPE_TVFILE# IDCODE# HCNXID# POSITION_ERREUR "
+        L"EXCEPTION_CLASS_NAME EXCEPTIONDOTNET! EXCEPTIONJAVA! CODEHTTP# THREAD");
+    const std::map<wchar_t, const wchar_t*> mapOther = {
+        {L'#', L" : <-2147483647>"}, {L'&', L" : <6442450945>"}, {L'*', L" : <(nil)>"},
+        {L'|', L" :\r\n/%s\r\nx"},   {L'=', L" : /%s\r\nx"},     {L'!', L""}};
+    int nKind = 0;
+    for (std::wstring cs; clKinds >> cs; ++nKind) {
+        const auto eKind = static_cast<eERRORINFOTYPE>(nKind);
+        CXError clError;
+        // The one of them that is of the kind's type stays.
+        clError.AddInfo(eKind, L"/%s\r\nx");
+        clError.AddInfo(eKind, 0x180000001);
+        clError.AddInfo(eKind, static_cast<const void*>(nullptr));
+        clError.AddInfo(eKind);
+        const auto it = mapOther.find(cs.back());
+        cs = it == mapOther.end() ? cs + L" : </%s\r\nx>" : cs.substr(0, cs.size() - 1) + it->second;
+        CTString csItems(L"before\r\n");
+        clError.DumpInfo(&csItems);
+        EXPECT_EQ(csItems.svGet(), L"before\r\nEIT_" + cs + L"\r\n");
+    }
+    EXPECT_EQ(nKind, EIT_THREAD + 1);
+    // Those of one kind are a list.
+    CXError clError;
+    clError.AddInfo(EIT_RECNUM, INT64_MIN);
+    clError.AddInfo(EIT_DATAACCESS, reinterpret_cast<const void*>(std::uintptr_t{0xAB}));
+    clError.AddInfo(EIT_RECNUM, 5);
+    clError.AddInfo(static_cast<eERRORINFOTYPE>(EIT_THREAD + 1), L"x");
+    EXPECT_EQ(csDump(clError),
+              L"EIT_RECNUM : <-9223372036854775808>\r\nEIT_DATAACCESS : <0xab>\r\nEIT_RECNUM : <5>\r\n");
+    std::int64_t i64 = 7;
+    EXPECT_FALSE(clError.bGetInfo(EIT_DATAACCESS, &i64));
+    EXPECT_TRUE(clError.bGetInfo(EIT_RECNUM, &i64) && i64 == INT64_MIN);
+    clError.DeleteInfo(EIT_RECNUM);
+    EXPECT_EQ(clError.nNumInfo(), 1);
+}
+
+TEST(XError, TheWholeDump) {
+    _CXErrorModule604 clError;
+    clError.SetUserError(3, L"one");
+    EXPECT_NE(csUser(clError).find(L"one"), std::wstring::npos);
+    clError.SetSystemErrorParam(ENOENT, L"/dir/\u00E9");
+    clError.SetFunctionName(L"bDo");
+    clError.SetDetailId(12);
+    clError.AddInfo(EIT_DSTFILE, L"/\u00E9");
+    clError.AddDebugMessage(L"two");
+    clError.AddDebugMessageFirst(L"one");
+    clError.SetUserErrorMessage(L"%1 full");
+    clError.SetUserErrorCode(31);
+    CMemoryStream clTrace;
+    EXPECT_TRUE(clError.TraceDump(&clTrace));
+    const CTLBIN& rtab = clTrace.rtabGetBytes();
+    EXPECT_EQ(std::string(rtab.begin(), rtab.end()),
+              "%1 full\r\nSystem error 2: /dir/\xC3\xA9: No such file or directory\r\nIE=604.31\r\n"
+              "Module=<kalmoinstall>\r\nVersion=<25.0.98.0>\r\nLevel=2\r\nFunction=<bDo>\r\nDetail=12\r\n"
+              "EIT_DSTFILE : </\xC3\xA9>\r\none\r\ntwo\r\n");
+    CXError clSystem;
+    clSystem.SetSystemError(ENOSPC);
+    EXPECT_EQ(csDump(clSystem), L"System error 28: No space left on device\r\n");
+    clSystem.SetSystemErrorMessage(L"full");
+    CInformationModule::ms_nLangueFramework = LANGUE_FRANCAIS;
+    EXPECT_EQ(csDump(clSystem), L"Erreur syst\u00E8me 28 : full\r\n");
+    // English where the text is of no use.
+    DLLRES_SetLoadStringTVM([](unsigned, wchar_t* psz, int, int) { return (*psz = L'%'), 1; });
+    EXPECT_EQ(csDump(clSystem), L"System error 28: full\r\n");
+    DLLRES_SetLoadStringTVM(nullptr);
+    CInformationModule::ms_nLangueFramework = LANGUE_ANGLAIS;
+}
+
+TEST(XError, SubErrorsAreOwnedCopies) {
+    CXError clTop;
+    clTop.SetUserErrorMessage(L"top");
+    {
+        CXError clMiddle, clLeaf;
+        clMiddle.SetUserErrorMessage(L"middle");
+        clLeaf.SetUserError(&stBadModule, 30, L"leaf", L"x");
+        clMiddle.AddSubError(clLeaf);
+        clTop.AddSubError(clMiddle);
+        clTop.AddSubErrorLight(clMiddle);
+        clTop.AddSubErrorNoUserMessage(clMiddle);
+        clTop.AddSubErrorLightNoUserMessage(clMiddle);
+        clMiddle.SetUserErrorMessage(L"changed");
+    }
+    const auto csLeaf = [](const std::wstring& csRank) {
+        return L"leaf and x\r\nIE" + csRank + L"=7.30\r\nModule=<bad>\r\nVersion=<1.0>\r\nLevel=2\r\n";
+    };
+    const std::wstring csWhole = L"top\r\nmiddle\r\n" + csLeaf(L"1.1") + L"middle\r\n" + csLeaf(L"3.1");
+    CXError clCopy;
+    clCopy.Copy(clTop);
+    clTop.DeleteAllSubError();
+    EXPECT_EQ(csDump(clTop), L"top\r\n");
+    EXPECT_EQ(csDump(clCopy), csWhole);
+    clTop.AddSubError(clCopy);
+    clCopy.LightCopy(clTop);
+    EXPECT_EQ(csDump(clCopy), L"top\r\n");
+    EXPECT_EQ(clTop.pclGetSubError(-1), nullptr);
+    // The source may be the object itself, or one of its own.
+    clTop.Copy(*clTop.pclGetSubError(0)->pclGetSubError(0));
+    EXPECT_EQ(csDump(clTop), L"middle\r\n" + csLeaf(L"1"));
+    clTop.AddSubError(clTop);
+    clTop.LightCopy(*clTop.pclGetSubError(1));
+    EXPECT_EQ(csDump(clTop), L"middle\r\n");
 }
 
 }  // namespace

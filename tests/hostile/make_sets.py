@@ -16,7 +16,8 @@ PASSWORD = "secret"
 # A small one with all that an entry may be, and one with the Zip64 records; both are damaged in every place.
 CONTENT = {"a.txt": HELLO, "sub/deflated": b"data " * 50 + bytes(range(50)), "enciphered": b"hidden"}
 SMALL = archive(entry(), entry(b"sub/deflated", CONTENT["sub/deflated"], deflate=True, comment=b"entry"),
-                entry(b"enciphered", b"hidden", password=PASSWORD.encode(), extra=b"UT\4\0time"), comment=b"remark")
+                entry(b"enciphered", b"hidden", flags=ENCIPHERED, extra=b"UT\4\0time",  # with the password
+                      stored=bytes.fromhex("c889c95bb4deac0e5a9d7ee93ca2b9b16b05")), comment=b"remark")
 SMALL64 = archive(entry(size=SATURATED, compressed=SATURATED, offset=SATURATED, extra=block(14, 14, 0)),
                   before_end=records(1, 79, directory=79), offset=SATURATED)
 # The records by their signatures, and the widths of the fields behind them.

@@ -9,6 +9,7 @@
 
 #include "framework/conversion.h"
 #include "services/command_witness.h"
+#include "services/shell_command.h"
 #include "services/systemctl_output.h"
 #include "services/told_program.h"
 #include "tests/services/stand_in.h"
@@ -84,21 +85,19 @@ struct STSign {
 };
 
 // In the order in which they are looked at. The texts are what some machine says there.
-const STSign tabSign[] = {
-    {"/bin/systemctl", "#!/bin/sh\n[ \"$*\" = '--no-pager --no-legend' ]\n", eSystemd},
-    {"/etc/debian_version", "12.11\n", eDebian},
-    {"/etc/mandrake-release", "Mandrake Linux release 10.1\n", eMandriva},
-    {"/etc/mandriva-release", "Mandriva Linux release 2011.0\n", eMandriva},
-    {"/etc/SuSE-release", "SUSE Linux Enterprise Server 11\n", eSuSE},
-    {"/sbin/SuSEconfig", "", eSuSE},
-    {"/etc/gentoo-release", "Gentoo Base System release 2.7\n", eGentoo},
-    {"/etc/fedora-release", "Fedora release 12\n", eFedora},
-    {"/etc/slackware-release", "", eSlackware},
-    {"/etc/slackware-version", "Slackware 13.37.0\n", eSlackware},
-    {"/etc/redhat-release", "CentOS release 5.11 (Final)\n", eRedHat},
-    {"/etc/version", "fedora\n", eFedora},
-    {"/etc/init.d/function", "", eRedHat},
-};
+const STSign tabSign[] = {{"/bin/systemctl", "#!/bin/sh\n[ \"$*\" = '--no-pager --no-legend' ]\n", eSystemd},
+                          {"/etc/debian_version", "12.11\n", eDebian},
+                          {"/etc/mandrake-release", "Mandrake Linux release 10.1\n", eMandriva},
+                          {"/etc/mandriva-release", "Mandriva Linux release 2011.0\n", eMandriva},
+                          {"/etc/SuSE-release", "SUSE Linux Enterprise Server 11\n", eSuSE},
+                          {"/sbin/SuSEconfig", "", eSuSE},
+                          {"/etc/gentoo-release", "Gentoo Base System release 2.7\n", eGentoo},
+                          {"/etc/fedora-release", "Fedora release 12\n", eFedora},
+                          {"/etc/slackware-release", "", eSlackware},
+                          {"/etc/slackware-version", "Slackware 13.37.0\n", eSlackware},
+                          {"/etc/redhat-release", "CentOS release 5.11 (Final)\n", eRedHat},
+                          {"/etc/version", "fedora\n", eFedora},
+                          {"/etc/init.d/function", "", eRedHat}};
 
 struct DetectionTest : CStandInTest {
     void SetUp() override {
@@ -239,6 +238,9 @@ TEST_F(ServiceManagerTest, SysVScripts) {
     EXPECT_EQ(tabList(L"v1.4"), (CNames{L"v1-4", L"v1-4b"}));
     std::filesystem::remove_all("/etc/init.d");
     EXPECT_EQ(tabList(L""), CNames());
+    unsigned dwCursor = 0;
+    EXPECT_EQ(m_clManager.pclEnumService(&dwCursor, L"", 0), nullptr);
+    EXPECT_EQ(dwCursor, 0U);
 }
 
 TEST_F(ServiceManagerTest, SystemdUnits) {
@@ -323,21 +325,20 @@ TEST_F(ServiceTest, TheWitnessIsToldHowCommandsEnd) {
           {eSystemd, "echo 1; echo 2 >&2; exit 4", false, "1024:1\n2\n|"},
           {eSystemd, "yes | head -c 1000000; exit 1", false, "256:4096|"},
           {eSystemd, "kill -INT $$", false, "2:|"},
-          {eSystemd, nullptr, false, "-2:|"}}) {
+          {eSystemd, "rm", false, "-2:|"}}) {
         CServiceManager::ms_eDistri = nDistri;
         const bool bUnit = nDistri == eSystemd;
-        Tool(bUnit ? PSZ_SYSTEMCTL : PSZ_SCRIPT, pszBody == nullptr ? "" : pszBody);
+        Tool(bUnit ? PSZ_SYSTEMCTL : PSZ_SCRIPT, pszBody);
         std::filesystem::remove(bUnit ? PSZ_SCRIPT : PSZ_SYSTEMCTL);
-        std::filesystem::remove(pszBody == nullptr ? PSZ_SYSTEMCTL : "");
+        std::filesystem::remove(pszBody == "rm"s ? PSZ_SYSTEMCTL : "");
         testing::internal::CaptureStderr();
         EXPECT_EQ(m_clService.bStart(nullptr), bWorks);
-        EXPECT_TRUE(!bUnit || bWorks || errno == (pszBody == nullptr ? ENOENT : 0));
+        EXPECT_TRUE(!bUnit || bWorks || errno == (pszBody == "rm"s ? ENOENT : 0));
         const std::string csSaid = testing::internal::GetCapturedStderr();
-        EXPECT_TRUE(csTold != "256:4096|" || csSaid.size() == (bUnit ? 0 : 100000))
-            << "what was said is lost";
-        const char* const pszCommand =
-            bUnit ? "/bin/systemctl start svc=" : "/etc/init.d/svc start >/dev/null!";
-        EXPECT_EQ(csTakeTold(), csTold.empty() ? "" : pszCommand + csTold);
+        EXPECT_TRUE(csTold != "256:4096|" || csSaid.size() == (bUnit ? 0 : 100000)) << "words are lost";
+        EXPECT_EQ(csTakeTold(), csTold.empty() ? ""
+                                : bUnit        ? "/bin/systemctl start svc=" + csTold
+                                               : "/etc/init.d/svc start >/dev/null!" + csTold);
     }
 }
 
@@ -361,56 +362,45 @@ TEST_F(ServiceTest, StandardErrorIsPutBack) {
     ::close(nBefore);
 }
 
-TEST_F(ServiceTest, WhyARemovalFailsAndWhyAFileStays) {
-    CServiceManager::ms_eDistri = eSystemd;
-    ::mkfifo("/tmp/fifo", 0600);
-    using CRow = std::tuple<const char*, bool, int>;  // what systemctl does, the result, the reason
-    for (const auto& [pszBody, bWorks, nError] :
-         {CRow("*disable*) echo Failed: Access denied; exit 1;;", false, EPERM),
-          {"*disable*) echo Interactive authentication required. >&2; exit 1;;", false, EPERM},
-          {"*disable*) echo Failed to disable unit: Read-only file system; exit 1;;", false, EROFS},
-          {"*disable*) echo Is not: no space left on device; exit 1;;", false, ENOSPC},
-          {"*disable*) echo Unit file svc.service does not exist.; exit 1;;", false, ECANCELED},
-          {"*SourcePath*) rm $0;;", false, ENOENT},
-          {"*FragmentPath*) echo refused; exit 1;;", true, EIO},
-          {"*SourcePath*) echo SourcePath=/tmp/fifo;;", true, EINVAL},
-          {"*FragmentPath*) echo FragmentPath=/tmp;;", true, EISDIR},
-          {"*SourcePath*) echo SourcePath=/tmp/gone;;", true, 0}}) {
-        Tool(PSZ_SYSTEMCTL, "case \"$*\" in " + std::string(pszBody) + " esac");
-        EXPECT_EQ(m_clService.bRemove(), bWorks) << pszBody;
-        EXPECT_EQ(errno, nError) << pszBody;
-    }
-    EXPECT_TRUE(bExists("/tmp/fifo"));
-}
-
 TEST_F(ServiceTest, SysVCommandsAndWhatTheySilence) {
     for (const bool bWorks : {false, true}) {
-        Tool(PSZ_SCRIPT, std::string(R"(echo out; echo "err $*" >&2; exit )") + (bWorks ? "0" : "3"));
+        Tool(PSZ_SCRIPT, R"(echo out; echo "err $*" >&2; exit )"s + (bWorks ? "0" : "3"));
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        EXPECT_EQ(m_clService.bStart(nullptr), bWorks);
-        EXPECT_EQ(m_clService.bStart(L"a \u00E9"), bWorks);
-        EXPECT_EQ(m_clService.bStop(), bWorks);
-        EXPECT_EQ(m_clService.bRestart(), bWorks);
-        EXPECT_EQ(m_clService.bSendControlCommand(dwControlStop), bWorks);
-        EXPECT_EQ(m_clService.bSendControlCommand(dwControlReload), bWorks);
+        for (const bool b :
+             {m_clService.bStart(nullptr), m_clService.bStart(L"\u00E9 2"), m_clService.bStop(),
+              m_clService.bRestart(), m_clService.bSendControlCommand(dwControlStop),
+              m_clService.bSendControlCommand(dwControlReload)}) {
+            EXPECT_EQ(b, bWorks);
+        }
         EXPECT_FALSE(m_clService.bSendControlCommand(2));
         EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "err start\nerr start a \xC3\xA9\n");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "err start\nerr start \xC3\xA9 2\n");
         EXPECT_EQ(csTakeRecord(),
-                  "svc start\nsvc start a \xC3\xA9\nsvc stop\nsvc restart\nsvc stop\nsvc reload\n");
+                  "svc start\nsvc start \xC3\xA9 2\nsvc stop\nsvc restart\nsvc stop\nsvc reload\n");
     }
-    for (const auto& [pszBody, nStatus] : {std::pair("exit 0", 4), {"exit 1", 8}, {"exit 2", 1}}) {
-        Tool(PSZ_SCRIPT, pszBody);
+    for (const auto& [eDistri, pszTool, pszBody, nStatus] :
+         {std::tuple(eDebian, PSZ_SCRIPT, "exit 0", 4),
+          {eDebian, PSZ_SCRIPT, "exit 1", 8},
+          {eDebian, PSZ_SCRIPT, "exit 2", 1},
+          {eSystemd, PSZ_SYSTEMCTL, "echo ActiveState=Reloading", 4},
+          {eSystemd, PSZ_SYSTEMCTL, "echo ActiveState=maintenance", 1}}) {
+        CServiceManager::ms_eDistri = eDistri;
+        Tool(pszTool, pszBody);
         EXPECT_EQ(m_clService.eGetStatus(), nStatus);
     }
+    CServiceManager::ms_eDistri = eDebian;
     std::filesystem::permissions(PSZ_SCRIPT, std::filesystem::perms(0644));
     EXPECT_EQ(m_clService.eGetStatus(), -1);
     CServiceManager::ms_eDistri = eSystemd;
-    for (const auto& [pszBody, nStatus] : {std::pair("Reloading", 4), {"maintenance", 1}}) {
-        Tool(PSZ_SYSTEMCTL, std::string("echo ActiveState=") + pszBody);
-        EXPECT_EQ(m_clService.eGetStatus(), nStatus);
-    }
+    Tool(PSZ_SYSTEMCTL, "");
+    csTakeRecord();
+    EXPECT_TRUE(m_clService.bRestart() && m_clService.bSendControlCommand(dwControlReload));
+    EXPECT_EQ(csTakeRecord(), "systemctl restart svc\nsystemctl reload svc\n");
+    std::filesystem::rename("/bin/sh", "/bin/sh.away");
+    EXPECT_EQ(nShellCommand("exit 127"), -1) << "nothing could be run";
+    std::filesystem::rename("/bin/sh.away", "/bin/sh");
+    EXPECT_EQ(nShellCommand("exit 127"), 127 << 8);
 }
 
 TEST_F(ServiceTest, SystemdRemovalGoesInOrder) {
@@ -427,20 +417,37 @@ TEST_F(ServiceTest, SystemdRemovalGoesInOrder) {
     Write("/abc", "");
     const std::string csRefused =
         "systemctl --property=FragmentPath show svc\n/abc /tmp/unit\n"
-        "systemctl --property=SourcePath show svc\n/abc /tmp/unit\n"
-        "systemctl disable svc\n/abc /tmp/unit\n";
+        "systemctl --property=SourcePath show svc\n/abc /tmp/unit\nsystemctl disable svc\n/abc /tmp/unit\n";
     EXPECT_FALSE(m_clService.bRemove());
     EXPECT_EQ(csTakeRecord(), csRefused);
     Write("/tmp/allowed", "");
     EXPECT_TRUE(m_clService.bRemove());
     EXPECT_EQ(csTakeRecord(),
               csRefused + "systemctl stop svc\n/abc /tmp/unit\nsystemctl daemon-reload\n/abc\n");
+    // Why it fails, and why a file stays.
+    ::mkfifo("/tmp/fifo", 0600);
+    for (const auto& [pszBody, bWorks, nError] :
+         {std::tuple("*disable*) echo Failed: Access denied; exit 1;;", false, EPERM),
+          {"*disable*) echo Interactive authentication required. >&2; exit 1;;", false, EPERM},
+          {"*disable*) echo Failed to disable unit: Read-only file system; exit 1;;", false, EROFS},
+          {"*disable*) echo Is not: no space left on device; exit 1;;", false, ENOSPC},
+          {"*disable*) echo Unit file svc.service does not exist.; exit 1;;", false, ECANCELED},
+          {"*SourcePath*) rm $0;;", false, ENOENT},
+          {"*FragmentPath*) echo refused; exit 1;;", true, EIO},
+          {"*SourcePath*) echo SourcePath=/tmp/fifo;;", true, EINVAL},
+          {"*FragmentPath*) echo FragmentPath=/tmp;;", true, EISDIR},
+          {"*SourcePath*) echo SourcePath=/tmp/gone;;", true, 0}}) {
+        Tool(PSZ_SYSTEMCTL, "case \"$*\" in "s + pszBody + " esac");
+        EXPECT_EQ(m_clService.bRemove(), bWorks) << pszBody;
+        EXPECT_EQ(errno, nError) << pszBody;
+    }
+    EXPECT_TRUE(bExists("/tmp/fifo"));
 }
 
 TEST_F(ServiceTest, SysVRemovalByDistribution) {
     ::setenv("PATH", "/tmp/tools:/usr/bin:/bin", 1);
     for (const char* const psz : {"update-rc.d", "chkconfig", "insserv", "rc-update"}) {
-        Tool(std::string("/tmp/tools/") + psz, "ls /etc/init.d >>/tmp/record; echo no >&2; exit 1");
+        Tool("/tmp/tools/"s + psz, "ls /etc/init.d >>/tmp/record; echo no >&2; exit 1");
     }
     // The tool's call, and the script where it was still there.
     for (const auto& [eDistri, pszRecord] : {std::pair{eDebian, "update-rc.d -f svc remove\n"},
@@ -453,9 +460,7 @@ TEST_F(ServiceTest, SysVRemovalByDistribution) {
         Write(PSZ_SCRIPT, "");
         EXPECT_TRUE(m_clService.bRemove()) << "the tool's failure does not count";
         EXPECT_EQ(csTakeRecord(), pszRecord);
-        // With the script still there, unless it goes first.
-        EXPECT_TRUE(
-            csTakeTold().ends_with(eDistri == eDebian ? " >/dev/null=256:no\n|" : " >/dev/null!256:no\n|"));
+        EXPECT_TRUE(csTakeTold().ends_with(eDistri == eDebian ? "=256:no\n|" : "!256:no\n|"));
         EXPECT_FALSE(bExists(PSZ_SCRIPT));
         EXPECT_TRUE(m_clService.bRemove()) << "gone already";
         // What cannot be deleted makes a failure where deleting is the last step.
@@ -470,10 +475,10 @@ TEST_F(ServiceTest, SysVRemovalByDistribution) {
     EXPECT_TRUE(m_clService.bRemove());
     EXPECT_FALSE(bExists("/etc/rc.d/rc.svc"));
     CServiceManager::ms_eDistri = eNotDetected;
-    errno = EACCES;
-    EXPECT_FALSE(m_clService.bRemove());
-    errno = ENOENT;
-    EXPECT_TRUE(m_clService.bRemove());
+    for (const int nError : {EACCES, ENOENT}) {
+        errno = nError;
+        EXPECT_EQ(m_clService.bRemove(), nError == ENOENT);
+    }
     EXPECT_TRUE(bExists(PSZ_SCRIPT));
 }
 

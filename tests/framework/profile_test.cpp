@@ -92,6 +92,7 @@ TEST_F(Profile, WritesInPlace) {
         {"[AB]\nl=2\n[C]\nk=1\n", L"k", L"v", "[AB]\nl=2\nk = v\n[C]\nk=1\n"},
         // Removing a key.
         {"[AB]\nk=1\nl=2\n", L"K", nullptr, "[AB]\nl=2\n"},
+        {"[AB]\nl=2\n", L"k", nullptr, "[AB]\nl=2\n"},
         // Removing the section, to the next line that begins with "[".
         {"[C]\nk=1\n[ab]\nk=2\n\n [D]\n[E]\nk=3\n", nullptr, L"x", "[C]\nk=1\n[E]\nk=3\n"},
         {"[AB]\nk=1\n[C\nk=2\n[AB]\n", nullptr, nullptr, "[C\nk=2\n[AB]\n"},

@@ -54,10 +54,6 @@ class Sets:
         """The content that a.txt is extracted to, or the code."""
         self.add("one rule", archive(entry(**lies)) if content is None else content, codes={"a.txt": outcome})
 
-    def write_manifest(self):
-        with open(self.folder + "/manifest.jsonl", "w") as file:
-            file.writelines(json.dumps(row) + "\n" for row in self.rows)
-
 
 def records_that_lie(sets):
     """Each of them breaks one rule, or keeps to one that is easily broken."""
@@ -216,4 +212,5 @@ def make(folder):
     for part in (records_that_lie, damage_everywhere, entries_in_each_others_way, names, things_in_the_destination,
                  volumes):
         part(sets)
-    sets.write_manifest()
+    with open(folder + "/manifest.jsonl", "w") as file:
+        file.writelines(json.dumps(row) + "\n" for row in sets.rows)

@@ -7,10 +7,7 @@ Each FOLDER has a manifest.jsonl; without one the archives of make_sets.py are m
 the folder that the environment variable KALMO_ARCHIVES names, if it does. A line of a manifest is an object: path,
 expected, findings; password, a list; entries, each with name, size, crc and method as its directory states them. Of
 our own archives a line may also have: open, why it is refused; lay, a shell command that puts something into the
-destination first; and an entry code, of extracting it to a file.
-
-Each archive has a file tree to itself: the folder it is extracted to a few levels down, and files outside of that
-which nothing may touch, wherever a name leads.
+destination first; and an entry code, of extracting it to a file. Each archive has a file tree to itself.
 
 Prints each difference, and where the examiner leaves it to the reader or is stricter than the rules of this system
 what they decide. A difference whose archive stands in known_differences.txt (path, tab, the rule) is explained.

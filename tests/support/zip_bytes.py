@@ -33,16 +33,7 @@ def end_record(count, size, offset, disk=0, directory_disk=0, comment=b""):
                        len(comment)) + comment
 
 
-def archive(*entries, before_end=b"", **lies):
-    heads, directory = bytearray(), bytearray()
-    for head, central in entries:
-        directory += central(len(heads))
-        heads += head
-    end = {**dict(count=len(entries), size=len(directory), offset=len(heads)), **lies}
-    return bytes(heads + directory) + before_end + end_record(**end)
-
-
-def split(cuts, *entries):
+def split(cuts, *entries, before_end=b"", **lies):
     """The volumes of a set that is cut at these positions; it may be cut anywhere."""
     def place(position):
         disk = sum(cut <= position for cut in cuts)
@@ -53,8 +44,13 @@ def split(cuts, *entries):
         directory += central(*place(len(heads)))
         heads += head
     offset, directory_disk = place(len(heads))
-    whole = bytes(heads + directory) + end_record(len(entries), len(directory), offset, len(cuts), directory_disk)
+    whole = bytes(heads + directory) + before_end + end_record(**{**dict(
+        count=len(entries), size=len(directory), offset=offset, disk=len(cuts), directory_disk=directory_disk), **lies})
     return [whole[start:end] for start, end in zip([0] + cuts, cuts + [len(whole)])]
+
+
+def archive(*entries, **lies):
+    return split([], *entries, **lies)[0]
 
 
 def locator(offset, disks=1):

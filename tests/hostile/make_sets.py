@@ -147,13 +147,13 @@ def lies_of_record(sets, what, sound, position, widths, row):
 
 def entries_in_each_others_way(sets):
     inner = entry(b"inner")
-    sets.add("nested", archive(entry(b"outer", archive(inner)), (b"", lambda _: inner[1](35))), "policy",
+    sets.add("nested", archive(entry(b"outer", archive(inner)), (b"", lambda *_: inner[1](35))), "policy",
              {"outer": archive(inner), "inner": HELLO})
     again = entry(b"again", bytes(1 << 20), deflate=True)
-    sets.add("overlapping", archive(again, *[(b"", lambda _: again[1](0))] * 299), "policy",
+    sets.add("overlapping", archive(again, *[(b"", lambda *_: again[1](0))] * 299), "policy",
              {"again": bytes(1 << 20)})
     many = [entry(b"\\%06d" % n + b"n" * 250)[1] for n in range(1000)]  # each of them takes the most memory
-    sets.add("many headers", archive(*[(b"", lambda _, central=central: central(0)) for central in many]))
+    sets.add("many headers", archive(*[(b"", lambda *_, central=central: central(0)) for central in many]))
     for first, second in ("a", "a/b"), ("a/b", "a"):
         sets.add("file and folder", archive(entry(first.encode()), entry(second.encode())), "refuse-hostile",
                  {first: HELLO, second: 2})

@@ -337,18 +337,15 @@ TEST(XError, SubErrorsAreOwnedCopies) {
         clMiddle.AddSubError(clLeaf);
         clTop.AddSubError(clMiddle);
         clTop.AddSubErrorLight(clMiddle);
-        clTop.AddSubErrorNoUserMessage(clMiddle);
+        clTop.AddSubErrorNoUserMessage(clLeaf);
         clTop.AddSubErrorLightNoUserMessage(clMiddle);
     }
-    const std::wstring csLeaf = L"leaf and x\r\nIE%=7.30\r\nModule=<bad>\r\nVersion=<1.0>\r\nLevel=2\r\n";
-    CTString csWhole(L"top\r\nmiddle\r\n" + csLeaf + L"middle\r\n");
-    csWhole.Replace(L'%', L"1.1");
-    csWhole += csLeaf;
-    csWhole.Replace(L'%', L"3.1");
+    const std::wstring csModule = L"=7.30\r\nModule=<bad>\r\nVersion=<1.0>\r\nLevel=2\r\n";
     CXError clCopy;
     clCopy.Copy(clTop);
     clTop.DeleteAllSubError();
-    EXPECT_EQ(csDump(clCopy), csWhole.svGet());
+    EXPECT_EQ(csDump(clCopy),
+              L"top\r\nmiddle\r\nleaf and x\r\nIE1.1" + csModule + L"middle\r\nIE3" + csModule);
     clTop.AddSubError(clCopy);
     EXPECT_EQ(clTop.pclGetSubError(-1), nullptr);
     // The source may be one of its own.

@@ -39,13 +39,11 @@ class CServicesTest : public testing::Test {
     }
     /// Name, description and program of a service.
     std::wstring csFind(const wchar_t* pszName) {
+        const auto csOf = [](const wchar_t* psz) { return std::wstring(psz == nullptr ? L"(null)" : psz); };
         const auto pcl = m_clManager.pclGetService(pszName, 0);
-        if (pcl == nullptr) {
-            return L"none";
-        }
-        const wchar_t* const pszProgram = pcl->pszBinaryPathName();
-        return std::wstring(pcl->pszGetName()) + L"," + pcl->pszGetDisplayName() + L"," +
-               (pszProgram == nullptr ? L"(null)" : pszProgram);
+        return pcl == nullptr ? L"none"
+                              : csOf(pcl->pszGetName()) + L"," + csOf(pcl->pszGetDisplayName()) + L"," +
+                                    csOf(pcl->pszBinaryPathName());
     }
     /// The names that a listing finds.
     CNames tabList(const wchar_t* pszPrefix) {

@@ -202,6 +202,8 @@ def volumes(sets):
     sets.add("last swapped", early[1], open="end record: not found", volumes=[early[0], last])
     zip64_first = zip64(records(1, 51)[:-4] + struct.pack("<I", 2), disk=1)  # its end record in the first volume
     sets.add("zip64 volumes", zip64_first[156:], "policy", {"a.txt": HELLO}, [zip64_first[:156]])
+    alone = zip64(records(1, 51), disk=0xFFFF, directory_disk=0xFFFF)  # beside another one's volume
+    sets.add("zip64 alone", alone, "policy", {"a.txt": HELLO}, [b"another"])
     for length in range(0, 130, 10):
         sets.add("short", last, volumes=[early[0][:length], early[1]])
 

@@ -4,13 +4,37 @@
 
 #include <chrono>
 #include <string>
-#include <unordered_map>
 
+#include "archive/entry_cipher.h"
 #include "framework/memory_stream.h"
 #include "testkit/temp_folder.h"
 
 namespace kalmo {
 namespace {
+
+// The answers come from an implementation of the published description in another language.
+TEST(EntryCipher, KnownAnswersAndTheCheckOfTheHeader) {
+    CEntryCipher cl;
+    // Of each character only the low 8 bits count.
+    for (const wchar_t* const psz : {L"secret", L"\x1F373\x100065\U00000163ret"}) {
+        cl.CryptInitKeys(psz);
+        EXPECT_EQ(cl.rstGetKeys(), (CEntryCipher::STKeys{0xDDA9E469, 0x96212999, 0xF9FC9651}));
+    }
+    CTLBIN tab(16, 0);
+    tab[0] = cl.CryptEncode(tab[0]);
+    cl.CryptEncodeBuffer(std::span(tab).subspan(1));
+    EXPECT_EQ(std::string(tab.begin(), tab.end()),
+              "\xC8\x89\xC9\x5B\xB4\xDE\xAC\x0E\x5A\x9D\x7E\x61\x0B\xBA\x69\xE7");
+    cl.CryptInitKeys(L"secret");
+    tab[0] = cl.CryptDecode(tab[0]);
+    cl.CryptDecodeBuffer(std::span(tab).subspan(1));
+    EXPECT_EQ(tab, CTLBIN(16, 0));
+    CCryptHeader tabHeader;
+    cl.CryptCryptHeader(L"right", 0xA1B2C3D4, &tabHeader);
+    cl.CryptInitKeys(L"right");
+    EXPECT_TRUE(cl.bCryptCheck(tabHeader, 0xA1));
+    EXPECT_EQ(tabHeader[10], 0xB2);
+}
 
 CRepEntree clEntry(const std::wstring& csName, std::uint64_t u64Size = 1) {
     return {CTString(csName), u64Size, u64Size / 2, {{2001, 2, 3, 4, 5, 6}, {1980, 0, 0, 31, 63, 62}, {}}, 7};
@@ -34,6 +58,7 @@ TEST(Repertoire, ChangesKeepRanksCountsAndIndexTogether) {
     EXPECT_EQ(cl.lRang(L"bin"), -1);
     EXPECT_EQ(cl.lRangCasse(L"BIN\\KALMO"), 1);
     EXPECT_EQ(cl.lRangCasse(L"Bin/Kalmo"), -1);
+    EXPECT_EQ(cl.dwNombreFichier(), 3U);
     cl.ForceRepVideAlaFin();
     EXPECT_EQ(csNames(cl), L"bin/kalmo BIN/KALMO readme empty/ ");
     EXPECT_EQ(cl.lRang(L"empty/"), 3);
@@ -49,88 +74,65 @@ TEST(Repertoire, ChangesKeepRanksCountsAndIndexTogether) {
 
 // Names that are made to meet in the index once made opening an archive take minutes.
 TEST(Repertoire, NamesThatMeetInTheIndexAreNoSlower) {
-    constexpr int NAMES = 20000;
-    std::unordered_map<std::uint32_t, int> mapLike(43);
-    mapLike.reserve(NAMES);
-    const auto unBuckets = static_cast<std::uint32_t>(mapLike.bucket_count());
-    // Seven characters that have no case, whose hash is un.
-    const auto csWithHash = [](std::uint32_t un) {
-        std::uint32_t unAll = 5381;
-        for (int n = 0; n < 7; ++n) {
-            unAll = unAll * 33 + 0x2200;
-        }
-        std::wstring cs(7, L'\0');
-        un -= unAll;
-        for (auto it = cs.rbegin(); it != cs.rend(); ++it, un /= 33) {
-            *it = static_cast<wchar_t>(0x2200 + un % 33);
-        }
-        return cs;
-    };
-    // "AZ" and "B9" have one hash, and so has every row of them.
-    const auto csOfOneHash = [](std::uint32_t un) {
-        std::wstring cs;
-        for (int nBit = 0; nBit < 16; ++nBit) {
-            cs += (un >> nBit & 1) != 0 ? L"AZ" : L"b9";
-        }
-        return cs;
-    };
-    const auto dSeconds = [](const auto& NameOf) {
+    // "AZ" and "B9" have one hash where each character counts 33 times the next one; so has every row of
+    // them.
+    const auto dSeconds = [](const wchar_t* pszOne, const wchar_t* pszOther) {
+        constexpr int NAMES = 20000;
+        const auto csName = [&](int nName) {
+            std::wstring cs;
+            for (int nBit = 0; nBit < 16; ++nBit) {
+                cs += (nName >> nBit & 1) != 0 ? pszOne : pszOther;
+            }
+            return cs;
+        };
         const auto clStart = std::chrono::steady_clock::now();
         CRepertoire cl;
         cl.Reserve(NAMES);
         for (int n = 0; n <= NAMES; ++n) {
-            (void)cl.bAjouteEntree(clEntry(NameOf(static_cast<std::uint32_t>(n % NAMES))));
+            (void)cl.bAjouteEntree(clEntry(csName(n % NAMES)));
         }
         for (int n = 0; n < NAMES; ++n) {
-            EXPECT_EQ(cl.lRang(NameOf(static_cast<std::uint32_t>(n))), n) << "the first of a name stays";
+            EXPECT_EQ(cl.lRang(csName(n)), n) << "the first of a name stays";
         }
-        EXPECT_EQ(cl.lRang(L"BA" + NameOf(0)), -1);
+        EXPECT_EQ(cl.lRang(L"BA" + csName(0)), -1);
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - clStart).count();
     };
-    const double dPlain = dSeconds(csWithHash);
-    EXPECT_LT(dSeconds([&](std::uint32_t un) { return csWithHash(un * unBuckets); }), 10 * dPlain + 1);
-    EXPECT_LT(dSeconds(csOfOneHash), 10 * dPlain + 1);
+    EXPECT_LT(dSeconds(L"AZ", L"b9"), 10 * dSeconds(L"AZ", L"77") + 1);
 }
 
 TEST(Repertoire, ComesBackAsItWasWritten) {
-    CRepertoire clWritten;
-    for (int n = 0; n < 3000; ++n) {  // more than one block of entries
-        CRepEntree cl =
-            clEntry(L"\u00E9\xDCFF/Name" + std::to_wstring(n), 0x100000000U + static_cast<unsigned>(n));
-        cl.SetCrypte(n % 2 == 0, CTString(L"not written"));
+    const CTempFolder clFolder;
+    CRepertoire clRead, clWritten;
+    // The names that come back, "-" where it is refused: of what is written, or of the bytes given.
+    const auto csBack = [&](std::string cs = "") -> std::wstring {
+        CDiskFile clFile;
+        EXPECT_TRUE(clFile.bOpen(clFolder.csWide("directory"), CDiskFile::eMODE::Create));
+        EXPECT_EQ(clWritten.eEcrit(clFile), ARCHIVE_OK);
+        EXPECT_TRUE(clFile.bClose());
+        cs = cs.empty() ? clFolder.csRead("directory") : cs;
+        CMemoryStream clStream(CTLBIN(cs.begin(), cs.end()));
+        return clRead.bLit(clStream) ? csNames(clRead) : L"-" + csNames(clRead);
+    };
+    for (unsigned un = 0; un < 3000; ++un) {  // more than one block of entries
+        CRepEntree cl = clEntry(L"\u00E9\xDCFF/Name" + std::to_wstring(un), 0x100000000U + un);
+        cl.SetCrypte(un % 2 == 0, CTString(L"not written"));
         ASSERT_TRUE(clWritten.bAjouteEntree(std::move(cl)));
     }
-    const CTempFolder clFolder;
-    CDiskFile clFile;
-    ASSERT_TRUE(clFile.bOpen(clFolder.csWide("directory"), CDiskFile::eMODE::Create));
-    ASSERT_EQ(clWritten.eEcrit(clFile), ARCHIVE_OK);
-    ASSERT_TRUE(clFile.bSeek(0));
-    CRepertoire clRead;
-    ASSERT_TRUE(clRead.bAjouteEntree(clEntry(L"from before")));
-    ASSERT_TRUE(clRead.bLit(clFile));
-    EXPECT_EQ(csNames(clRead), csNames(clWritten));
+    EXPECT_EQ(csBack(), csNames(clWritten));
     const CRepEntree& rcl = *clRead.pclGetEntree(2222);
     EXPECT_EQ(rcl.u64GetTailleCompresse(), 0x80000000U + 1111);
-    EXPECT_EQ(rcl.rstGetTimes().stCreation.nAnnee, 2001);
-    EXPECT_EQ(rcl.rstGetTimes().stAcces.nMinute, 63);
+    EXPECT_EQ(rcl.rstGetTimes().stCreation.nAnnee * 100 + rcl.rstGetTimes().stAcces.nMinute, 200163);
     EXPECT_EQ(rcl.dwGetAttribut(), 7U);
-    EXPECT_TRUE(rcl.bCrypte());
-    EXPECT_TRUE(rcl.bMdpOK(L"")) << "the password is not written";
-
-    // Cut anywhere, or claiming what is not there, it is no directory at all.
+    EXPECT_TRUE(rcl.bCrypte() && rcl.bMdpOK(L"")) << "the password is not written";
+    // Cut anywhere, or claiming what is not there, it is no directory at all; nor with a name beyond 65536
+    // bytes.
     const std::string csFile = clFolder.csRead("directory");
-    const CTLBIN tabFile(csFile.begin(), csFile.end());
-    const auto Refused = [&](CTLBIN tab) {
-        CMemoryStream clDamaged(std::move(tab));
-        EXPECT_FALSE(clRead.bLit(clDamaged));
-        EXPECT_EQ(clRead.dwTaille(), 0U);
-    };
-    Refused({tabFile.begin(), tabFile.end() - 1});
+    EXPECT_EQ(csBack(csFile.substr(0, csFile.size() - 1)), L"-");
     for (const std::size_t nChanged : {0U, 4U, 11U, 15U}) {  // signature, version, count, length of a name
-        CTLBIN tab = tabFile;
-        tab[nChanged] = 0x7F;
-        Refused(std::move(tab));
+        EXPECT_EQ(csBack(std::string(csFile).replace(nChanged, 1, "\x7F")), L"-");
     }
+    ASSERT_TRUE(clWritten.bAjouteEntree(clEntry(std::wstring(65537, L'n'))));
+    EXPECT_EQ(csBack(), L"-");
 }
 
 }  // namespace

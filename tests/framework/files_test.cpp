@@ -5,9 +5,11 @@
 #include <set>
 #include <string>
 #include <tuple>
-#include <utility>
 
 #include "framework/disk_file.h"
+#include "framework/file_version.h"
+#include "framework/memory_stream.h"
+#include "framework/process_info.h"
 #include "testkit/temp_folder.h"
 
 namespace kalmo {
@@ -16,6 +18,10 @@ namespace {
 using namespace std::string_literals;
 using eMODE = CDiskFile::eMODE;
 
+struct Files : testing::Test {
+    const CTempFolder m_clFolder;
+};
+
 TEST(FSPath, JoinsUpTo260Characters) {
     using CCase = std::array<std::wstring, 3>;  // path, name, result; empty: refused
     for (const auto& [csPath, csName, csJoined] :
@@ -23,7 +29,7 @@ TEST(FSPath, JoinsUpTo260Characters) {
           {L"\\a\\", L"b\\c", L"/a/b/c"},
           {std::wstring(258, L'x'), L"y", std::wstring(258, L'x') + L"/y"},
           {std::wstring(259, L'x'), L"y", L""},
-          {L"/a", std::wstring(L"b\0c", 3), L""}}) {
+          {L"/a", L"b\0c"s, L""}}) {
         CFSPath clPath;
         ASSERT_TRUE(clPath.bSet(csPath));
         EXPECT_EQ(clPath.bAppend(csName), !csJoined.empty());
@@ -33,24 +39,21 @@ TEST(FSPath, JoinsUpTo260Characters) {
     EXPECT_FALSE(CDiskFile::MakePath(szPath, std::wstring(255, L'x'), L"ab", L"ini"));
     EXPECT_EQ(szPath, L""s);
     const STPathParts st = CFSPath::stSplit(L"a.x\\b.c.d");
-    EXPECT_EQ(st.svDirectory, L"a.x\\");
-    EXPECT_EQ(st.svBaseName, L"b.c");
-    EXPECT_EQ(st.svExtension, L"d");
+    EXPECT_EQ(std::tie(st.svDirectory, st.svBaseName, st.svExtension), std::tuple(L"a.x\\"s, L"b.c"s, L"d"s));
 }
 
-TEST(DiskFile, RefusesPathsThatMustNotBeUsed) {
-    const CTempFolder clFolder;
+TEST_F(Files, PathsThatMustNotBeUsedAreRefused) {
     // A path of exactly 260 characters, in parts of at most 255.
-    std::wstring csLongest = clFolder.csWide("") + std::wstring(150, L'd') + L"/";
+    std::wstring csLongest = m_clFolder.csWide("") + std::wstring(150, L'd') + L"/";
     ASSERT_TRUE(CDiskFile::bCreateDirectory(csLongest));
     csLongest.resize(TAILLE_MAX_PATH, L'\u00E9');
     CDiskFile clFile;
     EXPECT_TRUE(clFile.bOpen(csLongest, eMODE::Create));
     for (const auto& [csPath, nError] : {std::pair(csLongest + L"x", ENAMETOOLONG),
-                                         {clFolder.csWide("a") + L'\0', EINVAL},
+                                         {m_clFolder.csWide("a") + L'\0', EINVAL},
                                          {L"", EINVAL},
-                                         {clFolder.csWide(""), EISDIR},
-                                         {clFolder.csWide("none/a"), ENOENT}}) {
+                                         {m_clFolder.csWide(""), EISDIR},
+                                         {m_clFolder.csWide("none/a"), ENOENT}}) {
         EXPECT_FALSE(clFile.bOpen(csPath, eMODE::Create));
         EXPECT_EQ(errno, nError) << csPath.size();
         EXPECT_FALSE(CDiskFile::bFileExists(csPath));
@@ -58,43 +61,40 @@ TEST(DiskFile, RefusesPathsThatMustNotBeUsed) {
 }
 
 // Neither a link's target nor another name of the file is written to, and no pipe.
-TEST(DiskFile, CreateWritesNowhereElse) {
-    const CTempFolder clFolder;
-    const auto bCreate = [&clFolder] {
+TEST_F(Files, CreateWritesNowhereElse) {
+    const auto bCreate = [this] {
         CDiskFile clFile;
-        return clFile.bOpen(clFolder.csWide("f"), eMODE::Create, 0600) && clFile.bWrite("new", 3);
+        return clFile.bOpen(m_clFolder.csWide("f"), eMODE::Create, 0600) && clFile.bWrite("new", 3);
     };
-    clFolder.Write("other", "other file");
+    m_clFolder.Write("other", "other file");
     for (const char* const pszPutInTheWay : {"ln -s other f", "ln -s none f", "ln other f", "mkfifo f"}) {
-        ASSERT_TRUE(clFolder.bShell(std::string("rm -f f; ") + pszPutInTheWay));
+        ASSERT_TRUE(m_clFolder.bShell("rm -f f; "s + pszPutInTheWay));
         EXPECT_TRUE(bCreate());
-        EXPECT_EQ(clFolder.csRead("other") + clFolder.csRead("none") + clFolder.csRead("f"),
+        EXPECT_EQ(m_clFolder.csRead("other") + m_clFolder.csRead("none") + m_clFolder.csRead("f"),
                   "other file(none)new");
     }
     // A plain file stays the same one, with its permissions.
-    ASSERT_TRUE(clFolder.bShell("rm f; echo longer than before >f; chmod 640 f; stat -c %i%a f >i"));
+    ASSERT_TRUE(m_clFolder.bShell("rm f; echo longer than before >f; chmod 640 f; stat -c %i%a f >i"));
     EXPECT_TRUE(bCreate());
-    EXPECT_TRUE(clFolder.bShell("stat -c %i%a f | cmp - i"));
-    EXPECT_EQ(clFolder.csRead("f"), "new");
+    EXPECT_TRUE(m_clFolder.bShell("stat -c %i%a f | cmp - i"));
+    EXPECT_EQ(m_clFolder.csRead("f"), "new");
 }
 
-TEST(DiskFile, Directories) {
-    const CTempFolder clFolder;
-    EXPECT_TRUE(CDiskFile::bCreateDirectory(clFolder.csWide("a//b/c//")));
+TEST_F(Files, Directories) {
+    EXPECT_TRUE(CDiskFile::bCreateDirectory(m_clFolder.csWide("a//b/c//")));
     EXPECT_TRUE(CDiskFile::bCreateDirectory(L"/"));
-    ASSERT_TRUE(clFolder.bShell("touch file; ln -s a link"));
-    EXPECT_FALSE(CDiskFile::bCreateDirectory(clFolder.csWide("file")));
+    ASSERT_TRUE(m_clFolder.bShell("touch file; ln -s a link"));
+    EXPECT_FALSE(CDiskFile::bCreateDirectory(m_clFolder.csWide("file")));
     EXPECT_EQ(errno, ENOTDIR);
     EXPECT_TRUE(CDiskFile::bSameDirectoryName(L"/none/a/", L"\\none\\\\.\\a"));
     EXPECT_FALSE(CDiskFile::bSameDirectoryName(L"/none/a", L"/none/A"));
-    EXPECT_TRUE(CDiskFile::bSameDirectoryName(clFolder.csWide("a/b/.."), clFolder.csWide("link")));
+    EXPECT_TRUE(CDiskFile::bSameDirectoryName(m_clFolder.csWide("a/b/.."), m_clFolder.csWide("link")));
 }
 
-TEST(FileSearch, FindsByPatternAndKind) {
-    const CTempFolder clFolder;
+TEST_F(Files, SearchFindsByPatternAndKind) {
     ASSERT_TRUE(
-        clFolder.bShell("touch tva.so 'tv[1].so' tv1.so TVB.so .tvc.so 'tv\xFF.so'"
-                        "; mkdir tvd.so; ln -s tva.so tvl.so; ln -s none tvx.so"));
+        m_clFolder.bShell("touch tva.so 'tv[1].so' tv1.so TVB.so .tvc.so 'tv\xFF.so'"
+                          "; mkdir tvd.so; ln -s tva.so tvl.so; ln -s none tvx.so"));
     using CNames = std::set<std::wstring>;
     using CCase = std::tuple<const char*, unsigned, CNames>;
     for (const auto& [pszPattern, dwMask, setExpected] :
@@ -105,11 +105,57 @@ TEST(FileSearch, FindsByPatternAndKind) {
           {"none/*", 0, {}}}) {
         CNames setFound;
         CFileSearch clSearch;
-        for (bool b = CDiskFile::bFindFirst(clFolder.csWide(pszPattern), dwMask, &clSearch); b;
+        for (bool b = CDiskFile::bFindFirst(m_clFolder.csWide(pszPattern), dwMask, &clSearch); b;
              b = CDiskFile::bFindNext(&clSearch)) {
             setFound.emplace(clSearch.csGetName().svGet());
         }
         EXPECT_EQ(setFound, setExpected) << pszPattern;
+    }
+}
+
+/// The version that a file or a stream tells, "(none)" where it tells none.
+template <class TSource>
+std::wstring csVersion(TSource&& source) {
+    CFileVersion cl;
+    CTString cs(L"(none)");
+    const bool bInit = cl.bInit(source);
+    EXPECT_TRUE(!cl.bGetString(L"\\StringFileInfo\\000004E4\\VersionVI", &cs) || bInit);
+    return std::wstring(cs.svGet());
+}
+
+TEST_F(Files, VersionOfProgramsAndOtherFiles) {
+    CPathBuffer szProgram;
+    ASSERT_TRUE(GetModuleFileNameW(szProgram));
+    EXPECT_EQ(csVersion(std::wstring(szProgram)), L"12.3.4.5");
+    ASSERT_TRUE(m_clFolder.bShell("touch empty; mkfifo fifo; cp " KALMO_VERSION_NOTES "/* ."));
+    for (const char* const psz :
+         {"program_32", "program_64", "program_64_big_endian_align_8", "object_64", "object_32_big_endian"}) {
+        EXPECT_EQ(csVersion(m_clFolder.csWide(psz)), L"25.0.98.0") << psz;
+    }
+    for (const char* const psz : {"/bin/ls", "text", "empty_notes", "empty", "fifo", "", "none"}) {
+        EXPECT_EQ(csVersion(m_clFolder.csWide(psz)), L"(none)") << psz;
+    }
+}
+
+TEST(FileVersion, NotesAreToldApartAndSizesMayLie) {
+    // Behind the headers come a note of GNU at 120 and the right one at 156, with three bytes to fill it up.
+    const std::string csGood = CTempFolder().csRead(KALMO_VERSION_NOTES "/program_64");
+    const std::tuple<std::size_t, std::string, const wchar_t*> tabPatch[] = {
+        {0, "\x7E", L"(none)"},                               // magic
+        {5, "\3", L"(none)"},                                 // byte order
+        {32, std::string(8, '\xFF'), L"(none)"},              // e_phoff
+        {72, "\xF0\xFF\xFF\xFF\xFF\xFF\xFF\x7F", L"(none)"},  // p_offset
+        {96, "\x74", L"(none)"},                              // p_filesz
+        {128, "\x7E\x1A\xFE\xCA", L"25.0.98.0"},              // the type, another owner
+        {156, "\3", L"(none)"},                               // length of the owner
+        {160, "\xFF\xFF\xFF\xFF", L"(none)"},                 // length of the description
+        {168, "FDX", L"(none)"},                              // owner
+        {csGood.find("25."), R"(\u001b[2J)", L"(none)"},      // what a terminal obeys
+        {csGood.find("\"25."), R"(""         )", L"(none)"},  // nothing
+    };
+    for (const auto& [nAt, csBytes, pszVersion] : tabPatch) {
+        const std::string cs = std::string(csGood).replace(nAt, csBytes.size(), csBytes);
+        EXPECT_EQ(csVersion(CMemoryStream(CTLBIN(cs.begin(), cs.end()))), pszVersion) << nAt;
     }
 }
 

@@ -1,50 +1,53 @@
 // What becomes of archives: opens, lists, looks up and extracts each that a line of the standard input names,
-// and prints what it saw. Each has a file tree and a time limit of its own; one that ends the process ends
-// alone.
+// and prints what it saw. Each has a time limit, and the file tree that the line names to itself.
 //
-// Input: path, password, shell command that lays something in the destination; separated by tabs. Output,
-// also with tabs:
+// Input: file tree, name of the archive in its folder /archive, password. Output, both with tabs:
 //
-//   archive  path
 //   open     code, reason
 //   header   size and CRC stated, method, flags, code of reading it, name   one for each central header
 //   entry    code of extracting it to a file, CRC of what came, name        one for each that is listed
 //   memory   most bytes in use beyond what was in use before
 //   wrong    what must never be, whatever the archive holds
-//   end      "ok", or how the process ended
-
-#include <sys/mman.h>
+//   end
+#include <fcntl.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
-#include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <iostream>
-#include <sstream>
 #include <vector>
 
 #include "archive/crc32.h"
 #include "archive/entry_path.h"
 #include "archive/tv_win_zip.h"
 #include "framework/conversion.h"
-#include "testkit/temp_folder.h"
-#include "tests/hostile/memory_peak.h"
-#include "tests/hostile/sealed_folder.h"
+#include "framework/unique_fd.h"
+
+// The bytes in use, which the address sanitizer tells of, and the most of them. Without it both stay 0.
+std::ptrdiff_t g_nNow = 0;
+std::ptrdiff_t g_nPeak = 0;
+#ifdef __SANITIZE_ADDRESS__
+extern "C" std::size_t __sanitizer_get_allocated_size(const volatile void*);
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, std::size_t),
+                                                         void (*)(const volatile void*));
+const int g_nHooks = __sanitizer_install_malloc_and_free_hooks(
+    [](const volatile void*, std::size_t n) {
+        g_nPeak = std::max(g_nPeak, g_nNow += static_cast<std::ptrdiff_t>(n));
+    },
+    [](const volatile void* p) {
+        g_nNow -= static_cast<std::ptrdiff_t>(p != nullptr ? __sanitizer_get_allocated_size(p) : 0);
+    });
+#endif
 
 namespace kalmo {
 namespace {
 
-namespace fs = std::filesystem;
-
-constexpr unsigned SECONDS = 30;
-constexpr int MAX_LOST = 5;
 constexpr std::uint64_t MAX_FILE = 64U << 20;  // larger files fail to be written
-// The bytes in use: this much for any archive, and so many for each of its own bytes. Names in the directory
-// are kept in wide characters and more than once.
-constexpr std::uint64_t MEMORY_ALWAYS = 1U << 20;
-constexpr std::uint64_t MEMORY_PER_BYTE = 16;
-constexpr std::uint64_t MAX_INFLATION = 1032;
+std::array<unsigned char, 10007> g_tabPiece;
 
 // One field of the output.
 std::string csField(std::wstring_view sv) {
@@ -55,34 +58,19 @@ std::string csField(std::wstring_view sv) {
     return cs;
 }
 
-void Wrong(const std::string& csWhat, std::wstring_view svName = {}) {
-    std::printf("wrong\t%s %s\n", csWhat.c_str(), csField(svName).c_str());
-}
-
-struct STFound {
-    bool bThere = false;
-    struct stat st {};
-    std::uint32_t dwCrc = 0;
-};
-
-STFound stFind(const CFSPath& rclPath) {
-    STFound stFound;
-    stFound.bThere = ::lstat(rclPath.csGetUTF8().pszGet(), &stFound.st) == 0;
-    CDiskFile clFile;
-    if (S_ISREG(stFound.st.st_mode) && clFile.bOpen(rclPath.svGet(), CDiskFile::eMODE::Read)) {
-        static std::array<unsigned char, 65536> tabPiece;
-        for (std::size_t nRead = 1; nRead > 0 && clFile.bRead(tabPiece.data(), tabPiece.size(), &nRead);) {
-            stFound.dwCrc = dwCrc32(stFound.dwCrc, {tabPiece.data(), nRead});
-        }
+void Wrong(bool bWrong, const std::string& csWhat, std::wstring_view svName = {}) {
+    if (bWrong) {
+        std::printf("wrong\t%s %s\n", csWhat.c_str(), csField(svName).c_str());
     }
-    return stFound;
 }
 
-/// What is done with one archive, in the process that is its own.
+/// What is done with one archive.
 class CProbe {
   public:
-    CProbe(std::wstring csPath, const std::wstring& rcsPassword, std::uint64_t u64Length)
-        : m_csPath(std::move(csPath)), m_u64Length(u64Length) {
+    CProbe(std::wstring csPath, const std::wstring& rcsPassword) : m_csPath(std::move(csPath)) {
+        for (const auto& rclFile : std::filesystem::directory_iterator("/archive")) {
+            m_u64Length += rclFile.file_size();
+        }
         (void)m_clRecords.bSetPassword(rcsPassword);
         (void)m_clArchive.eMotDePasse(rcsPassword.c_str());
     }
@@ -96,30 +84,28 @@ class CProbe {
         }
         m_clRecords.FermeZip();
 
-        CMemoryPeak::Start();
+        m_nBefore = g_nPeak = g_nNow;
         const eARCHIVE eOpened = m_clArchive.eOuvreArchive(m_csPath, 0, 0);
         std::printf("open\t%d\t%s\n", eOpened, csField(m_clArchive.csGetDefaut()).c_str());
         const CRepertoire& rcl = m_clArchive.rclGetRepertoire();
         const bool bOpen = eOpened == ARCHIVE_OK;
-        if (bRecords != bOpen || m_clArchive.bOuvert() != bOpen || (!bOpen && rcl.dwTaille() != 0)) {
-            Wrong("opened, or left open, only in part");
-        }
+        Wrong(bRecords != bOpen || m_clArchive.bOuvert() != bOpen || (!bOpen && rcl.dwTaille() != 0),
+              "opened, or left open, only in part");
         auto it = m_tabStated.begin();
         for (int n = 0; n < static_cast<int>(rcl.dwTaille()); ++n) {
-            while (it != m_tabStated.end() && !(it->csNom == rcl.pclGetEntree(n)->csGetNom())) {
-                ++it;
-            }
+            const CTString csNom = rcl.pclGetEntree(n)->csGetNom();
+            it = std::find_if(it, m_tabStated.end(), [&](auto& rst) { return rst.csNom == csNom; });
             if (it == m_tabStated.end()) {
-                return Wrong("listed, but not in the directory:", rcl.pclGetEntree(n)->csGetNom());
+                return Wrong(true, "listed, but not in the directory:", csNom);
             }
             m_tabListed.push_back(*it++);
         }
         std::vector<eARCHIVE> tabCode;
-        for (int n = 0; n < static_cast<int>(rcl.dwTaille()); ++n) {
+        for (std::size_t n = 0; n < m_tabListed.size(); ++n) {
             tabCode.push_back(__eExtractToFile(n));
         }
         __CheckMemory(0);
-        std::printf("memory\t%td\n", CMemoryPeak::nBytes());
+        std::printf("memory\t%td\n", g_nPeak - m_nBefore);
         std::uint64_t u64Largest = 0;
         for (std::size_t n = 0; n < tabCode.size(); ++n) {
             if (tabCode[n] != ARCHIVE_WRITE) {  // too large for a file here
@@ -136,11 +122,11 @@ class CProbe {
         std::uint32_t dwCrc;
     };
 
+    // So much for any archive, and for each of its own bytes: names of the directory are kept in wide
+    // characters and more than once.
     void __CheckMemory(std::uint64_t u64Data) const {
-        const std::uint64_t u64Most = MEMORY_ALWAYS + MEMORY_PER_BYTE * m_u64Length + u64Data;
-        if (static_cast<std::uint64_t>(CMemoryPeak::nBytes()) > u64Most) {
-            Wrong("takes " + std::to_string(CMemoryPeak::nBytes()) + " bytes of memory");
-        }
+        Wrong(static_cast<std::uint64_t>(g_nPeak - m_nBefore) > (1U << 20) + 16 * m_u64Length + u64Data,
+              "takes " + std::to_string(g_nPeak - m_nBefore) + " bytes of memory");
     }
 
     void __ReadHeader(const STCentralHeader& rst) {
@@ -148,11 +134,10 @@ class CProbe {
         std::uint64_t u64Total = 0;
         std::uint32_t dwCrc = 0;
         if (nCode == ARCHIVE_OK) {
-            static std::array<unsigned char, 10007> tabPiece;
             bool bRead = true;
             for (std::size_t nRead = 1; bRead && nRead > 0 && u64Total < MAX_FILE; u64Total += nRead) {
-                bRead = m_clRecords.bReadCurrentFileInZip(tabPiece.data(), tabPiece.size(), &nRead);
-                dwCrc = dwCrc32(dwCrc, {tabPiece.data(), nRead});
+                bRead = m_clRecords.bReadCurrentFileInZip(g_tabPiece.data(), g_tabPiece.size(), &nRead);
+                dwCrc = dwCrc32(dwCrc, {g_tabPiece.data(), nRead});
             }
             nCode = m_clRecords.CloseCurrentFileInZip(1, 0);
             if (!bRead) {
@@ -162,48 +147,50 @@ class CProbe {
             }
         }
         const bool bAsStated = u64Total == rst.u64TailleOriginale && dwCrc == rst.dwCrc;
-        if (u64Total > rst.u64TailleOriginale || (nCode == ARCHIVE_OK && !bAsStated && u64Total < MAX_FILE)) {
-            Wrong("read as a success, but not as stated:", rst.csNom);
-        }
+        Wrong(u64Total > rst.u64TailleOriginale || (nCode == ARCHIVE_OK && !bAsStated && u64Total < MAX_FILE),
+              "read as a success, but not as stated:", rst.csNom);
         std::printf("header\t%ju\t%08x\t%u\t%u\t%d\t%s\n", std::uintmax_t{rst.u64TailleOriginale}, rst.dwCrc,
                     rst.wMethode, rst.wFlags, nCode, csField(rst.csNom).c_str());
         m_tabStated.push_back({csWithSlashes(rst.csNom), rst.u64TailleOriginale, rst.dwCrc});
     }
 
-    eARCHIVE __eExtractToFile(int nRang) {
-        const CTString csNom = m_tabListed[static_cast<std::size_t>(nRang)].csNom;
-        const int nFirst = m_clArchive.lRangFichier(csNom);
+    eARCHIVE __eExtractToFile(std::size_t nRang) {
+        const CTString csNom = m_tabListed[nRang].csNom;
+        const auto nFirst = static_cast<std::size_t>(m_clArchive.lRangFichier(csNom));
         std::wstring csOther(csNom.svGet());
         for (wchar_t& rc : csOther) {
             rc = rc == L'/' ? L'\\' : cMajuscule(rc);
         }
-        if (nFirst < 0 || nFirst > nRang || m_clArchive.lRangFichier(csOther) != nFirst) {
-            Wrong("listed, but not to be found:", csNom);
+        if (nFirst > nRang || static_cast<std::size_t>(m_clArchive.lRangFichier(csOther)) != nFirst) {
+            Wrong(true, "listed, but not to be found:", csNom);
             return ARCHIVE_NOT_FOUND;
         }
-        const STStated& rst = m_tabListed[static_cast<std::size_t>(nFirst)];
+        const STStated& rst = m_tabListed[nFirst];
+        std::uint32_t dwCrc = 0;
         CFSPath clTo;
-        eARCHIVE e = eCheminEntree(CSealedFolder::PSZ_DESTINATION, csNom, &clTo);
-        STFound stFound;
+        eARCHIVE e = eCheminEntree(L"/far/out/destination", csNom, &clTo);
         if (e == ARCHIVE_OK) {
-            const bool bBefore = stFind(clTo).bThere;
+            struct stat st {};
+            const bool bBefore = ::lstat(clTo.csGetUTF8().pszGet(), &st) == 0;
             e = m_clArchive.eExtraitFichier(csNom, clTo.svGet(), 0, nullptr, 0, 0, nullptr);
-            stFound = stFind(clTo);
-            const bool bFile = S_ISREG(stFound.st.st_mode) && stFound.st.st_nlink == 1 &&
-                               static_cast<std::uint64_t>(stFound.st.st_size) == rst.u64Size &&
-                               stFound.dwCrc == rst.dwCrc;
-            const bool bDirectory = S_ISDIR(stFound.st.st_mode) && rst.u64Size == 0 && rst.dwCrc == 0;
-            if (e == ARCHIVE_OK && ((!bFile && !bDirectory) || (stFound.st.st_mode & 07000) != 0)) {
-                Wrong("extracted as a success, but not as stated:", csNom);
+            const bool bThere = ::lstat(clTo.csGetUTF8().pszGet(), &st) == 0;
+            CDiskFile clFile;
+            if (bThere && S_ISREG(st.st_mode) && clFile.bOpen(clTo.svGet(), CDiskFile::eMODE::Read)) {
+                for (std::size_t n = 1; n > 0 && clFile.bRead(g_tabPiece.data(), g_tabPiece.size(), &n);) {
+                    dwCrc = dwCrc32(dwCrc, {g_tabPiece.data(), n});
+                }
             }
-            if (e != ARCHIVE_OK && !bBefore && stFound.bThere) {
-                Wrong("a failure left a file behind:", csNom);
-            }
-            if (stFound.st.st_size > 1 << 20) {
+            const bool bFile = S_ISREG(st.st_mode) && st.st_nlink == 1 && dwCrc == rst.dwCrc &&
+                               static_cast<std::uint64_t>(st.st_size) == rst.u64Size;
+            const bool bDirectory = S_ISDIR(st.st_mode) && rst.u64Size == 0 && rst.dwCrc == 0;
+            Wrong(e == ARCHIVE_OK && (!bThere || (!bFile && !bDirectory) || (st.st_mode & 07000) != 0),
+                  "extracted as a success, but not as stated:", csNom);
+            Wrong(e != ARCHIVE_OK && !bBefore && bThere, "a failure left a file behind:", csNom);
+            if (bThere && st.st_size > 1 << 20) {
                 CDiskFile::bDelete(clTo.svGet());
             }
         }
-        std::printf("entry\t%d\t%08x\t%s\n", e, stFound.dwCrc, csField(csNom).c_str());
+        std::printf("entry\t%d\t%08x\t%s\n", e, dwCrc, csField(csNom).c_str());
         return e;
     }
 
@@ -215,91 +202,43 @@ class CProbe {
         // What has a name that is no path, or stands in its own way, is data all the same.
         const bool bSame = e == eToFile || eToFile == ARCHIVE_CREATE || eToFile == ARCHIVE_BAD;
         const bool bAsStated = tab.size() == rst.u64Size && dwCrc32(0, tab) == rst.dwCrc;
-        if (!bSame || !(e == ARCHIVE_OK ? bAsStated : tab.empty())) {
-            Wrong("into memory with code " + std::to_string(e) + ":", rcsNom);
-        }
-        return std::min(rst.u64Size, m_u64Length * MAX_INFLATION);
+        Wrong(!bSame || !(e == ARCHIVE_OK ? bAsStated : tab.empty()),
+              "into memory with code " + std::to_string(e) + ":", rcsNom);
+        return std::min(rst.u64Size, m_u64Length * 1032);  // nothing inflates to more
     }
 
     const std::wstring m_csPath;
-    const std::uint64_t m_u64Length;
+    std::uint64_t m_u64Length = 0;
+    std::ptrdiff_t m_nBefore = 0;
     CWinZip m_clRecords;
     CTVWinZip m_clArchive;
     std::vector<STStated> m_tabStated;  ///< By header.
     std::vector<STStated> m_tabListed;  ///< By rank.
 };
 
-void Probe(const fs::path& rclTree, const std::string& rcsLine) {
-    std::istringstream clLine(rcsLine);
-    std::string csPath;
-    std::string csPassword;
-    std::string csLay;
-    std::getline(std::getline(std::getline(clLine, csPath, '\t'), csPassword, '\t'), csLay);
-    std::printf("archive\t%s\n", csPath.c_str());
-
-    CSealedFolder clFolder(rclTree);
-    std::uint64_t u64Length = clFolder.u64Bring(csPath);
-    for (int n = 1; n < 10; ++n) {
-        u64Length += clFolder.u64Bring(fs::path(csPath).replace_extension(".z0" + std::to_string(n)));
-    }
-    if (!clFolder.bLay(csLay) || !clFolder.bSeal()) {
-        return Wrong("no file tree of its own");
-    }
-    CProbe(L"/archive/" + fs::path(csPath).filename().wstring(), {csPassword.begin(), csPassword.end()},
-           u64Length)
-        .Run();
-    if (const std::string cs = clFolder.csDisturbed(); !cs.empty()) {
-        Wrong("disturbed outside of the destination: " + cs);
-    }
-}
-
-// The archives one after the other, each in the process of the one before unless that did not survive it.
-// False when the process did not end well although each archive did.
-bool bProbeAll(const std::vector<std::string>& rtabLine) {
-    const CTempFolder clFolder;
-    auto* const pnDone = static_cast<std::size_t*>(
-        ::mmap(nullptr, sizeof(std::size_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-    for (int nLost = 0; *pnDone < rtabLine.size() && nLost < MAX_LOST;) {
-        std::fflush(stdout);
-        const pid_t nChild = ::fork();
-        if (nChild == 0) {
-            const rlimit stFile{MAX_FILE, MAX_FILE};
-            ::setrlimit(RLIMIT_FSIZE, &stFile);
-            std::signal(SIGXFSZ, SIG_IGN);
-            for (; *pnDone < rtabLine.size(); ++*pnDone) {
-                ::alarm(SECONDS);
-                Probe(clFolder.clPath("tree"), rtabLine[*pnDone]);
-                std::puts("end\tok");
-                std::fflush(stdout);
-            }
-            std::exit(0);
-        }
-        int nStatus = 0;
-        ::waitpid(nChild, &nStatus, 0);
-        if (nStatus != 0 && *pnDone == rtabLine.size()) {
-            return false;
-        }
-        if (nStatus != 0) {
-            std::printf("\nend\t%s %d\n", WIFSIGNALED(nStatus) ? "signal" : "status",
-                        WIFSIGNALED(nStatus) ? WTERMSIG(nStatus) : WEXITSTATUS(nStatus));
-            ++*pnDone;
-            ++nLost;
-            fs::remove_all(clFolder.clPath("tree"));
-        }
-    }
-    return *pnDone == rtabLine.size();
-}
-
 }  // namespace
 }  // namespace kalmo
 
 int main() {
+    using namespace kalmo;
     // What the C library looks up in files is looked up before those are out of sight.
     ::tzset();
-    (void)kalmo::cMajuscule(L'\u00E9');
-    std::vector<std::string> tabLine;
-    for (std::string cs; std::getline(std::cin, cs);) {
-        tabLine.push_back(cs);
+    (void)cMajuscule(L'\u00E9');
+    const rlimit stFile{MAX_FILE, MAX_FILE};
+    ::setrlimit(RLIMIT_FSIZE, &stFile);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const CUniqueFd clOutside(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (std::string csTree, csName, csPassword;
+         std::getline(std::getline(std::getline(std::cin, csTree, '\t'), csName, '\t'), csPassword);) {
+        ::alarm(30);
+        if (::chdir(csTree.c_str()) != 0 || ::chroot(".") != 0) {
+            return 1;
+        }
+        CProbe((L"/archive/" + csFromUTF8(csName)).pszGet(), {csPassword.begin(), csPassword.end()}).Run();
+        if (::fchdir(clOutside.nGet()) != 0 || ::chroot(".") != 0) {
+            return 1;
+        }
+        std::puts("end");
+        std::fflush(stdout);
     }
-    return kalmo::bProbeAll(tabLine) ? 0 : 1;
 }

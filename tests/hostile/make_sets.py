@@ -16,7 +16,8 @@ PASSWORD = "secret"
 # A small one with all that an entry may be, and one with the Zip64 records; both are damaged in every place.
 CONTENT = {"a.txt": HELLO, "sub/deflated": b"data " * 50 + bytes(range(50)), "enciphered": b"hidden"}
 SMALL = archive(entry(), entry(b"sub/deflated", CONTENT["sub/deflated"], deflate=True, comment=b"entry"),
-                entry(b"enciphered", b"hidden", password=PASSWORD.encode(), extra=b"UT\4\0time"), comment=b"remark")
+                entry(b"enciphered", b"hidden", flags=ENCIPHERED, extra=b"UT\4\0time",  # with the password
+                      stored=bytes.fromhex("c889c95bb4deac0e5a9d7ee93ca2b9b16b05")), comment=b"remark")
 SMALL64 = archive(entry(size=SATURATED, compressed=SATURATED, offset=SATURATED, extra=block(14, 14, 0)),
                   before_end=records(1, 79, directory=79), offset=SATURATED)
 # The records by their signatures, and the widths of the fields behind them.
@@ -53,10 +54,6 @@ class Sets:
         """The content that a.txt is extracted to, or the code."""
         self.add("one rule", archive(entry(**lies)) if content is None else content, codes={"a.txt": outcome})
 
-    def write_manifest(self):
-        with open(self.folder + "/manifest.jsonl", "w") as file:
-            file.writelines(json.dumps(row) + "\n" for row in self.rows)
-
 
 def records_that_lie(sets):
     """Each of them breaks one rule, or keeps to one that is easily broken."""
@@ -64,6 +61,7 @@ def records_that_lie(sets):
     for reason, content in [
             ("end record: not found", SOUND + b"x" * 65536),
             ("end record: cut short", SOUND + b"PK\5\6" + bytes(17)),
+            ("end record: cut short", SOUND + b"PK\5\6"),
             (fits, archive(entry(), offset=0xFFFFFFFE)),
             (fits, end_record(0xFFFF, SATURATED, 0)),  # thousands of entries in 22 bytes
             ("Zip64 locator: no room for it", end_record(0xFFFF, SATURATED, SATURATED)),
@@ -83,6 +81,7 @@ def records_that_lie(sets):
             ("central header: wrong signature", zip64(records(2**64 - 1, 51)))]:
         sets.refused(reason, content)
     sets.becomes(HELLO, b"anything" + archive(entry(), comment=b"c" * 65535))
+    sets.becomes(HELLO, archive(entry(), comment=b"c" * 1004))  # the search goes back in steps of 1024 bytes
     # Where the end record has no room for them, volumes are counted in the Zip64 one.
     sets.becomes(HELLO, zip64(records(1, 51), disk=0xFFFF, directory_disk=0xFFFF))
     # One file that counts itself as a later volume, though there is no other.
@@ -94,6 +93,7 @@ def records_that_lie(sets):
     # Another story in the local header.
     sets.becomes(3, local=dict(signature=0))
     sets.becomes(3, local=dict(method=8))
+    sets.becomes(3, local=dict(crc=1))
     sets.becomes(3, method=12, local=dict(method=12))
     sets.becomes(HELLO, local=dict(crc=0, flags=STREAMED))
     sets.becomes(HELLO, local=dict(name=b"A.TXT"))
@@ -106,6 +106,7 @@ def records_that_lie(sets):
     sets.becomes(30, compressed=0xFFFFFFF0)
     sets.becomes(30, method=8, local=dict(method=8))  # a text is no deflate stream
     sets.becomes(30, crc=1, local=dict(crc=1))
+    sets.becomes(30, data=b"", crc=1, local=dict(crc=1))
     sets.becomes(b"hello", deflate=True, **hello)
     sets.becomes(3, flags=ENCIPHERED, data=HELLO[:11])
     sets.becomes(21, flags=ENCIPHERED)
@@ -146,13 +147,13 @@ def lies_of_record(sets, what, sound, position, widths, row):
 
 def entries_in_each_others_way(sets):
     inner = entry(b"inner")
-    sets.add("nested", archive(entry(b"outer", archive(inner)), (b"", lambda _: inner[1](35))), "policy",
+    sets.add("nested", archive(entry(b"outer", archive(inner)), (b"", lambda *_: inner[1](35))), "policy",
              {"outer": archive(inner), "inner": HELLO})
     again = entry(b"again", bytes(1 << 20), deflate=True)
-    sets.add("overlapping", archive(again, *[(b"", lambda _: again[1](0))] * 299), "policy",
+    sets.add("overlapping", archive(again, *[(b"", lambda *_: again[1](0))] * 299), "policy",
              {"again": bytes(1 << 20)})
     many = [entry(b"\\%06d" % n + b"n" * 250)[1] for n in range(1000)]  # each of them takes the most memory
-    sets.add("many headers", archive(*[(b"", lambda _, central=central: central(0)) for central in many]))
+    sets.add("many headers", archive(*[(b"", lambda *_, central=central: central(0)) for central in many]))
     for first, second in ("a", "a/b"), ("a/b", "a"):
         sets.add("file and folder", archive(entry(first.encode()), entry(second.encode())), "refuse-hostile",
                  {first: HELLO, second: 2})
@@ -199,6 +200,10 @@ def volumes(sets):
     sets.add("second missing", last, codes={**good, "second": 30, "third": 3}, volumes=[early[0], None])
     sets.add("swapped", last, codes={name: 3 for name in good}, volumes=early[::-1])
     sets.add("last swapped", early[1], open="end record: not found", volumes=[early[0], last])
+    zip64_first = zip64(records(1, 51)[:-4] + struct.pack("<I", 2), disk=1)  # its end record in the first volume
+    sets.add("zip64 volumes", zip64_first[156:], "policy", {"a.txt": HELLO}, [zip64_first[:156]])
+    alone = zip64(records(1, 51), disk=0xFFFF, directory_disk=0xFFFF)  # beside another one's volume
+    sets.add("zip64 alone", alone, "policy", {"a.txt": HELLO}, [b"another"])
     for length in range(0, 130, 10):
         sets.add("short", last, volumes=[early[0][:length], early[1]])
 
@@ -209,4 +214,5 @@ def make(folder):
     for part in (records_that_lie, damage_everywhere, entries_in_each_others_way, names, things_in_the_destination,
                  volumes):
         part(sets)
-    sets.write_manifest()
+    with open(folder + "/manifest.jsonl", "w") as file:
+        file.writelines(json.dumps(row) + "\n" for row in sets.rows)

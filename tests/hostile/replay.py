@@ -7,15 +7,17 @@ Each FOLDER has a manifest.jsonl; without one the archives of make_sets.py are m
 the folder that the environment variable KALMO_ARCHIVES names, if it does. A line of a manifest is an object: path,
 expected, findings; password, a list; entries, each with name, size, crc and method as its directory states them. Of
 our own archives a line may also have: open, why it is refused; lay, a shell command that puts something into the
-destination first; and an entry code, of extracting it to a file.
+destination first; and an entry code, of extracting it to a file. Each archive has a file tree to itself.
 
 Prints each difference, and where the examiner leaves it to the reader or is stricter than the rules of this system
 what they decide. A difference whose archive stands in known_differences.txt (path, tab, the rule) is explained.
 Exit status: 0 when there is no difference without an explanation.
 """
 import collections
+import glob
 import json
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -26,32 +28,66 @@ sys.dont_write_bytecode = True
 import make_sets  # noqa: E402
 
 REFUSED = "refuse-"
+DESTINATION = "/far/out/destination"
+MAX_LOST = 5  # archives that end the probe, before it is given up
 CODES = {0, 2, 3, 21, 30, 36}  # 2: a name that makes no path; 36: larger than the probe lets any file grow
 
 
-def observe(probe, folder, rows):
-    lines = "".join("\t".join([os.path.abspath(folder + "/" + row["path"]), row.get("password", [""])[0],
-                               row.get("lay", "")]) + "\n" for row in rows)
-    done = subprocess.run([probe], input=lines, stdout=subprocess.PIPE, text=True, errors="replace")
-    seen = None
-    for line in done.stdout.split("\n"):
-        kind, *fields = line.split("\t")
-        if kind == "archive":
-            seen = collections.defaultdict(list)
-        elif kind == "end":
-            seen["end"] = fields[0]
-            yield seen
-        elif kind:
+def outside(tree):
+    """Every path outside of the destination, with its mode, owner, time of change, and what a sentinel says."""
+    for folder, folders, files in os.walk(tree):
+        for path in [folder + "/" + name for name in folders + files]:
+            state = os.lstat(path)
+            yield (path, state.st_mode, state.st_uid, not path.endswith(DESTINATION) and state.st_mtime_ns,
+                   open(path).read() if path.endswith("/sentinel") else "")
+        folders[:] = [name for name in folders if folder + "/" + name != tree + DESTINATION]
+
+
+class Probe:
+    """The program that opens and extracts, started anew when an archive ends it."""
+
+    def __init__(self, path):
+        self.path, self.process, self.lost = path, None, 0
+
+    def see(self, *fields):
+        if self.process is None:
+            self.process = subprocess.Popen([self.path], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                            errors="replace")
+        print(*fields, sep="\t", file=self.process.stdin, flush=True)
+        seen = collections.defaultdict(list)
+        for line in self.process.stdout:
+            kind, *fields = line.rstrip("\n").split("\t")
+            if kind == "end":
+                return seen
             seen[kind].append(fields)
-    if done.returncode != 0:
-        sys.exit("the probe gave up, or found leaks when it ended")
+        seen = {"wrong": [["the process ended with %d" % self.process.wait()]]}
+        self.process, self.lost = None, self.lost + 1
+        return collections.defaultdict(list, seen)
+
+    def observe(self, folder, row):
+        path = os.path.abspath(folder + "/" + row["path"])
+        with tempfile.TemporaryDirectory(dir="/dev/shm") as tree:
+            os.makedirs(tree + DESTINATION)
+            os.mkdir(tree + "/archive")
+            for place in "/", "/far/", "/far/out/":
+                with open(tree + place + "sentinel", "w") as file:
+                    file.write("not to be touched")
+            for part in [path] + glob.glob(glob.escape(path[:-3]) + "z0[1-9]"):
+                shutil.copy(part, tree + "/archive")
+            if "lay" in row:
+                subprocess.run(row["lay"], shell=True, cwd=tree + DESTINATION, check=True)
+            before = sorted(outside(tree))
+            seen = self.see(tree, os.path.basename(path), row.get("password", [""])[0])
+            changed = set(before) ^ set(outside(tree))
+            if changed:
+                seen["wrong"].append(["disturbed outside of the destination: %s" % sorted(changed)])
+            return seen
 
 
 def differences(row, seen):
-    if seen["end"] != "ok":
-        yield "the process ended with " + seen["end"]
-        return
     yield from (fields[0] for fields in seen["wrong"])
+    if not seen["open"]:
+        return
     opened, reason = int(seen["open"][0][0]), seen["open"][0][1]
     if opened not in (0, 3):
         yield "opened with code %d" % opened
@@ -88,17 +124,19 @@ def compare_headers(row, seen):
 def replay(probe, folder, explained):
     with open(folder + "/manifest.jsonl") as file:
         rows = [json.loads(line) for line in file]
-    counts = collections.Counter()
-    memory = 0
-    for number, seen in enumerate(observe(probe, folder, rows)):
-        row = rows[number]
+    counts, memory, probe = collections.Counter(), 0, Probe(probe)
+    for row in rows:
+        if probe.lost == MAX_LOST:
+            break
+        seen = probe.observe(folder, row)
         counts["replayed"] += 1
         memory = max([memory] + [int(fields[0]) for fields in seen["memory"]])
-        read = seen["open"] and seen["open"][0][0] == "0" and all(fields[4] == "0" for fields in seen["header"])
-        if read and row["expected"].startswith(REFUSED) and row["findings"]:
-            print("read      %s: %s" % (row["path"], row["findings"]))
+        opened = seen["open"] and seen["open"][0][0] == "0"
+        if opened and row["expected"].startswith(REFUSED) and row["findings"]:
+            if all(fields[4] == "0" for fields in seen["header"]):
+                print("read      %s: %s" % (row["path"], row["findings"]))
         if row["expected"] == "policy" and row["findings"]:
-            for decision in compare_headers(row, seen) if seen["open"][0][0] == "0" else seen["open"]:
+            for decision in compare_headers(row, seen) if opened else seen["open"]:
                 print("decided   %s: %s; %s" % (row["path"], decision, row["findings"]))
         for difference in differences(row, seen):
             kind = "explained" if row["path"] in explained else "DIFFERENT"
@@ -106,6 +144,8 @@ def replay(probe, folder, explained):
             print("%s %s (%s): %s" % (kind, row["path"], explained.get(row["path"], row["expected"]), difference))
     print("%d of %d archives replayed, %d differences without an explanation, %d with one; at most %d bytes of memory"
           % (counts["replayed"], len(rows), counts["DIFFERENT"], counts["explained"], memory))
+    if probe.process is not None and (probe.process.stdin.close() or probe.process.wait()) != 0:
+        sys.exit("the probe found leaks when it ended")
     return 0 < counts["replayed"] == len(rows) and not counts["DIFFERENT"]
 
 

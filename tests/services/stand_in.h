@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -23,6 +24,7 @@ class CServicesTest : public testing::Test {
     explicit CServicesTest(const char* pszVariable) : m_pszVariable(pszVariable) {}
     void SetUp() override {
         ASSERT_NE(std::getenv(m_pszVariable), nullptr) << "it would change this machine";
+        std::signal(SIGINT, SIG_DFL);  // as a command that is interrupted expects it
         CLanceProcessus::sInit();
     }
     void TearDown() override { CLanceProcessus::sTerm(); }

@@ -8,35 +8,9 @@ ENCIPHERED, STREAMED, UTF8 = 1, 8, 1 << 11
 DATE = 0x58216AEF  # 2024-01-01 13:23:30
 
 
-def encipher(password, data, check):
-    """The traditional cipher: data behind a header that ends in the check byte."""
-    table = [zlib.crc32(bytes([n])) ^ zlib.crc32(b"\0") for n in range(256)]
-    keys = [0x12345678, 0x23456789, 0x34567890]
-
-    def step(crc, byte):
-        return crc >> 8 ^ table[(crc ^ byte) & 0xFF]
-
-    def update(byte):
-        keys[0] = step(keys[0], byte)
-        keys[1] = ((keys[1] + (keys[0] & 0xFF)) * 134775813 + 1) & SATURATED
-        keys[2] = step(keys[2], keys[1] >> 24)
-
-    for byte in password:
-        update(byte)
-    result = bytearray()
-    for byte in bytes(11) + bytes([check]) + data:
-        t = keys[2] & 0xFFFF | 2
-        result.append(byte ^ t * (t ^ 1) >> 8 & 0xFF)
-        update(byte)
-    return bytes(result)
-
-
-def entry(name=b"a.txt", data=HELLO, deflate=False, local={}, extra=b"", comment=b"", password=None, **lies):
+def entry(name=b"a.txt", data=HELLO, deflate=False, local={}, extra=b"", comment=b"", **lies):
     """A local header with its data, and what makes the central header. Both are true but for the lies."""
-    stored = zlib.compress(data, 9)[2:-4] if deflate else data
-    if password is not None:
-        stored = encipher(password, stored, zlib.crc32(data) >> 24)
-        lies.setdefault("flags", ENCIPHERED)
+    stored = lies.pop("stored", zlib.compress(data, 9)[2:-4] if deflate else data)
     c = dict(signature=0x02014B50, made=0x031E, flags=0, method=8 * deflate, crc=zlib.crc32(data),
              compressed=len(stored), size=len(data), name_length=len(name), extra_length=len(extra), disk=0,
              attributes=0x81A40000)
@@ -59,16 +33,7 @@ def end_record(count, size, offset, disk=0, directory_disk=0, comment=b""):
                        len(comment)) + comment
 
 
-def archive(*entries, before_end=b"", **lies):
-    heads, directory = bytearray(), bytearray()
-    for head, central in entries:
-        directory += central(len(heads))
-        heads += head
-    end = {**dict(count=len(entries), size=len(directory), offset=len(heads)), **lies}
-    return bytes(heads + directory) + before_end + end_record(**end)
-
-
-def split(cuts, *entries):
+def split(cuts, *entries, before_end=b"", **lies):
     """The volumes of a set that is cut at these positions; it may be cut anywhere."""
     def place(position):
         disk = sum(cut <= position for cut in cuts)
@@ -79,8 +44,13 @@ def split(cuts, *entries):
         directory += central(*place(len(heads)))
         heads += head
     offset, directory_disk = place(len(heads))
-    whole = bytes(heads + directory) + end_record(len(entries), len(directory), offset, len(cuts), directory_disk)
+    whole = bytes(heads + directory) + before_end + end_record(**{**dict(
+        count=len(entries), size=len(directory), offset=offset, disk=len(cuts), directory_disk=directory_disk), **lies})
     return [whole[start:end] for start, end in zip([0] + cuts, cuts + [len(whole)])]
+
+
+def archive(*entries, **lies):
+    return split([], *entries, **lies)[0]
 
 
 def locator(offset, disks=1):

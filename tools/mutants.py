@@ -20,7 +20,7 @@ import xml.etree.ElementTree
 
 PROJECT = pathlib.Path(__file__).resolve().parent.parent
 LIST = PROJECT / "tools/mutants.jsonl"
-TEST_SECONDS = "20"  # for a test that does not say how long it may take
+TEST_SECONDS = 20  # how much longer a test may take with a mutant than five times without it; then it has failed
 BUILD_SECONDS = 600  # a mutated tool of the build may never end
 
 
@@ -32,13 +32,13 @@ class Tree:
         self.build = self.source / "build"
         self.edited = None
 
-    def call(self, *command):
+    def call(self, *command, timeout=BUILD_SECONDS):
         try:
             done = subprocess.run(command, cwd=self.build, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                  stderr=subprocess.STDOUT, text=True, errors="replace", timeout=BUILD_SECONDS)
+                                  stderr=subprocess.STDOUT, text=True, errors="replace", timeout=timeout)
             return done.returncode, done.stdout
         except subprocess.TimeoutExpired:
-            return 1, f"takes longer than {BUILD_SECONDS} s: {command}"
+            return 1, f"takes longer than {timeout} s: {command}"
 
     def copy(self):
         """Makes the copy the same as the working tree; what is the same already keeps its time, and its objects."""
@@ -98,17 +98,18 @@ class Tree:
     def write(self, file, content):
         (self.source / file).write_bytes(content)
 
-    def failing(self, names, *options):
-        """Runs tests. The names of those that fail -> seconds, the quickest first."""
+    def ctest(self, names, seconds, *options):
+        """Runs tests: the seconds that each took, of those that passed and of those that failed."""
         report = self.build / "mutants.xml"
         report.unlink(missing_ok=True)
-        code, said = self.call("ctest", "-R", "^(" + "|".join(map(re.escape, sorted(names))) + ")$", "--timeout",
-                               TEST_SECONDS, "--no-tests=error", "--output-junit", str(report), *options)
-        cases = xml.etree.ElementTree.parse(report).iter("testcase") if report.exists() else []
-        failed = {case.get("name"): float(case.get("time")) for case in cases if case.get("status") == "fail"}
+        code, _ = self.call("ctest", "-R", "^(" + "|".join(map(re.escape, sorted(names))) + ")$", "--timeout",
+                            str(seconds), "--no-tests=error", "--output-junit", str(report), *options, timeout=None)
+        passed, failed = {}, {}
+        for case in xml.etree.ElementTree.parse(report).iter("testcase") if report.exists() else []:
+            (failed if case.get("status") == "fail" else passed)[case.get("name")] = float(case.get("time"))
         if code != 0 and not failed:  # a program that cannot even list its tests
             failed = {min(names): 0.0}
-        return failed
+        return passed, failed
 
 
 def matching(tests, patterns):
@@ -133,7 +134,8 @@ class Run:
             if not refill and "by" in mutant and not matching(self.tests, mutant["by"]):
                 self.tell(mutant, "list is stale: no such test", bad=True)
             needed.update(*self.stages(mutant))
-        failed = self.trees[0].failing(needed, "--repeat", "until-pass:3", "-j", str(jobs))
+        self.seconds, failed = self.trees[0].ctest(needed, 10 * TEST_SECONDS, "--repeat", "until-pass:3",
+                                                   "-j", str(jobs))
         if failed:
             sys.exit("fails without any mutant: " + ", ".join(failed))
         files = {mutant["file"] for mutant in mutants}
@@ -174,7 +176,8 @@ class Run:
             if code != 0:
                 self.tell(mutant, f"does not compile:\n{said[-2000:]}", bad=True)
                 return
-            failed = tree.failing(names, *(["-j2"] if self.refill else ["--stop-on-failure"]))
+            timeout = TEST_SECONDS + 5 * max(self.seconds.get(name, 0) for name in names)
+            _, failed = tree.ctest(names, timeout, *(["-j3"] if self.refill else ["--stop-on-failure"]))
             if failed:
                 break
         if failed and self.refill:

@@ -6,6 +6,8 @@ A line of tools/mutants.jsonl is a mutant: `from`, which stands once in `file`, 
 or `same` says why nobody can see it.
 """
 import argparse
+import concurrent.futures
+import fcntl
 import fnmatch
 import json
 import os
@@ -15,11 +17,11 @@ import re
 import shutil
 import subprocess
 import sys
-import threading
 import xml.etree.ElementTree
 
 PROJECT = pathlib.Path(__file__).resolve().parent.parent
 LIST = PROJECT / "tools/mutants.jsonl"
+WORK = PROJECT / "build/mutants"
 TEST_SECONDS = 20  # how much longer a test may take with a mutant than five times without it; then it has failed
 BUILD_SECONDS = 600  # a mutated tool of the build may never end
 
@@ -28,7 +30,7 @@ class Tree:
     """A copy of the project with a build of its own. What it was last mutated in is put right with the next edit."""
 
     def __init__(self, number):
-        self.source = PROJECT / "build/mutants" / str(number)
+        self.source = WORK / str(number)
         self.build = self.source / "build"
         self.edited = None
 
@@ -207,20 +209,25 @@ def main():
         for m in mutants:
             print(f"{m['name']:32} {m['file']:40} " + (m.get("missed") or m.get("same") or " ".join(m["by"])))
         return 0 if mutants else 2
+    WORK.mkdir(parents=True, exist_ok=True)
+    with open(WORK / "lock", "w", encoding="utf-8") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)  # one run after the other: they share the trees
+        return run_all(every, mutants, arguments)
+
+
+def run_all(every, mutants, arguments):
     stale = [m["name"] for m in mutants if (PROJECT / m["file"]).is_file() is False
              or (PROJECT / m["file"]).read_text(encoding="utf-8").count(m["from"]) != 1]
     for name in stale:
         print(f"{name:32} list is stale: what it changes does not stand once in its file")
     mutants = [m for m in mutants if m["name"] not in stale]
     run = Run(mutants, arguments.refill, arguments.jobs)
-    workers = [threading.Thread(target=run.work, args=(tree,)) for tree in run.trees]
-    for worker in workers:
-        worker.start()
-    for worker in workers:
-        worker.join()
-    caught = sum(m.pop("caught", False) for m in mutants)
+    with concurrent.futures.ThreadPoolExecutor() as pool:
+        list(pool.map(run.work, run.trees))
+    caught = sum(m.pop("caught") for m in mutants)
     same = sum("same" in m for m in mutants)
     if arguments.refill:
+        every.sort(key=lambda m: m["file"])
         LIST.write_text("".join(json.dumps(m, ensure_ascii=False) + "\n" for m in every), encoding="utf-8")
     print(f"caught {caught} of {len(mutants) - same} that can be seen; {same} change nothing")
     return 1 if run.bad or stale else 0

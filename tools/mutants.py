@@ -79,7 +79,7 @@ class Tree:
             words = test["command"]
             ours = [os.path.relpath(word, self.build) for word in words if word.startswith(f"{self.build}/")]
             if ours and set(ours) <= targets and not words[0].endswith("testkit/machine"):
-                tests[test["name"]] = ours
+                tests[plain(test["name"])] = ours
         return tests
 
     def sources(self, program):
@@ -104,14 +104,19 @@ class Tree:
         """Runs tests: the seconds that each took, of those that passed and of those that failed."""
         report = self.build / "mutants.xml"
         report.unlink(missing_ok=True)
-        code, _ = self.call("ctest", "-R", "^(" + "|".join(map(re.escape, sorted(names))) + ")$", "--timeout",
+        code, _ = self.call("ctest", "-R", "^(" + "|".join(map(re.escape, sorted(names))) + ")( |$)", "--timeout",
                             str(seconds), "--no-tests=error", "--output-junit", str(report), *options, timeout=None)
         passed, failed = {}, {}
         for case in xml.etree.ElementTree.parse(report).iter("testcase") if report.exists() else []:
-            (failed if case.get("status") == "fail" else passed)[case.get("name")] = float(case.get("time"))
+            (failed if case.get("status") == "fail" else passed)[plain(case.get("name"))] = float(case.get("time"))
         if code != 0 and not failed:  # a program that cannot even list its tests
             failed = {min(names): 0.0}
         return passed, failed
+
+
+def plain(name):
+    """A test's name without the parameter behind it, which shows addresses where it has nothing else to show."""
+    return name.split(" ")[0]
 
 
 def matching(tests, patterns):

@@ -61,6 +61,7 @@ step kill_sanitized 30 sweep kill sysv dev 200
 step error_sysv 30 sweep error sysv release all
 step error_systemd 90 sweep error systemd release all
 step lock_wait 11 lock_wait
+step mutants 20 tools/mutants.sh
 for corpus in fuzz/corpus/*; do
     step "fuzz_${corpus##*/}" 31 fuzz/run.sh 1800 "${corpus##*/}"
 done

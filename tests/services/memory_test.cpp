@@ -46,6 +46,15 @@ void* operator new(std::size_t nSize) {
 void* operator new(std::size_t nSize, std::align_val_t eAlign) {
     return pAllocate(nSize, static_cast<std::size_t>(eAlign));
 }
+#ifndef __SANITIZE_ADDRESS__  // whose own is not to be mixed with ours
+// Where nothing is thrown, errno says it, as malloc leaves it.
+void* operator new[](std::size_t nSize, const std::nothrow_t& /*rst*/) noexcept try {
+    return pAllocate(nSize, alignof(std::max_align_t));
+} catch (const std::bad_alloc&) {
+    errno = ENOMEM;
+    return nullptr;
+}
+#endif
 void operator delete(void* p) noexcept {
     std::free(p);
 }

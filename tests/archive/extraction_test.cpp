@@ -290,12 +290,15 @@ TEST_F(Extraction, LockGivesTheFileFreeAndTakesItAgain) {
     EXPECT_EQ(nOpen(), 0);
     // Opened for writing too, the write lock alone lets go; until the access flag is cleared.
     ASSERT_EQ(eOpen("made.zip", CTVZipBase::OUVRE_ECRITURE), ARCHIVE_OK);
+    EXPECT_EQ(m_cl.LockEcritureOuvertEnLecture(1), ARCHIVE_OK);
+    EXPECT_EQ(m_cl.Lock(0), ARCHIVE_OK);
+    EXPECT_EQ(nOpen(), 0);
+    ASSERT_EQ(eOpen("made.zip", CTVZipBase::OUVRE_ECRITURE), ARCHIVE_OK);
     for (const int nStillOpen : {1, 0}) {
         EXPECT_EQ(m_cl.Lock(0), ARCHIVE_OK);
         EXPECT_EQ(nOpen(), nStillOpen);
         EXPECT_EQ(m_cl.Lock(1), ARCHIVE_OK);
     }
-    EXPECT_EQ(m_cl.Lock(0), ARCHIVE_OK);
     fs::remove(m_clFolder.clPath("made.zip"));
     EXPECT_EQ(m_cl.Lock(1), ARCHIVE_CREATE);
     EXPECT_EQ(csExtract(), "!2");

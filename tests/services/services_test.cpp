@@ -206,6 +206,7 @@ TEST_F(MarkerTest, AtAndBeyondTheLongestLine) {
               {-3, "abc\"\n", L"abc"},
               {-3, "abc\n\"\n", L"abc"},
               {-2, "abc\n", L"ab"},
+              {-2, "a\rc\n", L"a\r"},
               {0, "\"\n", L""},
               // A character that the limit splits leaves its first bytes.
               {-3, "\u20AC\n", L"\u20AC"},

@@ -10,7 +10,7 @@ import shutil
 import sys
 import typing
 
-from scene import DIRECTORY, INSTANCE, MARKER, NOTES, SHORT_PAUSES, TRACE, WORK, Snapshot, greeting, prepare, read, sh, wait_for
+from run import DIRECTORY, INSTANCE, MARKER, NOTES, SHORT_PAUSES, TRACE, WORK, Snapshot, greeting, prepare, read, sh, wait_for
 
 UNIT, PROGRAM = f"/etc/systemd/system/{INSTANCE}.service", DIRECTORY + "/kalmo"
 SYSTEMCTL = "rm -f /bin/systemctl; printf '#!/bin/sh\\n%s\\n' '{}' >/bin/systemctl; chmod 755 /bin/systemctl"

@@ -18,7 +18,7 @@ import re
 import sys
 import time
 
-from scene import (CONF, DIRECTORY, INSTANCE, LOG, MANAGER, MARKER, SHORT_PAUSES, SYSTEMD, TRACE, Snapshot, calls, difference,
+from run import (CONF, DIRECTORY, INSTANCE, LOG, MANAGER, MARKER, SHORT_PAUSES, SYSTEMD, TRACE, Snapshot, calls, difference,
                    files, greeting, keys, prepare, program_of, read, sh, state, wait_for)
 
 KINDS = {

@@ -1,6 +1,7 @@
+#!/bin/bash
+# shellcheck disable=SC2005,SC2010,SC2013,SC2046,SC2059,SC2116,SC2154 # names that are made here are single words
 # The machine of the stories, and what they look at. Beside these functions they know those of
 # samples/story/server_state.sh.
-# shellcheck shell=bash
 
 # Takes every server off the machine, and the folders and accounts of the stories; lays out the payloads.
 fresh() {
@@ -58,7 +59,7 @@ unchanged() { machine_now | diff /run/machine -; }
 fate_of() { processes "$@" >/run/fate; }
 fate() {
     processes "$@" | paste /run/fate - | while read -r old new; do
-        case $new in 0) printf - ;; "$old") printf = ;; *) printf '!' ;; esac
+        case $new in 0) printf - ;; "$old") printf '=' ;; *) printf '!' ;; esac
     done
 }
 

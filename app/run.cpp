@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "app/config/server_config.h"
-#include "app/engine/command_tracer.h"
 #include "app/engine/trace.h"
+#include "app/engine/traced_command.h"
 #include "app/interactive/interactive_run.h"
 #include "app/unattended/pilot.h"
 #include "framework/conversion.h"

@@ -31,7 +31,7 @@ constexpr std::uint32_t VERSION = 1;
 constexpr std::size_t HEADER_BYTES = 12;
 constexpr std::size_t RECORD_BYTES = 4 + 8 + 8 + 4 + 1 + 3 * 7;
 constexpr std::uint32_t TAILLE_MAX_NOM = 65536;
-constexpr unsigned char byCRYPTE = 1;
+constexpr unsigned char CRYPTE = 1;
 
 class CLeWriter {
   public:
@@ -86,7 +86,7 @@ bool bReadEntry(IXStream& rclStream, CRepEntree* pclEntree) {
     }
     *pclEntree =
         CRepEntree(csWithSlashes(csFromUTF8(csName)), u64Original, u64Compressed, stTimes, dwAttribut);
-    pclEntree->SetCrypte((byFlags & byCRYPTE) != 0, CTString());
+    pclEntree->SetCrypte((byFlags & CRYPTE) != 0, CTString());
     return true;
 }
 
@@ -136,7 +136,7 @@ eARCHIVE CRepertoire::eEcrit(CDiskFile& rclFile) const try {
         cl.Put(rclEntree.u64GetTailleOriginale(), 8);
         cl.Put(rclEntree.u64GetTailleCompresse(), 8);
         cl.Put(rclEntree.dwGetAttribut(), 4);
-        cl.Put(rclEntree.bCrypte() ? byCRYPTE : 0, 1);
+        cl.Put(rclEntree.bCrypte() ? CRYPTE : 0, 1);
         cl.PutTime(rclEntree.rstGetTimes().stCreation);
         cl.PutTime(rclEntree.rstGetTimes().stAcces);
         cl.PutTime(rclEntree.rstGetTimes().stModif);

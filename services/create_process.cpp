@@ -10,7 +10,6 @@
 #include "framework/conversion.h"
 #include "framework/memory_scope.h"
 #include "services/child_setup.h"
-#include "services/command_line.h"
 #include "services/signal_block.h"
 #include "services/wait_status.h"
 

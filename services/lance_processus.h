@@ -8,7 +8,7 @@
 
 #include "framework/unique_fd.h"
 #include "framework/xy_string.h"
-#include "services/command_line.h"
+#include "services/child_setup.h"
 
 namespace kalmo {
 

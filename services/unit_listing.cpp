@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "services/command_line.h"
+#include "services/child_setup.h"
 #include "services/systemctl.h"
 #include "services/systemctl_output.h"
 

@@ -1,6 +1,8 @@
 #include "app/engine/traced_command.h"
 
-#include "app/engine/command_tracer.h"
+#include <cerrno>
+#include <cstdlib>
+
 #include "app/engine/run_view.h"
 #include "app/engine/trace.h"
 #include "framework/conversion.h"
@@ -57,6 +59,28 @@ int nRunShell(const std::string& csCommand, CTrace& rclTrace, std::string_view s
 
 int nExitCode(int nStatus) {
     return nStatus == -1 || STWaitStatus(nStatus).nSignal != 0 ? -1 : STWaitStatus(nStatus).nExitCode;
+}
+
+void CCommandTracer::CommandEnded(const STCommandEnd& rst) noexcept {
+    CTString csResult;
+    if (rst.nStatus != -1) {
+        csResult = csStatus(rst.nStatus);
+    } else {
+        csResult = L"not run (" + csReason(errno) + L")";
+    }
+    if (!rst.svSaid.empty()) {
+        csResult += L": " + CTString(rst.svSaid);
+    }
+    m_rclTrace.Step(rst.svCommand, csResult);
+    if (bInterrupted(rst.nStatus)) {
+        EndInterruptedRun(rst.svCommand, m_rclTrace);
+    }
+}
+
+void EndInterruptedRun(std::wstring_view svCommand, CTrace& rclTrace) {
+    rclTrace.Step(L"run", L"interrupted during: " + CTString(svCommand));
+    rclTrace.rclGetView().Close();
+    std::exit(0);
 }
 
 }  // namespace kalmo

@@ -8,7 +8,6 @@
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"
 #include "app/engine/traced_command.h"
-#include "app/interactive/license.h"
 #include "app/interactive/message.h"
 #include "app/interactive/new_server.h"
 #include "app/interactive/uninstall_win.h"

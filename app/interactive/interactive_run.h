@@ -26,6 +26,10 @@ bool bChooseAction(eACTION* peAction, int bOfferUpgrade);
 /// Asks for an installed service and upgrades it (bUpgrade not 0) or uninstalls it.
 void ChooseServer(int bUpgrade, CDataExtractor* pclExtractor, CServiceList* ptabServer);
 
+/// Shows the payload's licence agreement. True when the operator accepted it. A payload without a licence
+/// text, or with one that cannot be read, is a payload error, which has been shown.
+bool bLicense(CDataExtractor* pclExtractor);
+
 }  // namespace kalmo
 
 #endif

@@ -1,4 +1,4 @@
-#include "app/interactive/license.h"
+#include "app/interactive/interactive_run.h"
 
 #include <unistd.h>
 
@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "app/engine/data_extractor.h"
 #include "app/engine/trace.h"
 #include "app/interactive/message.h"
 #include "framework/conversion.h"

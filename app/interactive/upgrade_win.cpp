@@ -9,8 +9,8 @@
 #include "framework/fs_path.h"
 #include "framework/text.h"
 #include "tui/toolkit/attribute.h"
+#include "tui/toolkit/text_columns.h"
 #include "tui/toolkit/window.h"
-#include "tui/toolkit/word_wrap.h"
 
 namespace kalmo {
 

@@ -20,12 +20,12 @@
 namespace kalmo::sample {
 namespace {
 
-constexpr std::chrono::seconds clLongest(60);
+constexpr std::chrono::seconds LONGEST(60);
 constexpr int STEP = 50;  // milliseconds
 // The service's state is asked for every so many steps. An init script takes a program that is being started
 // for a dead one, and systemd starts again what has failed: only one that stays so has ended.
 constexpr int STEPS_A_QUESTION = 6;
-constexpr std::chrono::seconds clSurelyEnded(10);
+constexpr std::chrono::seconds SURELY_ENDED(10);
 constexpr std::size_t MAX_LINE = 255;
 
 // The first line of whoever listens on a port. Nobody is waited for longer than a step.
@@ -107,9 +107,9 @@ bool bAwaitGreeting(const CTString& csService, int nPort, std::string_view svGre
     CFirstLine clLine(nPort);
     const CTString csPort = L"port " + CTString(std::to_wstring(nPort));
     const auto clNow = [] { return std::chrono::steady_clock::now(); };
-    const auto clEnd = clNow() + clLongest;
+    const auto clEnd = clNow() + LONGEST;
     auto clLastAlive = clNow();
-    const auto bEnded = [&] { return clNow() - clLastAlive > clSurelyEnded; };
+    const auto bEnded = [&] { return clNow() - clLastAlive > SURELY_ENDED; };
     bool bStranger = false;
     for (int n = 1; clNow() < clEnd && !bEnded(); ++n) {
         const bool bCame = clLine.bCame();

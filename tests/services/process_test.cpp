@@ -13,7 +13,7 @@
 #include <tuple>
 
 #include "framework/x_error.h"
-#include "services/command_line.h"
+#include "services/child_setup.h"
 #include "services/create_process.h"
 #include "services/lance_processus.h"
 #include "services/signal_block.h"

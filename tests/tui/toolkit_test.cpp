@@ -7,7 +7,6 @@
 #include "tui/toolkit/list.h"
 #include "tui/toolkit/msg_box.h"
 #include "tui/toolkit/text_columns.h"
-#include "tui/toolkit/word_wrap.h"
 
 namespace kalmo {
 namespace {

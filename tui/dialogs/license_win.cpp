@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "framework/text.h"
-#include "tui/toolkit/word_wrap.h"
+#include "tui/toolkit/text_columns.h"
 
 namespace kalmo {
 namespace {

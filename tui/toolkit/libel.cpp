@@ -5,7 +5,7 @@
 
 #include "tui/toolkit/drawing.h"
 #include "tui/toolkit/key.h"
-#include "tui/toolkit/word_wrap.h"
+#include "tui/toolkit/text_columns.h"
 
 namespace kalmo {
 

@@ -10,8 +10,8 @@
 
 #include "framework/conversion.h"
 #include "tui/toolkit/drawing.h"
+#include "tui/toolkit/text_columns.h"
 #include "tui/toolkit/window.h"
-#include "tui/toolkit/word_wrap.h"
 
 namespace kalmo {
 namespace {

@@ -65,7 +65,7 @@ class Extraction : public testing::Test {
 
 // What independent archivers write is read back byte for byte: how each makes ../a.zip of what is in the
 // current folder, and shows that it is that kind.
-const char* const tabArchiver[][2] = {
+const char* const TAB_ARCHIVER[][2] = {
     {"deflated", "zip -q -r -9 ../a.zip ."},
     {"enciphered", "zip -q -r -P 'pass word' ../a.zip ."},
     // Its directory is split too: the end record counts fewer headers on its own disk than there are in all.
@@ -99,7 +99,7 @@ const char* const tabArchiver[][2] = {
 class Archiver : public Extraction, public testing::WithParamInterface<int> {};
 
 TEST_P(Archiver, EveryByteComesBack) {
-    const auto& [pszName, pszCommand] = tabArchiver[GetParam()];
+    const auto& [pszName, pszCommand] = TAB_ARCHIVER[GetParam()];
     // Texts, noise, a program, nothing at all, in folders and with awkward names. For split sets so many
     // small ones that the directory crosses from one volume to the next.
     ASSERT_TRUE(m_clFolder.bShell(R"(mkdir -p in/lib/deep/er in/'empty folder' && cd in
@@ -125,8 +125,8 @@ TEST_P(Archiver, EveryByteComesBack) {
         m_clFolder.bShell("rmdir in/'empty folder' && diff -r in out && test ! -u out/lib/program.so"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, Archiver, testing::Range(0, static_cast<int>(std::size(tabArchiver))),
-                         [](const auto& rst) { return tabArchiver[rst.param][0]; });
+INSTANTIATE_TEST_SUITE_P(Each, Archiver, testing::Range(0, static_cast<int>(std::size(TAB_ARCHIVER))),
+                         [](const auto& rst) { return TAB_ARCHIVER[rst.param][0]; });
 
 TEST_F(Extraction, MoreThanSixteenBitsCount) {
     ASSERT_TRUE(m_clFolder.bShell(R"(seq 70000 >list && mkdir in && cd in && xargs touch <../list

@@ -152,9 +152,9 @@ int nOverride(unsigned unId, wchar_t* pszBuffer, int nSize, int nLangue) {
 }
 
 TEST(Resource, FormatsOrLeavesTheOutputAlone) {
-    static constexpr unsigned char byStored = 'a';
+    static constexpr unsigned char STORED = 'a';
     const _stMyModuleInfo stEncoded{[](STRessourceModule* pst) {
-        pst->pbyText = &byStored;
+        pst->pbyText = &STORED;
         pst->unLength = pst->nUnit = pst->nMode = 1;
         return true;
     }};
@@ -200,13 +200,13 @@ TEST(Resource, FormatsOrLeavesTheOutputAlone) {
 }
 
 // Texts of a module in a bad way: 1 is empty, 2 costs too much memory, 3 names two arguments.
-const _stMyModuleInfo stBadTexts{[](STRessourceModule* pstRequest) {
-    static constexpr unsigned char tabText[] = "%1 and %2";
+const _stMyModuleInfo BAD_TEXTS{[](STRessourceModule* pstRequest) {
+    static constexpr unsigned char TAB_TEXT[] = "%1 and %2";
     if (pstRequest->unNumber == 2) {
         throw std::bad_alloc();
     }
-    pstRequest->pbyText = tabText;
-    pstRequest->unLength = pstRequest->unNumber == 3 ? sizeof tabText : 0;
+    pstRequest->pbyText = TAB_TEXT;
+    pstRequest->unLength = pstRequest->unNumber == 3 ? sizeof TAB_TEXT : 0;
     pstRequest->nUnit = 1;
     return pstRequest->unNumber <= 3;
 }};
@@ -214,7 +214,7 @@ constexpr STErrorDef TAB_BAD_DEF[] = {{10, 1, 0, eERRORLEVEL::Warning},
                                       {20, 2, 0, eERRORLEVEL::Error},
                                       {30, 3, 0, eERRORLEVEL::Error},
                                       {99, 777, 0, eERRORLEVEL::Severe}};
-const STErrorModule stBadModule{7, L"bad", L"1.0", TAB_BAD_DEF, &stBadTexts};
+const STErrorModule BAD_MODULE{7, L"bad", L"1.0", TAB_BAD_DEF, &BAD_TEXTS};
 
 std::wstring csUser(const CXError& rcl) {
     return rcl.pszGetUserMessage();
@@ -234,7 +234,7 @@ TEST(XError, MessagesAddUpAndWhatIsMissingDegrades) {
           {30U, 3U, L"%1 and %2", L""}}) {
         CXError clError;
         errno = ENOSPC;
-        clError.SetUserError(&stBadModule, unCode, L"one");
+        clError.SetUserError(&BAD_MODULE, unCode, L"one");
         EXPECT_EQ(clError.unGetUserResource(), unResource);
         EXPECT_EQ(csUser(clError), pszMessage);
         EXPECT_EQ(csDump(clError, CXError::eXERROR_INFO::DebugMessages), pszDebug);
@@ -247,10 +247,10 @@ TEST(XError, MessagesAddUpAndWhatIsMissingDegrades) {
     EXPECT_EQ(csUser(clError), L"very first\r\nfirst\r\nmiddle\r\nlast");
     // The arguments are kept: what the caller passed is gone when the error is shown.
     const std::wstring csLong(300, L'a');
-    clError.SetUserError(&stBadModule, 30, std::wstring(csLong), std::string("b"));
+    clError.SetUserError(&BAD_MODULE, 30, std::wstring(csLong), std::string("b"));
     EXPECT_EQ(csUser(clError), csLong + L" and b");
     clError.AddUserMessage(L"c");
-    clError.ChangeUserError(&stBadModule, 99);
+    clError.ChangeUserError(&BAD_MODULE, 99);
     EXPECT_EQ(csUser(clError), L"##(CXError)-Ressource <777> non charg\u00E9e##\r\nc");
 }
 
@@ -335,7 +335,7 @@ TEST(XError, SubErrorsAreOwnedCopies) {
     {
         CXError clMiddle, clLeaf;
         clMiddle.SetUserErrorMessage(L"middle");
-        clLeaf.SetUserError(&stBadModule, 30, L"leaf", L"x");
+        clLeaf.SetUserError(&BAD_MODULE, 30, L"leaf", L"x");
         clMiddle.AddSubError(clLeaf);
         clTop.AddSubError(clMiddle);
         clTop.AddSubErrorLight(clMiddle);

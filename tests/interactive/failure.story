@@ -1,4 +1,5 @@
 # What goes wrong is told, and the terminal is left in order. Whoever gives up leaves the machine as it was.
+# The form is told in story_test.cpp.
 
 == NothingBeginsWithoutRightsAndPayload
 $ remember

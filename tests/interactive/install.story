@@ -1,4 +1,5 @@
 # Installing: every language from start to end, every kind of terminal, a second server, what is run.
+# The form is told in story_test.cpp.
 
 == Everywhere_FromStartToEnd
 run: @install

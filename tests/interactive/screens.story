@@ -1,4 +1,5 @@
 # Screens of server "ZDSQL" with what is proposed for it; keys that go on, keys that give up.
+# The form is told in story_test.cpp.
 @licence    {TITRE_LICENCE} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / * / {ACCEPTER} {REFUSER} => Down*40 Tab Enter => Tab Enter
 @directory  {REPERTOIRE} / /usr/local/ZDSQL / .. / * / {OK} {ANNULER} => Enter => Tab*3 Enter
 @config     {NOM_SERVEUR} / ZDSQL / {PORT} / 4900 / {COMPTE_SYSTEME} / root / {OK} {ANNULER} => Enter*3 => Tab*4 Enter

@@ -1,26 +1,27 @@
-// Stories of an operator who installs, upgrades and removes servers on a real machine, which must be a
-// throwaway one, as the files *.story tell them:
+// clang-format off
+// Stories of an operator who installs, upgrades and removes servers on a real machine, which must be a throwaway
+// one, as the files *.story tell them:
 //
-//   == NAME                 a story, on a machine without any server, with copies of the payloads in
-//   /srv/dist;
-//                           in parentheses a part of others
-//   @NAME SCREEN...         stands for screens in scripts
-//   $ COMMAND               in a shell that knows story.sh ("fresh": such a machine again); it must succeed.
-//   What is indented below belongs to it with HOW                how all runs below are started, besides what
-//   they say themselves story NAME what another one tells run HOW: SCRIPT         a run through the screens
-//   of a script, which ends well and leaves the terminal in order start, walk, end        its beginning, some
-//   screens, its end; "launch HOW" does not wait for a screen give up HOW: SCRIPT     a run for each screen,
-//   which is given up there: all is as at the last "remember" hang up STATUS HOW: SCRIPT   the terminal goes
-//   away there send, wait, resize, settle, signal, unplug, ends, keep screen, same screen, picture   see
-//   CStory::__Do
+//   == NAME                  a story, on a machine without any server, with copies of the payloads in /srv/dist; in
+//                            parentheses a part of others
+//   @NAME SCREEN...          stands for screens in scripts
+//   $ COMMAND                in a shell that knows story.sh ("fresh": such a machine again); it must succeed. What is
+//                            indented below belongs to it
+//   with HOW                 how all runs below are started, besides what they say themselves
+//   story NAME               what another one tells
+//   run HOW: SCRIPT          a run through the screens of a script, which ends well and leaves the terminal in order
+//   start, walk, end         its beginning, some screens, its end; "launch HOW" does not wait for a screen
+//   give up HOW: SCRIPT      a run for each screen, which is given up there: all is as at the last "remember"
+//   hang up STATUS HOW: SCRIPT   the terminal goes away there
+//   send, resize, settle, signal, unplug, ends, keep screen, same screen, picture   see CStory::__Do
 //
-// HOW: next (payload), fr or es, record (what is run), a type and a size of terminals; "by" and a program
-// that starts the installer. SCRIPT: screens with "; " between them, or indented below, a line each: "SCREEN
-// => KEYS" or "SCREEN => KEYS => KEYS THAT GIVE UP"; without keys they are Enter. SCREEN holds the texts from
-// top to bottom, " / " between two rows, frames and blank rows left out; what a box leaves to see of the
-// screen below it does not count. "*" stands for anything, "{OK}" for the text of that key of the catalogues,
-// "{CONFLIT_NOM|name}" for one with an insert,
-// "<9d>" for nine "d". Lines that begin with "/" belong to the one before.
+// HOW: next (payload), fr or es, record (what is run), a type and a size of terminals; "by" and a program that starts
+// the installer. SCRIPT: screens with "; " between them, or indented below, a line each: "SCREEN => KEYS" or "SCREEN =>
+// KEYS => KEYS THAT GIVE UP"; without keys they are Enter. SCREEN holds the texts from top to bottom, " / " between two
+// rows, frames and blank rows left out; what a box leaves to see of the screen below it does not count. "*" stands for
+// anything, "{OK}" for the text of that key of the catalogues, "{CONFLIT_NOM|name}" for one with an insert, "<9d>" for
+// nine "d". Lines that begin with "/" belong to the one before.
+// clang-format on
 #include <gtest/gtest.h>
 
 #include <array>

@@ -1,4 +1,5 @@
 # Upgrading and uninstalling: which services and files are touched, and what is kept.
+# The form is told in story_test.cpp.
 
 == Services
 # They are stopped and started as they lie: first all runs, and the manager lies in the directory of the first.

@@ -85,24 +85,24 @@ struct STSign {
 };
 
 // In the order in which they are looked at. The texts are what some machine says there.
-const STSign tabSign[] = {{"/bin/systemctl", "#!/bin/sh\n[ \"$*\" = '--no-pager --no-legend' ]\n", eSystemd},
-                          {"/etc/debian_version", "12.11\n", eDebian},
-                          {"/etc/mandrake-release", "Mandrake Linux release 10.1\n", eMandriva},
-                          {"/etc/mandriva-release", "Mandriva Linux release 2011.0\n", eMandriva},
-                          {"/etc/SuSE-release", "SUSE Linux Enterprise Server 11\n", eSuSE},
-                          {"/sbin/SuSEconfig", "", eSuSE},
-                          {"/etc/gentoo-release", "Gentoo Base System release 2.7\n", eGentoo},
-                          {"/etc/fedora-release", "Fedora release 12\n", eFedora},
-                          {"/etc/slackware-release", "", eSlackware},
-                          {"/etc/slackware-version", "Slackware 13.37.0\n", eSlackware},
-                          {"/etc/redhat-release", "CentOS release 5.11 (Final)\n", eRedHat},
-                          {"/etc/version", "fedora\n", eFedora},
-                          {"/etc/init.d/function", "", eRedHat}};
+const STSign TAB_SIGN[] = {{"/bin/systemctl", "#!/bin/sh\n[ \"$*\" = '--no-pager --no-legend' ]\n", eSystemd},
+                           {"/etc/debian_version", "12.11\n", eDebian},
+                           {"/etc/mandrake-release", "Mandrake Linux release 10.1\n", eMandriva},
+                           {"/etc/mandriva-release", "Mandriva Linux release 2011.0\n", eMandriva},
+                           {"/etc/SuSE-release", "SUSE Linux Enterprise Server 11\n", eSuSE},
+                           {"/sbin/SuSEconfig", "", eSuSE},
+                           {"/etc/gentoo-release", "Gentoo Base System release 2.7\n", eGentoo},
+                           {"/etc/fedora-release", "Fedora release 12\n", eFedora},
+                           {"/etc/slackware-release", "", eSlackware},
+                           {"/etc/slackware-version", "Slackware 13.37.0\n", eSlackware},
+                           {"/etc/redhat-release", "CentOS release 5.11 (Final)\n", eRedHat},
+                           {"/etc/version", "fedora\n", eFedora},
+                           {"/etc/init.d/function", "", eRedHat}};
 
 struct DetectionTest : CStandInTest {
     void SetUp() override {
         CStandInTest::SetUp();
-        for (const STSign& rst : tabSign) {
+        for (const STSign& rst : TAB_SIGN) {
             std::filesystem::remove_all(rst.csPath);
         }
     }
@@ -118,13 +118,13 @@ struct DetectionTest : CStandInTest {
 
 TEST_F(DetectionTest, EverySignAloneAndBeforeTheLaterOnes) {
     EXPECT_EQ(nDetect("/etc/init.d/functions", ""), eDebian) << "another file";
-    for (const STSign& rst : tabSign) {
+    for (const STSign& rst : TAB_SIGN) {
         EXPECT_EQ(nDetect(rst.csPath, rst.csText), rst.nDistri) << rst.csPath;
     }
-    for (const STSign& rst : tabSign) {
+    for (const STSign& rst : TAB_SIGN) {
         Write(rst.csPath, rst.csText);
     }
-    for (const STSign& rst : tabSign) {
+    for (const STSign& rst : TAB_SIGN) {
         EXPECT_EQ(nDetect(rst.csPath, rst.csText), rst.nDistri) << rst.csPath << " and all behind it";
     }
     // Once is enough: a manager made later finds what the first one found.

@@ -1,25 +1,27 @@
+// clang-format off
 // Programs at an emulated terminal, as the files *.screens tell it: keys that are pressed, screens that come.
 //
-//   == NAME             a test
-//   ! COMMAND           a shell command before it
-//   @ COMMAND => KEYS [=> READING]   what its cases stand for: "%" is what they say. READING is "status"
-//   where a
-//                       report is the exit status, a regular expression, "chosen" where it is what a
-//                       directory chooser shows; else it is the last line that the program leaves
-//   [{TERMINAL...}] COMMAND [=> KEYS [=> REPORT]]   a case: a command for bash, and keys for
-//   Terminal::bPress. A
-//                       key can also be a size, a signal or "HangUp". In braces are types and sizes of
-//                       terminals, for each of which the case holds, and NAME=VALUE. Indented below it is
-//                       what goes on:
-//     => KEYS [=> REPORT]   ... and what can stand for a report: "=" is the picture below, "keep" the screen
-//     now,
-//                       which "kept" is again
-//     ROW,COLUMN "TEXT" LOOKS [CURSOR-COLUMN]; "TEXT"; no "TEXT"; cursor ROW,COLUMN hidden|visible|strong;
-//     bytes NUMBER
-//     """                   the whole screen with its looks, as csShow has it, up to the next """: that of a
-//                       terminal that can do everything, on others it shows as they can
+//   == NAME                        a test
+//   ! COMMAND                      a shell command before it
+//   @ COMMAND => KEYS [=> READING] what its cases stand for: "%" is what they say. READING is "status" where
+//                                  a report is the exit status, a regular expression, "chosen" where it is what
+//                                  a directory chooser shows; else it is the last line that the program leaves
+//   [{TERMINAL...}] COMMAND [=> KEYS [=> REPORT]]
+//                                  a case: a command for bash, and keys for Terminal::bPress. A key can also be
+//                                  a size, a signal or "HangUp". In braces are types and sizes of terminals, for
+//                                  each of which the case holds, and NAME=VALUE
+//
+// Indented below a case is what goes on:
+//
+//   => KEYS [=> REPORT]            and what can stand for a report: "=" is the picture below, "keep" the screen
+//                                  now, which "kept" is again
+//   ROW,COLUMN "TEXT" LOOKS [CURSOR-COLUMN]; "TEXT"; no "TEXT"; cursor ROW,COLUMN hidden|visible|strong;
+//   bytes NUMBER
+//   """                            the whole screen with its looks, as csShow has it, up to the next """: that
+//                                  of a terminal that can do everything, on others it shows as they can
 //
 // "\u" and four digits are a character.
+// clang-format on
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t TAILLE_FIXE = 46;
 constexpr std::uint32_t SIGNATURE_CENTRAL = 0x02014B50;
 constexpr std::uint16_t HOST_UNIX = 3;
-/// Entries of other hosts carry no permissions: they get reading and writing for all.
+// Entries of other hosts carry no permissions: they get reading and writing for all.
 constexpr std::uint32_t ATTRIBUT_AUTRES = 0666;
 
 void ParseFixedPart(CLeCursor cl, STCentralHeader* pst) {

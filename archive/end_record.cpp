@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t TAILLE_END_RECORD = 22;
 constexpr std::size_t TAILLE_ZIP64_END_RECORD = 56;
-/// The bytes of a Zip64 end record that its own size field does not count.
+// The bytes of a Zip64 end record that its own size field does not count.
 constexpr std::uint64_t TAILLE_ZIP64_NOT_COUNTED = 12;
 constexpr std::int64_t MAX_COMMENT = 0xFFFF;
 

@@ -16,7 +16,7 @@ constexpr std::size_t TAILLE_PIECE = 32768;
 
 }  // namespace
 
-/// Has the archive file open for as long as it lives: one that a Lock closed is reopened and closed again.
+// Has the archive file open for as long as it lives: one that a Lock closed is reopened and closed again.
 class CTVWinZip::CFichierRouvert {
   public:
     explicit CFichierRouvert(CTVWinZip& rcl)

@@ -25,7 +25,7 @@ double dSince(CClock::time_point st) {
 
 // Accepts the licence, then takes the directory, name, port and system account, administrator account and
 // telemetry choice that are proposed; what is left is to press OK.
-bool bAnswer(Terminal& rclTerminal) {
+bool bAnswer(CTerminal& rclTerminal) {
     return rclTerminal.bPress("Enter*9");
 }
 
@@ -36,8 +36,8 @@ int nMain(int nArgc, char** ppszArgv) {
         return 2;
     }
     const CClock::time_point stStart = CClock::now();
-    Terminal clTerminal({std::string(ppszArgv[2]) + "/kalmoinstall"},
-                        {.stPatience = std::chrono::minutes(5)});
+    CTerminal clTerminal({std::string(ppszArgv[2]) + "/kalmoinstall"},
+                         {.stPatience = std::chrono::minutes(5)});
     bool bShown = clTerminal.bWaitText(SV_LICENCE);
     double dTime = dSince(stStart);
     if (svMode == "install" && bShown) {

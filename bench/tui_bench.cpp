@@ -37,16 +37,16 @@ double dTime(const std::function<void()>& Work) {
 
 struct STMeasure {
     const char* pszName;
-    std::vector<std::string> tabArgument;          ///< of the gallery
-    std::vector<std::string_view> tabPreparation;  ///< keys before the ones that count
-    std::vector<std::string_view> tabKey;          ///< keys that count, over and over
+    std::vector<std::string> tabArgument;          // of the gallery
+    std::vector<std::string_view> tabPreparation;  // keys before the ones that count
+    std::vector<std::string_view> tabKey;          // keys that count, over and over
     int nTimes;
 };
 
 bool bMeasure(const STMeasure& rst) {
     std::vector<std::string> tabCommand{KALMO_GALLERY};
     tabCommand.insert(tabCommand.end(), rst.tabArgument.begin(), rst.tabArgument.end());
-    Terminal clTerminal(tabCommand);
+    CTerminal clTerminal(tabCommand);
     bool bAlive = clTerminal.bSettle();
     for (const std::string_view sv : rst.tabPreparation) {
         bAlive = bAlive && clTerminal.bPress(sv);

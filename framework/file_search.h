@@ -28,7 +28,7 @@ using CUniqueDir = std::unique_ptr<DIR, STCloseDir>;
 /// read has no entries.
 class CFileSearch {
   public:
-    /// Begins and moves to the first entry of the kind dwMask (one of dwAttribut..., or 0 for all kinds).
+    /// Begins and moves to the first entry of the kind dwMask (one of ATTRIBUT_..., or 0 for all kinds).
     /// A symbolic link counts as what it points to. False when there is none, and for a pattern of more than
     /// 260 characters.
     bool bFirst(std::wstring_view svPattern, unsigned dwMask);

@@ -18,7 +18,7 @@ int nEffectiveBits(int nWanted, int nOwn) {
     return nWanted == 0 || nWanted > nOwn ? nOwn : nWanted;
 }
 
-/// Puts the arguments into a message, one insert after the other.
+// Puts the arguments into a message, one insert after the other.
 class CMessageBuilder {
   public:
     explicit CMessageBuilder(CFormatArgList tabArg) noexcept : m_tabArg(tabArg) {}
@@ -57,12 +57,12 @@ class CMessageBuilder {
     [[nodiscard]] const std::wstring& rcsGet() const noexcept { return m_cs; }
 
   private:
-    /// The next argument of the current insert; null behind the end of the list.
+    // The next argument of the current insert; null behind the end of the list.
     const CFormatArg* __pclNextArg() noexcept {
         return m_nNext < m_tabArg.size() ? &m_tabArg[m_nNext++] : nullptr;
     }
 
-    /// Takes the number for a "*" from the arguments, within the bounds of a written one in either direction.
+    // Takes the number for a "*" from the arguments, within the bounds of a written one in either direction.
     bool __bStar(int* pnOut) noexcept {
         const CFormatArg* pclArg = __pclNextArg();
         if (pclArg == nullptr || pclArg->eGetKind() != CFormatArg::eKIND::Integer) {
@@ -136,7 +136,7 @@ class CMessageBuilder {
         }
     }
 
-    /// A character that would end the text, or that is none, makes the message fail.
+    // A character that would end the text, or that is none, makes the message fail.
     bool __bCharacter(const STInsertFormat& rst, std::uint64_t u64) {
         if (u64 == 0 || (u64 >= 0xD800 && u64 <= 0xDFFF) || u64 > 0x10FFFF) {
             return false;
@@ -173,7 +173,7 @@ class CMessageBuilder {
     }
 
     CFormatArgList m_tabArg;
-    std::size_t m_nNext = 0;  ///< The argument that the current insert takes next.
+    std::size_t m_nNext = 0;  // The argument that the current insert takes next.
     std::wstring m_cs;
 };
 

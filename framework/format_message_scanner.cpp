@@ -9,7 +9,7 @@ bool bDigit(wchar_t c) {
     return c >= L'0' && c <= L'9';
 }
 
-/// A cursor over the text between the two "!". Its steps return false once the format is known to be bad.
+// A cursor over the text between the two "!". Its steps return false once the format is known to be bad.
 class CFormatParser {
   public:
     CFormatParser(std::wstring_view sv, STInsertFormat* pstOut) noexcept : m_sv(sv), m_rst(*pstOut) {}
@@ -58,7 +58,7 @@ class CFormatParser {
         }
     }
 
-    /// Reads an optional number or "*". Without one *pnOut stays as it is.
+    // Reads an optional number or "*". Without one *pnOut stays as it is.
     bool __bNumber(int* pnOut) noexcept {
         if (__bTake(L'*')) {
             *pnOut = STInsertFormat::ARGUMENT;
@@ -99,7 +99,7 @@ class CFormatParser {
         return true;
     }
 
-    /// Turns down what printf leaves undefined.
+    // Turns down what printf leaves undefined.
     [[nodiscard]] bool __bSensible() const noexcept {
         const wchar_t c = m_rst.cConversion;
         const bool bSigned = c == L'd' || c == L'i';

@@ -10,8 +10,9 @@ namespace kalmo {
 
 /// Reads little-endian fields one after the other from a run of bytes.
 ///
-/// The only way in which little-endian bytes from outside become numbers. A read past the end gives zeros and
-/// makes every later read fail too, so a parser reads straight down and asks bOk() once. Borrows the bytes.
+/// How little-endian bytes in memory become numbers, wherever they come from. A read past the end gives zeros
+/// and makes every later read fail too, so a parser reads straight down and asks bOk() once. Borrows the
+/// bytes.
 class CLeCursor {
   public:
     explicit CLeCursor(std::span<const unsigned char> tabByte) noexcept : m_tabLeft(tabByte) {}

@@ -65,8 +65,8 @@ CTString csAnswer(const wchar_t* pszSection, const wchar_t* pszKey, const wchar_
 // A change of a profile file, whose texts are borrowed.
 struct STChange {
     const wchar_t* pszSection;
-    const wchar_t* pszKey;    ///< null to remove the section
-    const wchar_t* pszValue;  ///< null to remove the key
+    const wchar_t* pszKey;    // null to remove the section
+    const wchar_t* pszValue;  // null to remove the key
 
     [[nodiscard]] bool bRemoves() const noexcept { return pszKey == nullptr || pszValue == nullptr; }
     [[nodiscard]] bool bAllowed() const {

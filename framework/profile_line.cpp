@@ -8,7 +8,6 @@
 #include "framework/conversion.h"
 
 namespace kalmo {
-
 namespace {
 
 using namespace std::string_view_literals;
@@ -25,7 +24,7 @@ std::wstring_view svBeforeNull(std::wstring_view sv) {
     return sv.substr(0, sv.find(L'\0'));
 }
 
-constexpr std::size_t TAILLE_ENTIER = 20;  // the buffer of the rule, with its null
+constexpr std::size_t TAILLE_ENTIER = 20;  // of a value 19 characters count, and its null
 
 }  // namespace
 

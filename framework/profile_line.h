@@ -35,11 +35,8 @@ std::optional<std::wstring_view> svKeyName(std::wstring_view svLine);
 /// The value that the line gives to the key: behind the first "=" past the key, without the blanks and tabs
 /// at its start, up to the carriage return or line feed. A null character ends it too, so that the text is
 /// the same to a caller who counts and one who looks for the null. None when the line is not one of the key
-/// or holds no "=" there.
+/// or holds no "=" there. Quotes, and blanks at its end, are part of it.
 std::optional<std::wstring_view> svValueOf(std::wstring_view svLine, std::wstring_view svKey);
-
-/// What the values of profile files mean. Pure functions, for the calls of profile.h and for those who must
-/// know beforehand what will be read back.
 
 /// The decimal integer, signed or not, at the start of a value's first 19 characters: 0 when there is none,
 /// the nearest int when it is out of range.

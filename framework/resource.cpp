@@ -35,7 +35,7 @@ std::optional<STRessourceModule> stRequest(const _stMyModuleInfo* pstModule, uns
     return st;
 }
 
-/// The text of an answered request, up to its terminating zero.
+// The text of an answered request, up to its terminating zero.
 CTString csTextOf(const STRessourceModule& rst) {
     const std::span<const unsigned char> tabText(rst.pbyText, rst.unLength);
     if (rst.nUnit == 1) {
@@ -58,7 +58,7 @@ bool bLoadFromBlock(const _stMyModuleInfo* pstModule, unsigned unId, CTString* p
     return true;
 }
 
-/// Asks the override, if there is one, with ever more room until the text is not cut.
+// Asks the override, if there is one, with ever more room until the text is not cut.
 bool bLoadFromOverride(unsigned unId, CTString* pcsOut, int nLangue) {
     if (pfnLoadStringTVM == nullptr) {
         return false;

@@ -38,7 +38,7 @@ std::wstring_view svOf(const wchar_t* psz) {
     return psz == nullptr ? std::wstring_view() : std::wstring_view(psz);
 }
 
-/// A remark about the error itself, for those who maintain the texts.
+// A remark about the error itself, for those who maintain the texts.
 template <class... TArg>
 CTString csRemark(std::wstring_view svTemplate, const TArg&... arg) {
     const std::array<CFormatArg, sizeof...(TArg)> tabArg{CFormatArg(arg)...};
@@ -53,7 +53,7 @@ CTString csSystemText(unsigned dwCode) {
 
 }  // namespace
 
-/// Runs an action; false when memory did not suffice for it.
+// Runs an action; false when memory did not suffice for it.
 template <class F>
 bool CXError::__bGuarded(F fAction) noexcept {
     try {
@@ -65,7 +65,7 @@ bool CXError::__bGuarded(F fAction) noexcept {
     }
 }
 
-/// Runs a change of the user message's pieces and puts them together again.
+// Runs a change of the user message's pieces and puts them together again.
 template <class F>
 void CXError::__ChangeUserMessage(F fChange) noexcept {
     m_st.bNoMemory = !__bGuarded([&] {
@@ -115,7 +115,7 @@ void CXError::__SetCode(const STErrorModule* pstModule, unsigned unCode, int nLa
     __Message(nLastError);
 }
 
-/// Makes the message from the module's text. nLastError is the errno that the caller of the object had.
+// Makes the message from the module's text. nLastError is the errno that the caller of the object had.
 void CXError::__Message(int nLastError) {
     CTString csText;
     const auto bLoad = [&] { return DLLRES_bLoadString(m_st.pstModule->pstTexts, m_st.unResource, &csText); };

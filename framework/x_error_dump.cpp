@@ -8,7 +8,7 @@
 namespace kalmo {
 namespace {
 
-/// A text as lines that end in CR LF; nothing for an empty one.
+// A text as lines that end in CR LF; nothing for an empty one.
 void AppendLines(std::wstring_view sv, CTString* pcsOut) {
     if (!sv.empty()) {
         *pcsOut += sv;
@@ -16,7 +16,7 @@ void AppendLines(std::wstring_view sv, CTString* pcsOut) {
     }
 }
 
-/// A line made from a template and its arguments.
+// A line made from a template and its arguments.
 template <class... TArg>
 void AppendLine(CTString* pcsOut, std::wstring_view svTemplate, const TArg&... arg) {
     const std::array<CFormatArg, sizeof...(TArg)> tabArg{CFormatArg(arg)...};
@@ -26,7 +26,7 @@ void AppendLine(CTString* pcsOut, std::wstring_view svTemplate, const TArg&... a
     }
 }
 
-/// The line of the system error: the one that the operator reads too.
+// The line of the system error: the one that the operator reads too.
 void AppendSystemError(CTString* pcsOut, unsigned dwCode, const CTString& rcsMessage) {
     CTString cs;
     const auto bFormat = [&] {

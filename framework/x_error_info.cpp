@@ -39,7 +39,7 @@ constexpr std::array<std::wstring_view, EIT_THREAD + 1> TAB_FORMAT = {
 
 struct STFormat {
     std::wstring_view svBefore;
-    std::wstring_view svConversion;  ///< empty for a kind without value
+    std::wstring_view svConversion;  // empty for a kind without value
     std::wstring_view svAfter;
 };
 
@@ -53,7 +53,7 @@ STFormat stSplit(eERRORINFOTYPE eKind) {
     return {svFormat.substr(0, nBegin), svFormat.substr(nBegin, nEnd - nBegin), svFormat.substr(nEnd)};
 }
 
-/// The alternative of CValue that a kind holds.
+// The alternative of CValue that a kind holds.
 std::size_t nValueType(eERRORINFOTYPE eKind) {
     const std::wstring_view svConversion = stSplit(eKind).svConversion;
     if (svConversion.empty()) {
@@ -62,7 +62,7 @@ std::size_t nValueType(eERRORINFOTYPE eKind) {
     return svConversion.back() == L's' ? 1 : svConversion.back() == L'd' ? 2 : 3;
 }
 
-/// A value as its kind's conversion prints it.
+// A value as its kind's conversion prints it.
 CTString csValue(const CXErrorInfoList::CValue& rValue, std::wstring_view svConversion) {
     CTString cs;
     if (const auto* pcs = std::get_if<CTString>(&rValue)) {

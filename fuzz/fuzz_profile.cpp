@@ -34,8 +34,8 @@ void Check(bool b) {
     }
 }
 
-std::string_view svTake(std::string_view* psv, char END_OF_STRING) {
-    const std::string_view svTaken = psv->substr(0, psv->find(END_OF_STRING));
+std::string_view svTake(std::string_view* psv, char cEnd) {
+    const std::string_view svTaken = psv->substr(0, psv->find(cEnd));
     psv->remove_prefix(std::min(svTaken.size() + 1, psv->size()));
     return svTaken;
 }

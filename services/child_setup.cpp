@@ -8,7 +8,6 @@
 #include <limits>
 
 namespace kalmo {
-
 namespace {
 
 // Takes the next word off the text. False when only spaces are left.

@@ -14,8 +14,8 @@ namespace {
 using CLineBuffer = std::array<char, MAX_DISPLAY_NAME_LINE + 1>;
 
 struct STLine {
-    std::string_view sv;   ///< Without its line feed.
-    bool bGoesOn = false;  ///< The script's line is longer than what was read.
+    std::string_view sv;   // Without its line feed.
+    bool bGoesOn = false;  // The script's line is longer than what was read.
 };
 
 // Reads one line and moves behind it. False at the end of the script.

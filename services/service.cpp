@@ -136,6 +136,7 @@ eSERVICESTATUS CService::eGetStatus(int* pnError) try {
     CLanceProcessus clScript;
     clScript.ExpectAnswer();
     unsigned dwExitCode = 0;
+    errno = 0;
     if (!clScript.bLanceProcessus(csScriptPath(__svName()).pszGet(), L"status", nullptr) ||
         !clScript.bAttendFinExecution(&dwExitCode)) {
         rnError = errno != 0 ? errno : EIO;

@@ -14,7 +14,6 @@
 #include "services/lance_processus.h"
 
 namespace kalmo {
-
 namespace {
 
 // What is in the administrator's environment must not get into the output that is read here.

@@ -86,7 +86,7 @@ class CEmulator {
     [[nodiscard]] std::string csSvg() const;
 
   private:
-    struct CFree {
+    struct STFree {
         void operator()(VTerm* pclTerm) const noexcept { vterm_free(pclTerm); }
     };
 
@@ -95,7 +95,7 @@ class CEmulator {
     static int __nOnMoveCursor(VTermPos stNew, VTermPos stOld, int nVisible, void* pclSelf);
     static int __nOnCommand(const char* pcCommand, std::size_t nLength, void* pclSelf);
 
-    std::unique_ptr<VTerm, CFree> m_pclTerm;
+    std::unique_ptr<VTerm, STFree> m_pclTerm;
     VTermScreen* m_pclScreen;
     mutable std::function<void(std::string_view)> m_Send;  ///< bAtRest listens in.
     int m_nRows;

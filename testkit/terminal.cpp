@@ -63,7 +63,7 @@ bool bSleepsInRead(pid_t nPid, dev_t unTerminal) {
 
 }  // namespace
 
-Terminal::Terminal(const std::vector<std::string>& tabArgument, STOptions stOptions)
+CTerminal::CTerminal(const std::vector<std::string>& tabArgument, STOptions stOptions)
     : m_stOptions(std::move(stOptions)),
       m_clEmulator(m_stOptions.nRows, m_stOptions.nColumns, [this](std::string_view sv) { Send(sv); }) {
     // env sets the environment and becomes the program.
@@ -92,7 +92,7 @@ Terminal::Terminal(const std::vector<std::string>& tabArgument, STOptions stOpti
     }
 }
 
-Terminal::~Terminal() {
+CTerminal::~CTerminal() {
     HangUp();
     if (!__bEnded()) {
         ::kill(-m_nPid, SIGKILL);
@@ -101,7 +101,7 @@ Terminal::~Terminal() {
     }
 }
 
-bool Terminal::bPress(std::string_view svKeys) {
+bool CTerminal::bPress(std::string_view svKeys) {
     bool bSettled = bSettle();
     std::istringstream clItems{std::string(svKeys)};
     for (std::string csItem; clItems >> csItem;) {
@@ -117,7 +117,7 @@ bool Terminal::bPress(std::string_view svKeys) {
     return bSettled;
 }
 
-void Terminal::Send(std::string_view svBytes) {
+void CTerminal::Send(std::string_view svBytes) {
     while (!svBytes.empty() && m_clMaster.bValid()) {
         const ssize_t nWritten = ::write(m_clMaster.nGet(), svBytes.data(), svBytes.size());
         if (nWritten < 0) {
@@ -127,49 +127,49 @@ void Terminal::Send(std::string_view svBytes) {
     }
 }
 
-bool Terminal::bSettle() {
+bool CTerminal::bSettle() {
     // Ended, or asleep after all keys were taken; only then is the output complete.
     return __bPoll([this] { return __bEnded() || __bWaitsForKey(); });
 }
 
-bool Terminal::bWaitText(std::string_view svText) {
+bool CTerminal::bWaitText(std::string_view svText) {
     const auto bShown = [&] { return csText().find(svText) != std::string::npos; };
     __bPoll([&] { return bShown() || __bEnded(); });
     return bShown();
 }
 
-int Terminal::nWaitEnd() {
+int CTerminal::nWaitEnd() {
     __bPoll([this] { return __bEnded(); });
     return m_nStatus.value_or(-1);
 }
 
-void Terminal::Resize(int nColumns, int nRows) {
+void CTerminal::Resize(int nColumns, int nRows) {
     m_clEmulator.Resize(nRows, nColumns);
     const winsize st = stWindow(nColumns, nRows);
     ::ioctl(m_clMaster.nGet(), TIOCSWINSZ, &st);
 }
 
-void Terminal::HangUp() {
+void CTerminal::HangUp() {
     m_clMaster.Reset();
 }
 
-void Terminal::Signal(int nSignal) const {
+void CTerminal::Signal(int nSignal) const {
     ::kill(m_nPid, nSignal);
 }
 
-bool Terminal::bCooked() const {
+bool CTerminal::bCooked() const {
     termios st{};
     return ::tcgetattr(m_clSlave.nGet(), &st) == 0 && (st.c_lflag & ICANON) != 0 &&
            (st.c_lflag & ECHO) != 0 && (st.c_lflag & ISIG) != 0 && (st.c_iflag & ICRNL) != 0 &&
            (st.c_oflag & OPOST) != 0;
 }
 
-bool Terminal::bGivenBack() const {
+bool CTerminal::bGivenBack() const {
     return bCooked() && !m_clEmulator.bAlternateScreen() && m_clEmulator.stCursor().bVisible &&
            m_clEmulator.unPaletteColour(8) == 0x808080 && m_clEmulator.bAtRest();
 }
 
-bool Terminal::bPicture(const std::string& rcsPath, bool bDraw) const {
+bool CTerminal::bPicture(const std::string& rcsPath, bool bDraw) const {
     if (bDraw) {
         std::ofstream clFile(rcsPath, std::ios::binary);
         return (clFile << m_clEmulator.csSvg()).flush().good();
@@ -179,7 +179,7 @@ bool Terminal::bPicture(const std::string& rcsPath, bool bDraw) const {
 }
 
 // Shows on the screen what the program has sent up to now.
-void Terminal::__Drain() {
+void CTerminal::__Drain() {
     std::array<char, 4096> tabBuffer;
     while (m_clMaster.bValid() && bReadable(m_clMaster.nGet())) {
         const ssize_t nRead = ::read(m_clMaster.nGet(), tabBuffer.data(), tabBuffer.size());
@@ -191,7 +191,7 @@ void Terminal::__Drain() {
     }
 }
 
-bool Terminal::__bEnded() {
+bool CTerminal::__bEnded() {
     int nStatus = 0;
     if (!m_nStatus && ::waitpid(m_nPid, &nStatus, WNOHANG) == m_nPid) {
         m_nStatus = WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : 128 + WTERMSIG(nStatus);
@@ -199,7 +199,7 @@ bool Terminal::__bEnded() {
     return m_nStatus.has_value();
 }
 
-bool Terminal::__bWaitsForKey() const {
+bool CTerminal::__bWaitsForKey() const {
     struct stat st {};
     return m_clMaster.bValid() && !bReadable(m_clSlave.nGet()) && ::fstat(m_clSlave.nGet(), &st) == 0 &&
            bSleepsInRead(::tcgetpgrp(m_clMaster.nGet()), st.st_rdev);
@@ -207,7 +207,7 @@ bool Terminal::__bWaitsForKey() const {
 
 // Asks until the condition holds or patience ends; between two questions the program's output is taken in,
 // whose arrival ends the pause.
-bool Terminal::__bPoll(const std::function<bool()>& Condition) {
+bool CTerminal::__bPoll(const std::function<bool()>& Condition) {
     const CClock::time_point stEnd = CClock::now() + m_stOptions.stPatience;
     for (;;) {
         __Drain();

@@ -23,7 +23,7 @@ namespace kalmo {
 /// from it, which the kernel tells. That holds for a program that reads the terminal itself and leads its
 /// process group; one behind a second terminal (testkit/machine --tty), in a shell pipeline or below a
 /// tracer is waited for with bWaitText.
-class Terminal {
+class CTerminal {
   public:
     struct STOptions {
         /// The entry of the terminal database. All these are in the base system:
@@ -41,11 +41,11 @@ class Terminal {
     };
 
     /// Starts a program, found along PATH. One that cannot be started ends with status 127.
-    explicit Terminal(const std::vector<std::string>& tabArgument) : Terminal(tabArgument, STOptions()) {}
-    Terminal(const std::vector<std::string>& tabArgument, STOptions stOptions);
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-    ~Terminal();
+    explicit CTerminal(const std::vector<std::string>& tabArgument) : CTerminal(tabArgument, STOptions()) {}
+    CTerminal(const std::vector<std::string>& tabArgument, STOptions stOptions);
+    CTerminal(const CTerminal&) = delete;
+    CTerminal& operator=(const CTerminal&) = delete;
+    ~CTerminal();
 
     /// Presses keys one after the other, blanks between them: each is a key's name (see CEmulator::bPressKey)
     /// or else a text to type. "Tab Down*3 Space abc" presses Down three times and the space bar once.

@@ -27,10 +27,10 @@ inline constexpr STLegend TAB_LEGEND[] = {
 };
 
 /// A program of the toolkit at a terminal, settled from the start.
-class CTuiTerminal : public Terminal {
+class CTuiTerminal : public CTerminal {
   public:
     explicit CTuiTerminal(const std::vector<std::string>& tabArgument, const STOptions& rstOptions = {})
-        : Terminal(tabArgument, rstOptions) {
+        : CTerminal(tabArgument, rstOptions) {
         bSettle();
     }
     /// Program and arguments in one text, blanks between them.
@@ -42,7 +42,7 @@ class CTuiTerminal : public Terminal {
         return {std::istream_iterator<std::string>(clWords), {}};
     }
 
-    using Terminal::csText;
+    using CTerminal::csText;
     [[nodiscard]] std::string csText(int nRow, int nColumn, int nWidth) const {
         return clScreen().csText(nRow, nColumn, nWidth);
     }

@@ -15,7 +15,6 @@
 #include "services/service_manager.h"
 
 namespace kalmo {
-
 namespace {
 
 constexpr const wchar_t* PSZ_SECTION_TELEMETRY = L"TELEMETRY";

@@ -77,7 +77,7 @@ CTString csGetProgramWithoutArg(CService* pclService);
 /// one whose path is not absolute or longer than 260 characters.
 CTString csGetProgramDirectory(CService* pclService);
 
-/// The configuration file in an instance's directory. False, and *pszOut empty, when that is longer than 260
+/// The configuration file in an instance's directory. False, and rszOut empty, when that is longer than 260
 /// characters.
 bool bConfPath(std::wstring_view svDirectory, CPathBuffer& rszOut);
 /// The configuration file of an installed instance: beside its program. Empty when its directory is unknown

@@ -91,7 +91,7 @@ bool CDataExtractor::bSync(const wchar_t* pszDir) {
     const int nError = nOutcome(CDiskFile::bSyncFileSystem(pszDir));
     m_rclTrace.Outcome(L"put on the disk what is in " + CTString(pszDir), nError);
     if (nError != 0) {
-        errno = nError;
+        errno = nError == NO_REASON ? 0 : nError;
         _ShowError(nullptr);
     }
     return nError == 0;
@@ -138,7 +138,7 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
     }
     const auto bTell = [&](const wchar_t* pszOperation) {
         const int nError = errno;
-        m_rclTrace.Outcome(pszOperation + clTarget.csGet(), nError);
+        m_rclTrace.Outcome(pszOperation + clTarget.csGet(), nError != 0 ? nError : NO_REASON);
         errno = nError;
         _ShowError(nullptr);
         return false;
@@ -160,7 +160,7 @@ void CDataExtractor::_ShowError(const CXError* pclError) {
         m_rclTrace.rclGetView().ShowError(
             csJoin(pclError->pszGetSystemErrorMessage(), pclError->pszGetUserMessage()));
     } else {
-        m_rclTrace.Step(L"failure", L"failed (" + csReason(nSystemError) + L")");
+        m_rclTrace.Outcome(L"failure", nSystemError != 0 ? nSystemError : NO_REASON);
         m_rclTrace.rclGetView().ShowError(csReason(nSystemError));
     }
 }

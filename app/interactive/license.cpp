@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t MAX_LICENCE = 4U << 20U;  // nobody reads more
 
-/// A private file in the system's temporary folder, deleted with this object.
+// A private file in the system's temporary folder, deleted with this object.
 class CTemporaryFile {
   public:
     CTemporaryFile() {
@@ -54,7 +54,8 @@ class CTemporaryFile {
 // The folder for temporary files has no room for one: the text that tells it.
 CTString csNoFolder(const CTemporaryFile& rclFile, CTrace& rclTrace) {
     const int nError = errno;
-    rclTrace.Outcome(L"write a file in the temporary folder " + rclFile.csGetFolder(), nError);
+    rclTrace.Outcome(L"write a file in the temporary folder " + rclFile.csGetFolder(),
+                     nError != 0 ? nError : NO_REASON);
     return csFormatText(TEXTE_DOSSIER_TEMPORAIRE, rclFile.csGetFolder(), csReason(nError));
 }
 

@@ -45,13 +45,7 @@ class CShownProgress final : public IInstallProgress {
     explicit CShownProgress(CInstallProgressWin& rclWindow) noexcept : m_rclWindow(rclWindow) {}
 
     void Begin(int nSteps) override { m_rclWindow.InitJauge(nSteps); }
-    void FileDone() override {
-        CJauge& rclJauge = *m_rclWindow.pclGetJauge();
-        rclJauge.SetValue(rclJauge.dGetValue() + 1);
-        if (rclJauge.bStale()) {  // most files move the bar by less than a column
-            m_rclWindow.Draw();
-        }
-    }
+    void FileDone() override { ShowFileDone(*m_rclWindow.pclGetJauge(), m_rclWindow); }
     void StepDone() override {
         m_rclWindow.IncJauge();
         m_rclWindow.Draw();

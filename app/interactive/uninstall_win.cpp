@@ -25,7 +25,6 @@ namespace kalmo {
 namespace {
 
 constexpr int BUTTON_WIDTH = 10;
-constexpr int BUTTON_HEIGHT = 4;
 constexpr int STEP_COLUMN = 10;
 constexpr int STEPS_BESIDE_FILES = 2;
 constexpr int JAUGE_HEIGHT = 3;
@@ -48,8 +47,8 @@ CTString csDeleteLabel(bool bManager) {
 // gauge's.
 int nCloseRow(bool bManager, int nHeight) {
     const int nRow = nDeleteRows(bManager) + 15;
-    const int nCaptionRow = nRow + (BUTTON_HEIGHT - 3) / 2 + 1;
-    return nCaptionRow < nHeight ? nRow : nHeight - BUTTON_HEIGHT - 2;
+    const int nCaptionRow = nRow + (STButtonRow::HEIGHT - 3) / 2 + 1;
+    return nCaptionRow < nHeight ? nRow : nHeight - STButtonRow::HEIGHT - 2;
 }
 
 }  // namespace
@@ -78,7 +77,7 @@ CUnInstallWin::CUnInstallWin(int nX, int nY, int nWidth, int nHeight, CService* 
       m_stDelete(this, csDeleteLabel(m_bManager), 10, nWidth, nDeleteRows(m_bManager)),
       m_clJauge(this, STEP_COLUMN, nJaugeRow(m_bManager), nWidth - 19, JAUGE_HEIGHT, 0, 1, L""),
       m_clClose(this, csLoadText(TEXTE_OK).pszGet(), (nWidth - BUTTON_WIDTH) / 2,
-                nCloseRow(m_bManager, nHeight), BUTTON_WIDTH, BUTTON_HEIGHT) {
+                nCloseRow(m_bManager, nHeight), BUTTON_WIDTH, STButtonRow::HEIGHT) {
     _ListFile();
     m_clJauge.SetMaximum(static_cast<double>(m_tabFile.size()) + STEPS_BESIDE_FILES);
     for (CWidget* const pclChild :

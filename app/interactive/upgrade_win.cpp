@@ -13,7 +13,6 @@
 #include "tui/toolkit/window.h"
 
 namespace kalmo {
-
 namespace {
 
 constexpr int BUTTON_WIDTH = 12;
@@ -21,6 +20,13 @@ constexpr int TEXT_COLUMN = 2;
 constexpr int STEPS_BESIDE_FILES = 2;
 
 }  // namespace
+
+void ShowFileDone(CJauge& rclJauge, CWindow& rclWindow) {
+    rclJauge.SetValue(rclJauge.dGetValue() + 1);
+    if (rclJauge.bStale()) {
+        rclWindow.Draw();
+    }
+}
 
 CUpgradeWin::CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclService,
                          CDataExtractor* pclExtractor, int nTelemetryOn)
@@ -102,13 +108,6 @@ void CUpgradeWin::_Upgrade() {
     m_clServices.StartAll();
     __ShowStep(m_clJauge.dGetMaximum());
     ShowResultBox(csLoadText(TEXTE_MAJ_FAITE));
-}
-
-void CUpgradeWin::FileDone() {
-    m_clJauge.SetValue(m_clJauge.dGetValue() + 1);
-    if (m_clJauge.bStale()) {  // most files move the bar by less than a column
-        Draw();
-    }
 }
 
 void CUpgradeWin::__ShowStep(double dValue) {

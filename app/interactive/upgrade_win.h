@@ -13,6 +13,11 @@
 namespace kalmo {
 
 class CDataExtractor;
+class CService;
+
+/// A file more is installed: moves the gauge of a window on, and shows it. Most files move its bar by less
+/// than a column; the window is drawn for the others.
+void ShowFileDone(CJauge& rclJauge, CWindow& rclWindow);
 
 /// Tells what an upgrade will do to an instance and, when the operator agrees, does it.
 ///
@@ -32,7 +37,7 @@ class CUpgradeWin : public CWindow, public IUpgradeProgress {
     /// Sets the gauge's value; the next Draw shows it.
     void SetJauge(double dValue) noexcept { m_clJauge.SetValue(dValue); }
     void Begin(int /*nSteps*/) override {}  // known from the start
-    void FileDone() override;
+    void FileDone() override { ShowFileDone(m_clJauge, *this); }
     void StepDone() override {}  // the steps around the files are this window's own
     void Redraw() override { Draw(); }
     [[nodiscard]] int nGetTelemetryOn() const noexcept override { return m_nTelemetryOn; }
@@ -68,11 +73,6 @@ class CUpgradeWin : public CWindow, public IUpgradeProgress {
     CUpgradeServices m_clServices;  ///< Knows the install directory and the shared manager too.
     int m_nTelemetryOn;
 };
-
-/// The interactive upgrade of an installed instance.
-
-class CDataExtractor;
-class CService;
 
 /// Asks for the telemetry choice where the instance's configuration has none, then upgrades. The payload is
 /// open. An operator who cancels leaves everything as it is, and so does an instance that must not be

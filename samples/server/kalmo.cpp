@@ -65,7 +65,7 @@ bool bPrepareDatabase(const STInstance& rst, CInstallLog& rclLog) {
 
 // The account that the arguments behind "--INSTALLER" ask for.
 struct STNewAccount {
-    std::string csName;  ///< Empty: none.
+    std::string csName;  // Empty: none.
     std::string csPassword;
 };
 

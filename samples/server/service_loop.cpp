@@ -28,7 +28,7 @@ constexpr std::size_t MAX_LINE = 1000;
 
 struct STClient {
     CUniqueFd clSocket;
-    std::string csLine;  ///< What has come of it so far.
+    std::string csLine;  // What has come of it so far.
 };
 
 void Say(const STClient& rstClient, std::string_view svText) {

@@ -2,7 +2,7 @@
 # The program itself, run unattended on a copy of the machine's files. The server's programs in the payloads are scripts
 # that record how they are called; ZIP files come from an independent archiver.
 #
-#   installer.sh INSTALLER PASSWORD-PROGRAM CASE     a function below, in testkit/in_private_root
+#   installer.sh INSTALLER PASSWORD-PROGRAM CASE     a function below with "_" in its name, in testkit/in_private_root
 # shellcheck disable=SC2016,SC2059,SC2086,SC2317 # what the table says, as it says it
 set -eE
 [[ -n ${KALMO_PRIVATE_ROOT-} ]] || { echo "$0: it would change this machine" >&2; exit 1; }
@@ -154,6 +154,7 @@ names_that_reach_other_units_are_refused() {
         none $zd
         told "no name that a service can have"
     done
+    grep -q -- --no-legend units
     not grep show units
 }
 

@@ -23,7 +23,7 @@ int nOpenDescriptors() {
     return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), {}));
 }
 
-/// Archives that no archiver would write are described in the words of tests/support/zip_bytes.py.
+// Archives that no archiver would write are described in the words of tests/support/zip_bytes.py.
 class Extraction : public testing::Test {
   protected:
     void Make(const std::string& csName, const std::string& csZip) const {
@@ -42,7 +42,7 @@ class Extraction : public testing::Test {
         return m_cl.eExtraitFichier(std::wstring(svName.begin(), svName.end()), m_clFolder.csWide(svTo), 0,
                                     nullptr, 0, dwFlags, nullptr);
     }
-    /// Extracts into memory: the text, or "!" and the code.
+    // Extracts into memory: the text, or "!" and the code.
     std::string csExtract(std::wstring_view svName = L"a.txt") {
         CTLBIN tab;
         const eARCHIVE e = m_cl.eExtraitFichier(svName, &tab, 0, nullptr, 0, nullptr);
@@ -53,7 +53,7 @@ class Extraction : public testing::Test {
         ::lstat(m_clFolder.clPath(svName).c_str(), &st);
         return st;
     }
-    /// How many descriptors are open that were not at the start.
+    // How many descriptors are open that were not at the start.
     [[nodiscard]] int nOpen() const { return nOpenDescriptors() - m_nDescriptors; }
 
     const CTempFolder m_clFolder;

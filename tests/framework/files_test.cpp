@@ -113,7 +113,7 @@ TEST_F(Files, SearchFindsByPatternAndKind) {
     }
 }
 
-/// The version that a file or a stream tells, "(none)" where it tells none.
+// The version that a file or a stream tells, "(none)" where it tells none.
 template <class TSource>
 std::wstring csVersion(TSource&& source) {
     CFileVersion cl;

@@ -111,7 +111,7 @@ TEST(FormatMessage, FailsRatherThanGuess) {
     }
 }
 
-/// A text, or "untouched" where there is none.
+// A text, or "untouched" where there is none.
 std::wstring csLoad(unsigned unId, int nLangue = 0) {
     CTString cs(L"untouched");
     const bool bLoaded = DLLRES_bLoadString(&gstMyModuleInfo604, unId, &cs, nLangue);

@@ -64,7 +64,7 @@ void Wrong(bool bWrong, const std::string& csWhat, std::wstring_view svName = {}
     }
 }
 
-/// What is done with one archive.
+// What is done with one archive.
 class CProbe {
   public:
     CProbe(std::wstring csPath, const std::wstring& rcsPassword) : m_csPath(std::move(csPath)) {
@@ -212,8 +212,8 @@ class CProbe {
     std::ptrdiff_t m_nBefore = 0;
     CWinZip m_clRecords;
     CTVWinZip m_clArchive;
-    std::vector<STStated> m_tabStated;  ///< By header.
-    std::vector<STStated> m_tabListed;  ///< By rank.
+    std::vector<STStated> m_tabStated;  // By header.
+    std::vector<STStated> m_tabListed;  // By rank.
 };
 
 }  // namespace

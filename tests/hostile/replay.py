@@ -87,6 +87,8 @@ class Probe:
 def differences(row, seen):
     yield from (fields[0] for fields in seen["wrong"])
     if not seen["open"]:
+        if not seen["wrong"]:
+            yield "the probe told nothing"
         return
     opened, reason = int(seen["open"][0][0]), seen["open"][0][1]
     if opened not in (0, 3):

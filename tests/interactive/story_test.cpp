@@ -124,6 +124,9 @@ CLines tabReadStories() {
     CLines tabName;
     for (const char* const psz : {"screens", "install", "upgrade", "failure"}) {
         std::ifstream clFile(std::string(KALMO_SOURCE "/tests/interactive/") + psz + ".story");
+        if (!clFile) {
+            std::abort();  // its stories would just be missing
+        }
         std::string csName;
         for (std::string cs; std::getline(clFile, cs);) {
             if (cs.starts_with("== ")) {
@@ -279,7 +282,7 @@ class CStory : public testing::TestWithParam<std::string> {
         EXPECT_EQ(::pclose(pstPipe), 0) << cs;
     }
     void __Start(const std::string& rcsHow) {
-        Terminal::STOptions stOptions{.stPatience = std::chrono::seconds(60)};
+        CTerminal::STOptions stOptions{.stPatience = std::chrono::seconds(60)};
         const std::string csHow = " " + m_csWith + " " + rcsHow;
         const std::size_t nBy = csHow.find(" by ");
         std::string csCommand = nBy == csHow.npos ? "" : csHow.substr(nBy + 4) + " ";
@@ -303,7 +306,7 @@ class CStory : public testing::TestWithParam<std::string> {
         stOptions.tabEnvironment = {"LC_ALL=" + m_csLanguage + ".UTF-8"};
         csCommand += "/srv/dist/" + csPayload + "/kalmoinstall /DEBUG=/tmp/trace";
         m_pclTerminal.reset();
-        m_pclTerminal = std::make_unique<Terminal>(CTuiTerminal::tabWords(csCommand), stOptions);
+        m_pclTerminal = std::make_unique<CTerminal>(CTuiTerminal::tabWords(csCommand), stOptions);
     }
     [[nodiscard]] std::vector<STStep> __tabSteps(const std::string& rcsScript) const {
         std::vector<STStep> tab;
@@ -351,8 +354,8 @@ class CStory : public testing::TestWithParam<std::string> {
 
     std::string m_csWith;
     std::string m_csLanguage = "en";
-    std::string m_csKept;  ///< A screen.
-    std::unique_ptr<Terminal> m_pclTerminal;
+    std::string m_csKept;  // A screen.
+    std::unique_ptr<CTerminal> m_pclTerminal;
 };
 
 TEST_P(CStory, IsTold) {

@@ -70,8 +70,8 @@ namespace {
 
 struct STCase {
     const char* pszName;
-    std::function<bool()> bDo;        ///< True when it was done.
-    std::function<bool()> bAnswered;  ///< What else holds when it was not; may be missing.
+    std::function<bool()> bDo;        // True when it was done.
+    std::function<bool()> bAnswered;  // What else holds when it was not; may be missing.
 };
 
 using Memory = CStandInTest;

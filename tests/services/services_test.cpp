@@ -106,7 +106,7 @@ struct DetectionTest : CStandInTest {
             std::filesystem::remove_all(rst.csPath);
         }
     }
-    /// With another file, which is gone afterwards.
+    // With another file, which is gone afterwards.
     int nDetect(const std::string& csPath, const std::string& csText) {
         Write(csPath, csText);
         CServiceManager::ms_eDistri = eNotDetected;
@@ -167,7 +167,7 @@ TEST_F(DetectionTest, WhatTheTextsSay) {
 }
 
 struct MarkerTest : CStandInTest {
-    /// The display name and the program in a script, "-" where it tells none.
+    // The display name and the program in a script, "-" where it tells none.
     static std::pair<std::wstring, std::wstring> clTexts(const std::string& csScript) {
         CServiceManager::ms_eDistri = eDebian;
         Write("/etc/init.d/-", csScript);

@@ -1,12 +1,11 @@
 // One dialog for the tests to drive at a terminal; prints what came of it.
 //
-//   tui_scene WIDTHxHEIGHT CONTROL...   a window with controls: KIND[@X,Y,WIDTH,HEIGHT][=TEXT[~LABEL]], "-"
-//   in front
-//                                       of a disabled one, a comma between the lines of a list. F1 ends it;
-//                                       prints the states of the controls and their events
-//   tui_scene DIALOG NUMBER [SERVICE DISPLAY-NAME PROGRAM]...
-//                                       one of the installer's, with its own argument; "-" is no display
-//                                       name. Prints its result and its answers
+//   tui_scene WIDTHxHEIGHT CONTROL...   a window with controls: KIND[@X,Y,WIDTH,HEIGHT][=TEXT[~LABEL]],
+//       "-" in front of a disabled one, a comma between the lines of a list. F1 ends it; prints the states
+//       of the controls and their events
+//   tui_scene DIALOG NUMBER [SERVICE DISPLAY-NAME PROGRAM]...   one of the installer's, with its own
+//   argument;
+//       "-" is no display name. Prints its result and its answers
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -11,7 +11,7 @@ namespace {
 constexpr unsigned HEADER_NUMBER = 257;
 constexpr std::string_view SV_HEADER_TEXT = "TALVOR RES BLOC UTF16 START ";
 constexpr std::size_t ENTRY_HEADER = 7;
-constexpr unsigned char byTWO_BYTE_UNITS = 1U << 6U;
+constexpr unsigned char TWO_BYTE_UNITS = 1U << 6U;
 constexpr std::size_t BYTES_PER_LINE = 20;
 
 void AppendU16(std::vector<unsigned char>* ptab, std::size_t n) {
@@ -23,7 +23,7 @@ bool bAscii(std::wstring_view sv) {
     return std::all_of(sv.begin(), sv.end(), [](wchar_t c) { return c < 0x80; });
 }
 
-/// The stored bytes of a text, terminating zero included.
+// The stored bytes of a text, terminating zero included.
 std::vector<unsigned char> tabStored(std::wstring_view sv) {
     std::vector<unsigned char> tab;
     if (bAscii(sv)) {
@@ -38,7 +38,7 @@ std::vector<unsigned char> tabStored(std::wstring_view sv) {
     return tab;
 }
 
-/// Appends one entry; false, with nothing appended, when its size does not fit its field.
+// Appends one entry; false, with nothing appended, when its size does not fit its field.
 bool bAppendEntry(std::vector<unsigned char>* ptab, unsigned unNumber, std::wstring_view svText) {
     const std::vector<unsigned char> tabText = tabStored(svText);
     if (ENTRY_HEADER + tabText.size() > 0xFFFF) {
@@ -46,7 +46,7 @@ bool bAppendEntry(std::vector<unsigned char>* ptab, unsigned unNumber, std::wstr
     }
     AppendU16(ptab, ENTRY_HEADER + tabText.size());
     AppendU16(ptab, unNumber);
-    ptab->push_back(bAscii(svText) ? 0 : byTWO_BYTE_UNITS);
+    ptab->push_back(bAscii(svText) ? 0 : TWO_BYTE_UNITS);
     AppendU16(ptab, tabText.size());
     ptab->insert(ptab->end(), tabText.begin(), tabText.end());
     return true;

@@ -26,14 +26,14 @@ bool bTake(std::string_view* psv, std::string_view svPrefix) {
     return true;
 }
 
-/// Takes a number of unMin to unMax off the front of a text.
+// Takes a number of unMin to unMax off the front of a text.
 bool bTakeNumber(std::string_view* psv, unsigned unMin, unsigned unMax, unsigned* punOut) {
     const auto [pszEnd, eError] = std::from_chars(psv->data(), psv->data() + psv->size(), *punOut);
     psv->remove_prefix(static_cast<std::size_t>(pszEnd - psv->data()));
     return eError == std::errc() && *punOut >= unMin && *punOut <= unMax;
 }
 
-/// Takes a key off the front of a text: a capital, then capitals, digits and underscores.
+// Takes a key off the front of a text: a capital, then capitals, digits and underscores.
 bool bTakeKey(std::string_view* psv, std::string* pcsOut) {
     const auto itEnd = std::find_if_not(
         psv->begin(), psv->end(), [](char c) { return bCapital(c) || (c >= '0' && c <= '9') || c == '_'; });
@@ -42,7 +42,7 @@ bool bTakeKey(std::string_view* psv, std::string* pcsOut) {
     return !pcsOut->empty() && bCapital(pcsOut->front());
 }
 
-/// Takes what a header has behind the room: " %1=40 %2=5+0+40 after KEY".
+// Takes what a header has behind the room: " %1=40 %2=5+0+40 after KEY".
 bool bTakeSamples(std::string_view* psv, STText* pstOut) {
     while (bTake(psv, " %")) {
         unsigned unInsert = 0;
@@ -59,7 +59,7 @@ bool bTakeSamples(std::string_view* psv, STText* pstOut) {
     return !bTake(psv, " after ") || bTakeKey(psv, &pstOut->csAfter);
 }
 
-/// Reads "[KEY NUMBER COLUMNSxLINES ...] note"; the caller has seen "[" and a capital.
+// Reads "[KEY NUMBER COLUMNSxLINES ...] note"; the caller has seen "[" and a capital.
 std::optional<STText> stReadHeader(std::string_view sv, int nLine) {
     STText stText;
     stText.nLine = nLine;
@@ -76,7 +76,7 @@ std::optional<STText> stReadHeader(std::string_view sv, int nLine) {
     return std::nullopt;
 }
 
-/// What makes a line unfit for the screen; empty when nothing does.
+// What makes a line unfit for the screen; empty when nothing does.
 std::string_view svFault(std::string_view svUtf8, std::wstring_view sv) {
     // An invalid byte comes out of the conversion as a lone low surrogate.
     if (std::any_of(sv.begin(), sv.end(), [](wchar_t c) { return c >= 0xDC00 && c <= 0xDFFF; })) {
@@ -88,7 +88,7 @@ std::string_view svFault(std::string_view svUtf8, std::wstring_view sv) {
     return svUtf8.ends_with(' ') ? "blank at the end of the line" : std::string_view();
 }
 
-/// Builds a catalogue from its lines.
+// Builds a catalogue from its lines.
 class CCatalogueReader {
   public:
     CCatalogueReader(std::string_view svFile, CComplaints* pclComplaints) : m_pclComplaints(pclComplaints) {
@@ -142,7 +142,7 @@ class CCatalogueReader {
         rcsText += L'\n';
     }
 
-    /// Drops the line ends behind the text that has just ended.
+    // Drops the line ends behind the text that has just ended.
     void __FinishText() {
         if (!m_bInText) {
             return;
@@ -158,8 +158,8 @@ class CCatalogueReader {
     CComplaints* m_pclComplaints;
     STCatalogue m_stCatalogue;
     int m_nLine = 0;
-    bool m_bInText = false;    ///< A header was read: lines belong to the last text.
-    bool m_bSkipping = false;  ///< A bad header was read: lines belong to nothing.
+    bool m_bInText = false;    // A header was read: lines belong to the last text.
+    bool m_bSkipping = false;  // A bad header was read: lines belong to nothing.
 };
 
 }  // namespace

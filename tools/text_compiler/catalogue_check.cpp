@@ -18,7 +18,7 @@ std::string csNumber(unsigned un) {
     return std::to_string(un);
 }
 
-/// The inserts of a text, each with its format, "s" when it names none. False when the text is malformed.
+// The inserts of a text, each with its format, "s" when it names none. False when the text is malformed.
 bool bCollectInserts(std::wstring_view sv, CInsertSet* ptabOut) {
     CMessageScanner clScanner(sv);
     for (STMessagePiece st = clScanner.stNext();; st = clScanner.stNext()) {
@@ -35,7 +35,7 @@ bool bCollectInserts(std::wstring_view sv, CInsertSet* ptabOut) {
 
 constexpr wchar_t SAMPLE = L'\uE000';  // What samples consist of; no text has it.
 
-/// The text with samples for its inserts. Precondition: it is well-formed, and each insert has a sample.
+// The text with samples for its inserts. Precondition: it is well-formed, and each insert has a sample.
 std::wstring csWithSamples(const STText& rstText) {
     std::wstring cs;
     CMessageScanner clScanner(rstText.csText);
@@ -55,7 +55,7 @@ std::wstring csWithSamples(const STText& rstText) {
     return cs;
 }
 
-/// Lines of a text that is broken at words. One that has no blank within the columns is cut.
+// Lines of a text that is broken at words. One that has no blank within the columns is cut.
 unsigned unLinesAtWords(std::wstring_view sv, std::size_t nColumns) {
     unsigned un = 1;
     for (; sv.size() > nColumns; ++un) {
@@ -65,7 +65,7 @@ unsigned unLinesAtWords(std::wstring_view sv, std::size_t nColumns) {
     return un;
 }
 
-/// Lines of a text as a message box shows it: what is longer than the columns is cut.
+// Lines of a text as a message box shows it: what is longer than the columns is cut.
 unsigned unLinesCut(const STCatalogue& rstCatalogue, const STText& rstText, CComplaints* pclComplaints) {
     const std::wstring csText = csWithSamples(rstText);
     const std::wstring csTooLong(rstText.unColumns + 1, SAMPLE);
@@ -104,7 +104,7 @@ void CheckRoom(const STCatalogue& rstCatalogue, const STText& rstText, CComplain
     }
 }
 
-/// Whether each insert has a sample, and nothing else has.
+// Whether each insert has a sample, and nothing else has.
 bool bSampled(const STText& rstText, const CInsertSet& rtabInsert) {
     std::set<int> tabInsert;
     std::set<int> tabSampled;

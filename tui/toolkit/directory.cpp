@@ -5,10 +5,8 @@
 #include <string_view>
 
 #include "framework/disk_file.h"
-#include "framework/text.h"
 
 namespace kalmo {
-
 namespace {
 
 // True when the last "/" lies at the index or behind it.

@@ -10,7 +10,6 @@
 #include "tui/toolkit/text_columns.h"
 
 namespace kalmo {
-
 namespace {
 
 int nLength(const CTString& rcs) {

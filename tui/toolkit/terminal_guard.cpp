@@ -34,7 +34,7 @@ struct STGuard {
     pid_t nOwner = 0;
     bool bLineSettings = false;
     termios stLineSettings{};
-    std::array<char, 512> tabLeave{};  ///< The bytes that leave the screen.
+    std::array<char, 512> tabLeave{};  // The bytes that leave the screen.
     std::size_t nLeave = 0;
 };
 STGuard g_stGuard;
@@ -42,7 +42,7 @@ volatile std::sig_atomic_t g_nArmed = 0;
 
 struct STWatched {
     int nSignal;
-    bool bCrash;  ///< Watched even when it is handled already: the former handler goes on.
+    bool bCrash;  // Watched even when it is handled already: the former handler goes on.
     bool bInstalled;
     struct sigaction stFormer;
 };

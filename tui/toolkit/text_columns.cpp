@@ -6,7 +6,6 @@
 #include <cwctype>
 
 namespace kalmo {
-
 namespace {
 
 // Characters that are not seen themselves: a name could use them to show as another one. Terminals do not
@@ -22,8 +21,8 @@ bool bSurrogate(wchar_t c) {
 }
 
 struct STRun {
-    std::size_t nLength = 0;  ///< Characters.
-    int nWidth = 0;           ///< Columns.
+    std::size_t nLength = 0;  // Characters.
+    int nWidth = 0;           // Columns.
 };
 
 // The run that a text starts with: a word, or the blanks before the next one; none in front of a line end.

@@ -38,7 +38,7 @@ run: @licence; @directory; @config => Tab*2 Backspace*4 a:b Tab Enter; Attention
     @telemetry
     Attention / {COMPTE_NON_CREE|a:b} / OK
     Attention / * / no such account: a:b / OK
-$ grep -q 'DaemonUser = a:b' /usr/local/ZDSQL/ZDConf.ini
+$ grep -q 'DaemonUser = a:b' /usr/local/ZDSQL/ZDConf.ini && grep -q 'useradd.*exit code' /tmp/trace
 fresh
 run: @licence; @directory; @config => Tab*2 Backspace*4 -h Tab Enter; Attention / {COMPTE_INCONNU|-h} / Yes No; @account
     @telemetry

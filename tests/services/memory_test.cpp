@@ -186,7 +186,8 @@ TEST_F(Memory, RunningOutIsAnswered) {
     for (const STCase& rst : tabCase) {
         for (const bool bLast : {false, true}) {
             g_bLast = bLast;
-            for (long n = 0; n == 0 || g_nFailed > 0; ++n) {
+            long n = 0;
+            for (; n == 0 || g_nFailed > 0; ++n) {
                 std::filesystem::remove_all(csDir);
                 std::filesystem::remove(csTo);
                 std::filesystem::remove(csNew);
@@ -201,6 +202,7 @@ TEST_F(Memory, RunningOutIsAnswered) {
                 EXPECT_TRUE(bDone || (nError == ENOMEM && (!rst.bAnswered || rst.bAnswered())))
                     << rst.pszName << n << g_bLast << nError;
             }
+            EXPECT_GT(n, 1) << rst.pszName << " asks for no memory";
         }
     }
     EXPECT_EXIT((g_nLeft = 0, csFromUTF8("a text")), testing::KilledBySignal(SIGABRT), "out of memory");

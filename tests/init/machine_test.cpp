@@ -79,6 +79,8 @@ TEST_F(Machine, TheLifeOfAService) {
     EXPECT_EQ(clService.eGetStatus(), eServiceStopped);
     EXPECT_TRUE(clService.bStart(nullptr));
     Await(clService, eServiceRunning);
+    // OpenRC has started it before its process has written down its number.
+    EXPECT_TRUE(bUnits || bShell("timeout 10 sh -c 'until [ -s /run/life ]; do sleep 0.05; done'"));
     EXPECT_TRUE(clService.bRestart());
     Await(clService, eServiceRunning);
     EXPECT_TRUE(clService.bSendControlCommand(CONTROL_RELOAD));

@@ -138,8 +138,9 @@ class Run:
             tree.prepare(*programs)
         needed = set()
         for mutant in mutants:
-            if not refill and "by" in mutant and not matching(self.tests, mutant["by"]):
-                self.tell(mutant, "list is stale: no such test", bad=True)
+            gone = [name for name in mutant.get("by", []) if not matching(self.tests, [name])]
+            if gone and not refill:
+                self.tell(mutant, "list is stale: no test " + " ".join(gone), bad=True)
             needed.update(*self.stages(mutant))
         self.seconds, failed = self.trees[0].ctest(needed, 10 * TEST_SECONDS, "--repeat", "until-pass:3",
                                                    "-j", str(jobs))
@@ -172,7 +173,7 @@ class Run:
                 group = self.groups.get_nowait()
             except queue.Empty:
                 return
-            for mutant in group:
+            for mutant in [m for m in group if m["name"] not in self.bad]:
                 tree.edit(mutant)
                 self.judge(mutant, tree)
 
@@ -181,7 +182,8 @@ class Run:
         for names in filter(None, self.stages(mutant)):
             code, said = tree.call("ninja", *{program for name in names for program in self.tests[name]})
             if code != 0:
-                self.tell(mutant, f"does not compile:\n{said[-2000:]}", bad=True)
+                errors = [line for line in said.splitlines() if "error: " in line] or [said[-2000:]]
+                self.tell(mutant, f"does not compile: {errors[0]}", bad=True)
                 return
             timeout = TEST_SECONDS + 5 * max(self.seconds.get(name, 0) for name in names)
             _, failed = tree.ctest(names, timeout, *(["-j3"] if self.refill else ["--stop-on-failure"]))
@@ -229,8 +231,8 @@ def run_all(every, mutants, arguments):
     run = Run(mutants, arguments.refill, arguments.jobs)
     with concurrent.futures.ThreadPoolExecutor() as pool:
         list(pool.map(run.work, run.trees))
-    caught = sum(m.pop("caught") for m in mutants)
-    same = sum("same" in m for m in mutants)
+    same = sum("same" in m and not m.get("caught") for m in mutants)
+    caught = sum(m.pop("caught", False) for m in mutants)
     if arguments.refill:
         every.sort(key=lambda m: m["file"])
         LIST.write_text("".join(json.dumps(m, ensure_ascii=False) + "\n" for m in every), encoding="utf-8")

@@ -43,10 +43,10 @@ busy() {
 }
 
 # files [FOLDER...]: all of them, with what changes when they are touched, and the names in /tmp. Of a folder its time
-# would tell of files that came and went.
+# would tell of files that came and went, and a server's logger writes when it comes to it.
 files() {
     (($# > 0)) || set -- etc home opt srv usr/local var/lib
-    cd / && find "$@" -xdev -path var/lib/systemd -prune -o \
+    cd / && find "$@" -xdev -path var/lib/systemd -prune -o -name kalmo.log -o \
         \( -type d -printf '%p %M %U:%G\n' -o -printf '%p %M %U:%G %s %C@ %l\n' \) | sort
     ls /tmp | grep -vxE 'trace2?|orders|record.*'
 }

@@ -57,8 +57,8 @@ pilot() {
         "$("$1/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace" 2>&1; echo $?)"
 }
 
-# What an installer could change: files of the servers and of the system, and the processes of the services.
-# All that a refused run could have touched. A server's logger writes when it comes to it.
+# What an installer could change: files of the servers and of the system, and the processes of the services. A server's
+# logger writes when it comes to it.
 machine_now() {
     find /srv/zd /etc/init.d /etc/systemd/system /usr/bin/nice /usr/bin/env ! -name trace ! -name kalmo.log -printf '%p %m %s %T@ %C@\n'
     pgrep -a 'kalmo|zdlogger'

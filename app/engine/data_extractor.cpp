@@ -138,7 +138,7 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
     }
     const auto bTell = [&](const wchar_t* pszOperation) {
         const int nError = errno;
-        m_rclTrace.Outcome(pszOperation + clTarget.csGet(), nError != 0 ? nError : NO_REASON);
+        m_rclTrace.Outcome(pszOperation + clTarget.csGet(), nFailure(nError));
         errno = nError;
         _ShowError(nullptr);
         return false;
@@ -160,7 +160,7 @@ void CDataExtractor::_ShowError(const CXError* pclError) {
         m_rclTrace.rclGetView().ShowError(
             csJoin(pclError->pszGetSystemErrorMessage(), pclError->pszGetUserMessage()));
     } else {
-        m_rclTrace.Outcome(L"failure", nSystemError != 0 ? nSystemError : NO_REASON);
+        m_rclTrace.Outcome(L"failure", nFailure(nSystemError));
         m_rclTrace.rclGetView().ShowError(csReason(nSystemError));
     }
 }

@@ -62,9 +62,7 @@ bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot
         bOfAnother =
             bOfAnother || (clKept.nGet() != 0 && !bHolds && !csNow.bEmpty() && csNow == tabBefore[n]);
     }
-    rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten             ? 0
-                                                                : clKept.nGet() != 0 ? clKept.nGet()
-                                                                                     : NO_REASON);
+    rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten ? 0 : nFailure(clKept.nGet()));
     return !bOfAnother;
 }
 

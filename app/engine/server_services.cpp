@@ -40,8 +40,7 @@ void InitServices(CServiceManager& rclManager, CTrace& rclTrace) {
     rclManager.bInit(nullptr, 0);
     rclTrace.Step(L"init system", pszInitSystem());
     if (CServiceManager::ms_eDistri != eSystemd && CDiskFile::bFileExists(PSZ_SYSTEMCTL)) {
-        const int nError = CServiceManager::nGetSystemctlError();
-        rclTrace.Outcome(L"ask systemctl", nError != 0 ? nError : NO_REASON);
+        rclTrace.Outcome(L"ask systemctl", nFailure(CServiceManager::nGetSystemctlError()));
     }
 }
 

@@ -22,11 +22,15 @@ CTString csReason(int nErrno);
 /// A failure whose reason the call does not tell.
 inline constexpr int NO_REASON = -1;
 
+/// What a failure with this errno tells: the error number, or NO_REASON when it is 0.
+constexpr int nFailure(int nErrno) noexcept {
+    return nErrno != 0 ? nErrno : NO_REASON;
+}
+
 /// What came of a call that leaves its reason in errno: 0, the error number, or NO_REASON. Written around the
 /// call, so that nothing comes between: Outcome(L"what", nOutcome(bCall())).
 inline int nOutcome(bool bSuccess) noexcept {
-    const int nFailure = errno != 0 ? errno : NO_REASON;
-    return bSuccess ? 0 : nFailure;
+    return bSuccess ? 0 : nFailure(errno);
 }
 
 /// What a run tells: the trace that the option "/DEBUG=" asks for, one line a step, with time, what and

@@ -54,8 +54,7 @@ class CTemporaryFile {
 // The folder for temporary files has no room for one: the text that tells it.
 CTString csNoFolder(const CTemporaryFile& rclFile, CTrace& rclTrace) {
     const int nError = errno;
-    rclTrace.Outcome(L"write a file in the temporary folder " + rclFile.csGetFolder(),
-                     nError != 0 ? nError : NO_REASON);
+    rclTrace.Outcome(L"write a file in the temporary folder " + rclFile.csGetFolder(), nFailure(nError));
     return csFormatText(TEXTE_DOSSIER_TEMPORAIRE, rclFile.csGetFolder(), csReason(nError));
 }
 

@@ -46,7 +46,7 @@ bool bRemoveService(CService& rclService, CTrace& rclTrace, int* pnStays) {
     errno = 0;
     const bool bRemoved = rclService.bRemove(&nStays);
     const CErrnoKept clKept;
-    rclTrace.Outcome(L"unregister " + csName, bRemoved ? 0 : clKept.nGet() != 0 ? clKept.nGet() : NO_REASON);
+    rclTrace.Outcome(L"unregister " + csName, bRemoved ? 0 : nFailure(clKept.nGet()));
     if (bRemoved && nStays != 0) {
         rclTrace.Outcome(L"delete the unit or script of " + csName, nStays);
     }

@@ -93,7 +93,7 @@ bool bOpenScreen(CTrace& rclTrace) {
     const STTerminal& rst = rstTerminal();
     if (!bOpen) {
         RefuseTerminal(rst, rclTrace);
-    } else if (rst.csShown != rst.csName) {
+    } else if (rst.bOurs) {
         rclTrace.Step(L"terminal",
                       csTerminalName(rst) + L" is not known here, shown as " + csFromUTF8(rst.csShown));
     }

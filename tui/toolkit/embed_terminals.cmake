@@ -3,8 +3,8 @@
 # infocmp gives a compiled description as the text that curses takes from the variable TERMINFO (terminfo(5)).
 cmake_minimum_required(VERSION 3.25)
 
-# What the families of terminal_description.cpp ask for. Each of them differs from all others in what its keys send or
-# in how its colours are changed.
+# What the families of terminal_description.cpp ask for. Each of them differs from all others in what its keys send, in
+# how its colours are changed, or in lacking the repetition of a character that xterm has.
 set(names xterm-256color linux screen-256color rxvt-256color putty-256color st-256color vt100)
 
 set(rows "")

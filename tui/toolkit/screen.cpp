@@ -18,6 +18,13 @@ SCREEN* g_pScreen = nullptr;  // Made once and kept: windows may outlive end_dia
 bool g_bOpen = false;
 STTerminal g_stTerminal;
 
+// What most terminals of unknown name send for keys that a VT100 does not have.
+void DefineUsualKeys() {
+    ::define_key("\033[3~", KEY_DC);
+    ::define_key("\033[5~", KEY_PPAGE);
+    ::define_key("\033[6~", KEY_NPAGE);
+}
+
 // initscr would end the process where it finds no usable terminal.
 bool bMakeScreen(const char* pszTerminal) {
     if (g_pScreen != nullptr) {
@@ -26,6 +33,9 @@ bool bMakeScreen(const char* pszTerminal) {
     g_pScreen = ::newterm(pszTerminal, stdout, stdin);
     if (g_pScreen == nullptr) {
         return false;
+    }
+    if (g_stTerminal.bOurs) {
+        DefineUsualKeys();
     }
     ::def_prog_mode();
     std::atexit(end_dialog);

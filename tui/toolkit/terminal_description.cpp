@@ -130,7 +130,7 @@ CTerminalDescription::CTerminalDescription(int nFd) {
 CTerminalDescription::~CTerminalDescription() {
     if (m_csFormerDescriptions) {
         ::setenv(PSZ_DESCRIPTIONS, m_csFormerDescriptions->c_str(), 1);
-    } else if (m_bOurs) {
+    } else if (m_stTerminal.bOurs) {
         ::unsetenv(PSZ_DESCRIPTIONS);
     }
 }
@@ -143,7 +143,7 @@ void CTerminalDescription::__UseOurs() {
     const auto* const pst =
         std::find_if(std::begin(TAB_OURS), std::end(TAB_OURS),
                      [this](const STDescription& rst) { return rst.svName == m_stTerminal.csShown; });
-    m_bOurs = pst != std::end(TAB_OURS) && ::setenv(PSZ_DESCRIPTIONS, pst->pszCompiled, 1) == 0;
+    m_stTerminal.bOurs = pst != std::end(TAB_OURS) && ::setenv(PSZ_DESCRIPTIONS, pst->pszCompiled, 1) == 0;
 }
 
 }  // namespace kalmo

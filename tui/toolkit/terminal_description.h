@@ -22,8 +22,10 @@ struct STTerminal {
     eTERMINAL eState = eTERMINAL::None;
     /// TERM as the environment has it: any bytes, any length.
     std::string csName{};
-    /// The description that the screen is drawn by, where it is usable: csName, or one of our own.
+    /// The description that the screen is drawn by, where it is usable: the machine's for csName, or one of
+    /// ours.
     std::string csShown{};
+    bool bOurs = false;
 };
 
 /// Whether the operator wants no colours: NO_COLOR is set and not empty (https://no-color.org).
@@ -71,7 +73,6 @@ class CTerminalDescription {
     void __UseOurs();
 
     STTerminal m_stTerminal;
-    bool m_bOurs = false;
     std::optional<std::string> m_csFormerDescriptions{};  ///< TERMINFO, while ours is there.
 };
 

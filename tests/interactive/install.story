@@ -21,6 +21,25 @@ story Everywhere_FromStartToEnd
 with es xterm 132x50
 story Everywhere_FromStartToEnd
 
+# Of the program that is static.
+== Static_EveryScreenInAnEmptyRoot
+# Nothing is there but the program, a payload, /proc and /dev: the server's programs find no shell to be started by.
+$ empty_root /srv/empty
+$ equal "kalmoinstall $VERSION" "$(chroot /srv/empty /srv/dist/current/kalmoinstall --version)"
+$ chroot /srv/empty /srv/dist/current/kalmoinstall --help | grep -q kalmoinstall.zip
+$ printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/srv/zd\n' >/srv/empty/orders
+    strace -f -qq -e trace=execve,open,openat -o /tmp/opened chroot /srv/empty /srv/dist/current/kalmoinstall /PILOT=/orders /DEBUG=/trace
+    grep -F "/srv/zd/kalmomanager --INSTALLER 2>/dev/null: failed" /srv/empty/trace && test -x /srv/empty/srv/zd/kalmo &&
+    ! sed '1,/execve(.*kalmoinstall"/d' /tmp/opened | grep -E '/lib.*[.]so'
+run plain en|fr|es xterm|xterm-256color|xterm-kitty|alacritty|foot|st-256color|putty|ms-terminal|tmux-256color|screen|linux|vt100 by chroot /srv/empty: @asked; {ATTENTION} / {SANS_JOURNAL|/usr/local/ZDSQL/INSTALL.LOG} / {OK}
+== Static_AsksForAccountsThatOnlyTheServicesOfTheMachineKnow
+$ systemd-run --quiet --property=DynamicUser=yes --property=User=kfleet sleep 600; eventually getent passwd kfleet; ! grep kfleet /etc/passwd
+run by strace -D -qq -e trace=open,openat -o /tmp/opened: @licence; @directory; @config => Tab*2 Backspace*4 0 Tab Enter
+    {ATTENTION} / {COMPTE_INCONNU|0} / {OUI} {NON} => Tab Enter
+    {NOM_SERVEUR} / * => Tab*4 Backspace kfleet Tab Enter
+    @account => Tab*3 Enter
+$ ! grep -F .so /tmp/opened
+
 == Everywhere_ASmallTerminalWillDo
 with 60x16
 run

@@ -153,6 +153,7 @@ void CList::Draw() {
         DrawRect(pGetWindow(), x + 1 + nThumbColumn(m_nOffset, m_nLongest, m_nTextWidth),
                  y + height - 2 - m_bShadow, 1, 1, ATTR_WINDOW_FILL);
     }
+    PlaceCursor(pGetWindow(), y + 1 + std::clamp(m_nSelected - m_nFirst, 0, m_nVisible - 1), x + 1);
 }
 
 bool CList::__bDrawLines() {

@@ -104,8 +104,7 @@ bool CScrollableLibel::__bScroll(int nLines) {
     const int nLast = std::max(0, nGetNbItem() - m_nVisible);
     const int nFirst = std::clamp(m_nFirst + nLines, 0, nLast);
     if (nFirst != m_nFirst) {
-        m_nFirst = nFirst;
-        _Redraw();
+        _ScrollTo(nFirst);
         if (nFirst == nLast) {
             _bSendEvent(eEVENT_END_REACHED);
         }

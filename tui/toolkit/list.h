@@ -42,6 +42,9 @@ class CList : public CWidget {
     void SortLine(PFNCompareLine pfnCompare);
 
   protected:
+    /// Redraws with nFirst as the first visible line.
+    void _ScrollTo(int nFirst);
+
     int m_nFirst = 0;  ///< First visible line.
     int m_nVisible;    ///< How many lines fit.
     int m_nSelected = 0;

@@ -36,7 +36,7 @@ run next
     {TITRE_ACTION} / (X) {ACTION_MISE_A_JOUR} / * / OK Cancel => Enter*2
     {TITRE_MISE_A_JOUR} / ZDSQL server ZDSQL / OK Cancel => Enter*2
     Server: ZDSQL server ZDSQL / * / {MAJ_QUESTION} / Yes No => Tab*2 Down*9
-    - KalmoManager, * / machine / {MAJ_QUESTION} / Yes No => Tab Enter
+    - KalmoManager, * / machine / 10-11/11 / {MAJ_QUESTION} / Yes No => Tab Enter
     {MAJ_FAITE} / OK
 $ server 26.0.3.0
 run

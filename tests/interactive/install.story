@@ -43,19 +43,19 @@ $ ! grep -F .so /tmp/opened
 == Everywhere_ASmallTerminalWillDo
 with 60x16
 run
-    {TITRE_LICENCE} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / I accept I refuse => Down*40 Tab Enter
+    {TITRE_LICENCE} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / 1/27... / I accept I refuse => Down*40 Tab Enter
     {REPERTOIRE} / /usr/local/ZDSQL / OK Cancel
     Server name / ZDSQL / TCP port / 4900 OK Cancel / System account that runs the server / root => Enter*3
     {TITRE_COMPTE} / {COMPTE} / Admin / {MOT_DE_PASSE} => Enter*3
     Telemetry sends technical data about the use of / [X]Send technical data about the use of this / server / OK Cancel => Enter*2
-    {INSTALLE} / Administrator account: Admin / OK
+    {INSTALLE} / Administrator account: Admin / 1-2/4... / OK
 $ server $VERSION
 run next
     {TITRE_LICENCE} / * => Down*40 Tab Enter
     {TITRE_ACTION} / (X) {ACTION_MISE_A_JOUR} / * / OK Cancel => Enter*2
     {TITRE_MISE_A_JOUR} / ZDSQL server ZDSQL / OK Cancel => Enter*2
     Server: ZDSQL server ZDSQL / * / {MAJ_QUESTION} / Yes No => Tab*2 Down*9
-    - KalmoManager, * / machine / {MAJ_QUESTION} / Yes No => Tab Enter
+    - KalmoManager, * / machine / 10-11/11 / {MAJ_QUESTION} / Yes No => Tab Enter
     {MAJ_FAITE} / OK
 $ server 26.0.3.0
 run

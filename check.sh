@@ -41,6 +41,7 @@ tidy() { git ls-files '*.cpp' | grep -vE '^(tests|testkit|fuzz|bench)/|/make_pic
 
 step format format
 step shell shells
+step manual mandoc -Tlint -Wwarning docs/man/*
 step build-dev build dev
 step build-release build release
 step build-clang build clang

@@ -34,6 +34,7 @@ CHECKERS=(
     clang libclang-rt-14-dev   # the second compiler, its sanitizers and libFuzzer
     clang-format clang-tidy shellcheck
     valgrind                   # a walk through the screens without the sanitizers
+    mandoc                     # the manual pages: their language, and what the tests hold against the program
     git                        # lists the files that the checks look at
 )
 MEASURE=( time )               # GNU time, for the peak memory of a run

@@ -38,7 +38,7 @@ shells() { shell_scripts | xargs shellcheck --external-sources; }
 build() { cmake --preset "$1" && cmake --build --preset "$1"; }
 packages() {
     cmake --preset portable && cmake --build --preset portable --target payload_current payload_next &&
-        testkit/machine systemd --timeout 300 -- tests/app/packages.sh "$PWD"/build/portable/payload/{current,next}
+        testkit/machine systemd --timeout 300 -- samples/story/packages.sh "$PWD"/build/portable/payload/{current,next}
 }
 # The tests themselves are read by the compilers; the linter reads what ships.
 tidy() { git ls-files '*.cpp' | grep -vE '^(tests|testkit|fuzz|bench)/|/make_pictures' | xargs -P "$(nproc)" -n 4 clang-tidy -quiet -p build/clang; }

@@ -23,19 +23,20 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /)
 set(CPACK_PACKAGE_DIRECTORY $ENV{KALMO_OUT})
 set(CPACK_THREADS 1)
 
+# Every dpkg and every rpm reads gzip, and the payload, nearly all of it, is compressed already.
+set(CPACK_DEBIAN_COMPRESSION_TYPE gzip)
+set(CPACK_RPM_COMPRESSION_TYPE gzip)
+
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION database)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 
 set(CPACK_RPM_FILE_NAME RPM-DEFAULT)
 set(CPACK_RPM_PACKAGE_RELEASE 1)
 set(CPACK_RPM_PACKAGE_LICENSE "see /usr/share/doc/kalmoinstall/copyright")
 set(CPACK_RPM_PACKAGE_AUTOREQPROV no)
 set(CPACK_RPM_PACKAGE_DESCRIPTION ${CPACK_PACKAGE_DESCRIPTION})
-# Every rpm reads this one.
-set(CPACK_RPM_COMPRESSION_TYPE gzip)
 # Folders of the system, which are not ours, and what is for Debian alone.
 set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST
   /usr /usr/lib /usr/sbin /usr/share /usr/share/doc /usr/share/man /usr/share/man/man5 /usr/share/man/man8

@@ -47,7 +47,7 @@ done
 
 "$project/tools/install_packages.sh" release
 # The installer refuses a payload without one.
-unzip -Z1 "$payload" | grep -qix 'license\.txt' || die "$payload is no ZIP file with a license.txt"
+unzip -Z1 "$payload" 2>/dev/null | grep -ix 'license\.txt' >/dev/null || die "$payload is no ZIP file with a license.txt"
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$project" log -1 --format=%ct)} ||
     die "set SOURCE_DATE_EPOCH: there is no commit to take the date from"
 export SOURCE_DATE_EPOCH
@@ -116,7 +116,7 @@ install -D -m 644 -t "$folder/man" "$project"/docs/man/*
 install -m 644 "$work/copyright" "$folder/COPYRIGHT"
 notices >"$folder/THIRD-PARTY"
 tar -C "$work" --sort=name --format=gnu --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner \
-    -cf - "${folder##*/}" | zstd -q -19 --single-thread -o "$out/$name.tar.zst"
+    -cf - "${folder##*/}" | zstd -q -9 --single-thread -o "$out/$name.tar.zst"
 
 find "$tree" -exec touch -hd "@$SOURCE_DATE_EPOCH" {} +
 (cd "$work" && KALMO_TREE=$tree KALMO_VERSION=$version KALMO_MAINTAINER=$maintainer KALMO_OUT=$work/packages \

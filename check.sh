@@ -36,11 +36,16 @@ shell_scripts() {
 }
 shells() { shell_scripts | xargs shellcheck --external-sources; }
 build() { cmake --preset "$1" && cmake --build --preset "$1"; }
+packages() {
+    cmake --preset portable && cmake --build --preset portable --target payload_current payload_next &&
+        testkit/machine systemd --timeout 300 -- samples/story/packages.sh "$PWD"/build/portable/payload/{current,next}
+}
 # The tests themselves are read by the compilers; the linter reads what ships.
 tidy() { git ls-files '*.cpp' | grep -vE '^(tests|testkit|fuzz|bench)/|/make_pictures' | xargs -P "$(nproc)" -n 4 clang-tidy -quiet -p build/clang; }
 
 step format format
 step shell shells
+step manual mandoc -Tlint -Wwarning docs/man/*
 step build-dev build dev
 step build-release build release
 step build-clang build clang
@@ -52,6 +57,7 @@ fi
 if [[ ! " ${failed[*]} " =~ " build-release " ]]; then
     step valgrind ctest --preset release --no-tests=error -L valgrind
 fi
+step packages packages
 step demo ./demo.sh --unattended
 step tidy tidy
 

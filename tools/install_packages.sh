@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the Debian packages that a job of this project needs and that are missing.
 #
-#   tools/install_packages.sh GROUP...        GROUP: build, check, demo, bench
+#   tools/install_packages.sh GROUP...        GROUP: build, check, demo, bench, release
 #   tools/install_packages.sh --list GROUP... prints the packages, one a line, and installs nothing
 #
 # Silent, fast and offline when every package is there. Exit status: 0 everything is there, 1 packages are
@@ -31,16 +31,22 @@ MACHINE=( # the throwaway machine of testkit/
 ARCHIVERS=(                    # independent tools that write and read the archives of the tests
     unzip p7zip-full libarchive-tools python3
 )
+PACKERS=(                      # what tools/make_release.sh makes
+    rpm zstd dpkg-dev
+    unzip                      # looks into the payload
+)
 CHECKERS=(
     clang libclang-rt-14-dev   # the second compiler, its sanitizers and libFuzzer
     clang-format clang-tidy shellcheck
     valgrind                   # a walk through the screens without the sanitizers
+    mandoc                     # the manual pages: their language, and what the tests hold against the program
+    lintian                    # reads the .deb
     git                        # lists the files that the checks look at
 )
 MEASURE=( time )               # GNU time, for the peak memory of a run
 
 usage() {
-    echo "usage: ${0##*/} [--list] build|check|demo|bench ..." >&2
+    echo "usage: ${0##*/} [--list] build|check|demo|bench|release ..." >&2
     exit 2
 }
 
@@ -48,7 +54,8 @@ packages_of_group() {
     case "$1" in
         build) printf '%s\n' "${COMPILE[@]}" ;;
         demo) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" ;;
-        check) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${CHECKERS[@]}" ;;
+        check) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${PACKERS[@]}" "${CHECKERS[@]}" ;;
+        release) printf '%s\n' "${COMPILE[@]}" "${PACKERS[@]}" ;;
         bench) printf '%s\n' "${COMPILE[@]}" "${ARCHIVERS[@]}" "${MEASURE[@]}" ;;
         *) usage ;;
     esac

@@ -119,7 +119,7 @@ $ equal == "$(fate ZDCS-ZDSQL KalmoManager)"
 $ install first 4950; sed -i 's/^stop() {/&\n sleep 60/' /etc/init.d/ZDCS-first; remember
 start: @remove => Enter
 send \r
-$ eventually pgrep -x sleep
+$ eventually pgrep -xf "sleep 60"
 send \x03
 end
 $ unchanged && grep 'interrupted during: /etc/init.d/ZDCS-first stop' /tmp/trace

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the Debian packages that a job of this project needs and that are missing.
 #
-#   tools/install_packages.sh GROUP...        GROUP: build, check, demo, bench
+#   tools/install_packages.sh GROUP...        GROUP: build, check, demo, bench, soak
 #   tools/install_packages.sh --list GROUP... prints the packages, one a line, and installs nothing
 #
 # Silent, fast and offline when every package is there. Exit status: 0 everything is there, 1 packages are
@@ -36,10 +36,11 @@ CHECKERS=(
     valgrind                   # a walk through the screens without the sanitizers
     git                        # lists the files that the checks look at
 )
+SOAK=( debootstrap )           # makes the file trees of other releases
 MEASURE=( time )               # GNU time, for the peak memory of a run
 
 usage() {
-    echo "usage: ${0##*/} [--list] build|check|demo|bench ..." >&2
+    echo "usage: ${0##*/} [--list] build|check|demo|bench|soak ..." >&2
     exit 2
 }
 
@@ -48,6 +49,7 @@ packages_of_group() {
         build) printf '%s\n' "${COMPILE[@]}" ;;
         demo) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" ;;
         check) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${CHECKERS[@]}" ;;
+        soak) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${CHECKERS[@]}" "${SOAK[@]}" ;;
         bench) printf '%s\n' "${COMPILE[@]}" "${ARCHIVERS[@]}" "${MEASURE[@]}" ;;
         *) usage ;;
     esac

@@ -8,6 +8,7 @@
 #include "app/engine/traced_command.h"
 #include "app/interactive/interactive_run.h"
 #include "app/unattended/pilot.h"
+#include "framework/console_message.h"
 #include "framework/conversion.h"
 #include "framework/text.h"
 
@@ -19,7 +20,7 @@ bool bAnswerAboutProgram(int nArgc, char** ppszArgv) {
     for (int n = 1; n < nArgc; ++n) {
         const std::string_view svArgument = ppszArgv[n];
         if (svArgument == "--help") {
-            std::puts(csToUTF8(csFormatText(TEXTE_AIDE, csGetOwnVersion())).pszGet());
+            ConsoleLine(csFormatText(TEXTE_AIDE, csGetOwnVersion()), stdout);
             return true;
         }
         if (svArgument == "--version") {

@@ -1,11 +1,10 @@
 #include "app/config/server_config.h"
 
-#include <pwd.h>
-
 #include <array>
 #include <cwchar>
 #include <string_view>
 
+#include "framework/account.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/file_version.h"
@@ -95,7 +94,7 @@ CTString csServiceConfiguredIn(const CTString& csDirectory) {
 }
 
 bool bSystemAccountExists(const CTString& csUser) {
-    return ::getpwnam(csToUTF8(csUser).pszGet()) != nullptr;
+    return stFindAccount(csToUTF8(csUser).pszGet()).has_value();
 }
 
 bool bIsManager(const CService& rclService) {

@@ -7,7 +7,6 @@
 //   kalmo --version     prints the version
 
 #include <dlfcn.h>
-#include <pwd.h>
 #include <unistd.h>
 
 #include <array>
@@ -18,6 +17,7 @@
 #include <string_view>
 
 #include "app/config/server_config.h"
+#include "framework/account.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "samples/server/accounts.h"
@@ -46,13 +46,13 @@ bool bPrepareDatabase(const STInstance& rst, CInstallLog& rclLog) {
         return false;
     }
     const CTString csUser = rst.csDaemonUser.bEmpty() ? CTString(L"root") : rst.csDaemonUser;
-    const passwd* const pstUser = ::getpwnam(csToUTF8(csUser).pszGet());
-    if (pstUser == nullptr) {
+    const std::optional<STAccount> stUser = stFindAccount(csToUTF8(csUser).pszGet());
+    if (!stUser) {
         rclLog.Line(L"no such account: " + csUser);
         return false;
     }
-    const auto bOwn = [pstUser](std::wstring_view svPath) {
-        return CDiskFile::bSetFileOwnerUnix(svPath, pstUser->pw_uid, pstUser->pw_gid);
+    const auto bOwn = [&stUser](std::wstring_view svPath) {
+        return CDiskFile::bSetFileOwnerUnix(svPath, stUser->nUser, stUser->nGroup);
     };
     bool bOwned = bOwn(rst.clDatabaseRoot.svGet()) && bOwn(clSystem.svGet());
     for (const wchar_t* const psz : {L"accounts", L"kalmo.log"}) {
@@ -134,6 +134,10 @@ int nInstall(const STInstance& rst, CArguments tabArgument) {
 
 // The name of the SQL dialect, from the library beside the program.
 std::string csDialect(const STInstance& rst) {
+#ifdef KALMO_PORTABLE
+    static_cast<void>(rst);
+    return tvsqlsrv_Dialect();
+#else
     const std::string csLibrary = std::string(rst.clDirectory.csGetUTF8().svGet()) + "tvsqlsrv.so";
     void* const pLibrary = ::dlopen(csLibrary.c_str(), RTLD_NOW);
     if (pLibrary == nullptr) {
@@ -143,6 +147,7 @@ std::string csDialect(const STInstance& rst) {
     std::string csName = pfnDialect != nullptr ? pfnDialect() : "none";
     ::dlclose(pLibrary);
     return csName;
+#endif
 }
 
 int nServe(STInstance& rst) {

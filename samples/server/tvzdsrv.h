@@ -9,7 +9,8 @@ extern "C" {
 /// Writes the line of text that a client is greeted with, null-terminated and cut to nSize bytes.
 void tvzdsrv_Greeting(char* pszOut, std::size_t nSize, const char* pszInstance, const char* pszVersion);
 
-/// What "tvsqlsrv.so", loaded at run time, exports as "tvsqlsrv_Dialect": the SQL dialect's name.
+/// What "tvsqlsrv.so", loaded at run time, exports: the SQL dialect's name.
+const char* tvsqlsrv_Dialect();
 using tvsqlsrv_Dialect_t = const char* (*)();
 }
 

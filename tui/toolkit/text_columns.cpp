@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cwctype>
 
+#include "framework/plain_letter.h"
+
 namespace kalmo {
 namespace {
 
@@ -71,7 +73,10 @@ wchar_t cDrawable(wchar_t c) {
     if (c >= L' ' && c <= L'~') {
         return c;
     }
-    return c == 0 || bSurrogate(c) || bInvisible(c) || ::wcwidth(c) < 0 ? L'?' : c;
+    if (c < L' ' || bSurrogate(c) || bInvisible(c)) {
+        return L'?';
+    }
+    return ::wcwidth(c) < 0 ? cPlainLetter(c) : c;
 }
 
 CCellWalk::STDrawn CCellWalk::stNext(wchar_t c) {

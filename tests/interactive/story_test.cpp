@@ -175,7 +175,7 @@ class CStory : public testing::TestWithParam<std::string> {
     void SetUp() override {
         ASSERT_NE(std::getenv("KALMO_MACHINE"), nullptr)
             << "this installs services: run it in a throwaway machine (testkit/machine)";
-        ::setenv("KALMO_PAYLOAD", KALMO_PAYLOAD, 1);
+        ::setenv("KALMO_PAYLOAD", KALMO_PAYLOAD, 0);  // or another build's
         ::setenv("VERSION", KALMO_VERSION, 1);
     }
     void TearDown() override {

@@ -24,6 +24,8 @@ inline constexpr STLegend TAB_LEGEND[] = {
     {'M', {.nForeground = 1, .nBackground = 4}},                    // mark with focus
     {'m', {.nForeground = 1, .nBackground = 0}},                    // mark without focus
     {'R', {.bReverse = true}},                                      // reverse on a terminal without colours
+    {'r', {.nForeground = 0, .nBackground = 7}},  // reverse where the colours are exchanged instead
+    {'B', {.nForeground = 1, .nBackground = 7}},
 };
 
 /// A program of the toolkit at a terminal, settled from the start.

@@ -14,6 +14,7 @@ COMPILE=(
     g++ cmake ninja-build
     zlib1g-dev                 # inflate and crc32 of the archive reader
     libncurses-dev             # the wide-character curses of the screen
+    ncurses-term               # descriptions of terminals, some of which the program carries
     libgtest-dev libgmock-dev  # the test programs are part of the build
     libvterm-dev               # the terminal emulator through which they look at the screen
     zip                        # the build packs the sample payloads

@@ -13,6 +13,7 @@
 #include "app/interactive/uninstall_win.h"
 #include "app/interactive/upgrade_win.h"
 #include "framework/console_message.h"
+#include "framework/conversion.h"
 #include "framework/text.h"
 #include "services/service_manager.h"
 #include "tui/dialogs/choose_server.h"
@@ -23,6 +24,8 @@
 
 namespace kalmo {
 namespace {
+
+constexpr std::size_t MAX_TERMINAL_NAME = 64;
 
 // A machine on which only the shared manager is left has nothing to upgrade.
 bool bAnythingToUpgrade(CServiceList& rtabServer) {
@@ -60,12 +63,47 @@ void RunAction(CDataExtractor* pclExtractor) {
     }
 }
 
+// TERM as it is told; what is much too long to be one is cut.
+CTString csTerminalName(const STTerminal& rst) {
+    return csQuoted(csFromUTF8(std::string_view(rst.csName).substr(0, MAX_TERMINAL_NAME)));
+}
+
+// Tells why there is no screen.
+void RefuseTerminal(const STTerminal& rst, CTrace& rclTrace) {
+    CTString csReason = L"no terminal";
+    CTString csText = csLoadText(TEXTE_TERMINAL);
+    if (rst.eState == eTERMINAL::NoName) {
+        csReason = L"the variable TERM is not set";
+        csText = csLoadText(TEXTE_TERMINAL_SANS_NOM);
+    } else if (rst.eState == eTERMINAL::NoCursor) {
+        csReason = L"no cursor on the terminal " + csTerminalName(rst);
+        csText = csFormatText(TEXTE_TERMINAL_SANS_CURSEUR, csTerminalName(rst));
+    }
+    rclTrace.Step(L"open the screen", L"failed: " + csReason);
+    ConsoleMessage(csLoadText(TEXTE_ATTENTION), csText);
+}
+
+// False, and told, where there is none.
+bool bOpenScreen(CTrace& rclTrace) {
+    if (::isatty(STDIN_FILENO) == 0) {
+        RefuseTerminal({}, rclTrace);
+        return false;
+    }
+    const bool bOpen = init_dialog();
+    const STTerminal& rst = rstTerminal();
+    if (!bOpen) {
+        RefuseTerminal(rst, rclTrace);
+    } else if (rst.bOurs) {
+        rclTrace.Step(L"terminal",
+                      csTerminalName(rst) + L" is not known here, shown as " + csFromUTF8(rst.csShown));
+    }
+    return bOpen;
+}
+
 }  // namespace
 
 void RunInteractive(CTrace& rclTrace) {
-    if (::isatty(STDIN_FILENO) == 0 || !init_dialog()) {
-        rclTrace.Step(L"open the screen", L"failed: no usable terminal");
-        ConsoleMessage(csLoadText(TEXTE_ATTENTION), csLoadText(TEXTE_TERMINAL));
+    if (!bOpenScreen(rclTrace)) {
         return;
     }
     RepaintScreen();

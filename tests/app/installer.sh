@@ -78,16 +78,25 @@ options_select_the_parameter_file() {
     [[ $(cat output) == "kalmoinstall 25."* ]]
 }
 
-it_tells_that_a_terminal_is_needed() {
-    local command # "script" makes a terminal
+it_tells_what_is_missing_of_a_terminal() {
+    local command text step # "script" makes a terminal
     fresh
-    for command in "TERM=xterm ./kalmoinstall </dev/null >output 2>errors" \
-        "script -qec 'TERM=nonesuch ./kalmoinstall 2>errors' /dev/null >output </dev/null" \
-        "script -qec 'TERM=xterm ./kalmoinstall 2>errors </dev/null' /dev/null >output </dev/null"; do
+    while IFS=@ read -r -u 3 command text step; do
+        rm -f trace
         sh -c "$command"
         is "" "$(cat output)"
-        grep -q "^kalmoinstall needs a terminal." errors
-    done
+        grep -qx "$text" errors
+        told "open the screen: failed: $step"
+    done 3<<'END'
+TERM=xterm ./kalmoinstall /DEBUG=trace </dev/null >output 2>errors@kalmoinstall needs a terminal.@no terminal
+script -qec 'TERM=xterm ./kalmoinstall /DEBUG=trace 2>errors </dev/null' /dev/null >output </dev/null@kalmoinstall needs a terminal.@no terminal
+script -qec 'TERM=dumb ./kalmoinstall /DEBUG=trace 2>errors' /dev/null >output </dev/null@"dumb"@no cursor on the terminal "dumb"
+script -qec 'TERM= ./kalmoinstall /DEBUG=trace 2>errors' /dev/null >output </dev/null@It is not known .*: the variable TERM is not set.@the variable TERM is not set
+END
+    rm -f trace
+    TERM=$(printf 'linux/\033[J%0100d' 1) timeout 20 script -qec './kalmoinstall /DEBUG=trace' /dev/null </dev/null >output &
+    until told "$(printf 'terminal: "linux/\\x1B[J%055d" is not known here, shown as linux' 0)"; do sleep 0.05; kill -0 $!; done
+    kill $!
 }
 
 orders_are_read_once_and_told_one_by_one() {

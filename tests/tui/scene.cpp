@@ -336,8 +336,16 @@ int nMain(const std::vector<std::string>& rtabArgument) {
                                                    csDisplayName == L"-" ? nullptr : csDisplayName.pszGet(),
                                                    csFromUTF8(rtabArgument[n + 2]).pszGet())));
     }
-    if (!init_dialog()) {
-        return 3;
+    const auto csEnvironment = [] {
+        std::string cs;
+        for (char** ppsz = environ; *ppsz != nullptr; ++ppsz) {
+            cs += *ppsz + std::string("\n");
+        }
+        return cs;
+    };
+    const std::string csBefore = csEnvironment();
+    if (!init_dialog() || csEnvironment() != csBefore) {
+        return 3;  // a program run later must get the caller's
     }
     const std::string csReport =
         bScene ? csScene(rtabArgument) : csDialog(rtabArgument[1], std::stoi(rtabArgument[2]), clServices);

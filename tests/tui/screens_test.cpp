@@ -84,6 +84,17 @@ CLines tabParts(const std::string& rcs) {
     return tab;
 }
 
+// What a terminal's description makes of the colours. The machine's own "xterm" has eight.
+enum class eCOLOURS { None, Fixed, Changed };
+eCOLOURS eColours(const CTerminal::STOptions& rst) {
+    static const std::regex clNone("vt[0-9]+|blurb");
+    static const std::regex clFixed("xterm|(linux|putty|screen|tmux).*");
+    if (std::regex_match(rst.csType, clNone)) {
+        return eCOLOURS::None;
+    }
+    return std::regex_match(rst.csType, clFixed) ? eCOLOURS::Fixed : eCOLOURS::Changed;
+}
+
 // A picture as it shows on a terminal of another kind and size: clipped, or with the background around it.
 std::string csShownOn(const std::string& rcsPicture, const CTerminal::STOptions& rst) {
     std::istringstream clLines(rcsPicture.substr(1));
@@ -96,10 +107,10 @@ std::string csShownOn(const std::string& rcsPicture, const CTerminal::STOptions&
         std::string csLooks = csLine.substr(std::min(nBlank + 1, csLine.size()));
         csText.resize(static_cast<std::size_t>(rst.nColumns), L' ');
         csLooks.resize(static_cast<std::size_t>(rst.nColumns), '.');
-        if (rst.csType == "vt220") {  // reverse is all that it has
+        if (eColours(rst) == eCOLOURS::None) {  // reverse is all that it has
             std::transform(csLooks.begin(), csLooks.end(), csLooks.begin(),
                            [](char c) { return c == 'r' || c == 'B' ? 'R' : ' '; });
-        } else if (rst.csType != "xterm-256color") {  // cannot change the colour of the grey
+        } else if (eColours(rst) == eCOLOURS::Fixed) {  // the grey among them
             std::replace(csLooks.begin(), csLooks.end(), 'd', 'n');
         }
         csResult += csToUTF8(csText).pszGet() + (' ' + csLooks) + '\n';
@@ -179,7 +190,7 @@ class CCase {
         if (rcs == "=") {
             EXPECT_EQ(m_clTerminal.csShow(), csShownOn(m_csPicture, m_stOptions));
             // The grey of what is disabled.
-            const bool bGrey = m_stOptions.csType == "xterm-256color";
+            const bool bGrey = eColours(m_stOptions) == eCOLOURS::Changed;
             EXPECT_EQ(m_clTerminal.clScreen().unPaletteColour(8), bGrey ? 0x262626U : 0x808080U);
         } else if (rcs == "keep") {
             m_csKept = m_clTerminal.csShow();

@@ -8,6 +8,7 @@
 
 #include "tui/toolkit/attribute.h"
 #include "tui/toolkit/ncurses.h"
+#include "tui/toolkit/terminal_description.h"
 #include "tui/toolkit/terminal_guard.h"
 
 namespace kalmo {
@@ -15,15 +16,26 @@ namespace {
 
 SCREEN* g_pScreen = nullptr;  // Made once and kept: windows may outlive end_dialog.
 bool g_bOpen = false;
+STTerminal g_stTerminal;
+
+// What most terminals of unknown name send for keys that a VT100 does not have.
+void DefineUsualKeys() {
+    ::define_key("\033[3~", KEY_DC);
+    ::define_key("\033[5~", KEY_PPAGE);
+    ::define_key("\033[6~", KEY_NPAGE);
+}
 
 // initscr would end the process where it finds no usable terminal.
-bool bMakeScreen() {
+bool bMakeScreen(const char* pszTerminal) {
     if (g_pScreen != nullptr) {
         return true;
     }
-    g_pScreen = ::newterm(nullptr, stdout, stdin);
+    g_pScreen = ::newterm(pszTerminal, stdout, stdin);
     if (g_pScreen == nullptr) {
         return false;
+    }
+    if (g_stTerminal.bOurs) {
+        DefineUsualKeys();
     }
     ::def_prog_mode();
     std::atexit(end_dialog);
@@ -41,10 +53,13 @@ bool init_dialog() {
     if (g_bOpen) {
         return true;
     }
-    if (::isatty(STDOUT_FILENO) == 0 || !bArmTerminalGuard(STDOUT_FILENO)) {
+    const CTerminalDescription clDescription(STDOUT_FILENO);
+    g_stTerminal = clDescription.rstGet();
+    const char* const pszTerminal = g_stTerminal.csShown.c_str();
+    if (g_stTerminal.eState != eTERMINAL::Usable || !bArmTerminalGuard(STDOUT_FILENO, pszTerminal)) {
         return false;
     }
-    if (!bMakeScreen()) {
+    if (!bMakeScreen(pszTerminal)) {
         DisarmTerminalGuard();
         return false;
     }
@@ -58,6 +73,10 @@ bool init_dialog() {
     return true;
 }
 
+const STTerminal& rstTerminal() {
+    return g_stTerminal;
+}
+
 bool bDialogOpen() {
     return g_bOpen;
 }
@@ -69,7 +88,7 @@ void CheckScreenSize() {
 }
 
 void color_setup() {
-    if (!::has_colors()) {
+    if (!::has_colors() || bColoursUnwanted()) {
         return;
     }
     ::start_color();

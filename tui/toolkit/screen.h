@@ -1,6 +1,8 @@
 #ifndef KALMO_TUI_TOOLKIT_SCREEN_H
 #define KALMO_TUI_TOOLKIT_SCREEN_H
 
+#include "tui/toolkit/terminal_description.h"
+
 /// The screen as a whole. The interactive run opens it once, before it makes any window, and closes it at its
 /// end. Single-threaded, as everything in this folder.
 namespace kalmo {
@@ -10,9 +12,12 @@ namespace kalmo {
 /// usual signals and at a crash (see terminal_guard.h).
 ///
 /// False, with nothing printed and nothing changed, where there is no usable terminal: standard output is
-/// none, or TERM is unset, unknown or names a terminal whose cursor cannot be placed. The caller then reports
-/// on standard error. The locale must be set before (SetLocaleUTF8).
+/// none, or TERM is unset or names a terminal whose cursor cannot be placed. The caller then reports on
+/// standard error. The locale must be set before (SetLocaleUTF8).
 [[nodiscard]] bool init_dialog();
+
+/// What the last init_dialog found: why it failed, and by which description the screen is drawn.
+const STTerminal& rstTerminal();
 
 /// True between a successful init_dialog and end_dialog.
 [[nodiscard]] bool bDialogOpen();
@@ -21,8 +26,8 @@ namespace kalmo {
 /// After each change of the terminal's size.
 void CheckScreenSize();
 
-/// Defines the colours and colour pairs of attribute.h. Does nothing on a terminal without colours, which
-/// then shows the same attributes in monochrome.
+/// Defines the colours and colour pairs of attribute.h. Does nothing on a terminal without colours, or where
+/// the operator wants none (bColoursUnwanted): the same attributes then show in monochrome.
 void color_setup();
 
 /// Paints the background of the whole screen and queues it; the next refresh of a window shows it.

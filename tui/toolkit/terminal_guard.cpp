@@ -2,6 +2,7 @@
 
 #include "framework/errno_kept.h"
 #include "tui/toolkit/ncurses.h"
+#include "tui/toolkit/terminal_description.h"
 // Defines macros with everyday names, hence only here and last.
 #include <fcntl.h>
 #include <poll.h>
@@ -14,7 +15,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
 
 // The sanitizers' runtime; null in a program without them.
@@ -109,12 +109,6 @@ int nAppend(int nByte) {
     return nByte;
 }
 
-const char* pszCapability(const char* pszName) {
-    const char* const psz = ::tigetstr(pszName);
-    // An absent one is null, one of another type -1.
-    return reinterpret_cast<std::intptr_t>(psz) == -1 ? nullptr : psz;
-}
-
 bool bAppendCapability(const char* pszName) {
     const char* const psz = pszCapability(pszName);
     if (psz != nullptr) {
@@ -129,7 +123,8 @@ void PrepareLeaving() {
     g_stGuard.nLeave = 0;
     bAppendCapability("sgr0");
     bAppendCapability("op");
-    if (::tigetflag("ccc") > 0 && ::tigetnum("colors") > 8) {  // Else none was changed.
+    // Else none was changed.
+    if (!bColoursUnwanted() && ::tigetflag("ccc") > 0 && ::tigetnum("colors") > 8) {
         bAppendCapability("oc");
     }
     bAppendCapability("cnorm");
@@ -169,24 +164,16 @@ extern "C" void __asan_on_error() {
     GiveTerminalBack();
 }
 
-bool bArmTerminalGuard(int nFd) {
-    // A screen that was open before keeps its terminal description, which must be the current one again.
-    TERMINAL* const pclFormer = ::cur_term;
-    int nError = 0;
-    if (::setupterm(nullptr, nFd, &nError) != OK) {
-        ::set_curterm(pclFormer);
-        return false;
-    }
-    const bool bUsable = pszCapability("cup") != nullptr;
-    if (bUsable) {
+bool bArmTerminalGuard(int nFd, const char* pszTerminal) {
+    {
+        const CCurrentDescription clDescription(pszTerminal, nFd);
+        if (!clDescription.bLoaded()) {
+            return false;
+        }
         g_stGuard.nFd = nFd;
         g_stGuard.nOwner = ::getpid();
         g_stGuard.bLineSettings = ::tcgetattr(nFd, &g_stGuard.stLineSettings) == 0;
         PrepareLeaving();
-    }
-    ::del_curterm(::set_curterm(pclFormer));
-    if (!bUsable) {
-        return false;
     }
     g_nArmed = 1;
     WatchSignals();

@@ -12,8 +12,8 @@ namespace kalmo {
 
 /// Starts to watch over the terminal on this descriptor: remembers its line settings and prepares the
 /// sequence that leaves the screen. Called before curses touches the terminal. False, and nothing changes,
-/// when TERM names no terminal whose cursor can be placed.
-bool bArmTerminalGuard(int nFd);
+/// when there is no description of that name; it must have the cursor placed (see terminal_description.h).
+bool bArmTerminalGuard(int nFd, const char* pszTerminal);
 
 /// Stops watching; the signals get their former handlers back. Called once curses has given the terminal
 /// back.

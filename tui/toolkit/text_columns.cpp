@@ -73,7 +73,7 @@ wchar_t cDrawable(wchar_t c) {
     if (c >= L' ' && c <= L'~') {
         return c;
     }
-    if (c < L' ' || bSurrogate(c) || bInvisible(c)) {
+    if (c < L' ' || c == 0x7F || bSurrogate(c) || bInvisible(c)) {
         return L'?';
     }
     return ::wcwidth(c) < 0 ? cPlainLetter(c) : c;

@@ -36,18 +36,24 @@ shell_scripts() {
 }
 shells() { shell_scripts | xargs shellcheck --external-sources; }
 build() { cmake --preset "$1" && cmake --build --preset "$1"; }
+}
 # The tests themselves are read by the compilers; the linter reads what ships.
 tidy() { git ls-files '*.cpp' | grep -vE '^(tests|testkit|fuzz|bench)/|/make_pictures' | xargs -P "$(nproc)" -n 4 clang-tidy -quiet -p build/clang; }
 
 step format format
 step shell shells
+step manual mandoc -Tlint -Wwarning docs/man/*
 step build-dev build dev
 step build-release build release
 step build-clang build clang
+step build-portable build portable
 
 # The test runner's own output is shown: its last lines say how many tests ran.
 if [[ ! " ${failed[*]} " =~ " build-dev " ]]; then
     ctest --preset dev -j "$(nproc)" || failed+=(tests)
+fi
+if [[ ! " ${failed[*]} " =~ " build-portable " ]]; then
+    ctest --preset portable -j "$(nproc)" || failed+=(portable)
 fi
 if [[ ! " ${failed[*]} " =~ " build-release " ]]; then
     step valgrind ctest --preset release --no-tests=error -L valgrind

@@ -1,11 +1,14 @@
 #include <fcntl.h>
-#include <pwd.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 
@@ -16,17 +19,41 @@ namespace {
 
 using CFilePtr = std::unique_ptr<FILE, int (*)(FILE*)>;
 
-// The first account that the stream, lines as in passwd(5), has and that is wanted.
+bool bNumber(std::string_view sv, unsigned* pn) {
+    const auto [pEnd, nError] = std::from_chars(sv.data(), sv.data() + sv.size(), *pn);
+    return nError == std::errc() && pEnd == sv.data() + sv.size() && !sv.empty();
+}
+
+// The account of a line as in passwd(5), if it is the wanted one.
+template <typename FNWANTED>
+std::optional<STAccount> stAccountOf(std::string_view svLine, const FNWANTED& fnWanted) {
+    enum { NAME, PASSWORD, USER, GROUP, COMMENT, HOME, SHELL, FIELDS };
+    std::array<std::string_view, FIELDS> tabField{};
+    for (std::string_view& rsv : tabField) {
+        rsv = svLine.substr(0, svLine.find(':'));
+        svLine.remove_prefix(std::min(rsv.size() + 1, svLine.size()));
+    }
+    STAccount st{0, 0, std::string(tabField[HOME])};
+    const bool bWanted = bNumber(tabField[USER], &st.nUser) && bNumber(tabField[GROUP], &st.nGroup) &&
+                         fnWanted(tabField[NAME], st.nUser);
+    return bWanted ? std::optional(st) : std::nullopt;
+}
+
+// The first account of the stream that is wanted. The C library's own reader, fgetpwent(3), takes no pipe.
 template <typename FNWANTED>
 std::optional<STAccount> stReadAccount(FILE* pFile, const FNWANTED& fnWanted) {
-    while (const passwd* const pst = ::fgetpwent(pFile)) {
+    std::optional<STAccount> stFound;
+    char* pszLine = nullptr;
+    std::size_t nRoom = 0;
+    for (ssize_t n = 0; !stFound && (n = ::getline(&pszLine, &nRoom, pFile)) > 0;) {
+        const std::string_view svLine(pszLine, static_cast<std::size_t>(n));
         // "+" and "-" begin a line that brings in, or leaves out, accounts of a directory service.
-        const bool bEntry = pst->pw_name[0] != '+' && pst->pw_name[0] != '-';
-        if (bEntry && fnWanted(*pst)) {
-            return STAccount{pst->pw_uid, pst->pw_gid, pst->pw_dir};
+        if (svLine.front() != '+' && svLine.front() != '-') {
+            stFound = stAccountOf(svLine, fnWanted);
         }
     }
-    return std::nullopt;
+    std::free(pszLine);
+    return stFound;
 }
 
 // The process whose standard output is the pipe's writing end; what it has to complain about is nobody's.
@@ -87,12 +114,11 @@ std::optional<STAccount> stFindAccount(const std::string& rcsName) {
         return std::nullopt;
     }
     // It also takes a number for an account's, hence the comparison of what it answers.
-    return stFind(rcsName,
-                  [svName = std::string_view(rcsName)](const passwd& rst) { return rst.pw_name == svName; });
+    return stFind(rcsName, [&rcsName](std::string_view svName, uid_t) { return svName == rcsName; });
 }
 
 std::optional<STAccount> stFindAccount(uid_t nUser) {
-    return stFind(std::to_string(nUser), [nUser](const passwd& rst) { return rst.pw_uid == nUser; });
+    return stFind(std::to_string(nUser), [nUser](std::string_view, uid_t n) { return n == nUser; });
 }
 
 }  // namespace kalmo

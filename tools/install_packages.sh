@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the Debian packages that a job of this project needs and that are missing.
 #
-#   tools/install_packages.sh GROUP...        GROUP: build, check, demo, bench, soak
+#   tools/install_packages.sh GROUP...        GROUP: build, check, demo, bench, release, soak
 #   tools/install_packages.sh --list GROUP... prints the packages, one a line, and installs nothing
 #
 # Silent, fast and offline when every package is there. Exit status: 0 everything is there, 1 packages are
@@ -31,17 +31,23 @@ MACHINE=( # the throwaway machine of testkit/
 ARCHIVERS=(                    # independent tools that write and read the archives of the tests
     unzip p7zip-full libarchive-tools python3
 )
+PACKERS=(                      # what tools/make_release.sh makes
+    rpm zstd dpkg-dev
+    unzip                      # looks into the payload
+)
 CHECKERS=(
     clang libclang-rt-14-dev   # the second compiler, its sanitizers and libFuzzer
     clang-format clang-tidy shellcheck
     valgrind                   # a walk through the screens without the sanitizers
+    mandoc                     # the manual pages: their language, and what the tests hold against the program
+    lintian                    # reads the .deb
     git                        # lists the files that the checks look at
 )
 SOAK=( debootstrap )           # makes the file trees of other releases
 MEASURE=( time )               # GNU time, for the peak memory of a run
 
 usage() {
-    echo "usage: ${0##*/} [--list] build|check|demo|bench|soak ..." >&2
+    echo "usage: ${0##*/} [--list] build|check|demo|bench|release|soak ..." >&2
     exit 2
 }
 
@@ -49,9 +55,10 @@ packages_of_group() {
     case "$1" in
         build) printf '%s\n' "${COMPILE[@]}" ;;
         demo) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" ;;
-        check) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${CHECKERS[@]}" ;;
-        soak) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${CHECKERS[@]}" "${SOAK[@]}" ;;
+        check) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${PACKERS[@]}" "${CHECKERS[@]}" ;;
+        release) printf '%s\n' "${COMPILE[@]}" "${PACKERS[@]}" ;;
         bench) printf '%s\n' "${COMPILE[@]}" "${ARCHIVERS[@]}" "${MEASURE[@]}" ;;
+        soak) packages_of_group check; printf '%s\n' "${SOAK[@]}" ;;
         *) usage ;;
     esac
 }

@@ -123,9 +123,8 @@ bool bRoot() {
     if (::geteuid() == 0) {
         return true;
     }
-    clMakeCentred<CMsgBox>(50, 15, csLoadText(TEXTE_ATTENTION).pszGet(), csLoadText(TEXTE_PAS_ROOT).pszGet(),
-                           CMsgBox::eTYPE::OneButton)
-        .Show();
+    CMsgBox::nShowCentred(50, 15, csLoadText(TEXTE_ATTENTION), csLoadText(TEXTE_PAS_ROOT),
+                          CMsgBox::eTYPE::OneButton);
     return false;
 }
 

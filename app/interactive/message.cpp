@@ -5,7 +5,6 @@
 #include "tui/toolkit/key.h"
 #include "tui/toolkit/msg_box.h"
 #include "tui/toolkit/screen.h"
-#include "tui/toolkit/window.h"
 
 namespace kalmo {
 namespace {
@@ -16,9 +15,7 @@ constexpr int BOX_HEIGHT = 20;
 void ShowBox(const CTString& csTitle, const CTString& csText) {
     if (bDialogOpen()) {
         ForgetKeys();
-        clMakeCentred<CMsgBox>(BOX_WIDTH, BOX_HEIGHT, csTitle.pszGet(), csText.pszGet(),
-                               CMsgBox::eTYPE::OneButton)
-            .Show();
+        CMsgBox::nShowCentred(BOX_WIDTH, BOX_HEIGHT, csTitle, csText, CMsgBox::eTYPE::OneButton);
     }
 }
 

@@ -62,7 +62,7 @@ void CUpgradeWin::_InitLibel() {
     const CTString csText = m_csDescription + L"\n\n" + m_csWarning;
     const int nRows = __nPromptRow() - 1;
     if (static_cast<int>(tabWrapWords(csText.svGet(), __nTextColumns()).size()) > nRows) {
-        m_clLongText.emplace(this, csText.pszGet(), 1, 1, width - 3, nRows);
+        m_clLongText.emplace(this, csBrokenAtWords(csText, width - 6).c_str(), 1, 1, width - 3, nRows);
         AddChild(&*m_clLongText);
     }
 }

@@ -15,7 +15,7 @@ constexpr int CHOOSER_WIDTH = 64;
 constexpr int CHOOSER_HEIGHT = 24;
 
 int nShowBox(const wchar_t* pszTitle, const CTString& rcsText, CMsgBox::eTYPE eType) {
-    return clMakeCentred<CMsgBox>(BOX_WIDTH, BOX_HEIGHT, pszTitle, rcsText.pszGet(), eType).Show();
+    return CMsgBox::nShowCentred(BOX_WIDTH, BOX_HEIGHT, CTString(pszTitle), rcsText, eType);
 }
 
 const wchar_t* pszExampleLicense() {

@@ -32,6 +32,7 @@ class CStepper : public CWidget {
         DrawRect(pGetWindow(), x, y, width, 1, ATTR_FIELD_FILL);
         DrawTextLine(pGetWindow(), y, x, bHasFocus() ? ATTR_SELECTED : ATTR_NORMAL,
                      L"< " + std::to_wstring(m_nValue) + L" >", width);
+        PlaceCursor(pGetWindow(), y, x + 2);
     }
 
     [[nodiscard]] int nGetValue() const noexcept { return m_nValue; }

@@ -9,6 +9,7 @@ set -eE
 trap 'echo "line $LINENO: $BASH_COMMAND"; cat trace output 2>/dev/null' ERR
 installer=$1 archive_password=$2
 zd=/tmp/zd script=/etc/init.d/ZDCS-first
+manual=$(realpath "${BASH_SOURCE%/*}/../../docs/man")
 
 # What must hold is a command that succeeds; each one that fails ends the case.
 not() { ! "$@"; }
@@ -76,6 +77,35 @@ options_select_the_parameter_file() {
     done
     run --version
     [[ $(cat output) == "kalmoinstall 25."* ]]
+}
+
+the_manual_is_true() {
+    local section key default keys text="" told="" left_out
+    options() { grep -oE '(/[A-Z]+=|--[a-z]+)' | sort -u; }
+    fresh
+    run --help
+    is "$(options <output)" "$(mandoc -Tascii "$manual/kalmoinstall.8" | sed "s/.\x08//g" | options)"
+    # The keys that the program reads, each in its section.
+    keys=$(awk '/^\.Ss Section /{s = $3} /^\.It Cm /{k = $3} /^Default: /{sub("[.;]$", "", $2); print s, k, $2}' "$manual/kalmoinstall.ini.5")
+    while read -r section key default; do
+        [[ $text == *"[$section]"* ]] || text+="[$section]\n"
+        text+="$key=some $key\n" told+=" $key=\"some $key\""
+    done <<<"$keys"
+    pilot "$text"
+    is "orders:$told" "$(sed -n 's/.*  orders:/orders:/p' trace)"
+    # An order without a key does what it does with the key's default.
+    without() { orders install | sed "s/^$1=.*/$2/"; }
+    did() { fresh; pilot "$1"; { ls $zd; cat $zd/ZDConf.ini calls; } 2>&1 || true; }
+    while read -r -u 3 section key default; do
+        left_out=$(did "$(without "$key" "")")
+        is "$(did "$(without "$key" "$key=${default#none}")")" "$left_out"
+    done 3<<<"$keys"
+    # What the server's programs get to see.
+    fresh
+    echo 'echo "$PATH" >/tmp/run/path' >>tree/kalmo
+    pack
+    PATH=$PATH:/tmp pilot install
+    grep -qxF ".Pa $(cat path)" "$manual/kalmoinstall.8"
 }
 
 it_tells_what_is_missing_of_a_terminal() {

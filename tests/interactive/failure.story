@@ -19,7 +19,7 @@ $ unchanged
 # Of the codes of the server's programs 255 alone is a failure. The log is shown whole.
 $ mkdir /usr/local/ZDSQL; cd /usr/local/ZDSQL; echo 255 >kalmomanager.fail; seq -f 'line %g é' 40 >>kalmomanager.fail
 run: @asked; Attention / kalmomanager was told to end with 255 / line 1 é / line 2 é / * => Tab PageDown*9
-    Attention / * / line 39 é / line 40 é / OK => Tab Enter
+    Attention / * / line 39 é / line 40 é / 32-41/41 / OK => Tab Enter
 $ unregistered ZDCS-ZDSQL
 $ fresh; mkdir /usr/local/ZDSQL; echo 255 >/usr/local/ZDSQL/kalmo.fail
 run: @asked; Attention / * / systemctl restart KalmoManager: ok / kalmo was told to end with 255 / OK

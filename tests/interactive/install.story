@@ -21,22 +21,41 @@ story Everywhere_FromStartToEnd
 with es xterm 132x50
 story Everywhere_FromStartToEnd
 
+# Of the program that is static.
+== Static_EveryScreenInAnEmptyRoot
+# Nothing is there but the program, a payload, /proc and /dev: the server's programs find no shell to be started by.
+$ empty_root /srv/empty
+$ equal "kalmoinstall $VERSION" "$(chroot /srv/empty /srv/dist/current/kalmoinstall --version)"
+$ chroot /srv/empty /srv/dist/current/kalmoinstall --help | grep -q kalmoinstall.zip
+$ printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/srv/zd\n' >/srv/empty/orders
+    strace -f -qq -e trace=execve,open,openat -o /tmp/opened chroot /srv/empty /srv/dist/current/kalmoinstall /PILOT=/orders /DEBUG=/trace
+    grep -F "/srv/zd/kalmomanager --INSTALLER 2>/dev/null: failed" /srv/empty/trace && test -x /srv/empty/srv/zd/kalmo &&
+    ! sed '1,/execve(.*kalmoinstall"/d' /tmp/opened | grep -E '/lib.*[.]so'
+run plain en|fr|es xterm|xterm-256color|xterm-kitty|alacritty|foot|st-256color|putty|ms-terminal|tmux-256color|screen|linux|vt100 by chroot /srv/empty: @asked; {ATTENTION} / {SANS_JOURNAL|/usr/local/ZDSQL/INSTALL.LOG} / {OK}
+== Static_AsksForAccountsThatOnlyTheServicesOfTheMachineKnow
+$ systemd-run --quiet --property=DynamicUser=yes --property=User=kfleet sleep 600; eventually getent passwd kfleet; ! grep kfleet /etc/passwd
+run by strace -D -qq -e trace=open,openat -o /tmp/opened: @licence; @directory; @config => Tab*2 Backspace*4 0 Tab Enter
+    {ATTENTION} / {COMPTE_INCONNU|0} / {OUI} {NON} => Tab Enter
+    {NOM_SERVEUR} / * => Tab*4 Backspace kfleet Tab Enter
+    @account => Tab*3 Enter
+$ ! grep -F .so /tmp/opened
+
 == Everywhere_ASmallTerminalWillDo
 with 60x16
 run
-    {TITRE_LICENCE} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / I accept I refuse => Down*40 Tab Enter
+    {TITRE_LICENCE} / ZDSQL SAMPLE SERVER - LICENCE AGREEMENT / 1/27... / I accept I refuse => Down*40 Tab Enter
     {REPERTOIRE} / /usr/local/ZDSQL / OK Cancel
     Server name / ZDSQL / TCP port / 4900 OK Cancel / System account that runs the server / root => Enter*3
     {TITRE_COMPTE} / {COMPTE} / Admin / {MOT_DE_PASSE} => Enter*3
     Telemetry sends technical data about the use of / [X]Send technical data about the use of this / server / OK Cancel => Enter*2
-    {INSTALLE} / Administrator account: Admin / OK
+    {INSTALLE} / Administrator account: Admin / 1-2/4... / OK
 $ server $VERSION
 run next
     {TITRE_LICENCE} / * => Down*40 Tab Enter
     {TITRE_ACTION} / (X) {ACTION_MISE_A_JOUR} / * / OK Cancel => Enter*2
     {TITRE_MISE_A_JOUR} / ZDSQL server ZDSQL / OK Cancel => Enter*2
     Server: ZDSQL server ZDSQL / * / {MAJ_QUESTION} / Yes No => Tab*2 Down*9
-    - KalmoManager, * / machine / {MAJ_QUESTION} / Yes No => Tab Enter
+    - KalmoManager, * / machine / 10-11/11 / {MAJ_QUESTION} / Yes No => Tab Enter
     {MAJ_FAITE} / OK
 $ server 26.0.3.0
 run

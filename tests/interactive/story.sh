@@ -84,6 +84,12 @@ ran() {
             s/^$show/about/; s/^--property=ActiveState show/state/; s/^--property=LoadState show/loaded/")"
 }
 
+# empty_root FOLDER: a root with the program, its payload and what the kernel gives.
+empty_root() {
+    mkdir -p "$1"/{dev,proc,tmp,srv/dist,usr/local/bin} && mount --rbind /dev "$1/dev" && mount -t proc proc "$1/proc" &&
+        cp -r /srv/dist/current "$1/srv/dist"
+}
+
 # The server and the manager run; without systemd a start does not wait for them.
 both_run() { active ZDCS-ZDSQL && active KalmoManager; }
 

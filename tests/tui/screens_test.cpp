@@ -16,7 +16,7 @@
 //   => KEYS [=> REPORT]            and what can stand for a report: "=" is the picture below, "keep" the screen
 //                                  now, which "kept" is again
 //   ROW,COLUMN "TEXT" LOOKS [CURSOR-COLUMN]; "TEXT"; no "TEXT"; cursor hidden; cursor ROW,COLUMN visible|strong;
-//   bytes NUMBER
+//   at "TEXT", what the cursor stands in front of, shown or hidden; bytes NUMBER
 //   """                            the whole screen with its looks, as csShow has it, up to the next """: that
 //                                  of a terminal that can do everything, on others it shows as they can
 //
@@ -180,6 +180,7 @@ class CCase {
         static const std::regex clPlace("(\\d+),(\\d+) \"(.*)\" ?([A-Za-z.]*) ?(\\d*)");
         static const std::regex clText("(no )?\"(.*)\"");
         static const std::regex clCursor("cursor (?:(\\d+),(\\d+) (visible|strong)|hidden)");
+        static const std::regex clAt("at \"(.*)\"");
         static const std::regex clBytes("bytes (\\d+)");
         const STCursor& rstCursor = m_clTerminal.clScreen().stCursor();
         std::smatch clMatch;
@@ -209,6 +210,8 @@ class CCase {
             } else {
                 EXPECT_FALSE(rstCursor.bVisible);
             }
+        } else if (std::regex_match(rcs, clMatch, clAt)) {
+            EXPECT_EQ(m_clTerminal.csText(rstCursor.nRow, rstCursor.nColumn, nWidth(1)), clMatch[1]);
         } else if (std::regex_match(rcs, clMatch, clBytes)) {
             EXPECT_EQ(std::to_string(m_clTerminal.u64Received()), clMatch[1]);
         } else if (m_csReading == "chosen") {

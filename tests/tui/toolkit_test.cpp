@@ -52,7 +52,8 @@ TEST_F(Toolkit, TextsAreMeasuredAndCutByColumns) {
             << testing::PrintToString(rst.psz);
     }
     std::setlocale(LC_CTYPE, "C");
-    EXPECT_EQ(csVisible(L"éÀñ «Łœ» – l’€…日", 0, 20), L"eAn \"Lo\" - l'E.?");  // what the locale does not have
+    EXPECT_EQ(csVisible(L"éÀñ «Łœ» – l’€…日", 0, 20),
+              L"eAn \"Lo\" - l'E.?");  // what the locale does not have
 }
 
 TEST_F(Toolkit, TextsAreBrokenAtWordsOrCutHard) {

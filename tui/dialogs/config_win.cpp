@@ -77,9 +77,8 @@ bool CConfigWin::__bCheckAccount() {
         return true;
     }
     const CTString csQuestion = csFormatText(TEXTE_COMPTE_INCONNU, csAccount);
-    const int nAnswer = clMakeCentred<CMsgBox>(60, 13, csLoadText(TEXTE_ATTENTION).pszGet(),
-                                               csQuestion.pszGet(), CMsgBox::eTYPE::TwoButtons)
-                            .Show();
+    const int nAnswer =
+        CMsgBox::nShowCentred(60, 13, csLoadText(TEXTE_ATTENTION), csQuestion, CMsgBox::eTYPE::TwoButtons);
     Draw();
     return nAnswer == CMsgBox::RESULT_FIRST;
 }
@@ -121,8 +120,7 @@ bool CConfigWin::_bCheckPort(long nPort, CService& rclService) {
 }
 
 void CConfigWin::_ShowConflict(const wchar_t* pszText) {
-    clMakeCentred<CMsgBox>(60, 20, csLoadText(TEXTE_ATTENTION).pszGet(), pszText, CMsgBox::eTYPE::OneButton)
-        .Show();
+    CMsgBox::nShowCentred(60, 20, csLoadText(TEXTE_ATTENTION), CTString(pszText), CMsgBox::eTYPE::OneButton);
 }
 
 }  // namespace kalmo

@@ -1,9 +1,5 @@
 #include "tui/dialogs/license_win.h"
 
-#include <algorithm>
-#include <string>
-#include <string_view>
-
 #include "framework/text.h"
 #include "tui/toolkit/text_columns.h"
 
@@ -13,28 +9,11 @@ namespace {
 constexpr int BUTTON_WIDTH = 12;
 constexpr int TEXT_END = 8;  // rows of the window below the text
 
-// The text with its lines broken at words so that they fit; blank lines and indents stay.
-std::wstring csBroken(const wchar_t* pszText, int nColumns) {
-    std::wstring csResult;
-    std::wstring_view svRest = pszText == nullptr ? L"" : pszText;
-    while (!svRest.empty()) {
-        const std::wstring_view svLine = svRest.substr(0, svRest.find(L'\n'));
-        svRest.remove_prefix(std::min(svLine.size() + 1, svRest.size()));
-        bool bFirst = true;
-        for (const std::wstring_view svPart : tabWrapWords(svLine, nColumns)) {
-            csResult.append(bFirst ? L"" : L"\n").append(svPart);
-            bFirst = false;
-        }
-        csResult += L'\n';
-    }
-    return csResult;
-}
-
 }  // namespace
 
 CLicenseWin::CLicenseWin(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszText)
     : CWindow(nX, nY, nWidth, nHeight),
-      m_clText(this, csBroken(pszText, nWidth - 6).c_str(), 1, 2, nWidth - 3, nHeight - 9),
+      m_clText(this, csBrokenAtWords(CTString(pszText), nWidth - 6).c_str(), 1, 2, nWidth - 3, nHeight - 9),
       m_clAccept(this, csLoadText(TEXTE_ACCEPTER).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 0),
       m_clRefuse(this, csLoadText(TEXTE_REFUSER).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 1),
       m_csTitle(csLoadText(TEXTE_TITRE_LICENCE)),

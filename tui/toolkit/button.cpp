@@ -44,10 +44,19 @@ void CButton::SetCaption(const wchar_t* pszCaption) {
 
 void CButton::Draw() {
     const chtype attrFace = bEnabled != 0 ? ATTR_BUTTON_FILL : ATTR_FIELD_FILL;
-    DrawRectWithBorderAndShadow(pGetWindow(), x, y, width, height, attrFace, attrFace, ATTR_NORMAL, 0);
+    if (height > 1) {
+        DrawRectWithBorderAndShadow(pGetWindow(), x, y, width, height, attrFace, attrFace, ATTR_NORMAL, 0);
+    } else {
+        const chtype attrBracket = bEnabled != 0 ? ATTR_CAPTION : ATTR_NORMAL;
+        DrawTextLine(pGetWindow(), y, x, attrBracket, L"[", 1);
+        DrawTextLine(pGetWindow(), y, x + width - 2, attrBracket, L"]", 1);
+    }
     const chtype attrEnabled = bFocus != 0 ? ATTR_CAPTION_FOCUS : ATTR_CAPTION;
     DrawTextLine(pGetWindow(), m_nCaptionRow + 1, x + 1, bEnabled != 0 ? attrEnabled : ATTR_NORMAL,
                  m_csCaption, width - 3);
+    const std::size_t nBlanks = m_csCaption.svGet().find_first_not_of(L' ');
+    PlaceCursor(pGetWindow(), m_nCaptionRow + 1,
+                x + 1 + (nBlanks == std::wstring_view::npos ? 0 : static_cast<int>(nBlanks)));
 }
 
 }  // namespace kalmo

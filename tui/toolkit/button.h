@@ -7,10 +7,11 @@
 
 namespace kalmo {
 
-/// A push button. Enter, keypad Enter and space send eEVENT_PRESSED.
+/// A push button. Enter, keypad Enter and space send eEVENT_PRESSED. The cursor stands at its caption.
 class CButton : public CWidget {
   public:
-    /// The caption is centred, and cut where it is longer than nWidth - 3 columns.
+    /// The caption is centred, and cut where it is longer than nWidth - 3 columns. A button of one row has
+    /// brackets instead of its frame and shadow.
     CButton(CWindow* pclParent, const wchar_t* pszCaption, int nX, int nY, int nWidth, int nHeight);
     /// The button nRank of a row.
     CButton(CWindow* pclParent, const wchar_t* pszCaption, const STButtonRow& rstRow, int nRank)

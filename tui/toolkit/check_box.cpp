@@ -32,6 +32,7 @@ void CCheckBox::Draw() {
         DrawTextLine(pGetWindow(), y, x + 1, bFocused ? ATTR_MARK_FOCUS : ATTR_MARK, L"X", width - 1);
     }
     _nSmartPrint(0, 3, m_csLabel.pszGet(), bFocused ? ATTR_SELECTED : ATTR_BORDER, width - 4, height);
+    PlaceCursor(pGetWindow(), y, x + 1);
 }
 
 }  // namespace kalmo

@@ -6,7 +6,8 @@
 
 namespace kalmo {
 
-/// A box to check, with its label on the right. Enter and space toggle it and send eEVENT_TOGGLED.
+/// A box to check, with its label on the right. Enter and space toggle it and send eEVENT_TOGGLED. The
+/// cursor stands in the box.
 class CCheckBox : public CWidget {
   public:
     CCheckBox(CWindow* pclParent, const wchar_t* pszLabel, int nX, int nY, int nWidth, int nHeight,

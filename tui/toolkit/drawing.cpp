@@ -103,4 +103,15 @@ void DrawTextLine(WINDOW* pWindow, int nRow, int nColumn, chtype attr, std::wstr
     ::wattr_off(pWindow, attr, nullptr);
 }
 
+void PlaceCursor(WINDOW* pWindow, int nRow, int nColumn) {
+    bMove(pWindow, nRow, nColumn);
+}
+
+CCursorKept::CCursorKept(WINDOW* pWindow)
+    : m_pWindow(pWindow), m_nRow(::getcury(pWindow)), m_nColumn(::getcurx(pWindow)) {}
+
+CCursorKept::~CCursorKept() {
+    PlaceCursor(m_pWindow, m_nRow, m_nColumn);
+}
+
 }  // namespace kalmo

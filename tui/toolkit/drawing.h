@@ -29,6 +29,24 @@ void DrawRectWithBorderAndShadow(WINDOW* pWindow, int nX, int nY, int nWidth, in
 void DrawTextLine(WINDOW* pWindow, int nRow, int nColumn, chtype attr, std::wstring_view svText,
                   int nMaxColumns, int nSkip = 0);
 
+/// Puts a window's cursor on a cell. The terminal's own goes there with the window's next refresh, shown or
+/// not: screen readers and braille lines follow it.
+void PlaceCursor(WINDOW* pWindow, int nRow, int nColumn);
+
+/// Brings a window's cursor back at the end of its life: for what is drawn beside the control with the focus.
+class CCursorKept {
+  public:
+    explicit CCursorKept(WINDOW* pWindow);
+    CCursorKept(const CCursorKept&) = delete;
+    CCursorKept& operator=(const CCursorKept&) = delete;
+    ~CCursorKept();
+
+  private:
+    WINDOW* m_pWindow;
+    int m_nRow;
+    int m_nColumn;
+};
+
 }  // namespace kalmo
 
 #endif

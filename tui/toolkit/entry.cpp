@@ -164,9 +164,7 @@ void CEntry::Draw() {
     }
     DrawTextLine(pWindow, m_nTextRow, nColumn, bEnabled != 0 ? ATTR_NORMAL : ATTR_DISABLED, m_csText,
                  nVisible, m_nOffset);
-    if (pWindow != nullptr) {
-        ::wmove(pWindow, m_nTextRow, nColumn + nCursorColumn - m_nOffset);
-    }
+    PlaceCursor(pWindow, m_nTextRow, nColumn + nCursorColumn - m_nOffset);
 }
 
 void CEntryLower::_AddChar(wchar_t c) {

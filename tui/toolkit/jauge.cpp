@@ -29,6 +29,7 @@ void CJauge::Draw() {
     if (m_bVisible == 0) {
         return;
     }
+    const CCursorKept clKept(pGetWindow());
     DrawRectWithBorder(pGetWindow(), x, y, width, height, ATTR_BORDER, ATTR_FIELD_FILL);
     DrawTextLine(pGetWindow(), y, x + 2, ATTR_BORDER, m_csCaption, width - 3);
     m_nDrawnBar = __nBar();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "tui/toolkit/attribute.h"
 #include "tui/toolkit/drawing.h"
 #include "tui/toolkit/key.h"
 #include "tui/toolkit/text_columns.h"
@@ -18,6 +19,7 @@ bool CLibel::bSetFocus(int /*bNewFocus*/) {
 }
 
 void CLibel::Draw() {
+    const CCursorKept clKept(pGetWindow());
     if (m_bBorder == 0) {
         _nSmartPrint(0, 0, m_csText.pszGet(), m_attr, width, height);
         return;
@@ -28,7 +30,7 @@ void CLibel::Draw() {
 
 CScrollableLibel::CScrollableLibel(CWindow* pclParent, const wchar_t* pszText, int nX, int nY, int nWidth,
                                    int nHeight)
-    : CList(pclParent, nX, nY, nWidth, nHeight, 0) {
+    : CList(pclParent, nX, nY, nWidth, nHeight, 0), m_nSignColumns(nWidth - 4) {
     m_nSelected = -1;
     _Fill(pszText, nWidth - 3);
 }
@@ -50,6 +52,26 @@ const wchar_t* CScrollableLibel::pszGetSelectedLine() const {
 
 bool CScrollableLibel::bSetFocus(int bNewFocus) {
     return bScrollable() && CList::bSetFocus(bNewFocus);
+}
+
+void CScrollableLibel::Draw() {
+    CList::Draw();
+    if (bScrollable() && m_nVisible > 0) {
+        const CCursorKept clKept(pGetWindow());
+        DrawTextLine(pGetWindow(), y + height - 1, x + 2, bFocus != 0 ? ATTR_SELECTED : ATTR_BORDER,
+                     __csSign(), m_nSignColumns);
+    }
+}
+
+std::wstring CScrollableLibel::__csSign() const {
+    const int nLast = std::min(m_nFirst + m_nVisible, nGetNbItem());
+    const std::wstring csMore = bAtEnd() ? L"" : L"...";
+    std::wstring csSign = std::to_wstring(m_nFirst + 1);
+    if (m_nVisible > 1) {
+        csSign += L"-" + std::to_wstring(nLast);
+    }
+    csSign += L"/" + std::to_wstring(nGetNbItem()) + csMore;
+    return nColumns(csSign) <= m_nSignColumns ? csSign : csMore;
 }
 
 bool CScrollableLibel::bOnKeyEvent(int nKey) {
@@ -82,8 +104,7 @@ bool CScrollableLibel::__bScroll(int nLines) {
     const int nLast = std::max(0, nGetNbItem() - m_nVisible);
     const int nFirst = std::clamp(m_nFirst + nLines, 0, nLast);
     if (nFirst != m_nFirst) {
-        m_nFirst = nFirst;
-        _Redraw();
+        _ScrollTo(nFirst);
         if (nFirst == nLast) {
             _bSendEvent(eEVENT_END_REACHED);
         }

@@ -96,11 +96,22 @@ bool CList::__bMove(int nLines) {
     const int nLine = m_nSelected + nLines;
     if (nLine >= 0 && nLine < nGetNbItem()) {
         m_nSelected = nLine;
-        m_nFirst = nFirstToFollow(m_nFirst, nLine, m_nVisible);
-        _Redraw();
+        _ScrollTo(nFirstToFollow(m_nFirst, nLine, m_nVisible));
         _bSendEvent(eEVENT_MOVED);
     }
     return true;
+}
+
+// When the cursor is at the end of the rows that curses has the terminal scroll, curses saves its place there
+// meanwhile. Many a terminal remembers only one, and it is that of the shell, with its colours: hence the
+// cursor steps to the other end first.
+void CList::_ScrollTo(int nFirst) {
+    if (WINDOW* const pWindow = pGetWindow(); nFirst != m_nFirst && pWindow != nullptr) {
+        PlaceCursor(pWindow, nFirst < m_nFirst ? y + 1 + m_nVisible : y, x);
+        ::wrefresh(pWindow);
+    }
+    m_nFirst = nFirst;
+    _Redraw();
 }
 
 bool CList::__bLeft() {
@@ -153,6 +164,7 @@ void CList::Draw() {
         DrawRect(pGetWindow(), x + 1 + nThumbColumn(m_nOffset, m_nLongest, m_nTextWidth),
                  y + height - 2 - m_bShadow, 1, 1, ATTR_WINDOW_FILL);
     }
+    PlaceCursor(pGetWindow(), y + 1 + std::clamp(m_nSelected - m_nFirst, 0, m_nVisible - 1), x + 1);
 }
 
 bool CList::__bDrawLines() {

@@ -12,7 +12,8 @@ namespace kalmo {
 ///
 /// Up and Down move the selection and send eEVENT_MOVED; Left and Right scroll sideways where a line is
 /// longer than the list is wide; space sends eEVENT_SELECTED, Enter and keypad Enter eEVENT_SELECTED and
-/// eEVENT_VALIDATED. Lines are numbered from 0. Adding a line costs the same however many there are.
+/// eEVENT_VALIDATED. The cursor stands on the selected line. Lines are numbered from 0. Adding a line costs
+/// the same however many there are.
 class CList : public CWidget {
   public:
     CList(CWindow* pclParent, int nX, int nY, int nWidth, int nHeight, int bShadow);
@@ -41,6 +42,9 @@ class CList : public CWidget {
     void SortLine(PFNCompareLine pfnCompare);
 
   protected:
+    /// Redraws with nFirst as the first visible line.
+    void _ScrollTo(int nFirst);
+
     int m_nFirst = 0;  ///< First visible line.
     int m_nVisible;    ///< How many lines fit.
     int m_nSelected = 0;

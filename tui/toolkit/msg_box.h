@@ -13,7 +13,8 @@ namespace kalmo {
 /// A modal box with a title, a text and one or two buttons. The caller makes it, calls Show and destroys it.
 ///
 /// The text is cut into lines of the box's width less 6 columns, words or not; Tab reaches it only when it
-/// has to be scrolled.
+/// has to be scrolled. A box of less than 11 rows, whose buttons would leave no row for the text, shows the
+/// text in its own frame, the title above and the buttons below it on the frame: three lines in 6 rows.
 class CMsgBox : public CWindow {
   public:
     enum class eTYPE {
@@ -30,6 +31,11 @@ class CMsgBox : public CWindow {
     CMsgBox(int nX, int nY, int nWidth, int nHeight, const wchar_t* pszTitle, const wchar_t* pszText,
             eTYPE eType);
 
+    /// Shows a box in the middle of the screen, of the preferred size or what a smaller screen has room for,
+    /// the lines of its text broken at words. The result is that of Show.
+    static int nShowCentred(int nPreferredWidth, int nPreferredHeight, const CTString& rcsTitle,
+                            const CTString& rcsText, eTYPE eType);
+
     /// Shows the box until a button is pressed. Where no screen is open, writes title and text to standard
     /// error and returns at once.
     int Show();
@@ -40,17 +46,19 @@ class CMsgBox : public CWindow {
     void _DrawWindow() override;
 
   private:
-    /// The text; its frame lies on the row of the box's title and carries it.
+    /// The text; its frame lies on the row of the box's title and carries it, in a low box the buttons too.
     class CText : public CScrollableLibel {
       public:
-        CText(CMsgBox* pclBox, const wchar_t* pszText);
+        CText(CMsgBox* pclBox, const wchar_t* pszText, eTYPE eType);
         void Draw() override;
 
       private:
         CMsgBox* m_pclBox;
     };
 
+    void __AddButton(std::optional<CButton>* pclButton, unsigned unCaption, int nRank);
     void __DrawTitle();
+    void __DrawOnFrame();
     void __End(int nResult);
 
     CText m_clText;

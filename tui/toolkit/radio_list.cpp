@@ -89,9 +89,14 @@ void CRadioList::Draw() {
     if (nRow < nEndRow) {
         DrawRect(pWindow, x + 1, y + nRow, width - 2 - m_bShadow, 1, ATTR_SEPARATOR);
     }
+    int nCursorRow = y + 2;  // the title's, while no option can be seen
     for (int nOption = 0; nOption < __nCount() && ++nRow < nEndRow; ++nOption) {
         __DrawOption(nOption, y + nRow);
+        if (nOption == __nCursor()) {
+            nCursorRow = y + nRow;
+        }
     }
+    PlaceCursor(pWindow, nCursorRow, x + 3);
 }
 
 void CRadioList::__DrawOption(int nOption, int nRow) {

@@ -11,7 +11,8 @@ namespace kalmo {
 /// A titled list of options of which one is chosen.
 ///
 /// Up and Down move the cursor, from one end to the other too. Space, Enter and keypad Enter choose the
-/// option under the cursor and send eEVENT_SELECTED, the Enter keys eEVENT_VALIDATED after it.
+/// option under the cursor and send eEVENT_SELECTED, the Enter keys eEVENT_VALIDATED after it. The terminal's
+/// cursor stands between the option's brackets.
 class CRadioList : public CWidget {
   public:
     /// nSelected: the option chosen at first, by the number it will have; with a number that no option gets,

@@ -148,6 +148,21 @@ std::vector<std::wstring_view> tabWrapWords(std::wstring_view svText, int nMaxWi
     return tabLine;
 }
 
+std::wstring csBrokenAtWords(std::wstring_view svText, int nMaxWidth) {
+    std::wstring csResult;
+    while (!svText.empty()) {
+        const std::wstring_view svLine = svText.substr(0, svText.find(L'\n'));
+        svText.remove_prefix(std::min(svLine.size() + 1, svText.size()));
+        bool bFirst = true;
+        for (const std::wstring_view svPart : tabWrapWords(svLine, nMaxWidth)) {
+            csResult.append(bFirst ? L"" : L"\n").append(svPart);
+            bFirst = false;
+        }
+        csResult += L'\n';
+    }
+    return csResult;
+}
+
 std::vector<std::wstring_view> tabCutLines(std::wstring_view svText, int nMaxWidth) {
     std::vector<std::wstring_view> tabLine;
     while (nMaxWidth > 0 && !svText.empty()) {

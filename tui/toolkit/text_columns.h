@@ -50,6 +50,10 @@ std::size_t nFitting(std::wstring_view sv, int nWidth);
 /// lines for an empty text or a width below 1.
 std::vector<std::wstring_view> tabWrapWords(std::wstring_view svText, int nMaxWidth);
 
+/// A text with its lines broken at words (tabWrapWords) by line feeds so that none is longer than nMaxWidth
+/// columns; empty lines and indents stay.
+std::wstring csBrokenAtWords(std::wstring_view svText, int nMaxWidth);
+
 /// Cuts a text into lines at each line feed and after every nMaxWidth columns, words or not. A line feed
 /// behind a full line or at the end of the text makes no line of its own; a carriage return before a line
 /// feed belongs to it. No lines for an empty text or a width below 1.

@@ -132,7 +132,12 @@ int CWidget::_nSmartPrint(int nRow, int nColumn, const wchar_t* pszText, chtype 
 }
 
 void CWidget::_Redraw() {
-    Draw();
+    if (bFocus != 0) {
+        Draw();
+    } else {
+        const CCursorKept clKept(pGetWindow());
+        Draw();
+    }
     if (WINDOW* const pWindow = pGetWindow(); pWindow != nullptr) {
         ::wrefresh(pWindow);
     }

@@ -50,7 +50,9 @@ class CWidget {
     /// Enables or disables. A disabled control does not take the focus.
     virtual void SetEnable(int bEnable);
     [[nodiscard]] virtual bool bEnable() const;
-    /// Draws into pGetWindow(), without refreshing the screen.
+    /// Draws into pGetWindow(), without refreshing the screen. A control that takes the focus ends with the
+    /// cursor where the operator's attention belongs (PlaceCursor), also when it is hidden; one that never
+    /// takes it leaves the cursor where it was (CCursorKept).
     virtual void Draw() = 0;
     /// Is told what a child of this window did. True when it was handled.
     virtual bool bOnEvent(CWidget* pclSender, eEVENT eEvent);
@@ -93,7 +95,8 @@ class CWidget {
 
     /// Shows or hides the terminal's cursor as the widget wants it while it has the focus.
     void _ShowCursor() const;
-    /// Draws the widget and brings its window to the screen. After a key has changed it.
+    /// Draws the widget and brings its window to the screen. After a key has changed it. The cursor stays
+    /// with the control that has the focus.
     void _Redraw();
     /// Tells the parent; true when it handled the event.
     bool _bSendEvent(eEVENT eEvent);

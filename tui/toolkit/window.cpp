@@ -71,6 +71,8 @@ void CWindow::Draw() {
         pFocus->Draw();
         if (pFocus->bFocus != 0) {
             pFocus->_ShowCursor();  // A dialog that was on top may have left another one.
+        } else {
+            PlaceCursor(pWin, pFocus->y, pFocus->x);  // A window that only tells: where it begins to.
         }
     }
     if (pWin != nullptr) {

@@ -18,6 +18,7 @@ failures=0
 without() {
     local folder asked
     : >"$work/log"
+    rm -rf /srv/zd # the story begins without anything
     for folder in "${folders[@]}"; do
         mkdir -p "$work$folder"
         ln -sfn "$folder/tree" "$work$folder/tree"

@@ -25,6 +25,7 @@ story Everywhere_FromStartToEnd
 == Static_EveryScreenInAnEmptyRoot
 # Nothing is there but the program, a payload, /proc and /dev: the server's programs find no shell to be started by.
 $ empty_root /srv/empty
+$ cd /srv/dist/current && ! readelf -dl kalmoinstall | grep -E 'NEEDED|INTERP' && (($(stat -c %s kalmoinstall) <= 3 << 20))
 $ equal "kalmoinstall $VERSION" "$(chroot /srv/empty /srv/dist/current/kalmoinstall --version)"
 $ chroot /srv/empty /srv/dist/current/kalmoinstall --help | grep -q kalmoinstall.zip
 $ printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/srv/zd\n' >/srv/empty/orders

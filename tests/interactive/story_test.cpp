@@ -208,7 +208,7 @@ class CStory : public testing::TestWithParam<std::string> {
         ASSERT_TRUE(std::regex_match(rcsLine, clMatch, clParts));
         const std::string csWhat = clMatch[1];
         const std::string csHow = clMatch[2];
-        static const std::regex clEach("^([^:]* )([^ |:]+)\\|([^ :]+)([^]*)$");
+        static const std::regex clEach("^([^:\n]* )([^ |:\n]+)\\|([^ :\n]+)([^]*)$");
         if (std::smatch clOther; csWhat == "run" && std::regex_match(rcsLine, clOther, clEach)) {
             for (const std::string& rcs : {clOther[2].str(), clOther[3].str()}) {
                 SCOPED_TRACE(rcs);

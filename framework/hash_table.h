@@ -1,8 +1,6 @@
 #ifndef KALMO_FRAMEWORK_HASH_TABLE_H
 #define KALMO_FRAMEWORK_HASH_TABLE_H
 
-#include <sys/random.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -11,6 +9,7 @@
 #include <utility>
 
 #include "framework/conversion.h"
+#include "framework/random_bytes.h"
 #include "framework/xy_string.h"
 
 namespace kalmo {
@@ -68,11 +67,13 @@ class CTHashTableTi {
         }
 
       private:
-        // Early at its start a system may have no random bytes yet. The factor is then one that everybody
-        // knows: whoever makes a payload could choose names that meet in one bucket, and it opens slowly.
+        // Without random bytes the factor is one that everybody knows: whoever makes a payload could choose
+        // names that meet in one bucket, and it opens slowly.
         static std::uint64_t __u64Random() noexcept {
-            std::uint64_t u64 = 0x9E3779B97F4A7C15;
-            static_cast<void>(::getrandom(&u64, sizeof u64, GRND_NONBLOCK) == sizeof u64);
+            std::uint64_t u64 = 0;
+            if (!bRandomBytes(&u64, sizeof u64)) {
+                u64 = 0x9E3779B97F4A7C15;
+            }
             return u64;
         }
     };

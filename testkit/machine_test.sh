@@ -81,6 +81,23 @@ test_folders() {
         "$(cd "$work" && grep . ./*/file | cut -c3-)"
 }
 
+# A tree of another release: this one with another release file, and nothing of it may change.
+test_tree() {
+    local tree=$work/tree
+    # shellcheck disable=SC2016
+    check "another tree" $'another systemd running here\nthe project\n125' "$(unshare --mount bash -c '
+        mkdir "$1" "$2" && mount -t tmpfs none "$2" && mkdir "$2"/{upper,work} && cd "$2" &&
+            mount -t overlay none -o "lowerdir=/,upperdir=$2/upper,workdir=$2/work" "$1" && echo another >"$1/etc/debian_version"
+        : >here
+        "$3" systemd --tree "$1" -- sh -c '\''
+            echo $(cat /etc/debian_version) $KALMO_MACHINE $(systemctl is-system-running) $(ls here)
+            [ ! -e "$1" ] || echo the project
+            echo changed >/etc/debian_version'\'' - "$3"
+        grep -v another "$1/etc/debian_version"
+        "$3" systemd --tree "$1/etc" -- true 2>/dev/null
+        echo $?' - "$tree" "$work/layer" "$machine")"
+}
+
 # Runs a command line at a terminal, presses Ctrl-C when it says it is ready, prints what follows and the status.
 press_ctrl_c() { # COMMAND_LINE
     local from to terminal_pid
@@ -147,6 +164,7 @@ touch "$work/started"
 before=$(outside)
 test_status_and_streams
 test_folders
+test_tree
 test_terminal
 test_ends
 test_private_root

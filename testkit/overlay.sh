@@ -12,6 +12,7 @@ readonly RUNNING=$STAGE/running # exists as soon as the command is about to run
 # shellcheck disable=SC2034 # used by the two tools
 readonly START_COMMAND=(env "--default-signal=INT,QUIT")
 
+COPIED=/              # the file tree that is copied
 declare -A FOLDERS=() # the folders to lay over the copy, by path: copy, ro or rw
 FOLDER_PATHS=()       # the same once they are staged: element N waits at STAGE/folder.N, outer before inner
 END_STATUS=           # set by a signal: what the tool exits with once all is taken down
@@ -45,22 +46,37 @@ need_folder() {
     FOLDERS[$path]=$1
 }
 
-# Mount points of what the copy is made of: / whatever it is, then the other file systems on disk.
+# need_tree DIRECTORY: the copy is one of the file tree in DIRECTORY instead of /.
+need_tree() {
+    COPIED=$(realpath -e -- "$1" 2>/dev/null)
+    [[ -d $COPIED ]] || fail "not a directory: $1"
+    ! is_reserved "$COPIED" || fail "$COPIED cannot be copied"
+    [[ -d $COPIED/etc && (-e $COPIED/bin/sh || -L $COPIED/bin/sh) ]] || fail "not the file tree of a system: $1"
+}
+
+# Mount points of what the copy of / is made of: / whatever it is, then the other file systems on disk.
 copied_mounts() {
     echo /
     findmnt --real --list --noheadings --output TARGET | grep -vx /
 }
 
-# Adds DIRECTORY as a copy unless one that was asked for or the copy of / has it anyway.
+# Whether DIRECTORY is in the copy anyway. Of a tree from elsewhere a folder that is in use is never covered.
+is_copied() { # DIRECTORY
+    if [[ $COPIED == / ]]; then
+        [[ $1 != /tmp/* ]] && grep -qxF -- "$(stat -c %m -- "$1")" <(copied_mounts)
+    else
+        [[ -n $(ls -A -- "$COPIED$1" 2>/dev/null) ]]
+    fi
+}
+
+# Adds DIRECTORY as a copy unless one that was asked for or the copied tree has it anyway.
 need_folder_from_elsewhere() {
     local folder
     ! is_reserved "$1" || return 0
     for folder in "${!FOLDERS[@]}"; do
         [[ $1/ != "$folder"/* ]] || return 0
     done
-    if [[ $1 == /tmp/* ]] || ! grep -qxF -- "$(stat -c %m -- "$1")" <(copied_mounts); then
-        need_folder copy "$1"
-    fi
+    is_copied "$1" || need_folder copy "$1"
 }
 
 # Mounts at TARGET a copy of the directory SOURCE: reads come from SOURCE, writes stay in memory.
@@ -81,10 +97,14 @@ build_tree() {
     trap '' INT QUIT # only the command shall get them, and what started us
     mount -t tmpfs -o mode=0755 kalmo /run
     mkdir -p "$TREE"
-    while IFS= read -r mount_point; do
-        [[ -d $mount_point && $mount_point != /run* ]] || continue
-        mount_copy "$mount_point" "$TREE/${mount_point#/}" || fail "cannot copy $mount_point"
-    done < <(copied_mounts)
+    if [[ $COPIED == / ]]; then
+        while IFS= read -r mount_point; do
+            [[ -d $mount_point && $mount_point != /run* ]] || continue
+            mount_copy "$mount_point" "$TREE/${mount_point#/}" || fail "cannot copy $mount_point"
+        done < <(copied_mounts)
+    else
+        mount_copy "$COPIED" "$TREE" || fail "cannot copy $COPIED"
+    fi
 
     ((${#FOLDERS[@]} == 0)) || mapfile -d '' -t FOLDER_PATHS < <(printf '%s\0' "${!FOLDERS[@]}" | LC_ALL=C sort -z)
     for i in "${!FOLDER_PATHS[@]}"; do

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the Debian packages that a job of this project needs and that are missing.
 #
-#   tools/install_packages.sh GROUP...        GROUP: build, check, demo, bench, release
+#   tools/install_packages.sh GROUP...        GROUP: build, check, demo, bench, release, soak
 #   tools/install_packages.sh --list GROUP... prints the packages, one a line, and installs nothing
 #
 # Silent, fast and offline when every package is there. Exit status: 0 everything is there, 1 packages are
@@ -43,10 +43,11 @@ CHECKERS=(
     lintian                    # reads the .deb
     git                        # lists the files that the checks look at
 )
+SOAK=( debootstrap )           # makes the file trees of other releases
 MEASURE=( time )               # GNU time, for the peak memory of a run
 
 usage() {
-    echo "usage: ${0##*/} [--list] build|check|demo|bench|release ..." >&2
+    echo "usage: ${0##*/} [--list] build|check|demo|bench|release|soak ..." >&2
     exit 2
 }
 
@@ -57,6 +58,7 @@ packages_of_group() {
         check) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${PACKERS[@]}" "${CHECKERS[@]}" ;;
         release) printf '%s\n' "${COMPILE[@]}" "${PACKERS[@]}" ;;
         bench) printf '%s\n' "${COMPILE[@]}" "${ARCHIVERS[@]}" "${MEASURE[@]}" ;;
+        soak) packages_of_group check; printf '%s\n' "${SOAK[@]}" ;;
         *) usage ;;
     esac
 }

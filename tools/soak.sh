@@ -1,5 +1,5 @@
 #!/bin/bash
-# The checks that take too long for check.sh, one after the other, on this machine with nothing else to do.
+# The checks that take too long for check.sh, or download, one after the other, on this machine with nothing else to do.
 #
 #   tools/soak.sh              every step; prints a line each, exits with 1 when one failed
 #   tools/soak.sh NAME...      only these
@@ -53,7 +53,29 @@ lock_wait() {
             grep -q "another installer has it for ten minutes" trace && [ ! -e /srv/x ]' - "$PWD/build/release/payload/current"
 }
 
-[[ $wanted == *" --list "* ]] || { tools/install_packages.sh check && mkdir -p "$logs"; } || exit 1
+# release RELEASE: the portable program on the machine of another release, unattended and with an operator, with systemd
+# and without. What it needs of that release is downloaded once.
+release() {
+    local kind build=$PWD/build/portable tree=build/trees/$1 result=0
+    cmake --preset portable && cmake --build --preset portable --target payload_current payload_next interactive_test &&
+        tools/make_tree.sh "$1" || return
+    for kind in systemd sysv; do
+        "$machine" $kind --tree "$tree" --timeout 300 -- \
+            samples/story/unattended.sh "$build"/payload/{current,next} || result=1
+        "$machine" $kind --tree "$tree" --timeout 300 -- "$build/tests/interactive/interactive_test" \
+            --gtest_filter='*/Everywhere_FromStartToEnd:*/InFrench:*/InSpanish:*SmallTerminal*' |
+            tee >(cat >&2) | grep -F '[  PASSED  ] 4 tests.' >/dev/null || result=1
+    done
+    return $result
+}
+
+# old_kernel KIND: the unattended story on a kernel that lacks one newer system call, for each.
+old_kernel() {
+    cmake --preset portable && cmake --build --preset portable --target payload_current payload_next &&
+        "$machine" "$1" -- tests/faults/old_kernel.sh build/portable/payload/{current,next} each
+}
+
+[[ $wanted == *" --list "* ]] || { tools/install_packages.sh soak && mkdir -p "$logs"; } || exit 1
 
 step kill_sysv 5 sweep kill sysv release all
 step kill_systemd 15 sweep kill systemd release all
@@ -61,6 +83,10 @@ step kill_sanitized 30 sweep kill sysv dev 200
 step error_sysv 30 sweep error sysv release all
 step error_systemd 90 sweep error systemd release all
 step lock_wait 11 lock_wait
+for release in debian-11 debian-13 ubuntu-22.04; do
+    step "$release" 3 release "$release"
+done
+step old_kernel 5 old_kernel sysv
 step mutants 20 tools/mutants.sh
 for corpus in fuzz/corpus/*; do
     step "fuzz_${corpus##*/}" 31 fuzz/run.sh 1800 "${corpus##*/}"

@@ -1,7 +1,5 @@
 #include "app/engine/passwords.h"
 
-#include <sys/random.h>
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -11,6 +9,7 @@
 
 #include "archive/entry_cipher.h"
 #include "framework/conversion.h"
+#include "framework/random_bytes.h"
 
 namespace kalmo {
 
@@ -35,7 +34,7 @@ CTString csGetArchivePassword() {
 
 std::string csCryptPassword(const CTString& csAccount, const CTString& csPassword) {
     std::array<unsigned char, 4> tabSalt{};
-    if (::getrandom(tabSalt.data(), tabSalt.size(), 0) != static_cast<ssize_t>(tabSalt.size())) {
+    if (!bRandomBytes(tabSalt.data(), tabSalt.size())) {
         return {};
     }
     std::vector<unsigned char> tabByte(tabSalt.begin(), tabSalt.end());

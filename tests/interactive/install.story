@@ -184,3 +184,10 @@ start: @remove
 picture uninstall.svg
 end: @removed
 $ systemctl disable --now KalmoManager; umount -l /usr/local
+
+== Everywhere_KernelsThatLackNewSystemCalls
+run by env ASAN_OPTIONS=detect_leaks=0 prlimit --nofile=1024 strace -D -f -b execve -qq -o /tmp/record -e trace=getrandom,clone3,close_range -e inject=getrandom,clone3,close_range:error=ENOSYS
+    @licence; @directory; @config
+    @account => Backspace*5 chef Enter pass Enter*2
+    @telemetry; {INSTALLE} / {ADMIN|chef|pass} / OK
+$ equal "OK NO" "$(echo $(login 4900 chef pass; login 4900 chef no))" && grep -q getrandom.*INJECTED /tmp/record

@@ -75,6 +75,20 @@ old_kernel() {
         "$machine" "$1" -- tests/faults/old_kernel.sh build/portable/payload/{current,next} each
 }
 
+# reproducible: a release of the last commit, by two whole builds in folders of other names and lengths.
+reproducible() {
+    local folder all result=1
+    all=$(mktemp -d) || return
+    for folder in one elsewhere/the-other; do
+        mkdir -p "$all/$folder" && git archive HEAD | tar -x -C "$all/$folder" &&
+            SOURCE_DATE_EPOCH=$(git log -1 --format=%ct) "$all/$folder/tools/make_release.sh" \
+                "$PWD/build/portable/payload/current/kalmoinstall.zip" || break
+    done
+    diff "$all"/one/build/release-*/SHA256SUMS "$all"/elsewhere/the-other/build/release-*/SHA256SUMS && result=0
+    rm -rf "$all"
+    return $result
+}
+
 [[ $wanted == *" --list "* ]] || { tools/install_packages.sh soak && mkdir -p "$logs"; } || exit 1
 
 step kill_sysv 5 sweep kill sysv release all
@@ -87,6 +101,7 @@ for release in debian-11 debian-13 ubuntu-22.04; do
     step "$release" 3 release "$release"
 done
 step old_kernel 5 old_kernel sysv
+step reproducible 5 reproducible
 step mutants 20 tools/mutants.sh
 for corpus in fuzz/corpus/*; do
     step "fuzz_${corpus##*/}" 31 fuzz/run.sh 1800 "${corpus##*/}"

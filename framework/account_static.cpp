@@ -97,13 +97,9 @@ std::optional<STAccount> stAskGetent(const std::string& rcsKey, const FNWANTED& 
 }
 
 template <typename FNWANTED>
-std::optional<STAccount> stFind(const std::string& rcsKey, const FNWANTED& fnWanted) {
-    if (const CFilePtr pclPasswd{std::fopen("/etc/passwd", "re"), std::fclose}) {
-        if (std::optional<STAccount> stFound = stReadAccount(pclPasswd.get(), fnWanted)) {
-            return stFound;
-        }
-    }
-    return stAskGetent(rcsKey, fnWanted);
+std::optional<STAccount> stReadPasswd(const FNWANTED& fnWanted) {
+    const CFilePtr pclPasswd{std::fopen("/etc/passwd", "re"), std::fclose};
+    return pclPasswd ? stReadAccount(pclPasswd.get(), fnWanted) : std::nullopt;
 }
 
 }  // namespace
@@ -113,12 +109,21 @@ std::optional<STAccount> stFindAccount(const std::string& rcsName) {
     if (rcsName.empty() || rcsName.starts_with('-') || rcsName.find_first_of(":\n") != std::string::npos) {
         return std::nullopt;
     }
-    // It also takes a number for an account's, hence the comparison of what it answers.
-    return stFind(rcsName, [&rcsName](std::string_view svName, uid_t) { return svName == rcsName; });
+    const auto bSame = [&rcsName](std::string_view svName, uid_t) { return svName == rcsName; };
+    if (std::optional<STAccount> stFound = stReadPasswd(bSame)) {
+        return stFound;
+    }
+    // It also takes a number for an account's. Whom it finds by a name is the one, also where a directory
+    // service spells it in other letter cases or adds its domain.
+    const bool bNumber = rcsName.find_first_not_of("0123456789+ \t\r\v\f") == std::string::npos;
+    return stAskGetent(rcsName,
+                       [&](std::string_view svName, uid_t n) { return !bNumber || bSame(svName, n); });
 }
 
 std::optional<STAccount> stFindAccount(uid_t nUser) {
-    return stFind(std::to_string(nUser), [nUser](std::string_view, uid_t n) { return n == nUser; });
+    const auto bSame = [nUser](std::string_view, uid_t n) { return n == nUser; };
+    std::optional<STAccount> stFound = stReadPasswd(bSame);
+    return stFound ? stFound : stAskGetent(std::to_string(nUser), bSame);
 }
 
 }  // namespace kalmo

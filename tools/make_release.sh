@@ -48,6 +48,8 @@ done
 "$project/tools/install_packages.sh" release
 # The installer refuses a payload without one.
 unzip -Z1 "$payload" 2>/dev/null | grep -ix 'license\.txt' >/dev/null || die "$payload is no ZIP file with a license.txt"
+! unzip -Zv "$payload" 2>/dev/null | grep 'of a multi-part archive' >/dev/null ||
+    die "$payload is the last of several volumes; \"zip -s 0\" makes one file of them"
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$project" log -1 --format=%ct)} ||
     die "set SOURCE_DATE_EPOCH: there is no commit to take the date from"
 export SOURCE_DATE_EPOCH

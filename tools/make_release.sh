@@ -58,6 +58,7 @@ if [[ -z $program ]]; then
     (cd "$project" && cmake --preset portable >&2 && cmake --build --preset portable --target kalmoinstall >&2)
     program=$project/build/portable/app/kalmoinstall
 fi
+program=$(realpath "$program") # never one of the PATH
 version=$("$program" --version | sed -n 's/^kalmoinstall //p')
 [[ $version =~ ^[0-9.]+$ ]] || die "$program tells no version"
 name=kalmoinstall-$version-linux-$(uname -m)

@@ -39,13 +39,25 @@ std::optional<STAccount> stAccountOf(std::string_view svLine, const FNWANTED& fn
     return bWanted ? std::optional(st) : std::nullopt;
 }
 
+// getline(3) that no signal ends, such as that of a window being resized while a directory service takes its
+// time.
+ssize_t nReadLine(char** ppszLine, std::size_t* pnRoom, FILE* pFile) {
+    ssize_t n = 0;
+    do {
+        std::clearerr(pFile);
+        errno = 0;
+        n = ::getline(ppszLine, pnRoom, pFile);
+    } while (n < 0 && errno == EINTR);
+    return n;
+}
+
 // The first account of the stream that is wanted. The C library's own reader, fgetpwent(3), takes no pipe.
 template <typename FNWANTED>
 std::optional<STAccount> stReadAccount(FILE* pFile, const FNWANTED& fnWanted) {
     std::optional<STAccount> stFound;
     char* pszLine = nullptr;
     std::size_t nRoom = 0;
-    for (ssize_t n = 0; !stFound && (n = ::getline(&pszLine, &nRoom, pFile)) > 0;) {
+    for (ssize_t n = 0; !stFound && (n = nReadLine(&pszLine, &nRoom, pFile)) > 0;) {
         const std::string_view svLine(pszLine, static_cast<std::size_t>(n));
         // "+" and "-" begin a line that brings in, or leaves out, accounts of a directory service.
         if (svLine.front() != '+' && svLine.front() != '-') {

@@ -36,7 +36,6 @@ shell_scripts() {
 }
 shells() { shell_scripts | xargs shellcheck --external-sources; }
 build() { cmake --preset "$1" && cmake --build --preset "$1"; }
-}
 # The tests themselves are read by the compilers; the linter reads what ships.
 tidy() { git ls-files '*.cpp' | grep -vE '^(tests|testkit|fuzz|bench)/|/make_pictures' | xargs -P "$(nproc)" -n 4 clang-tidy -quiet -p build/clang; }
 

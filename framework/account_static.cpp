@@ -39,13 +39,25 @@ std::optional<STAccount> stAccountOf(std::string_view svLine, const FNWANTED& fn
     return bWanted ? std::optional(st) : std::nullopt;
 }
 
+// getline(3) that no signal ends, such as that of a window being resized while a directory service takes its
+// time.
+ssize_t nReadLine(char** ppszLine, std::size_t* pnRoom, FILE* pFile) {
+    ssize_t n = 0;
+    do {
+        std::clearerr(pFile);
+        errno = 0;
+        n = ::getline(ppszLine, pnRoom, pFile);
+    } while (n < 0 && errno == EINTR);
+    return n;
+}
+
 // The first account of the stream that is wanted. The C library's own reader, fgetpwent(3), takes no pipe.
 template <typename FNWANTED>
 std::optional<STAccount> stReadAccount(FILE* pFile, const FNWANTED& fnWanted) {
     std::optional<STAccount> stFound;
     char* pszLine = nullptr;
     std::size_t nRoom = 0;
-    for (ssize_t n = 0; !stFound && (n = ::getline(&pszLine, &nRoom, pFile)) > 0;) {
+    for (ssize_t n = 0; !stFound && (n = nReadLine(&pszLine, &nRoom, pFile)) > 0;) {
         const std::string_view svLine(pszLine, static_cast<std::size_t>(n));
         // "+" and "-" begin a line that brings in, or leaves out, accounts of a directory service.
         if (svLine.front() != '+' && svLine.front() != '-') {
@@ -97,13 +109,9 @@ std::optional<STAccount> stAskGetent(const std::string& rcsKey, const FNWANTED& 
 }
 
 template <typename FNWANTED>
-std::optional<STAccount> stFind(const std::string& rcsKey, const FNWANTED& fnWanted) {
-    if (const CFilePtr pclPasswd{std::fopen("/etc/passwd", "re"), std::fclose}) {
-        if (std::optional<STAccount> stFound = stReadAccount(pclPasswd.get(), fnWanted)) {
-            return stFound;
-        }
-    }
-    return stAskGetent(rcsKey, fnWanted);
+std::optional<STAccount> stReadPasswd(const FNWANTED& fnWanted) {
+    const CFilePtr pclPasswd{std::fopen("/etc/passwd", "re"), std::fclose};
+    return pclPasswd ? stReadAccount(pclPasswd.get(), fnWanted) : std::nullopt;
 }
 
 }  // namespace
@@ -113,12 +121,21 @@ std::optional<STAccount> stFindAccount(const std::string& rcsName) {
     if (rcsName.empty() || rcsName.starts_with('-') || rcsName.find_first_of(":\n") != std::string::npos) {
         return std::nullopt;
     }
-    // It also takes a number for an account's, hence the comparison of what it answers.
-    return stFind(rcsName, [&rcsName](std::string_view svName, uid_t) { return svName == rcsName; });
+    const auto bSame = [&rcsName](std::string_view svName, uid_t) { return svName == rcsName; };
+    if (std::optional<STAccount> stFound = stReadPasswd(bSame)) {
+        return stFound;
+    }
+    // It also takes a number for an account's. Whom it finds by a name is the one, also where a directory
+    // service spells it in other letter cases or adds its domain.
+    const bool bNumber = rcsName.find_first_not_of("0123456789+ \t\r\v\f") == std::string::npos;
+    return stAskGetent(rcsName,
+                       [&](std::string_view svName, uid_t n) { return !bNumber || bSame(svName, n); });
 }
 
 std::optional<STAccount> stFindAccount(uid_t nUser) {
-    return stFind(std::to_string(nUser), [nUser](std::string_view, uid_t n) { return n == nUser; });
+    const auto bSame = [nUser](std::string_view, uid_t n) { return n == nUser; };
+    std::optional<STAccount> stFound = stReadPasswd(bSame);
+    return stFound ? stFound : stAskGetent(std::to_string(nUser), bSame);
 }
 
 }  // namespace kalmo

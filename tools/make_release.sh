@@ -48,6 +48,8 @@ done
 "$project/tools/install_packages.sh" release
 # The installer refuses a payload without one.
 unzip -Z1 "$payload" 2>/dev/null | grep -ix 'license\.txt' >/dev/null || die "$payload is no ZIP file with a license.txt"
+! unzip -Zv "$payload" 2>/dev/null | grep 'of a multi-part archive' >/dev/null ||
+    die "$payload is the last of several volumes; \"zip -s 0\" makes one file of them"
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$project" log -1 --format=%ct)} ||
     die "set SOURCE_DATE_EPOCH: there is no commit to take the date from"
 export SOURCE_DATE_EPOCH
@@ -56,6 +58,7 @@ if [[ -z $program ]]; then
     (cd "$project" && cmake --preset portable >&2 && cmake --build --preset portable --target kalmoinstall >&2)
     program=$project/build/portable/app/kalmoinstall
 fi
+program=$(realpath "$program") # never one of the PATH
 version=$("$program" --version | sed -n 's/^kalmoinstall //p')
 [[ $version =~ ^[0-9.]+$ ]] || die "$program tells no version"
 name=kalmoinstall-$version-linux-$(uname -m)

@@ -40,6 +40,10 @@ run by strace -D -qq -e trace=open,openat -o /tmp/opened: @licence; @directory; 
     {NOM_SERVEUR} / * => Tab*4 Backspace kfleet Tab Enter
     @account => Tab*3 Enter
 $ ! grep -F .so /tmp/opened
+# Such a service may know the account in another spelling, and take so long that the window is resized meanwhile.
+$ printf '#!/bin/sh\nkill -WINCH $PPID; sleep 0.2; echo "JDoe@plant.example:*:900:900::/:/bin/sh"\n' >/usr/local/bin/getent && chmod +x /usr/local/bin/getent
+run: @licence; @directory; @config => Tab*2 Backspace*4 jdoe Tab Enter
+    @account => Tab*3 Enter
 
 == Everywhere_ASmallTerminalWillDo
 with 60x16

@@ -41,6 +41,7 @@ constexpr STFamily TAB_FAMILY[] = {
     // These do as xterm does.
     {"alacritty", "xterm-256color"},
     {"foot", "xterm-256color"},
+    {"kitty", "xterm-256color"},
     {"konsole", "xterm-256color"},
     {"ms-terminal", "xterm-256color"},
     {"vte", "xterm-256color"},

@@ -78,11 +78,12 @@ old_kernel() {
 # reproducible: a release of the last commit, by two whole builds in folders of other names and lengths.
 reproducible() {
     local folder all result=1
-    all=$(mktemp -d) || return
+    cmake --preset portable && cmake --build --preset portable --target payload_current && all=$(mktemp -d) || return
     for folder in one elsewhere/the-other; do
-        mkdir -p "$all/$folder" && git archive HEAD | tar -x -C "$all/$folder" &&
-            SOURCE_DATE_EPOCH=$(git log -1 --format=%ct) "$all/$folder/tools/make_release.sh" \
-                "$PWD/build/portable/payload/current/kalmoinstall.zip" || break
+        mkdir -p "$all/$folder"
+        git archive HEAD | tar -x -C "$all/$folder"
+        SOURCE_DATE_EPOCH=$(git log -1 --format=%ct) "$all/$folder/tools/make_release.sh" \
+            "$PWD/build/portable/payload/current/kalmoinstall.zip"
     done
     diff "$all"/one/build/release-*/SHA256SUMS "$all"/elsewhere/the-other/build/release-*/SHA256SUMS && result=0
     rm -rf "$all"

@@ -17,6 +17,36 @@ at_most() {
     missed=1
 }
 
+# median VALUE...: of an odd number of them.
+median() { printf '%s\n' "$@" | sort -g | sed -n "$((($# + 1) / 2))p"; }
+
+# ratio A B: A as a part of B.
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.3f", a / b }'; }
+
+# The archivers that everything is compared with.
+# shellcheck disable=SC2034
+OTHERS=(unzip bsdtar 7z)
+
+# command_of TOOL ARCHIVE FOLDER: makes of the array "command" how one of them extracts an archive into a folder.
+# shellcheck disable=SC2034
+command_of() {
+    case "$1" in
+        unzip) command=(unzip -q -d "$3" "$2") ;;
+        bsdtar) command=(bsdtar -x -f "$2" -C "$3") ;;
+        7z) command=(7z x -y -bd -mmt=1 "-o$3" "$2") ;;
+    esac
+}
+
+# cost_of COMMAND...: prints seconds by the clock, seconds of the processor, and peak memory in KiB.
+# The caller has a folder $work.
+# shellcheck disable=SC2154
+cost_of() {
+    local start=$EPOCHREALTIME end
+    /usr/bin/time -o "$work/cost" -f '%U %S %M' "$@" >/dev/null || die "$1 failed"
+    end=$EPOCHREALTIME
+    awk -v s="$start" -v e="$end" '{ printf "%.3f %.2f %d\n", e - s, $1 + $2, $3 }' "$work/cost"
+}
+
 lesser() { awk -v a="$1" -v b="$2" 'BEGIN { print a < b ? a : b }'; }
 
 # build_release PACKAGES TARGET...: installs what is needed, builds the targets of a release, prints its folder.

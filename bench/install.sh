@@ -1,7 +1,9 @@
 #!/bin/bash
 # Measures the interactive installer at an emulated terminal: how long after its start the licence is on the
 # screen, beyond what opening the payload takes, and how long an installation takes, compared with extracting the
-# payload alone. The server's programs in the payload do nothing, so that nothing of theirs is measured.
+# payload alone. Then a whole unattended installation against plain extraction by unzip, bsdtar and 7z, all in one run,
+# in memory and on ext4 on a loop device. The server's programs in the payload do nothing, so that nothing of theirs is
+# measured.
 #
 #   bench/install.sh [--runs N] [--megabytes N] [--build FOLDER]
 #
@@ -13,9 +15,12 @@ source bench/common.sh
 
 # The targets: seconds to the licence beyond opening, and the installation as a multiple of the extraction.
 MAX_LICENCE=0.050 MAX_INSTALLATION=1.05
+# An unattended installation as a part of the others' extraction, in memory, and its peak memory in KiB.
+declare -A MAX_OF=([unzip]=0.35 [bsdtar]=0.62 [7z]=0.50)
+MAX_MEMORY=16384
 
 if [[ ${1-} != __inside ]]; then
-    runs=5 megabytes=500 build=
+    runs=5 megabytes=224 build=
     while (($# > 0)); do
         case "$1" in
             --runs) runs=${2:?} ;;
@@ -78,4 +83,43 @@ done
 ratio=$(awk "BEGIN { printf \"%.3f\", $installation / $extraction }")
 echo "installing $megabytes MB: $installation s, extracting alone $extraction s, $ratio times as long; best of $runs"
 at_most "$ratio" "$MAX_INSTALLATION" "the installation as a multiple of the extraction"
+
+truncate -s "$((4 * megabytes))M" "$work/disk"
+mkfs.ext4 -q "$work/disk"
+mkdir "$work/ext4" "$work/memory"
+mount -o loop "$work/disk" "$work/ext4"
+trap 'umount "$work/ext4"' EXIT
+tools=(kalmo "${OTHERS[@]}")
+peak=0
+for place in memory ext4; do
+    folder=$work/$place/zd
+    printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=bench\nRepertoire=%s\n' "$folder" >"$work/orders"
+    declare -A seconds=()
+    for ((run = 0; run <= runs; run++)); do
+        for tool in "${tools[@]}"; do
+            rm -rf "$folder"
+            mkdir "$folder"
+            sync -f "$folder" # what the one before has left to be written is not this one's
+            command=("$work/in.run/kalmoinstall" "/PILOT=$work/orders")
+            command_of "$tool" "$work/in.run/kalmoinstall.zip" "$folder"
+            read -r clock _ kib < <(cost_of "${command[@]}") || exit 2
+            [[ $tool != kalmo || $(cat "$folder/Install.log") == OK ]] || die "not installed"
+            [[ $tool != kalmo || $kib -le $peak ]] || peak=$kib
+            ((run == 0)) || seconds[$tool]+=" $clock" # the first round warms the caches
+        done
+    done
+    echo
+    echo "an unattended installation of $megabytes MB, $place; median of $runs"
+    # shellcheck disable=SC2086 # lists of numbers
+    kalmo=$(median ${seconds[kalmo]})
+    for tool in "${tools[@]}"; do
+        # shellcheck disable=SC2086
+        of=$(ratio "$kalmo" "$(median ${seconds[$tool]})")
+        # shellcheck disable=SC2086
+        printf '%-8s %9s %12s\n' "$tool" "$(median ${seconds[$tool]})" "$of of it"
+        [[ $tool == kalmo || $place == ext4 ]] || at_most "$of" "${MAX_OF[$tool]}" "an installation as a part of $tool's time"
+    done
+done
+echo "peak memory $peak KiB"
+at_most "$peak" "$MAX_MEMORY" "peak memory in KiB"
 exit "$missed"

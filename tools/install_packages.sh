@@ -44,7 +44,11 @@ CHECKERS=(
     git                        # lists the files that the checks look at
 )
 SOAK=( debootstrap )           # makes the file trees of other releases
-MEASURE=( time )               # GNU time, for the peak memory of a run
+MEASURE=(
+    time                       # GNU time, for the peak memory of a run
+    gnuplot-nox                # draws the figure of docs/performance.md
+    e2fsprogs                  # the file system that an installation is measured on
+)
 
 usage() {
     echo "usage: ${0##*/} [--list] build|check|demo|bench|release|soak ..." >&2

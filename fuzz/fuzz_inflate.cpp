@@ -3,12 +3,15 @@
 // other. Neither reads or writes a byte beyond what it was given, although nothing of theirs is built with
 // sanitizers.
 //
-// Input: a byte for the size of the input's pieces, one for that of the room; behind them the stream.
+// Input: a byte for the size of the input's pieces, one for that of the room, and one that says what follows:
+// a stream, or what is deflated to one here, because changes of a stream at random seldom leave one.
 
 #include <sys/mman.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -23,6 +26,7 @@ namespace {
 using namespace kalmo;
 
 constexpr std::size_t MAX_OUT = 1 << 20;
+constexpr std::size_t MAX_DEFLATED = 1 << 18;
 constexpr std::size_t MAX_BEHIND = 8;  // what may be taken of the bytes behind a stream's end
 
 void Check(bool b) {
@@ -52,6 +56,49 @@ class CGuarded {
     static constexpr std::size_t SIZE = 1 << 16;
     unsigned char* m_pbyEnd;
 };
+
+// What libFuzzer learns from, since it sees into neither library: each kind of step that was made.
+__attribute__((section("__libfuzzer_extra_counters"))) std::uint8_t g_tabSeen[1 << 12];
+
+void See(std::size_t nLibrary, CInflater::eETAT eState, std::size_t nTaken, std::size_t nMade) {
+    const auto nSteps = [](std::size_t n) { return static_cast<std::size_t>(std::bit_width(n)) & 15U; };
+    std::uint8_t& rby = g_tabSeen[nLibrary << 11 | static_cast<std::size_t>(eState) << 8 |
+                                  nSteps(nTaken) << 4 | nSteps(nMade)];
+    rby = static_cast<std::uint8_t>(rby < 255 ? rby + 1 : rby);
+}
+
+// Deflates: pairs of a byte and how often it stands there, and above 127 how far back what stands there once
+// more begins. nHow says with which level and strategy.
+std::vector<unsigned char> tabDeflate(std::span<const unsigned char> tab, unsigned nHow) {
+    std::vector<unsigned char> tabPlain;
+    for (; tab.size() >= 2 && tabPlain.size() < MAX_DEFLATED; tab = tab.subspan(2)) {
+        if (tab[1] < 128 || tabPlain.empty()) {
+            tabPlain.insert(tabPlain.end(), std::size_t{1} << tab[1] % 12, tab[0]);
+            continue;
+        }
+        const std::size_t nBack =
+            std::min<std::size_t>(tabPlain.size(), std::size_t{tab[0]} << tab[1] % 8 | 1U);
+        for (unsigned n = 0; n < tab[1]; ++n) {
+            tabPlain.push_back(tabPlain[tabPlain.size() - nBack]);
+        }
+    }
+    z_stream st{};
+    Check(::deflateInit2(&st, static_cast<int>(nHow % 10), Z_DEFLATED, -15, 9,
+                         static_cast<int>(nHow / 10 % 5)) == Z_OK);
+    std::vector<unsigned char> tabStream(::deflateBound(&st, tabPlain.size()) + 64);
+    st.next_in = tabPlain.data();
+    st.next_out = tabStream.data();
+    st.avail_out = static_cast<uInt>(tabStream.size());
+    // Blocks of their own.
+    for (const int nFlush : {Z_SYNC_FLUSH, Z_FULL_FLUSH, Z_FINISH}) {
+        st.avail_in =
+            static_cast<uInt>(nFlush == Z_FINISH ? tabPlain.size() - st.total_in : tabPlain.size() / 3);
+        Check(::deflate(&st, nFlush) != Z_STREAM_ERROR);
+    }
+    tabStream.resize(st.total_out);
+    ::deflateEnd(&st);
+    return tabStream;
+}
 
 struct STOutcome {
     CInflater::eETAT eState = CInflater::eETAT::Going;
@@ -84,6 +131,8 @@ STOutcome stInflate(const STInflateLibrary& rst, std::span<const unsigned char> 
             Check(st.eState != eETAT::Failed ||
                   (tabInput.size() == tabGiven.size() && tabRoom.size() == nWanted));
             Check(st.eState != eETAT::Going || tabInput.size() < tabGiven.size() || tabRoom.size() < nWanted);
+            See(&rst == &rstIsal() ? 1 : 0, st.eState, tabGiven.size() - tabInput.size(),
+                nWanted - tabRoom.size());
             st.nTaken += tabGiven.size() - tabInput.size();
             st.tabOut.insert(st.tabOut.end(), tabWhole.begin(),
                              tabWhole.end() - static_cast<std::ptrdiff_t>(tabRoom.size()));
@@ -97,10 +146,21 @@ STOutcome stInflate(const STInflateLibrary& rst, std::span<const unsigned char> 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pbyData, std::size_t nSize) {
     using eETAT = CInflater::eETAT;
     constexpr std::size_t TAB_SIZE[] = {32768, 16384, 8192, 1024, 259, 16, 2, 1};
-    if (nSize < 2 || !bIsalRunsHere()) {
+    if (nSize < 3 || !bIsalRunsHere()) {
         return 0;
     }
-    const std::span tabStream(pbyData + 2, nSize - 2);
+    std::span<const unsigned char> tabStream(pbyData + 3, nSize - 3);
+    std::vector<unsigned char> tabDeflated;
+    if (const unsigned nHow = pbyData[2]; nHow != 0) {
+        tabDeflated = tabDeflate(tabStream, nHow - 1);
+        // Half of the time one bit of it is another, and something stands behind it.
+        if (nHow > 100 && !tabStream.empty()) {
+            tabDeflated[tabStream[0] * tabDeflated.size() / 256] ^=
+                static_cast<unsigned char>(1U << nHow % 8);
+            tabDeflated.insert(tabDeflated.end(), tabStream.begin(), tabStream.end());
+        }
+        tabStream = tabDeflated;
+    }
     const std::size_t nPiece = TAB_SIZE[pbyData[0] % std::size(TAB_SIZE)];
     const std::size_t nRoom = TAB_SIZE[pbyData[1] % std::size(TAB_SIZE)];
     const STOutcome stOne = stInflate(rstZlib(), tabStream, nPiece, nRoom);

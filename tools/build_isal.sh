@@ -2,8 +2,9 @@
 # Builds the parts of ISA-L that inflate and compute CRCs as a static library, which Debian does not have. The sources
 # are those of the package libisal-dev that is installed, so that both kinds of program hold the same.
 #
-#   tools/build_isal.sh DIR       makes DIR/lib/libisal.a and DIR/include/isa-l
+#   tools/build_isal.sh DIR [COMPILER FLAG...]      makes DIR/lib/libisal.a and DIR/include/isa-l
 #
+# COMPILER and its FLAGs: gcc, and those of a release.
 # Does nothing when DIR has them. Asks the package servers of this machine, whose settings stay as they are; apt checks
 # the signatures. The same version and compiler give the same bytes whatever DIR is. Exit status: 0 it is there.
 set -euo pipefail
@@ -15,15 +16,20 @@ die() {
     exit 1
 }
 
-(($# == 1)) || die "usage: ${0##*/} DIR"
+(($# > 0)) || die "usage: ${0##*/} DIR [COMPILER FLAG...]"
 read -r source version < <(dpkg-query -W -f='${source:Package} ${source:Version}\n' libisal-dev 2>/dev/null) ||
     die "the package libisal-dev, whose version is taken, is not installed"
-for tool in nasm make gcc dpkg-source; do
+for tool in nasm make dpkg-source; do
     [[ $tool == nasm && $(uname -m) != x86_64 ]] || command -v "$tool" >/dev/null || die "$tool is missing"
 done
 mkdir -p "$1"
 dir=$(cd "$1" && pwd -P)
-stamp="$source $version $(sha256sum <"${BASH_SOURCE[0]}" | cut -c 1-64) $(gcc --version | head -n 1)"
+shift
+if (($# == 0)); then
+    set -- gcc -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong -fstack-clash-protection -ftrivial-auto-var-init=zero
+    [[ $(uname -m) != x86_64 ]] || set -- "$@" -fcf-protection
+fi
+stamp="$source $version $(sha256sum <"${BASH_SOURCE[0]}" | cut -c 1-64) $("$1" --version | head -n 1) $*"
 [[ ! -f $dir/made ]] || [[ $(<"$dir/made") != "$stamp" ]] || exit 0
 
 # A configuration of apt of its own: the machine's package servers, of which only the sources are asked.
@@ -50,10 +56,9 @@ apt_get update || true
 tree=$(echo "$work/$source"-*/)
 [[ -f $tree/Makefile.unx ]] || die "no makefile in the sources of $source $version"
 
-# The makefile's own flags are optimising ones; it puts no debugging information into the library.
-make -C "$tree" -s -j "$(nproc)" -f Makefile.unx units="igzip crc" lib D=INTEL_CET_ENABLED CC=gcc CFLAGS_gcc="\
-    -fPIC -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -fstack-protector-strong -fstack-clash-protection -ftrivial-auto-var-init=zero \
-    $([[ $(uname -m) != x86_64 ]] || echo -fcf-protection) -ffile-prefix-map=$tree=. -w" >"$work/log" 2>&1 || {
+# The makefile optimises, and puts no debugging information into the library; it asks for a compiler's name, not a path.
+make -C "$tree" -s -j "$(nproc)" -f Makefile.unx units="igzip crc" lib D=INTEL_CET_ENABLED \
+    CC="${1##*/}" "CFLAGS_${1##*/}=${*:2} -fPIC -w -ffile-prefix-map=$tree=." >"$work/log" 2>&1 || {
     tail -n 20 "$work/log" >&2
     die "building failed"
 }

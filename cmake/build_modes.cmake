@@ -8,6 +8,7 @@
 # KALMO_SANITIZE  (preset dev)       address and undefined-behaviour sanitizers
 # KALMO_PORTABLE  (preset portable)  one static program for every Linux
 # KALMO_FUZZ      (preset fuzz)      libFuzzer on top of the sanitizers, clang++ only
+# KALMO_INFLATE   (isal: release, portable, clang)  what inflates: zlib, or ISA-L where it has code for the processor
 include(CheckCXXCompilerFlag)
 include(CheckPIESupported)
 
@@ -19,6 +20,12 @@ option(KALMO_HARDEN "Build with the hardening flags of a release" ON)
 option(KALMO_PORTABLE "Link everything statically, for machines that are not like this one" OFF)
 option(KALMO_FUZZ "Build the fuzz targets with libFuzzer" OFF)
 
+set(KALMO_INFLATE zlib CACHE STRING "What inflates: zlib, or isal (twice as fast, zlib where a processor lacks what it needs)")
+set_property(CACHE KALMO_INFLATE PROPERTY STRINGS zlib isal)
+
+if(NOT KALMO_INFLATE MATCHES "^(zlib|isal)$")
+  message(FATAL_ERROR "KALMO_INFLATE is zlib or isal, not ${KALMO_INFLATE}")
+endif()
 if(KALMO_TESTS AND NOT KALMO_SAMPLES)
   message(FATAL_ERROR "KALMO_TESTS needs KALMO_SAMPLES")
 endif()

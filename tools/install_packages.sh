@@ -13,6 +13,8 @@ set -euo pipefail
 COMPILE=(
     g++ cmake ninja-build
     zlib1g-dev                 # inflate and crc32 of the archive reader
+    libisal-dev                # the faster ones
+    nasm make dpkg-dev         # build them as a static library: tools/build_isal.sh
     libncurses-dev             # the wide-character curses of the screen
     ncurses-term               # descriptions of terminals, some of which the program carries
     libgtest-dev libgmock-dev  # the test programs are part of the build
@@ -32,7 +34,7 @@ ARCHIVERS=(                    # independent tools that write and read the archi
     unzip p7zip-full libarchive-tools python3
 )
 PACKERS=(                      # what tools/make_release.sh makes
-    rpm zstd dpkg-dev
+    rpm zstd
     unzip                      # looks into the payload
 )
 CHECKERS=(

@@ -84,7 +84,7 @@ trap 'rm -rf "$work"' EXIT
 notices() {
     local package
     echo "The program holds parts of the libraries below. Their terms, as Debian tells them:"
-    for package in libc6 libstdc++6 libncursesw6 libtinfo6 zlib1g; do
+    for package in libc6 libstdc++6 libncursesw6 libtinfo6 zlib1g libisal2; do
         printf '\n==== %s ====\n\n' "$package"
         cat "/usr/share/doc/$package/copyright"
     done

@@ -182,7 +182,7 @@ eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_
         !clDirectory.bOpen(svDestination, CDiskFile::eMODE::ReadDirectory)) {
         return ARCHIVE_CREATE;
     }
-    clDirectory.bSetTime(rclEntree.rstGetTimes().stModif);  // not every file system keeps times
+    clDirectory.bSetTime(rclEntree.stGetTimes().stModif);  // not every file system keeps times
     return clDirectory.bSetPermission(__unPermission(rclEntree)) ? ARCHIVE_OK : ARCHIVE_CREATE;
 }
 
@@ -206,7 +206,7 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
     eARCHIVE eResult = bVide ? ARCHIVE_OK : __eCopieEntree(rclEntree, clFile);
     if (eResult == ARCHIVE_OK) {
         // Not every file system keeps times and permissions; the bytes are what counts.
-        clFile.bSetTime(rclEntree.rstGetTimes().stModif);
+        clFile.bSetTime(rclEntree.stGetTimes().stModif);
         clFile.bSetPermission(__unPermission(rclEntree));
         if (!clFile.bClose()) {
             eResult = errno == ENOSPC ? ARCHIVE_DISK_FULL : ARCHIVE_WRITE;

@@ -22,8 +22,8 @@ namespace kalmo {
 /// table itself, the others are kept in order; and which hashes share a bucket differs from run to run. So no
 /// choice of names makes it slow.
 ///
-/// The names stand one behind the other in one block of memory, those of a bucket chained by their numbers:
-/// an archive may have a million of them.
+/// An archive may have a million names: they stand one behind the other in one block of memory, and apart from
+/// them, in one that the processor's caches hold longer, the chains of the buckets with the hashes.
 template <class T>
 class CTHashTableTi {
   public:
@@ -32,6 +32,7 @@ class CTHashTableTi {
     /// Makes room for that many names.
     void Reserve(std::size_t nCount) {
         m_tabFirst.reserve(nCount);
+        m_tabChain.reserve(nCount);
         if (nCount > m_tabBucket.size()) {
             __Spread(std::bit_ceil(nCount));
         }
@@ -39,32 +40,34 @@ class CTHashTableTi {
     /// Adds a name. A name that is there already keeps its first value.
     void Ajoute(const CTString& csName, T value) {
         const std::uint32_t unHash = __unHash(csName);
-        if (const STFirst* const pst = __pstFirst(unHash)) {
-            if (!bEgalSansCasse(pst->csName, csName)) {
+        if (const std::uint32_t unFirst = __unFirst(unHash); unFirst != NONE) {
+            if (!bEgalSansCasse(m_tabFirst[unFirst].csName, csName)) {
                 m_tabOther.try_emplace(csName, value);
             }
             return;
         }
-        if (m_tabFirst.size() == m_tabBucket.size()) {
+        if (m_tabChain.size() == m_tabBucket.size()) {
             __Spread(std::bit_ceil(m_tabBucket.size() + 1));
         }
-        m_tabFirst.push_back({csName, unHash, NONE, value});
-        __Chain(m_tabFirst.size() - 1);
+        m_tabFirst.push_back({csName, value});
+        m_tabChain.push_back({unHash, NONE});
+        __Chain(m_tabChain.size() - 1);
     }
     /// Finds a name's value; null when it is absent. Valid until the table is changed.
     [[nodiscard]] const T* pTrouve(std::wstring_view svName) const {
-        const STFirst* const pst = __pstFirst(__unHash(svName));
-        if (pst == nullptr) {
+        const std::uint32_t unFirst = __unFirst(__unHash(svName));
+        if (unFirst == NONE) {
             return nullptr;
         }
-        if (bEgalSansCasse(pst->csName, svName)) {
-            return &pst->value;
+        if (bEgalSansCasse(m_tabFirst[unFirst].csName, svName)) {
+            return &m_tabFirst[unFirst].value;
         }
         const auto itOther = m_tabOther.find(svName);
         return itOther == m_tabOther.end() ? nullptr : &itOther->second;
     }
     void Vide() noexcept {
         m_tabFirst = std::vector<STFirst>();
+        m_tabChain = std::vector<STLink>();
         m_tabBucket = std::vector<std::uint32_t>();
         m_tabOther.clear();
     }
@@ -81,9 +84,11 @@ class CTHashTableTi {
 
     struct STFirst {
         CTString csName;
-        std::uint32_t unHash;
-        std::uint32_t unNext;  ///< The one behind it in its bucket.
         T value;
+    };
+    struct STLink {
+        std::uint32_t unHash;
+        std::uint32_t unNext;  ///< The name behind it in its bucket.
     };
     struct STLess {
         using is_transparent = void;
@@ -105,26 +110,28 @@ class CTHashTableTi {
     [[nodiscard]] std::size_t __nBucket(std::uint32_t unHash) const noexcept {
         return static_cast<std::size_t>(unHash * __u64Factor() >> 32) & (m_tabBucket.size() - 1);
     }
-    [[nodiscard]] const STFirst* __pstFirst(std::uint32_t unHash) const noexcept {
-        std::uint32_t un = m_tabFirst.empty() ? NONE : m_tabBucket[__nBucket(unHash)];
-        while (un != NONE && m_tabFirst[un].unHash != unHash) {
-            un = m_tabFirst[un].unNext;
+    /// The number of the name in the table that has this hash; NONE when there is none.
+    [[nodiscard]] std::uint32_t __unFirst(std::uint32_t unHash) const noexcept {
+        std::uint32_t un = m_tabChain.empty() ? NONE : m_tabBucket[__nBucket(unHash)];
+        while (un != NONE && m_tabChain[un].unHash != unHash) {
+            un = m_tabChain[un].unNext;
         }
-        return un != NONE ? &m_tabFirst[un] : nullptr;
+        return un;
     }
-    void __Chain(std::size_t nFirst) noexcept {
-        std::uint32_t& runBucket = m_tabBucket[__nBucket(m_tabFirst[nFirst].unHash)];
-        m_tabFirst[nFirst].unNext = std::exchange(runBucket, static_cast<std::uint32_t>(nFirst));
+    void __Chain(std::size_t nName) noexcept {
+        STLink& rst = m_tabChain[nName];
+        rst.unNext = std::exchange(m_tabBucket[__nBucket(rst.unHash)], static_cast<std::uint32_t>(nName));
     }
     /// Makes that many buckets, a power of two.
     void __Spread(std::size_t nBuckets) {
         m_tabBucket = std::vector<std::uint32_t>(nBuckets, NONE);
-        for (std::size_t n = 0; n < m_tabFirst.size(); ++n) {
+        for (std::size_t n = 0; n < m_tabChain.size(); ++n) {
             __Chain(n);
         }
     }
 
     std::vector<STFirst> m_tabFirst;
+    std::vector<STLink> m_tabChain;  ///< One for each of them.
     std::vector<std::uint32_t> m_tabBucket;
     std::map<CTString, T, STLess> m_tabOther;
 };

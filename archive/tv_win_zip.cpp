@@ -182,8 +182,8 @@ std::time_t CTVWinZip::__nTime(const CRepEntree& rclEntree) {
     return *m_nLastTime;
 }
 
-void CTVWinZip::_TermineFichier(CDiskFile& rclFile, mode_t unPermission) {
-    rclFile.bSetPermission(unPermission);  // not every file system keeps them; the bytes are what counts
+bool CTVWinZip::_bTermine(CDiskFile& rclFile, mode_t unPermission) {
+    return rclFile.bSetPermission(unPermission);
 }
 
 eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination) {
@@ -197,7 +197,7 @@ eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_
         return ARCHIVE_CREATE;
     }
     clDirectory.bSetTime(__nTime(rclEntree));  // not every file system keeps times
-    return clDirectory.bSetPermission(__unPermission(rclEntree)) ? ARCHIVE_OK : ARCHIVE_CREATE;
+    return _bTermine(clDirectory, __unPermission(rclEntree)) ? ARCHIVE_OK : ARCHIVE_CREATE;
 }
 
 eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination) {
@@ -223,7 +223,7 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
     eARCHIVE eResult = bVide ? ARCHIVE_OK : __eCopieEntree(rclEntree, clFile);
     if (eResult == ARCHIVE_OK) {
         clFile.bSetTime(__nTime(rclEntree));  // not every file system keeps it
-        _TermineFichier(clFile, __unPermission(rclEntree));
+        _bTermine(clFile, __unPermission(rclEntree));
         if (!clFile.bClose()) {
             eResult = errno == ENOSPC ? ARCHIVE_DISK_FULL : ARCHIVE_WRITE;
         }

@@ -124,10 +124,11 @@ STZipFault CWinZip::__stOpenCipher(const STCentralHeader& rst, std::span<unsigne
 }
 
 bool CWinZip::__bFillInput() {
+    constexpr std::size_t NEARLY_FULL = INPUT_BYTES / 8 * 7;
     const std::size_t nKept = m_stLecture.tabEntree.size();
     const auto nSize = static_cast<std::size_t>(
         std::min<std::uint64_t>(m_tabInput.size() - nKept, m_stLecture.u64ResteCompresse));
-    if (nSize == 0) {
+    if (nSize == 0 || nKept >= NEARLY_FULL) {
         return true;
     }
     if (nKept > 0) {
@@ -174,7 +175,7 @@ bool CWinZip::bReadCurrentFileInZip(void* pBuffer, std::size_t nSize, std::size_
     const std::span tabOut(static_cast<unsigned char*>(pBuffer), nWanted);
     std::span<unsigned char> tabRoom = tabOut;
     for (bool bEnd = false; !bEnd && !tabRoom.empty();) {
-        // A full buffer each time: an inflate that stops in the middle of the room for want of input costs a
+        // A buffer that is nearly full each time: an inflate that stops in the middle of the room for want of input costs a
         // copy of its whole window.
         if (!__bFillInput()) {
             return __bFauteDonnees("entry: its data cannot be read");

@@ -26,7 +26,7 @@ struct STCentralHeader {
     CTString csNom;  ///< Converted, cut to 260 stored bytes, with the separators as they are stored.
     std::uint64_t u64TailleCompresse = 0;  ///< As stored: with the 12 bytes of an enciphered entry.
     std::uint64_t u64TailleOriginale = 0;
-    std::uint64_t u64LocalOffset = 0;  ///< In its volume, without the prefix.
+    std::uint64_t u64LocalOffset = 0;           ///< In its volume, without the prefix.
     std::unique_ptr<unsigned char[]> tabExtra;  ///< wExtraLength bytes; null without any, as most have none.
     std::uint32_t dwDosDate = 0;                ///< Date in the high word, time in the low one.
     std::uint32_t dwCrc = 0;                    ///< Of the uncompressed data.

@@ -37,8 +37,8 @@ struct STLocalHeader {
     }
 };
 
-/// Decodes the local header that the bytes read at a position begin with; TAILLE_MAX_ENTETE_LOCAL of them hold
-/// any. What a Zip64 header has beyond them is read from the stream.
+/// Decodes the local header that the bytes read at a position begin with; TAILLE_MAX_ENTETE_LOCAL of them
+/// hold any. What a Zip64 header has beyond them is read from the stream.
 STZipFault stReadLocalHeader(IXStream& rclStream, std::span<const unsigned char> tabRead,
                              std::uint64_t u64Position, STLocalHeader* pstHeader);
 

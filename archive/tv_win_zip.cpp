@@ -219,7 +219,8 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
     if (!clFile.bIsNew()) {
         clFile.bSetPermission(WHILE_WRITING);  // one that was there had other bits
     }
-    // A new file costs, from here on, its writes, one call for its time, one for its permissions and the close.
+    // A new file costs, from here on, its writes, one call for its time, one for its permissions and the
+    // close.
     eARCHIVE eResult = bVide ? ARCHIVE_OK : __eCopieEntree(rclEntree, clFile);
     if (eResult == ARCHIVE_OK) {
         clFile.bSetTime(__nTime(rclEntree));  // not every file system keeps it

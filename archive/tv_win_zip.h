@@ -42,11 +42,11 @@ class CTVWinZip : public CTVZipBase {
     /// Tells which permission bits nothing that is extracted gets, files and directories, at no moment;
     /// whatever their entries say. None at first.
     void _SetPermissionsInterdites(mode_t unBits) noexcept { m_unInterdites = unBits; }
-    /// The last touch on what was extracted, a file that has all its bytes and its time or a directory, before
-    /// it is closed: gives it the permissions, those of its entry without the forbidden ones; until then a
-    /// file has 0600. Whoever overrides it may give it an owner or other permissions: no file has to be opened
-    /// again for that. False when it failed, which counts for directories alone: not every file system keeps
-    /// permissions, and of a file the bytes count.
+    /// The last touch on what was extracted, a file that has all its bytes and its time or a directory,
+    /// before it is closed: gives it the permissions, those of its entry without the forbidden ones; until
+    /// then a file has 0600. Whoever overrides it may give it an owner or other permissions: no file has to
+    /// be opened again for that. False when it failed, which counts for directories alone: not every file
+    /// system keeps permissions, and of a file the bytes count.
     virtual bool _bTermine(CDiskFile& rclFile, mode_t unPermission);
 
   private:

@@ -175,8 +175,8 @@ bool CWinZip::bReadCurrentFileInZip(void* pBuffer, std::size_t nSize, std::size_
     const std::span tabOut(static_cast<unsigned char*>(pBuffer), nWanted);
     std::span<unsigned char> tabRoom = tabOut;
     for (bool bEnd = false; !bEnd && !tabRoom.empty();) {
-        // A buffer that is nearly full each time: an inflate that stops in the middle of the room for want of input costs a
-        // copy of its whole window.
+        // A buffer that is nearly full each time: an inflate that stops in the middle of the room for want of
+        // input costs a copy of its whole window.
         if (!__bFillInput()) {
             return __bFauteDonnees("entry: its data cannot be read");
         }

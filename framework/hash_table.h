@@ -22,8 +22,8 @@ namespace kalmo {
 /// table itself, the others are kept in order; and which hashes share a bucket differs from run to run. So no
 /// choice of names makes it slow.
 ///
-/// An archive may have a million names: they stand one behind the other in one block of memory, and apart from
-/// them, in one that the processor's caches hold longer, the chains of the buckets with the hashes.
+/// An archive may have a million names: they stand one behind the other in one block of memory, and apart
+/// from them, in one that the processor's caches hold longer, the chains of the buckets with the hashes.
 template <class T>
 class CTHashTableTi {
   public:

@@ -187,8 +187,7 @@ class CXYString {
     void __Replace(std::size_t nIndex, std::size_t nCount, CView svNew) {
         const CView sv = svGet();
         const CView svBehind = sv.substr(nIndex + std::min(nCount, sv.size() - nIndex));
-        STBuffer* const pst =
-            __pstMake(nIndex + svNew.size() + svBehind.size(), sv.substr(0, nIndex), svNew);
+        STBuffer* const pst = __pstMake(nIndex + svNew.size() + svBehind.size(), sv.substr(0, nIndex), svNew);
         svBehind.copy(pst->pcGet() + pst->nLength, svBehind.size());
         pst->End(pst->nRoom);
         __Take(pst);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <span>
 
 #include "archive/zip64_extra.h"
 #include "framework/memory_scope.h"
@@ -61,13 +62,16 @@ STZipFault stReadCentralHeader(IXStream& rclStream, CRecordBuffer& rclBuffer,
     pstHeader->csNom = csDecodeEntryName(rclBuffer.clCursor().svNext(nUsedName), pstHeader->wFlags);
 
     const std::uint64_t u64Extra = u64Position + TAILLE_FIXE + pstHeader->wNameLength;
-    pstHeader->tabExtra.resize(pstHeader->wExtraLength);
-    if (!rclStream.bSeek(static_cast<std::int64_t>(u64Extra)) ||
-        !rclStream.bReadAll(pstHeader->tabExtra.data(), pstHeader->tabExtra.size())) {
-        return {ARCHIVE_BAD, "central header: extra field cut short", u64Position};
+    if (pstHeader->wExtraLength > 0) {
+        pstHeader->tabExtra = std::make_unique<unsigned char[]>(pstHeader->wExtraLength);
+        const std::span tabExtra(pstHeader->tabExtra.get(), pstHeader->wExtraLength);
+        if (!rclStream.bSeek(static_cast<std::int64_t>(u64Extra)) ||
+            !rclStream.bReadAll(tabExtra.data(), tabExtra.size())) {
+            return {ARCHIVE_BAD, "central header: extra field cut short", u64Position};
+        }
+        ApplyZip64Extra(tabExtra, {&pstHeader->u64TailleOriginale, &pstHeader->u64TailleCompresse,
+                                   &pstHeader->u64LocalOffset});
     }
-    ApplyZip64Extra(pstHeader->tabExtra, {&pstHeader->u64TailleOriginale, &pstHeader->u64TailleCompresse,
-                                          &pstHeader->u64LocalOffset});
 
     const std::uint64_t u64Next = u64Extra + pstHeader->wExtraLength + pstHeader->wCommentLength;
     if (!rclStream.bSeek(static_cast<std::int64_t>(u64Next))) {

@@ -10,19 +10,14 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t TAILLE_FIXE = 30;
 constexpr std::uint32_t SIGNATURE_LOCAL = 0x04034B50;
 
 }  // namespace
 
-STZipFault stReadLocalHeader(IXStream& rclStream, CRecordBuffer& rclBuffer, std::uint64_t u64Position,
-                             STLocalHeader* pstHeader) try {
+STZipFault stReadLocalHeader(IXStream& rclStream, std::span<const unsigned char> tabRead,
+                             std::uint64_t u64Position, STLocalHeader* pstHeader) try {
     const CMemoryScope clScope;
-    // One read for the fixed part and the name: an archive has many entries.
-    if (!rclBuffer.bFill(rclStream, u64Position, TAILLE_FIXE + TAILLE_MAX_NOM_ENTREE)) {
-        return {ARCHIVE_BAD, "local header: cannot be read", u64Position};
-    }
-    CLeCursor cl = rclBuffer.clCursor();
+    CLeCursor cl(tabRead);
     if (cl.dwNext() != SIGNATURE_LOCAL) {
         return {ARCHIVE_BAD, "local header: wrong signature", u64Position};
     }
@@ -40,17 +35,17 @@ STZipFault stReadLocalHeader(IXStream& rclStream, CRecordBuffer& rclBuffer, std:
     if (!cl.bOk()) {
         return {ARCHIVE_BAD, "local header: cut short", u64Position};
     }
-    const std::uint64_t u64Extra = u64Position + TAILLE_FIXE + pstHeader->wNameLength;
-    pstHeader->u64DataPosition = u64Extra + pstHeader->wExtraLength;
+    pstHeader->u64DataPosition = u64Position + pstHeader->nTaille();
 
     if (pstHeader->wVersionNeeded == VERSION_ZIP64 &&
         (pstHeader->u64TailleCompresse == SATURE || pstHeader->u64TailleOriginale == SATURE)) {
         constexpr std::size_t TAILLE_ZIP64 = 4 + 2 * 8;  // its header and two sizes
         const std::size_t nExtra = std::min<std::size_t>(pstHeader->wExtraLength, TAILLE_ZIP64);
-        if (!rclBuffer.bFill(rclStream, u64Extra, nExtra)) {
+        CRecordBuffer clBuffer;
+        if (!clBuffer.bFill(rclStream, pstHeader->u64DataPosition - pstHeader->wExtraLength, nExtra)) {
             return {ARCHIVE_BAD, "local header: extra field cannot be read", u64Position};
         }
-        ApplyZip64Extra(rclBuffer.clCursor().tabNext(rclBuffer.nGetFilled()),
+        ApplyZip64Extra(clBuffer.clCursor().tabNext(clBuffer.nGetFilled()),
                         {&pstHeader->u64TailleOriginale, &pstHeader->u64TailleCompresse});
     }
     return {};

@@ -30,13 +30,16 @@ class CRepEntree {
 
     CRepEntree() = default;
     /// The name is the full one: the directory part, each of its levels ending in "/", and the file name.
-    /// Backslashes do not separate here: whoever makes the entry has turned them.
+    /// Backslashes do not separate here: whoever makes the entry has turned them. Of the times' fields the
+    /// lowest eight bits are kept, of the year sixteen.
     CRepEntree(CTString csNom, std::uint64_t u64TailleOriginale, std::uint64_t u64TailleCompresse,
                const STTimes& rstTimes, std::uint32_t dwAttribut)
         : m_csNom(std::move(csNom)),
           m_u64TailleOriginale(u64TailleOriginale),
           m_u64TailleCompresse(u64TailleCompresse),
-          m_stTimes(rstTimes),
+          m_clCreation(rstTimes.stCreation),
+          m_clAcces(rstTimes.stAcces),
+          m_clModif(rstTimes.stModif),
           m_dwAttribut(dwAttribut) {}
 
     [[nodiscard]] const CTString& csGetNom() const noexcept { return m_csNom; }
@@ -44,7 +47,9 @@ class CRepEntree {
     /// Sizes in bytes; the compressed one without the header of an enciphered entry.
     [[nodiscard]] std::uint64_t u64GetTailleOriginale() const noexcept { return m_u64TailleOriginale; }
     [[nodiscard]] std::uint64_t u64GetTailleCompresse() const noexcept { return m_u64TailleCompresse; }
-    [[nodiscard]] const STTimes& rstGetTimes() const noexcept { return m_stTimes; }
+    [[nodiscard]] STTimes stGetTimes() const noexcept {
+        return {m_clCreation.stGet(), m_clAcces.stGet(), m_clModif.stGet()};
+    }
     [[nodiscard]] std::uint32_t dwGetAttribut() const noexcept { return m_dwAttribut; }
 
     /// Marks the entry as enciphered, or not, and keeps the password that is to open it.
@@ -63,11 +68,32 @@ class CRepEntree {
     [[nodiscard]] mode_t unPermission() const noexcept;
 
   private:
+    /// A time in as few bytes as it needs: an archive may have a million entries.
+    class CMoment {
+      public:
+        CMoment() = default;
+        explicit CMoment(const STFileTime& rst)
+            : m_wAnnee(static_cast<std::uint16_t>(rst.nAnnee)),
+              m_tabReste{__by(rst.nMois), __by(rst.nJour), __by(rst.nHeure), __by(rst.nMinute),
+                         __by(rst.nSeconde)} {}
+        [[nodiscard]] STFileTime stGet() const noexcept {
+            return {m_wAnnee, m_tabReste[0], m_tabReste[1], m_tabReste[2], m_tabReste[3], m_tabReste[4]};
+        }
+
+      private:
+        static unsigned char __by(int n) noexcept { return static_cast<unsigned char>(n); }
+
+        std::uint16_t m_wAnnee = 0;
+        std::array<unsigned char, 5> m_tabReste{};  ///< Month, day, hour, minute, second.
+    };
+
     CTString m_csNom;
     std::uint64_t m_u64TailleOriginale = 0;
     std::uint64_t m_u64TailleCompresse = 0;
-    STTimes m_stTimes;
     CTString m_csPassword;
+    CMoment m_clCreation;
+    CMoment m_clAcces;
+    CMoment m_clModif;
     std::uint32_t m_dwAttribut = 0;
     bool m_bCrypte = false;
 };

@@ -137,9 +137,10 @@ eARCHIVE CRepertoire::eEcrit(CDiskFile& rclFile) const try {
         cl.Put(rclEntree.u64GetTailleCompresse(), 8);
         cl.Put(rclEntree.dwGetAttribut(), 4);
         cl.Put(rclEntree.bCrypte() ? CRYPTE : 0, 1);
-        cl.PutTime(rclEntree.rstGetTimes().stCreation);
-        cl.PutTime(rclEntree.rstGetTimes().stAcces);
-        cl.PutTime(rclEntree.rstGetTimes().stModif);
+        const CRepEntree::STTimes stTimes = rclEntree.stGetTimes();
+        cl.PutTime(stTimes.stCreation);
+        cl.PutTime(stTimes.stAcces);
+        cl.PutTime(stTimes.stModif);
         cl.PutText(csName);
         bWritten = bWrite(rclFile, cl);
     }

@@ -81,6 +81,7 @@ eARCHIVE CTVWinZip::__eAbandonne() {
 
 eARCHIVE CTVWinZip::__eOuvre(unsigned dwFlags, std::int64_t i64Base) {
     m_i64Base = i64Base;
+    m_nLastTime.reset();
     m_clZip.SetStream(m_pclStream, m_i64Base);
     if (m_clZip.OuvreZip(m_csChemin, static_cast<int>(dwFlags)) != ARCHIVE_OK) {
         _Ferme();
@@ -172,7 +173,20 @@ eARCHIVE CTVWinZip::__eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDes
     return eResult;
 }
 
-eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination) const {
+std::time_t CTVWinZip::__nTime(const CRepEntree& rclEntree) {
+    const STFileTime st = rclEntree.stGetTimes().stModif;
+    if (!m_nLastTime || !(st == m_stLastTime)) {
+        m_stLastTime = st;
+        m_nLastTime = CDiskFile::nSystemTime(st);
+    }
+    return *m_nLastTime;
+}
+
+bool CTVWinZip::_bTermine(CDiskFile& rclFile, mode_t unPermission) {
+    return rclFile.bSetPermission(unPermission);
+}
+
+eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination) {
     if (svDestination.empty()) {
         return ARCHIVE_OK;
     }
@@ -182,8 +196,8 @@ eARCHIVE CTVWinZip::__eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_
         !clDirectory.bOpen(svDestination, CDiskFile::eMODE::ReadDirectory)) {
         return ARCHIVE_CREATE;
     }
-    clDirectory.bSetTime(rclEntree.rstGetTimes().stModif);  // not every file system keeps times
-    return clDirectory.bSetPermission(__unPermission(rclEntree)) ? ARCHIVE_OK : ARCHIVE_CREATE;
+    clDirectory.bSetTime(__nTime(rclEntree));  // not every file system keeps times
+    return _bTermine(clDirectory, __unPermission(rclEntree)) ? ARCHIVE_OK : ARCHIVE_CREATE;
 }
 
 eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination) {
@@ -202,12 +216,15 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
         (void)m_clZip.CloseCurrentFileInZip(0, 0);
         return ARCHIVE_CREATE;
     }
-    clFile.bSetPermission(WHILE_WRITING);  // one that was there had other bits
+    if (!clFile.bIsNew()) {
+        clFile.bSetPermission(WHILE_WRITING);  // one that was there had other bits
+    }
+    // A new file costs, from here on, its writes, one call for its time, one for its permissions and the
+    // close.
     eARCHIVE eResult = bVide ? ARCHIVE_OK : __eCopieEntree(rclEntree, clFile);
     if (eResult == ARCHIVE_OK) {
-        // Not every file system keeps times and permissions; the bytes are what counts.
-        clFile.bSetTime(rclEntree.rstGetTimes().stModif);
-        clFile.bSetPermission(__unPermission(rclEntree));
+        clFile.bSetTime(__nTime(rclEntree));  // not every file system keeps it
+        _bTermine(clFile, __unPermission(rclEntree));
         if (!clFile.bClose()) {
             eResult = errno == ENOSPC ? ARCHIVE_DISK_FULL : ARCHIVE_WRITE;
         }

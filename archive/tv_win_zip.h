@@ -2,6 +2,8 @@
 #define KALMO_ARCHIVE_TV_WIN_ZIP_H
 
 #include <cstdint>
+#include <ctime>
+#include <optional>
 #include <string_view>
 
 #include "archive/tv_zip_base.h"
@@ -40,6 +42,12 @@ class CTVWinZip : public CTVZipBase {
     /// Tells which permission bits nothing that is extracted gets, files and directories, at no moment;
     /// whatever their entries say. None at first.
     void _SetPermissionsInterdites(mode_t unBits) noexcept { m_unInterdites = unBits; }
+    /// The last touch on what was extracted, a file that has all its bytes and its time or a directory,
+    /// before it is closed: gives it the permissions, those of its entry without the forbidden ones; until
+    /// then a file has 0600. Whoever overrides it may give it an owner or other permissions: no file has to
+    /// be opened again for that. False when it failed, which counts for directories alone: not every file
+    /// system keeps permissions, and of a file the bytes count.
+    virtual bool _bTermine(CDiskFile& rclFile, mode_t unPermission);
 
   private:
     class CFichierRouvert;
@@ -56,7 +64,9 @@ class CTVWinZip : public CTVZipBase {
                         CExtraction clExtraction);
     eARCHIVE __eExtraitVersMemoire(const CRepEntree& rclEntree, CTLBIN* ptabOut);
     eARCHIVE __eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination);
-    eARCHIVE __eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination) const;
+    eARCHIVE __eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination);
+    /// An entry's time as the system counts it. Files of one archive often share theirs: the last is kept.
+    std::time_t __nTime(const CRepEntree& rclEntree);
     /// The permissions that an entry's file or directory is given.
     [[nodiscard]] mode_t __unPermission(const CRepEntree& rclEntree) const noexcept {
         return rclEntree.unPermission() & ~m_unInterdites;
@@ -68,6 +78,8 @@ class CTVWinZip : public CTVZipBase {
 
     CWinZip m_clZip;
     mode_t m_unInterdites = 0;
+    STFileTime m_stLastTime;
+    std::optional<std::time_t> m_nLastTime;  ///< What m_stLastTime is to the system.
 };
 
 }  // namespace kalmo

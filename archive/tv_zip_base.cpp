@@ -82,17 +82,17 @@ std::uint32_t CTVZipBase::dwTailleCompresse(int nRang) {
 
 CTVZipBase::STFileTime CTVZipBase::stftLitFtCreation(int nRang) {
     const CRepEntree* const pcl = m_clRepertoire.pclGetEntree(nRang);
-    return pcl != nullptr ? pcl->rstGetTimes().stCreation : STFileTime();
+    return pcl != nullptr ? pcl->stGetTimes().stCreation : STFileTime();
 }
 
 CTVZipBase::STFileTime CTVZipBase::stftLitFtAcces(int nRang) {
     const CRepEntree* const pcl = m_clRepertoire.pclGetEntree(nRang);
-    return pcl != nullptr ? pcl->rstGetTimes().stAcces : STFileTime();
+    return pcl != nullptr ? pcl->stGetTimes().stAcces : STFileTime();
 }
 
 CTVZipBase::STFileTime CTVZipBase::stftLitFtModif(int nRang) {
     const CRepEntree* const pcl = m_clRepertoire.pclGetEntree(nRang);
-    return pcl != nullptr ? pcl->rstGetTimes().stModif : STFileTime();
+    return pcl != nullptr ? pcl->stGetTimes().stModif : STFileTime();
 }
 
 std::uint32_t CTVZipBase::dwLitAttribut(int nRang) {
@@ -138,7 +138,7 @@ eARCHIVE CTVZipBase::eGetInfoFichier(int nRang, CTString& rcsInfo) try {
     if (pcl == nullptr) {
         return _eErreur(ARCHIVE_NOT_FOUND);
     }
-    const CRepEntree::STTimes& rst = pcl->rstGetTimes();
+    const CRepEntree::STTimes rst = pcl->stGetTimes();
     rcsInfo = pcl->csGetNom();
     rcsInfo += L'\t';
     rcsInfo += csSizeText(pcl->u64GetTailleOriginale());

@@ -4,7 +4,6 @@
 #include <climits>
 #include <exception>
 #include <string>
-#include <utility>
 
 #include "framework/disk_file.h"
 #include "framework/memory_scope.h"
@@ -152,15 +151,13 @@ STZipFault CWinZip::__stReadHeaders(IXStream& rclStream) {
         return {ARCHIVE_BAD, "end record: directory out of range", m_stEnd.u64EndPosition};
     }
     for (std::uint64_t u64Left = m_stEnd.u64Entries; u64Left > 0; --u64Left) {
-        STCentralHeader stHeader;
-        const STZipFault st = stReadCentralHeader(rclStream, m_clRecord, &stHeader);
-        if (st.eCode != ARCHIVE_OK) {
-            return st;
-        }
         if (m_tabHeader.size() >= INT_MAX) {
             return {ARCHIVE_BAD, "end record: too many entries", m_stEnd.u64EndPosition};
         }
-        m_tabHeader.push_back(std::move(stHeader));
+        const STZipFault st = stReadCentralHeader(rclStream, m_clRecord, &m_tabHeader.emplace_back());
+        if (st.eCode != ARCHIVE_OK) {
+            return st;  // and what was read is dropped
+        }
     }
     // Only now is it known how many there really are.
     m_clIndex.Reserve(m_tabHeader.size());

@@ -126,7 +126,14 @@ class CWinZip {
     STZipFault __stReadHeaders(IXStream& rclStream);
 
     STZipFault __stOpenEntry(const STCentralHeader& rst);
-    STZipFault __stOpenCipher(const STCentralHeader& rst);
+    /// Reads into the input buffer what an entry begins with: its local header and, when they fit, its data.
+    /// Without a place (data() is null) when it cannot be read.
+    std::span<unsigned char> __tabReadStart(IXStream& rclSource, const STCentralHeader& rst,
+                                            std::uint64_t u64Position);
+    /// Deciphers the next compressed bytes, which lie in the input buffer, and makes them the input.
+    void __Take(std::span<unsigned char> tabNew);
+    /// Reads the encipherment header, from the front of what is read already as far as it goes.
+    STZipFault __stOpenCipher(const STCentralHeader& rst, std::span<unsigned char>* ptabRead);
     /// Tops the input buffer up. False when the stream gives less than the entry still has.
     bool __bFillInput();
     /// Keeps what is wrong with the open entry's data. Always false.

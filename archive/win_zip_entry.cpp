@@ -37,7 +37,11 @@ STZipFault CWinZip::__stOpenEntry(const STCentralHeader& rst) {
     const std::uint64_t u64Position = m_u64Prefixe + rst.u64LocalOffset;
     IXStream* const pclSource = m_clVolumes.pclFrom(rst.wDiskStart);
     STLocalHeader stLocal;
-    STZipFault st = stReadLocalHeader(*pclSource, m_clRecord, u64Position, &stLocal);
+    std::span<unsigned char> tabRead = __tabReadStart(*pclSource, rst, u64Position);
+    STZipFault st{ARCHIVE_BAD, "local header: cannot be read", u64Position};
+    if (tabRead.data() != nullptr) {
+        st = stReadLocalHeader(*pclSource, tabRead, u64Position, &stLocal);
+    }
     if (st.eCode == ARCHIVE_OK) {
         st = stCompareHeaders(stLocal, rst, u64Position);
     }
@@ -54,20 +58,58 @@ STZipFault CWinZip::__stOpenEntry(const STCentralHeader& rst) {
     m_stLecture.dwCrcAttendu = rst.dwCrc;
     m_stLecture.wMethode = rst.wMethode;
     m_stLecture.bCrypte = rst.bCrypte();
+    tabRead = tabRead.subspan(std::min(tabRead.size(), stLocal.nTaille()));
     if (m_stLecture.bCrypte) {
-        st = __stOpenCipher(rst);
+        st = __stOpenCipher(rst, &tabRead);
     }
+    // What came along with the header is the data's beginning.
+    __Take(tabRead.first(std::min<std::uint64_t>(tabRead.size(), m_stLecture.u64ResteCompresse)));
     if (st.eCode == ARCHIVE_OK && rst.wMethode == METHODE_DEFLATE && !m_clInflater.bStart()) {
         st = {ARCHIVE_BAD, "entry: inflating cannot start", u64Position};
     }
     return st;
 }
 
-STZipFault CWinZip::__stOpenCipher(const STCentralHeader& rst) {
+std::span<unsigned char> CWinZip::__tabReadStart(IXStream& rclSource, const STCentralHeader& rst,
+                                                 std::uint64_t u64Position) {
+    if (u64Position > INT64_MAX) {
+        return {};
+    }
+    // One read for the header and a small entry's data: an archive has many entries. A local extra field is
+    // often a little longer than the directory's. Data that cannot be read is not the header's fault.
+    constexpr std::size_t MORE_EXTRA = 32;
+    const std::size_t nHeader = TAILLE_MAX_ENTETE_LOCAL;
+    const std::uint64_t u64All = std::max<std::uint64_t>(
+        nHeader, TAILLE_ENTETE_LOCAL + MORE_EXTRA + rst.wNameLength + rst.wExtraLength +
+                     std::min<std::uint64_t>(rst.u64TailleCompresse, m_tabInput.size()));
+    for (const std::size_t nSize : {std::min<std::size_t>(u64All, m_tabInput.size()), nHeader}) {
+        std::size_t nRead = 0;
+        if (rclSource.bSeek(static_cast<std::int64_t>(u64Position)) &&
+            rclSource.bRead(m_tabInput.data(), nSize, &nRead)) {
+            return std::span(m_tabInput).first(nRead);
+        }
+    }
+    return {};
+}
+
+void CWinZip::__Take(std::span<unsigned char> tabNew) {
+    if (m_stLecture.bCrypte) {
+        m_clCipher.CryptDecodeBuffer(tabNew);
+    }
+    m_stLecture.i64Position += static_cast<std::int64_t>(tabNew.size());
+    m_stLecture.u64ResteCompresse -= tabNew.size();
+    m_stLecture.tabEntree = tabNew;
+}
+
+STZipFault CWinZip::__stOpenCipher(const STCentralHeader& rst, std::span<unsigned char>* ptabRead) {
     CCryptHeader tabHeader;
     const auto u64Position = static_cast<std::uint64_t>(m_stLecture.i64Position);
-    if (rst.u64TailleCompresse < tabHeader.size() || !m_stLecture.pclSource->bSeek(m_stLecture.i64Position) ||
-        !m_stLecture.pclSource->bReadAll(tabHeader.data(), tabHeader.size())) {
+    const std::size_t nHere = std::min(ptabRead->size(), tabHeader.size());
+    std::copy_n(ptabRead->begin(), nHere, tabHeader.begin());
+    *ptabRead = ptabRead->subspan(nHere);
+    if (rst.u64TailleCompresse < tabHeader.size() ||
+        !m_stLecture.pclSource->bSeek(m_stLecture.i64Position + static_cast<std::int64_t>(nHere)) ||
+        !m_stLecture.pclSource->bReadAll(tabHeader.data() + nHere, tabHeader.size() - nHere)) {
         return {ARCHIVE_BAD, "encipherment header: cut short", u64Position};
     }
     m_stLecture.i64Position += static_cast<std::int64_t>(tabHeader.size());
@@ -82,10 +124,11 @@ STZipFault CWinZip::__stOpenCipher(const STCentralHeader& rst) {
 }
 
 bool CWinZip::__bFillInput() {
+    constexpr std::size_t NEARLY_FULL = INPUT_BYTES / 8 * 7;
     const std::size_t nKept = m_stLecture.tabEntree.size();
     const auto nSize = static_cast<std::size_t>(
         std::min<std::uint64_t>(m_tabInput.size() - nKept, m_stLecture.u64ResteCompresse));
-    if (nSize == 0) {
+    if (nSize == 0 || nKept >= NEARLY_FULL) {
         return true;
     }
     if (nKept > 0) {
@@ -96,11 +139,7 @@ bool CWinZip::__bFillInput() {
         !m_stLecture.pclSource->bReadAll(tabNew.data(), tabNew.size())) {
         return false;
     }
-    m_stLecture.i64Position += static_cast<std::int64_t>(nSize);
-    m_stLecture.u64ResteCompresse -= nSize;
-    if (m_stLecture.bCrypte) {
-        m_clCipher.CryptDecodeBuffer(tabNew);
-    }
+    __Take(tabNew);
     m_stLecture.tabEntree = std::span(m_tabInput).first(nKept + nSize);
     return true;
 }
@@ -136,8 +175,8 @@ bool CWinZip::bReadCurrentFileInZip(void* pBuffer, std::size_t nSize, std::size_
     const std::span tabOut(static_cast<unsigned char*>(pBuffer), nWanted);
     std::span<unsigned char> tabRoom = tabOut;
     for (bool bEnd = false; !bEnd && !tabRoom.empty();) {
-        // A full buffer each time: an inflate that stops in the middle of the room for want of input costs a
-        // copy of its whole window.
+        // A buffer that is nearly full each time: an inflate that stops in the middle of the room for want of
+        // input costs a copy of its whole window.
         if (!__bFillInput()) {
             return __bFauteDonnees("entry: its data cannot be read");
         }

@@ -115,21 +115,29 @@ void AppendUTF8(std::string& cs, std::uint32_t un) {
     }
 }
 
+// The text that fDecode makes of the bytes; it writes at most a character a byte and returns how many. Names
+// are short and many: only a long text needs memory of its own while it is made.
+template <class CDecode>
+CTString csDecoded(std::string_view sv, CDecode fDecode) {
+    std::array<wchar_t, 320> szShort;
+    std::wstring csLong(sv.size() > szShort.size() ? sv.size() : 0, L'\0');
+    wchar_t* const pcOut = csLong.empty() ? szShort.data() : csLong.data();
+    return CTString(std::wstring_view(pcOut, fDecode(sv, pcOut)));
+}
+
 }  // namespace
 
 CTString csFromUTF8(std::string_view sv) {
-    std::wstring cs;
-    cs.reserve(sv.size());
-    while (!sv.empty()) {
-        const STSequence st = stDecodeSequence(sv);
-        if (st.nLength == 0) {
-            cs += static_cast<wchar_t>(ESCAPE_BASE + static_cast<unsigned char>(sv.front()));
-        } else {
-            cs += static_cast<wchar_t>(st.unChar);
+    return csDecoded(sv, [](std::string_view svRest, wchar_t* pcOut) {
+        const wchar_t* const pcStart = pcOut;
+        while (!svRest.empty()) {
+            const STSequence st = stDecodeSequence(svRest);
+            *pcOut++ = static_cast<wchar_t>(
+                st.nLength == 0 ? ESCAPE_BASE + static_cast<unsigned char>(svRest.front()) : st.unChar);
+            svRest.remove_prefix(std::max<std::size_t>(st.nLength, 1));
         }
-        sv.remove_prefix(std::max<std::size_t>(st.nLength, 1));
-    }
-    return CTString(cs);
+        return static_cast<std::size_t>(pcOut - pcStart);
+    });
 }
 
 CXYString<char> csToUTF8(std::wstring_view sv) {
@@ -182,21 +190,18 @@ CTString csFromCodePage(eCODEPAGE eCodePage, std::string_view sv) {
         return csFromUTF8(sv);
     }
     const CUpperHalf& rtbTable = eCodePage == eCODEPAGE::OEM ? TABLE_437 : TABLE_1252;
-    std::wstring cs;
-    cs.reserve(sv.size());
-    for (const char c : sv) {
-        const auto un = static_cast<unsigned char>(c);
-        cs += static_cast<wchar_t>(un < 0x80 ? un : rtbTable[un - 0x80U]);
-    }
-    return CTString(cs);
+    return csDecoded(sv, [&rtbTable](std::string_view svIn, wchar_t* pcOut) {
+        std::transform(svIn.begin(), svIn.end(), pcOut, [&rtbTable](char c) {
+            const auto un = static_cast<unsigned char>(c);
+            return static_cast<wchar_t>(un < 0x80 ? un : rtbTable[un - 0x80U]);
+        });
+        return svIn.size();
+    });
 }
 
-wchar_t cMajuscule(wchar_t c) {
+wchar_t cMajusculeUnicode(wchar_t c) {
     static const locale_t pclUtf8 = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    if (c < 0x80 || pclUtf8 == nullptr) {
-        return c >= L'a' && c <= L'z' ? c - L'a' + L'A' : c;
-    }
-    return static_cast<wchar_t>(::towupper_l(static_cast<std::wint_t>(c), pclUtf8));
+    return pclUtf8 != nullptr ? static_cast<wchar_t>(::towupper_l(static_cast<std::wint_t>(c), pclUtf8)) : c;
 }
 
 int nCompareSansCasse(std::wstring_view svLeft, std::wstring_view svRight) {

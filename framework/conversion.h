@@ -37,9 +37,15 @@ std::u16string csToUTF16(std::wstring_view sv);
 /// characters of the same number.
 CTString csFromCodePage(eCODEPAGE eCodePage, std::string_view sv);
 
+/// What cMajuscule gives for a character beyond ASCII.
+wchar_t cMajusculeUnicode(wchar_t c);
+
 /// A character in upper case, by Unicode's rules whatever the user's locale is (a Turkish one has its own);
 /// ASCII alone where the C library has no C.UTF-8.
-wchar_t cMajuscule(wchar_t c);
+inline wchar_t cMajuscule(wchar_t c) {
+    // Nearly every character of a name or a key; negative ones count as none.
+    return c >= 0x80 ? cMajusculeUnicode(c) : c >= L'a' && c <= L'z' ? c - L'a' + L'A' : c;
+}
 
 /// Compares without regard to case, character by character through cMajuscule. Negative, 0 or positive.
 int nCompareSansCasse(std::wstring_view svLeft, std::wstring_view svRight);

@@ -35,8 +35,16 @@ bool bStat(std::wstring_view svPath, struct stat* pst) {
     return !csPath.bEmpty() && ::stat(csPath.pszGet(), pst) == 0;
 }
 
-// Opens a file for writing without following or sharing anything that stands in its place.
-int nCreate(const char* pszPath, mode_t unPermission) {
+// Opens a file for writing without following or sharing anything that stands in its place; *pbNew tells
+// whether it was made.
+int nCreate(const char* pszPath, mode_t unPermission, bool* pbNew) {
+    // Most files are new, and of one that this call made nothing has to be asked.
+    constexpr int FLAGS = O_RDWR | O_CREAT | O_NOFOLLOW | OPEN_FLAGS;
+    const int nNew = ::open(pszPath, FLAGS | O_EXCL, unPermission);
+    *pbNew = nNew >= 0;
+    if (*pbNew || errno != EEXIST) {
+        return nNew;
+    }
     // Others may hold one open that they may write: emptied in place, it would give them what comes.
     const mode_t unOthersWrite = (S_IWGRP | S_IWOTH) & ~unPermission;
     struct stat st {};
@@ -44,11 +52,13 @@ int nCreate(const char* pszPath, mode_t unPermission) {
         return S_ISREG(st.st_mode) && st.st_nlink <= 1 && st.st_uid == ::geteuid() &&
                (st.st_mode & unOthersWrite) == 0;
     };
-    if (::lstat(pszPath, &st) == 0 && !S_ISDIR(st.st_mode) && !bPlainFile() && ::unlink(pszPath) != 0) {
-        return -1;
+    // Looked at before it is opened: opening a device may do something.
+    if (::lstat(pszPath, &st) == 0 && !S_ISDIR(st.st_mode) && !bPlainFile()) {
+        *pbNew = true;
+        return ::unlink(pszPath) == 0 ? ::open(pszPath, FLAGS | O_EXCL, unPermission) : -1;
     }
     // Emptied only once it is known that what was opened is no other file put there in between.
-    CUniqueFd clFd(::open(pszPath, O_RDWR | O_CREAT | O_NOFOLLOW | OPEN_FLAGS, unPermission));
+    CUniqueFd clFd(::open(pszPath, FLAGS, unPermission));
     if (!clFd.bValid() || ::fstat(clFd.nGet(), &st) != 0) {
         return -1;
     }
@@ -161,6 +171,7 @@ bool bReport(bool bSuccess, std::wstring_view svPath, CXError* pclError) {
 bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission) try {
     const CMemoryScope clScope;
     m_clFd.Reset();
+    m_bNew = false;
     m_i64Position = 0;
     const CXYString<char> csPath = csSystemPath(svPath);
     if (csPath.bEmpty()) {
@@ -172,7 +183,7 @@ bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission
         case eMODE::ReadDirectory:
             m_clFd.Reset(::open(csPath.pszGet(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | OPEN_FLAGS));
             break;
-        case eMODE::Create: m_clFd.Reset(nCreate(csPath.pszGet(), unPermission)); break;
+        case eMODE::Create: m_clFd.Reset(nCreate(csPath.pszGet(), unPermission, &m_bNew)); break;
     }
     return bIsOpen();
 } catch (const std::exception&) {
@@ -265,7 +276,7 @@ bool CDiskFile::bSync() {
     return ::fsync(m_clFd.nGet()) == 0;
 }
 
-bool CDiskFile::bSetTime(const STFileTime& rstTime) {
+std::time_t CDiskFile::nSystemTime(const STFileTime& rstTime) {
     std::tm st{};
     st.tm_year = rstTime.nAnnee - 1900;
     st.tm_mon = rstTime.nMois - 1;
@@ -274,13 +285,20 @@ bool CDiskFile::bSetTime(const STFileTime& rstTime) {
     st.tm_min = rstTime.nMinute;
     st.tm_sec = rstTime.nSeconde;
     st.tm_isdst = -1;
-    const std::time_t nTime = std::mktime(&st);
+    return std::mktime(&st);
+}
+
+bool CDiskFile::bSetTime(std::time_t nTime) {
     const timespec tabTime[2] = {{nTime, 0}, {nTime, 0}};
     return ::futimens(m_clFd.nGet(), tabTime) == 0;
 }
 
 bool CDiskFile::bSetPermission(mode_t unPermission) {
     return ::fchmod(m_clFd.nGet(), unPermission) == 0;
+}
+
+bool CDiskFile::bSetOwner(uid_t unUser, gid_t unGroup) {
+    return ::fchown(m_clFd.nGet(), unUser, unGroup) == 0;
 }
 
 bool CDiskFile::bFileExists(std::wstring_view svPath) try {

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <ctime>
 #include <string>
 
 #include "framework/file_search.h"
@@ -36,6 +37,8 @@ class CDiskFile final : public IXStream {
         int nHeure = 0;
         int nMinute = 0;
         int nSeconde = 0;
+
+        friend bool operator==(const STFileTime&, const STFileTime&) = default;
     };
 
     /// Opens a file; one that was open is closed first.
@@ -47,6 +50,8 @@ class CDiskFile final : public IXStream {
     /// unPermission, less the umask. ReadWrite follows a symbolic link only when root or this user made it
     /// (else errno ELOOP).
     bool bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission = 0644);
+    /// True when the file that is open was made by this bOpen, and was nobody's before.
+    [[nodiscard]] bool bIsNew() const noexcept { return m_bNew; }
     /// Closes the file. False when the system reports a late write error.
     bool bClose();
     [[nodiscard]] bool bIsOpen() const noexcept { return m_clFd.bValid(); }
@@ -60,10 +65,14 @@ class CDiskFile final : public IXStream {
     bool bReserve(std::int64_t i64Length) override;
     /// Waits until the content, or that of a directory, is on the disk.
     bool bSync();
-    /// Sets access and modification time; a moment that does not exist is moved to one that does.
-    bool bSetTime(const STFileTime& rstTime);
-    /// Sets the permission bits.
+    /// A moment as the system counts it; one that does not exist is moved to one that does. Costs a look at
+    /// the machine's time zone.
+    static std::time_t nSystemTime(const STFileTime& rstTime);
+    /// Sets access and modification time.
+    bool bSetTime(std::time_t nTime);
+    /// Sets the permission bits; owner and group, which takes set-id bits away.
     bool bSetPermission(mode_t unPermission);
+    bool bSetOwner(uid_t unUser, gid_t unGroup);
 
     /// True when the path names an existing file of any kind but a directory (links are followed).
     static bool bFileExists(std::wstring_view svPath);
@@ -97,6 +106,7 @@ class CDiskFile final : public IXStream {
 
   private:
     CUniqueFd m_clFd;
+    bool m_bNew = false;
     std::int64_t m_i64Position = 0;
 };
 

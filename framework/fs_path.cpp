@@ -61,7 +61,10 @@ void CFSPath::CopyTo(CPathBuffer& rszOut) const noexcept {
 
 STPathParts CFSPath::stSplit(std::wstring_view svPath) noexcept {
     STPathParts st;
-    const std::size_t nName = svPath.find_last_of(L"/\\") + 1;
+    std::size_t nName = svPath.size();
+    while (nName > 0 && svPath[nName - 1] != L'/' && svPath[nName - 1] != L'\\') {
+        --nName;
+    }
     st.svDirectory = svPath.substr(0, nName);
     st.svFileName = svPath.substr(nName);
     const std::size_t nDot = st.svFileName.rfind(L'.');

@@ -21,16 +21,16 @@ constexpr const wchar_t* PSZ_KEY_ACTIVE = L"ACTIVE";
 
 }  // namespace
 
-void WriteDBRootPath(const wchar_t* pszConfPath, const wchar_t* pszValue) {
-    WritePrivateProfileString(PSZ_SECTION_INIT, L"DBRootPath", pszValue, pszConfPath);
+bool WriteDBRootPath(const wchar_t* pszConfPath, const wchar_t* pszValue) {
+    return WritePrivateProfileString(PSZ_SECTION_INIT, L"DBRootPath", pszValue, pszConfPath);
 }
 
-void WriteServerPort(const wchar_t* pszConfPath, const wchar_t* pszValue) {
-    WritePrivateProfileString(PSZ_SECTION_INIT, PSZ_KEY_PORT, pszValue, pszConfPath);
+bool WriteServerPort(const wchar_t* pszConfPath, const wchar_t* pszValue) {
+    return WritePrivateProfileString(PSZ_SECTION_INIT, PSZ_KEY_PORT, pszValue, pszConfPath);
 }
 
-void WriteServerName(const wchar_t* pszConfPath, const wchar_t* pszValue) {
-    WritePrivateProfileString(PSZ_SECTION_INIT, L"Name", pszValue, pszConfPath);
+bool WriteServerName(const wchar_t* pszConfPath, const wchar_t* pszValue) {
+    return WritePrivateProfileString(PSZ_SECTION_INIT, L"Name", pszValue, pszConfPath);
 }
 
 void WriteTelemetryOn(const wchar_t* pszConfPath, int nOn) {

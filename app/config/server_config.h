@@ -13,8 +13,8 @@ class CService;
 /// An instance's configuration file "ZDConf.ini": where it lies, and the few keys the installer touches.
 ///
 /// The file belongs to the instance's server; the installer writes section "INIT" when it installs and
-/// "ACTIVE" of section "TELEMETRY" with the operator's choice. No call here reports a failure: a key that
-/// cannot be written is missing, and the server falls back to its default.
+/// "ACTIVE" of section "TELEMETRY" with the operator's choice. A key that cannot be written (false, with the
+/// reason in errno) is missing, and the server falls back to its default.
 /// Called by the install engine, the upgrade and the dialogs. Paths: at most 260 characters.
 
 inline constexpr const wchar_t* PSZ_SECTION_INIT = L"INIT";
@@ -45,10 +45,10 @@ enum class ETelemetryState : int {
     On = 1,
 };
 
-void WriteDBRootPath(const wchar_t* pszConfPath, const wchar_t* pszValue);
+bool WriteDBRootPath(const wchar_t* pszConfPath, const wchar_t* pszValue);
 /// The port as the decimal digits that were entered.
-void WriteServerPort(const wchar_t* pszConfPath, const wchar_t* pszValue);
-void WriteServerName(const wchar_t* pszConfPath, const wchar_t* pszValue);
+bool WriteServerPort(const wchar_t* pszConfPath, const wchar_t* pszValue);
+bool WriteServerName(const wchar_t* pszConfPath, const wchar_t* pszValue);
 /// Writes "1" for any non-zero nOn, else "0".
 void WriteTelemetryOn(const wchar_t* pszConfPath, int nOn);
 ETelemetryState eReadTelemetry(const wchar_t* pszConfPath);

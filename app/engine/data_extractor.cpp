@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <string>
+#include <utility>
 
 #include "app/config/server_config.h"
 #include "app/engine/passwords.h"
@@ -124,6 +125,7 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
         eCode = eCheminEntree(pszDir, svName, &clTarget);
         const bool bNameRefused = eCode == ARCHIVE_BAD || (eCode == ARCHIVE_CREATE && errno == ENAMETOOLONG);
         if (eCode == ARCHIVE_OK) {
+            m_stTermine = {unMode, bRootOwner};
             eCode = eExtraitFichier(svName, clTarget.svGet(), 0, nullptr, 0, 0, nullptr);
         }
         // A name that leads out of the directory, or is too long, does not get better by waiting.
@@ -132,24 +134,32 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
         }
         ::usleep(PAUSE_MICROS);
     }
+    const STTermine stTermine = std::exchange(m_stTermine, {});
     if (eCode != ARCHIVE_OK) {
         _ProcessZipError(eCode, svName, clTarget.bEmpty() ? svName : clTarget.svGet());
         return false;
     }
-    const auto bTell = [&](const wchar_t* pszOperation) {
-        const int nError = errno;
-        m_rclTrace.Outcome(pszOperation + clTarget.csGet(), nFailure(nError));
-        errno = nError;
+    if (stTermine.pszFailed != nullptr) {
+        m_rclTrace.Outcome(stTermine.pszFailed + clTarget.csGet(), nFailure(stTermine.nError));
+        errno = stTermine.nError;
         _ShowError(nullptr);
         return false;
-    };
-    if (bRootOwner && !CDiskFile::bSetFileOwnerUnix(clTarget.svGet(), 0, 0)) {
-        return bTell(L"set the owner of ");
-    }
-    if (CDiskFile::Unix_chmod(clTarget.svGet(), unMode) == -1) {
-        return bTell(L"set the mode of ");
     }
     m_rclTrace.Step(L"install " + clTarget.csGet(), L"ok");
+    return true;
+}
+
+bool CDataExtractor::_bTermine(CDiskFile& rclFile, mode_t unPermission) {
+    if (m_stTermine.unMode == 0) {
+        return CTVWinZip::_bTermine(rclFile, unPermission);
+    }
+    // The owner first: a new owner takes the set-user-id bit away.
+    if (m_stTermine.bRootOwner && !rclFile.bSetOwner(0, 0)) {
+        m_stTermine.pszFailed = L"set the owner of ";
+    } else if (!rclFile.bSetPermission(m_stTermine.unMode)) {
+        m_stTermine.pszFailed = L"set the mode of ";
+    }
+    m_stTermine.nError = errno;
     return true;
 }
 

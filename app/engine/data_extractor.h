@@ -84,6 +84,8 @@ class CDataExtractor : public CTVWinZip {
     void _ShowErrorLog(const wchar_t* pszDir);
     /// Shows the archive result nCode (an eARCHIVE, or 1001: could not be installed) for an entry.
     void _ProcessZipError(int nCode, std::wstring_view svName, std::wstring_view svPath);
+    /// Gives what is being installed its owner and mode, and keeps what failed. Always true then.
+    bool _bTermine(CDiskFile& rclFile, mode_t unPermission) override;
 
   private:
     bool __bCreateDirectory(std::wstring_view svDir);
@@ -97,6 +99,15 @@ class CDataExtractor : public CTVWinZip {
     /// Appends a password, enciphered for the account.
     static void __AddCryptPassword(const STInstallParam& rstParam, std::string* pcsCommand);
 
+    /// What the entry that is being installed is to be given, and what became of that.
+    struct STTermine {
+        mode_t unMode = 0;  ///< 0: what the entry says, for one that is not being installed.
+        bool bRootOwner = false;
+        const wchar_t* pszFailed = nullptr;  ///< What could not be set; null as long as nothing failed.
+        int nError = 0;
+    };
+
+    STTermine m_stTermine;
     CFSPath m_clArchivePath;
     CTrace& m_rclTrace;
 };

@@ -9,7 +9,6 @@
 #include "app/engine/traced_command.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
-#include "framework/errno_kept.h"
 #include "framework/profile.h"
 #include "framework/profile_line.h"
 #include "framework/x_error.h"
@@ -42,27 +41,32 @@ bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclErr
 
 bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
                             const CTString& csName, CTrace& rclTrace) {
-    const std::array tabKey{L"DBRootPath", PSZ_KEY_PORT, L"Name"};
-    const std::array tabValue{CTString(pszDbRoot), csPort, csName};
-    std::array<CTString, 3> tabBefore;
+    struct STKey {
+        const wchar_t* pszKey;
+        bool (*pfnWrite)(const wchar_t* pszConfPath, const wchar_t* pszValue);
+        const wchar_t* pszValue;
+    };
+    const std::array tabKey{STKey{L"DBRootPath", WriteDBRootPath, pszDbRoot},
+                            STKey{PSZ_KEY_PORT, WriteServerPort, csPort.pszGet()},
+                            STKey{L"Name", WriteServerName, csName.pszGet()}};
+    std::array<bool, tabKey.size()> tabWrote{};
+    int nError = 0;
     for (std::size_t n = 0; n < tabKey.size(); ++n) {
-        tabBefore[n] = csHeld(pszConfPath, tabKey[n]);
+        tabWrote[n] = tabKey[n].pfnWrite(pszConfPath, tabKey[n].pszValue);
+        nError = tabWrote[n] ? nError : errno;
     }
-    errno = 0;
-    WriteDBRootPath(pszConfPath, pszDbRoot);
-    WriteServerPort(pszConfPath, csPort.pszGet());
-    WriteServerName(pszConfPath, csName.pszGet());
-    const CErrnoKept clKept;
+    // A change is made whole or not at all: a key that could not be written and tells something else tells
+    // what it did before.
     bool bWritten = true;
     bool bOfAnother = false;
     for (std::size_t n = 0; n < tabKey.size(); ++n) {
-        const CTString csNow = csHeld(pszConfPath, tabKey[n]);
-        const bool bHolds = csNow == csValeurRelue(tabValue[n]).svGet().substr(0, MAX_HELD);
+        const CTString csNow = csHeld(pszConfPath, tabKey[n].pszKey);
+        const bool bHolds = csNow == csValeurRelue(tabKey[n].pszValue).svGet().substr(0, MAX_HELD);
         bWritten = bWritten && bHolds;
-        bOfAnother =
-            bOfAnother || (clKept.nGet() != 0 && !bHolds && !csNow.bEmpty() && csNow == tabBefore[n]);
+        bOfAnother = bOfAnother || (!tabWrote[n] && !bHolds && !csNow.bEmpty());
     }
-    rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten ? 0 : nFailure(clKept.nGet()));
+    rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten ? 0 : nFailure(nError));
+    errno = nError;
     return !bOfAnother;
 }
 

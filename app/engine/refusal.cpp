@@ -10,6 +10,7 @@
 #include "app/config/server_config.h"
 #include "app/engine/install_steps.h"
 #include "app/engine/run_view.h"
+#include "app/engine/server_services.h"
 #include "app/engine/trace.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
@@ -121,6 +122,12 @@ CRefusal clRefuseRemoval(CService& rclService) {
 }
 
 CRefusal clRefuseUpgrade(CService& rclService) {
+    CServiceManager clManager;
+    const CXPtr_deleteRCV<CService> pclKalmoManager = pclGetKalmoManager(clManager);
+    return clRefuseUpgrade(rclService, pclKalmoManager.get());
+}
+
+CRefusal clRefuseUpgrade(CService& rclService, CService* pclKalmoManager) {
     if (csGetProgramWithoutArg(&rclService).bEmpty()) {
         return STRefusal{L"the service tells no program",
                          csFormatText(TEXTE_SANS_PROGRAMME, csGetDisplayName(rclService))};
@@ -133,8 +140,6 @@ CRefusal clRefuseUpgrade(CService& rclService) {
         return STRefusal{L"its directory " + csDirectory + L" is gone",
                          csFormatText(TEXTE_REPERTOIRE_PERDU, csGetDisplayName(rclService), csDirectory)};
     }
-    CServiceManager clManager;
-    const CXPtr_deleteRCV<CService> pclKalmoManager = clManager.pclGetService(PSZ_MANAGER_SERVICE, 0);
     return pclKalmoManager != nullptr && bHiddenIn(*pclKalmoManager, csDirectory)
                ? stForeign(*pclKalmoManager)
                : CRefusal();

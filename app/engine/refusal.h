@@ -33,6 +33,8 @@ CRefusal clRefuseRemoval(CService& rclService);
 /// Against upgrading an instance: it tells no program, one that is not ours, or its directory is gone; or the
 /// shared manager may run from the directory in a way that hides it.
 CRefusal clRefuseUpgrade(CService& rclService);
+/// The same for whoever has looked the shared manager up; null when it is not installed.
+CRefusal clRefuseUpgrade(CService& rclService, CService* pclKalmoManager);
 
 /// Against installing into a directory, which ends in "/": a service there could not be found again, as the
 /// rules by which commands are read would cut its path; a service may run from it in a way that hides it; or

@@ -12,10 +12,6 @@
 namespace kalmo {
 namespace {
 
-CXPtr_deleteRCV<CService> pclGetKalmoManager(CServiceManager& rclManager) {
-    return rclManager.pclGetService(PSZ_MANAGER_SERVICE, 0);
-}
-
 bool bProgramIn(CService& rclService, std::wstring_view svDir) {
     return CDiskFile::bSameDirectoryName(csGetProgramDirectory(&rclService), svDir);
 }
@@ -35,6 +31,10 @@ const wchar_t* pszInitSystem() {
 }
 
 }  // namespace
+
+CXPtr_deleteRCV<CService> pclGetKalmoManager(CServiceManager& rclManager) {
+    return rclManager.pclGetService(PSZ_MANAGER_SERVICE, 0);
+}
 
 void InitServices(CServiceManager& rclManager, CTrace& rclTrace) {
     rclManager.bInit(nullptr, 0);
@@ -72,6 +72,15 @@ CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, 
     return pclService;
 }
 
+CService* pclGetKalmoManagerInPath(CServiceList& rtabServer, const wchar_t* pszDir) {
+    for (const CXPtr_deleteRCV<CService>& pclService : rtabServer) {
+        if (bIsManager(*pclService) && bProgramIn(*pclService, pszDir)) {
+            return pclService.get();
+        }
+    }
+    return nullptr;
+}
+
 bool bRunning(CService& rclService, CTrace& rclTrace) {
     int nError = 0;
     const eSERVICESTATUS eStatus = rclService.eGetStatus(&nError);
@@ -81,11 +90,12 @@ bool bRunning(CService& rclService, CTrace& rclTrace) {
     return eStatus == eServiceRunning;
 }
 
-void StopService(CService& rclService, CTrace& rclTrace) {
+bool bStopService(CService& rclService, CTrace& rclTrace) {
     errno = 0;
     const int nError = nOutcome(rclService.bStop());
     rclTrace.Outcome(L"stop " + CTString(rclService.pszGetName()), nError);
     rclTrace.rclGetView().Repaint();
+    return nError == 0;
 }
 
 void StartService(CService& rclService, CTrace& rclTrace) {
@@ -96,10 +106,14 @@ void StartService(CService& rclService, CTrace& rclTrace) {
 }
 
 CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)
+    : CUpgradeServices(rclInstance, pclGetKalmoManager(*rclInstance.pclGetManager()), rclTrace) {}
+
+CUpgradeServices::CUpgradeServices(CService& rclInstance, CXPtr_deleteRCV<CService> pclKalmoManager,
+                                   CTrace& rclTrace)
     : m_rclInstance(rclInstance),
       m_rclTrace(rclTrace),
       m_csDirectory(csGetProgramDirectory(&rclInstance)),
-      m_pclKalmoManager(pclGetKalmoManager(*rclInstance.pclGetManager())) {
+      m_pclKalmoManager(std::move(pclKalmoManager)) {
     m_bManagerHere = m_pclKalmoManager != nullptr && bRunning(*m_pclKalmoManager, m_rclTrace) &&
                      bProgramIn(*m_pclKalmoManager, m_csDirectory);
 }
@@ -107,11 +121,11 @@ CUpgradeServices::CUpgradeServices(CService& rclInstance, CTrace& rclTrace)
 void CUpgradeServices::StopAll() {
     if (m_bManagerHere) {
         m_tabStopped.push_back(m_pclKalmoManager.get());
-        StopService(*m_pclKalmoManager, m_rclTrace);
+        m_bManagerStopped = bStopService(*m_pclKalmoManager, m_rclTrace);
     }
     if (bInstanceRunning()) {
         m_tabStopped.push_back(&m_rclInstance);
-        StopService(m_rclInstance, m_rclTrace);
+        bStopService(m_rclInstance, m_rclTrace);
     }
 }
 
@@ -126,7 +140,7 @@ CTString CUpgradeServices::csStoppedNow() {
 }
 
 void CUpgradeServices::StartAll() {
-    if (m_pclKalmoManager != nullptr && !bRunning(*m_pclKalmoManager, m_rclTrace)) {
+    if (m_pclKalmoManager != nullptr && (m_bManagerStopped || !bRunning(*m_pclKalmoManager, m_rclTrace))) {
         StartService(*m_pclKalmoManager, m_rclTrace);
     }
     StartService(m_rclInstance, m_rclTrace);

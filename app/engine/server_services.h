@@ -23,14 +23,18 @@ void ListServer(CServiceManager& rclManager, CServiceList& rtabServer);
 /// is none. It stays the list's.
 CService* pclCheckPathConflict(CServiceList& rtabServer, const wchar_t* pszDir);
 
-/// The shared manager's service when its program lies in that directory, else null.
+/// The shared manager's service; null when it is not installed.
+CXPtr_deleteRCV<CService> pclGetKalmoManager(CServiceManager& rclManager);
+/// The shared manager's service when its program lies in that directory, else null. The second asks nobody
+/// and looks in a list, whose the service stays.
 CXPtr_deleteRCV<CService> pclGetKalmoManagerInPath(CServiceManager* pclManager, const wchar_t* pszDir);
+CService* pclGetKalmoManagerInPath(CServiceList& rtabServer, const wchar_t* pszDir);
 
 /// Whether a service runs. One that cannot be asked counts as not running, and the trace tells.
 bool bRunning(CService& rclService, CTrace& rclTrace);
 /// Stop and start a service and trace it. What comes of it decides nothing: the run goes on. A script may
-/// have written on the screen, which is shown again.
-void StopService(CService& rclService, CTrace& rclTrace);
+/// have written on the screen, which is shown again. The result of stopping tells whether it was.
+bool bStopService(CService& rclService, CTrace& rclTrace);
 void StartService(CService& rclService, CTrace& rclTrace);
 
 /// The services that an upgrade of one instance stops before and starts after it has replaced the files.
@@ -42,6 +46,8 @@ class CUpgradeServices {
   public:
     /// Looks the manager up. The instance is borrowed, and so is the trace.
     CUpgradeServices(CService& rclInstance, CTrace& rclTrace);
+    /// Takes the manager that was looked up; null when it is not installed.
+    CUpgradeServices(CService& rclInstance, CXPtr_deleteRCV<CService> pclKalmoManager, CTrace& rclTrace);
 
     /// True when the manager ran from the instance's directory when this object was made.
     [[nodiscard]] bool bManagerHere() const noexcept { return m_bManagerHere; }
@@ -61,6 +67,7 @@ class CUpgradeServices {
     CTString m_csDirectory;
     CXPtr_deleteRCV<CService> m_pclKalmoManager;  ///< Null when it is not installed.
     bool m_bManagerHere = false;
+    bool m_bManagerStopped = false;  ///< By us: nobody has to be asked whether it runs.
     std::vector<CService*> m_tabStopped;
 };
 

@@ -158,7 +158,7 @@ void ExecuteInstallServer(CDataExtractor* pclExtractor, const wchar_t* pszDir, C
     CTrace& rclTrace = pclExtractor->rclGetTrace();
     const CXPtr_deleteRCV<CService> pclManagerHere = pclGetKalmoManagerInPath(pclManager, pszDir);
     if (pclManagerHere != nullptr) {
-        StopService(*pclManagerHere, rclTrace);
+        bStopService(*pclManagerHere, rclTrace);
     }
     const bool bInstalled = pclExtractor->bInstall(pszDir, PSZ_DB_ROOT, rstParam, &clProgress);
     rclTrace.Step(L"install", bInstalled ? L"ok" : L"failed");

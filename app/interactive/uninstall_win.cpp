@@ -122,7 +122,7 @@ void CUnInstallWin::MainLoop() {
 }
 
 bool CUnInstallWin::_bStopService() {
-    StopService(*m_pclService, m_rclTrace);
+    bStopService(*m_pclService, m_rclTrace);
     __ShowProgress(&m_stStop);
     return true;
 }

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "app/config/server_config.h"
 #include "app/engine/data_extractor.h"
@@ -117,11 +118,10 @@ bool CPilot::__bNamePossible() {
     return !clRefusal || bTellRefusal(L"Serveur", *clRefusal, m_clTrace);
 }
 
-bool CPilot::__bPlaceFree() {
-    CServiceList tabServer;
-    ListServer(m_clServiceManager, tabServer);
+bool CPilot::__bPlaceFree(CServiceList& rtabServer) {
+    ListServer(m_clServiceManager, rtabServer);
     const CFSPath& rclDir = m_stOrders.clInstallDir;
-    if (const CService* const pclOther = pclCheckPathConflict(tabServer, rclDir.pszGet());
+    if (const CService* const pclOther = pclCheckPathConflict(rtabServer, rclDir.pszGet());
         pclOther != nullptr) {
         return __bFail(L"Repertoire", csQuoted(rclDir.csGet()) + L" is the directory of the instance " +
                                           CTString(pclOther->pszGetName()));
@@ -129,7 +129,7 @@ bool CPilot::__bPlaceFree() {
     if (const CTString csService = __csServiceName(m_stOrders.csServer); bUnitMasked(csService)) {
         return __bFail(L"Serveur", L"the unit of " + csService + L" is masked");
     }
-    const CRefusal clRefusal = clRefuseDirectory(rclDir, tabServer);
+    const CRefusal clRefusal = clRefuseDirectory(rclDir, rtabServer);
     return !clRefusal || bTellRefusal(L"Repertoire", *clRefusal, m_clTrace);
 }
 
@@ -144,7 +144,8 @@ bool CPilot::__bInstall() {
         return __bFail(L"Repertoire", L"too long");
     }
     CDataExtractor clExtractor(m_clTrace);
-    if (!__bNamePossible() || !__bPlaceFree() || !__bForgetSuccess(rclInstallDir.csGet()) ||
+    CServiceList tabServer;
+    if (!__bNamePossible() || !__bPlaceFree(tabServer) || !__bForgetSuccess(rclInstallDir.csGet()) ||
         !clExtractor.bInit()) {
         return false;
     }
@@ -156,10 +157,9 @@ bool CPilot::__bInstall() {
         }
     }
     // Here already when the instance shares its directory, or when an earlier run did not end.
-    const CXPtr_deleteRCV<CService> pclManagerHere =
-        pclGetKalmoManagerInPath(&m_clServiceManager, rclInstallDir.pszGet());
+    CService* const pclManagerHere = pclGetKalmoManagerInPath(tabServer, rclInstallDir.pszGet());
     if (pclManagerHere != nullptr) {
-        StopService(*pclManagerHere, m_clTrace);
+        bStopService(*pclManagerHere, m_clTrace);
     }
     const bool bInstalled = __bInstallInto(clExtractor, clDatabaseDir);
     if (pclManagerHere != nullptr && !bRunning(*pclManagerHere, m_clTrace)) {
@@ -192,10 +192,11 @@ bool CPilot::__bUpgrade() {
 }
 
 bool CPilot::__bUpgrade(CService& rclService) {
-    if (const CRefusal clRefusal = clRefuseUpgrade(rclService)) {
+    CXPtr_deleteRCV<CService> pclKalmoManager = pclGetKalmoManager(m_clServiceManager);
+    if (const CRefusal clRefusal = clRefuseUpgrade(rclService, pclKalmoManager.get())) {
         return bTellRefusal(L"upgrade " + m_stOrders.csServer, *clRefusal, m_clTrace);
     }
-    CUpgradeServices clServices(rclService, m_clTrace);
+    CUpgradeServices clServices(rclService, std::move(pclKalmoManager), m_clTrace);
     const CTString& csDirectory = clServices.csGetDirectory();
     CDataExtractor clExtractor(m_clTrace);
     if (!__bForgetSuccess(csDirectory) || !clExtractor.bInit()) {

@@ -41,7 +41,8 @@ class CPilot {
     /// Whether a service can have the instance's name. What speaks against it has been told.
     bool __bNamePossible();
     /// Whether name and directory are free for a new instance. What speaks against it has been told.
-    bool __bPlaceFree();
+    /// Lists the services to find out.
+    bool __bPlaceFree(CServiceList& rtabServer);
     /// Files, configuration and the server's own programs of a new instance.
     bool __bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclDatabaseDir);
     bool __bUpgrade();

@@ -121,7 +121,7 @@ TEST(Repertoire, ComesBackAsItWasWritten) {
     EXPECT_EQ(csBack(), csNames(clWritten));
     const CRepEntree& rcl = *clRead.pclGetEntree(2222);
     EXPECT_EQ(rcl.u64GetTailleCompresse(), 0x80000000U + 1111);
-    EXPECT_EQ(rcl.rstGetTimes().stCreation.nAnnee * 100 + rcl.rstGetTimes().stAcces.nMinute, 200163);
+    EXPECT_EQ(rcl.stGetTimes().stCreation.nAnnee * 100 + rcl.stGetTimes().stAcces.nMinute, 200163);
     EXPECT_EQ(rcl.dwGetAttribut(), 7U);
     EXPECT_TRUE(rcl.bCrypte() && rcl.bMdpOK(L"")) << "the password is not written";
     // Cut anywhere, or claiming what is not there, it is no directory at all; nor with a name beyond 65536

@@ -125,7 +125,7 @@ class CProbe {
     // So much for any archive, and for each of its own bytes: names of the directory are kept in wide
     // characters and more than once.
     void __CheckMemory(std::uint64_t u64Data) const {
-        Wrong(static_cast<std::uint64_t>(g_nPeak - m_nBefore) > (1U << 20) + 16 * m_u64Length + u64Data,
+        Wrong(static_cast<std::uint64_t>(g_nPeak - m_nBefore) > (1U << 20) / 2 + 12 * m_u64Length + u64Data,
               "takes " + std::to_string(g_nPeak - m_nBefore) + " bytes of memory");
     }
 

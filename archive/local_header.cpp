@@ -10,7 +10,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t TAILLE_FIXE = 30;
+constexpr std::size_t TAILLE_FIXE_LOCALE = 30;
 constexpr std::uint32_t SIGNATURE_LOCAL = 0x04034B50;
 
 }  // namespace
@@ -19,7 +19,7 @@ STZipFault stReadLocalHeader(IXStream& rclStream, CRecordBuffer& rclBuffer, std:
                              STLocalHeader* pstHeader) try {
     const CMemoryScope clScope;
     // One read for the fixed part and the name: an archive has many entries.
-    if (!rclBuffer.bFill(rclStream, u64Position, TAILLE_FIXE + TAILLE_MAX_NOM_ENTREE)) {
+    if (!rclBuffer.bFill(rclStream, u64Position, TAILLE_FIXE_LOCALE + TAILLE_MAX_NOM_ENTREE)) {
         return {ARCHIVE_BAD, "local header: cannot be read", u64Position};
     }
     CLeCursor cl = rclBuffer.clCursor();
@@ -40,7 +40,7 @@ STZipFault stReadLocalHeader(IXStream& rclStream, CRecordBuffer& rclBuffer, std:
     if (!cl.bOk()) {
         return {ARCHIVE_BAD, "local header: cut short", u64Position};
     }
-    const std::uint64_t u64Extra = u64Position + TAILLE_FIXE + pstHeader->wNameLength;
+    const std::uint64_t u64Extra = u64Position + TAILLE_FIXE_LOCALE + pstHeader->wNameLength;
     pstHeader->u64DataPosition = u64Extra + pstHeader->wExtraLength;
 
     if (pstHeader->wVersionNeeded == VERSION_ZIP64 &&

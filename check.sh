@@ -73,7 +73,7 @@ folders_of() { # FILE
 # quick: what has changed since the last commit on main.
 quick() {
     local base changed folders folder
-    base=$(git merge-base HEAD main 2>/dev/null || echo HEAD)
+    base=$(git merge-base HEAD main 2>/dev/null || git merge-base HEAD origin/main 2>/dev/null || echo HEAD)
     changed=$({ git diff --name-only --diff-filter=d "$base"; git ls-files --others --exclude-standard; } | sort -u)
     sources() { grep -E '\.(h|cpp)$' <<<"$changed"; }
     files() { grep -v '^fuzz/corpus' <<<"$changed"; }

@@ -78,7 +78,7 @@ quick() {
     sources() { grep -E '\.(h|cpp)$' <<<"$changed"; }
     files() { grep -v '^fuzz/corpus' <<<"$changed"; }
     folders=$(while read -r file; do folders_of "$file"; done <<<"$changed" | tr ' ' '\n' | sort -u)
-    [[ $folders != *all* ]] || folders=$'tests\nsamples/gallery\nfuzz'
+    ! grep -qx all <<<"$folders" || folders=$'tests\nsamples/gallery\nfuzz'
     ! sources >/dev/null || step format format
     step shell shells
     step build-dev build dev

@@ -1,3 +1,10 @@
+# kalmo_unity(TARGET): a program or library whose sources a release compiles as one. What a source holds for itself, in a
+# namespace without a name say, must have a name that no other source of its folder uses.
+function(kalmo_unity target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${KALMO_UNITY} UNITY_BUILD_BATCH_SIZE 0
+    UNITY_BUILD_CODE_BEFORE_INCLUDE "// NOLINTNEXTLINE(bugprone-suspicious-include)")
+endfunction()
+
 # kalmo_library(NAME SOURCES... [LINK libraries...] [BESIDE]): the folder it is called in as a static library of that
 # name. What it links is the one place where it is written down whose headers the folder may include: its own, and
 # those of what it links, directly or through others; kalmo_check_includes sees to it. BESIDE is another library of a
@@ -6,6 +13,7 @@ function(kalmo_library name)
   cmake_parse_arguments(arg "BESIDE" "" "LINK" ${ARGN})
   add_library(${name} STATIC ${arg_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PUBLIC kalmo_flags ${arg_LINK})
+  kalmo_unity(${name})
   if(NOT arg_BESIDE)
     file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
     set_property(GLOBAL APPEND PROPERTY KALMO_LAYERS "${name}")

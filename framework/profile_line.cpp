@@ -24,7 +24,7 @@ std::wstring_view svBeforeNull(std::wstring_view sv) {
     return sv.substr(0, sv.find(L'\0'));
 }
 
-constexpr std::size_t TAILLE_ENTIER = 20;  // of a value 19 characters count, and its null
+constexpr std::size_t TAILLE_NOMBRE = 20;  // of a value 19 characters count, and its null
 
 }  // namespace
 
@@ -80,7 +80,7 @@ std::optional<std::wstring_view> svValueOf(std::wstring_view svLine, std::wstrin
 }
 
 int nEntierDeValeur(std::wstring_view svValue) {
-    const std::wstring cs(svValue.substr(0, TAILLE_ENTIER - 1));
+    const std::wstring cs(svValue.substr(0, TAILLE_NOMBRE - 1));
     return static_cast<int>(std::clamp<long>(std::wcstol(cs.c_str(), nullptr, 10), INT_MIN, INT_MAX));
 }
 

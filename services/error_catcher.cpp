@@ -14,12 +14,12 @@ namespace kalmo {
 namespace {
 
 constexpr int PIPE_ROOM = 1 << 20;
-constexpr int FIRST_OTHER = STDERR_FILENO + 1;
+constexpr int FIRST_TO_KEEP = STDERR_FILENO + 1;
 
 // Moves a descriptor above the standard ones, which may be closed and given out anew.
 CUniqueFd clAbove(int nFd) noexcept {
     const CUniqueFd clFd(nFd);
-    return CUniqueFd(::fcntl(nFd, F_DUPFD_CLOEXEC, FIRST_OTHER));
+    return CUniqueFd(::fcntl(nFd, F_DUPFD_CLOEXEC, FIRST_TO_KEEP));
 }
 
 // Writes what the descriptor takes, as a command would have done itself; its reader may be gone.
@@ -53,7 +53,7 @@ CErrorCatcher::CErrorCatcher() noexcept {
     static_cast<void>(std::snprintf(szOwn.data(), szOwn.size(), "/proc/self/fd/%d", clWrite.nGet()));
     const CUniqueFd clBoth = clAbove(::open(szOwn.data(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
     m_nFlags = ::fcntl(STDERR_FILENO, F_GETFD);
-    m_clBefore.Reset(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, FIRST_OTHER));
+    m_clBefore.Reset(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, FIRST_TO_KEEP));
     const bool bKept = m_clBefore.bValid() || m_nFlags == -1;
     if (clRead.bValid() && clBoth.bValid() && bKept && ::dup2(clBoth.nGet(), STDERR_FILENO) >= 0) {
         m_clRead = std::move(clRead);

@@ -45,7 +45,7 @@ processes_left() {
 # check_gone DESCRIPTION TOOL_PID: soon after the tool's end no process and no control group of it is left.
 check_gone() {
     local tries left
-    for ((tries = 0; tries < 100; ++tries)); do
+    for ((tries = 0; tries < 600; ++tries)); do
         left=$(find /sys/fs/cgroup -maxdepth 3 -name "kalmo-machine.$2" 2>/dev/null; pgrep -f "__(keep|inside) $2 ")
         [[ -n $left ]] || break
         sleep 0.05
@@ -118,10 +118,10 @@ test_terminal() {
     terminal=$(script --quiet --return --command "stty rows 33 cols 99; $machine systemd -- stty size" /dev/null </dev/null)
     check "the caller's terminal" $'33 99\r' "$terminal"
     # A program that handles Ctrl-C is left alone, one that does not ends the machine.
-    check "Ctrl-C is the command's" $'caught\r\nstatus 3' "$(press_ctrl_c "$machine sysv --timeout 20 -- \
+    check "Ctrl-C is the command's" $'caught\r\nstatus 3' "$(press_ctrl_c "$machine sysv --timeout 60 -- \
         sh -c 'trap \"echo caught; exit 3\" INT; echo ready; while :; do sleep 0.05; done'")"
     check "Ctrl-C ends a plain command" 'status 130' \
-        "$(press_ctrl_c "$machine systemd --timeout 20 -- sh -c 'echo ready; exec sleep 1000'")"
+        "$(press_ctrl_c "$machine systemd --timeout 60 -- sh -c 'echo ready; exec sleep 1000'")"
 }
 
 # end_by SIGNAL SECONDS COMMAND [ARGUMENT...]: after so many seconds the signal ends the tool and all it has begun.
@@ -168,7 +168,7 @@ test_tree
 test_terminal
 test_ends
 test_private_root
-sleep 0.3
+for _ in {1..300}; do [[ -n $(processes_left) ]] || break; sleep 0.1; done
 check "no process is left" '' "$(processes_left)"
 check "nothing outside has changed" "$before" "$(outside)"
 

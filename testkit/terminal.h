@@ -37,7 +37,7 @@ class CTerminal {
         /// COLUMNS do not get through.
         std::vector<std::string> tabEnvironment = {};
         /// Longest wait of any operation.
-        std::chrono::milliseconds stPatience = std::chrono::seconds(20);
+        std::chrono::milliseconds stPatience = std::chrono::seconds(120);
     };
 
     /// Starts a program, found along PATH. One that cannot be started ends with status 127.

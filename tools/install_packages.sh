@@ -45,7 +45,10 @@ CHECKERS=(
     lintian                    # reads the .deb
     git                        # lists the files that the checks look at
 )
-SOAK=( debootstrap )           # makes the file trees of other releases
+SOAK=(
+    debootstrap                # makes the file trees of other releases
+    stress-ng                  # keeps the processors busy beside the check
+)
 MEASURE=(
     time                       # GNU time, for the peak memory of a run
     gnuplot-nox                # draws the figure of docs/performance.md

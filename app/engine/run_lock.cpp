@@ -16,7 +16,7 @@ namespace {
 constexpr const char* TAB_LOCK[] = {"/run/kalmoinstall.lock", "/var/run/kalmoinstall.lock"};
 constexpr const wchar_t* PSZ_STEP = L"have the machine alone";
 constexpr std::chrono::minutes LONGEST_WAIT{10};
-constexpr useconds_t PAUSE_MICROS = 200'000;
+constexpr useconds_t LOOK_AGAIN_MICROS = 200'000;
 
 }  // namespace
 
@@ -48,7 +48,7 @@ bool CRunLock::bWait(CTrace& rclTrace) {
             rclTrace.Step(PSZ_STEP, L"another installer works on it; waiting");
             bTold = true;
         }
-        ::usleep(PAUSE_MICROS);
+        ::usleep(LOOK_AGAIN_MICROS);
     }
     return true;
 }

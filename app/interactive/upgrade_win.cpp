@@ -15,9 +15,9 @@
 namespace kalmo {
 namespace {
 
-constexpr int BUTTON_WIDTH = 12;
+constexpr int YES_BUTTON_WIDTH = 12;
 constexpr int TEXT_COLUMN = 2;
-constexpr int STEPS_BESIDE_FILES = 2;
+constexpr int STEPS_BESIDE_ENTRIES = 2;
 
 }  // namespace
 
@@ -31,9 +31,9 @@ void ShowFileDone(CJauge& rclJauge, CWindow& rclWindow) {
 CUpgradeWin::CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclService,
                          CDataExtractor* pclExtractor, int nTelemetryOn)
     : CWindow(nX, nY, nWidth, nHeight),
-      m_clStart(this, csLoadText(TEXTE_OUI).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 0),
-      m_clCancel(this, csLoadText(TEXTE_NON).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 1),
-      m_clJauge(this, 2, nHeight - 10, nWidth - 5, 3, 0, pclExtractor->dwGetNbFile() + STEPS_BESIDE_FILES,
+      m_clStart(this, csLoadText(TEXTE_OUI).pszGet(), {nWidth, nHeight, 2, YES_BUTTON_WIDTH}, 0),
+      m_clCancel(this, csLoadText(TEXTE_NON).pszGet(), {nWidth, nHeight, 2, YES_BUTTON_WIDTH}, 1),
+      m_clJauge(this, 2, nHeight - 10, nWidth - 5, 3, 0, pclExtractor->dwGetNbFile() + STEPS_BESIDE_ENTRIES,
                 csLoadText(TEXTE_MAJ_JAUGE).pszGet()),
       m_pclExtractor(pclExtractor),
       m_pclService(pclService),

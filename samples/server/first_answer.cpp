@@ -26,7 +26,7 @@ constexpr int STEP = 50;  // milliseconds
 // for a dead one, and systemd starts again what has failed: only one that stays so has ended.
 constexpr int STEPS_A_QUESTION = 6;
 constexpr std::chrono::seconds SURELY_ENDED(10);
-constexpr std::size_t MAX_LINE = 255;
+constexpr std::size_t MAX_ANSWER = 255;
 
 // The first line of whoever listens on a port. Nobody is waited for longer than a step.
 class CFirstLine {
@@ -47,7 +47,7 @@ class CFirstLine {
         if (::poll(&st, 1, STEP) <= 0) {
             return false;
         }
-        std::array<char, MAX_LINE> tabPiece{};
+        std::array<char, MAX_ANSWER> tabPiece{};
         const ssize_t n = ::recv(m_clSocket.nGet(), tabPiece.data(), tabPiece.size(), MSG_DONTWAIT);
         if (n <= 0) {
             Forget();
@@ -55,11 +55,11 @@ class CFirstLine {
             return false;
         }
         m_csText.append(tabPiece.data(), static_cast<std::size_t>(n));
-        return m_csText.find('\n') != m_csText.npos || m_csText.size() >= MAX_LINE;
+        return m_csText.find('\n') != m_csText.npos || m_csText.size() >= MAX_ANSWER;
     }
 
     [[nodiscard]] std::string_view svLine() const {
-        return std::string_view(m_csText).substr(0, std::min(m_csText.find('\n'), MAX_LINE));
+        return std::string_view(m_csText).substr(0, std::min(m_csText.find('\n'), MAX_ANSWER));
     }
     [[nodiscard]] bool bConnected() const { return m_clSocket.bValid(); }
     // Hangs up; the next step connects again.

@@ -28,7 +28,7 @@ $ fresh; mkdir /usr/local/ZDSQL; cd /usr/local/ZDSQL; echo 254 >kalmo.fail; echo
 run: @install
 $ unregistered KalmoManager && unregistered ZDCS-ZDSQL
 # A server that cannot have its port.
-$ fresh; python3 -m http.server 4900 >/dev/null 2>&1 & echo $! >/tmp/web; sleep 1
+$ fresh; python3 -m http.server 4900 >/dev/null 2>&1 & echo $! >/tmp/web; eventually listens 4900
 run: @asked
     Attention / * / ZDCS-ZDSQL has ended*port 4900 is another program's / OK
 $ kill $(cat /tmp/web); rm /tmp/web
@@ -82,18 +82,20 @@ $ ! ls /tmp | grep kalmoinstall
 
 == ABusyProgramIsWaitedFor
 # Keys that are pressed meanwhile do not close the result.
-$ busy /usr/local/ZDSQL 4
+$ busy /usr/local/ZDSQL
 start: @asked => Enter
 send \r until Installing the server
 send \r\r\r
+$ soon_idle
 end: @installed
-$ fresh; busy /usr/local/ZDSQL 60
+$ fresh; busy /usr/local/ZDSQL
 run: @asked; Attention / /usr/local/ZDSQL/zdlogger: Text file busy / {FICHIER_NON_CREE|zdlogger} / OK
 # The terminal gets another size meanwhile. It has it twice afterwards, which draws everything anew.
-$ fresh; busy /usr/local/ZDSQL 4
+$ fresh; busy /usr/local/ZDSQL
 start 100x30: @asked => Enter
 send \r until Installing the server
 resize 80x24
+$ soon_idle
 walk: @installed => Tab
 keep screen
 settle 80x30
@@ -101,7 +103,7 @@ settle 80x24
 same screen
 end: @installed => Tab Enter
 # Whoever does not want to wait gets a terminal in order back.
-$ fresh; busy /usr/local/ZDSQL 60
+$ fresh; busy /usr/local/ZDSQL
 start: @asked => Enter
 send \r until Installing the server
 send \x03
@@ -157,13 +159,15 @@ hang up 129: @remove
 
 == AHangUpDoesNotEndWorkThatHasBegun
 # A program is waited for meanwhile.
-$ busy /usr/local/ZDSQL 2
+$ busy /usr/local/ZDSQL
 start: @asked => Enter
 send \r until Installing the server
+$ soon_idle
 unplug 0
-$ greeting 4900 && active ZDCS-ZDSQL && active KalmoManager && busy /usr/local/ZDSQL 2
+$ greeting 4900 && active ZDCS-ZDSQL && active KalmoManager && busy /usr/local/ZDSQL
 start next: @licence; @action; @toupgrade; Server: * => Tab*2
 send \r until Progress
+$ soon_idle
 unplug 0
 $ greeting 4900 | grep 26.0.3 && active ZDCS-ZDSQL && active KalmoManager
 # systemd waits for the end of a service that takes its time.
@@ -175,13 +179,13 @@ unplug 0
 $ unregistered ZDCS-ZDSQL && absent /usr/local/ZDSQL/tvzdsrv.so
     rm -r /run/systemd/system/ZDCS-ZDSQL.service.d; systemctl daemon-reload
 # An unattended run has no questions.
-$ busy /srv/zd/first 2; install first 4950 & sleep 1; pkill -HUP -x kalmoinstall; wait; done_first
+$ busy /srv/zd/first; install first 4950 & eventually works; soon_idle; pkill -HUP -x kalmoinstall; wait; done_first
 
 == TwoInstallersDoNotWorkAtOnce
 # One works: the operator is told.
-$ busy /srv/zd/first 4; install first 4950 >/dev/null 2>&1 & sleep 1
+$ busy /srv/zd/first; install first 4950 >/dev/null 2>&1 & eventually works
 run: Attention / {AUTRE_INSTALLATEUR} / OK
-$ eventually idle && done_first
+$ soon_idle; eventually idle && done_first
 # The operator has the machine: the other one waits.
 start: @licence
 $ rm /srv/zd/first/Install.log /tmp/trace2; install first 4950 >/dev/null 2>&1 & eventually grep waiting /tmp/trace2

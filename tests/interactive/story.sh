@@ -6,6 +6,7 @@
 # Takes every server off the machine, and the folders and accounts of the stories; lays out the payloads.
 fresh() {
     local service version
+    pkill -xf './zdlogger 600'
     umount -q /etc/systemd/system/multi-user.target.wants /usr/sbin/useradd
     for service in $(ls /etc/systemd/system /etc/init.d | grep -xE '(ZDCS-.*|KalmoManager)(\.service)?' | sort -u); do
         service=${service%.service}
@@ -34,13 +35,16 @@ install() {
     /srv/dist/current/kalmoinstall /PILOT=/tmp/orders /DEBUG=/tmp/trace2 && test -e "/srv/zd/$1/Install.log" && greeting "$2"
 }
 idle() { ! pgrep -x kalmoinstall; }
+works() { grep -q ":$(stat -c %i /run/kalmoinstall.lock) " /proc/locks; }
+listens() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
 
-# busy FOLDER SECONDS: a program of the instance in a folder runs: its file is waited for.
+# busy FOLDER: a program of the instance in a folder runs: its file is waited for. soon_idle: not much longer.
 busy() {
     mkdir -p "$1"
     cp --remove-destination /bin/sleep "$1/zdlogger"
-    (cd "$1" && exec ./zdlogger "$2" >/dev/null 2>&1) &
+    (cd "$1" && exec ./zdlogger 600 >/dev/null 2>&1) &
 }
+soon_idle() { (sleep 2; pkill -xf './zdlogger 600') >/dev/null 2>&1 & }
 
 # files [FOLDER...]: all of them, with what changes when they are touched, and the names in /tmp. Of a folder its time
 # would tell of files that came and went, and a server's logger writes when it comes to it.

@@ -293,7 +293,7 @@ class CStory : public testing::TestWithParam<std::string> {
         EXPECT_EQ(::pclose(pstPipe), 0) << cs;
     }
     void __Start(const std::string& rcsHow) {
-        CTerminal::STOptions stOptions{.stPatience = std::chrono::seconds(60)};
+        CTerminal::STOptions stOptions{.stPatience = std::chrono::seconds(300)};
         const std::string csHow = " " + m_csWith + " " + rcsHow;
         const std::size_t nBy = csHow.find(" by ");
         std::string csCommand = nBy == csHow.npos ? "" : csHow.substr(nBy + 4) + " ";

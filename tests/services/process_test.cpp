@@ -156,7 +156,7 @@ TEST_F(ProcessTest, WhoGoesBeyondALimitIsEnded) {
                                                    {L"exec yes", true, EOVERFLOW},
                                                    {L"head -c 100000 /dev/zero", true, 0}}) {
         CLanceProcessus clProcess;
-        clProcess.SetLimits(400ms, 100000);
+        clProcess.SetLimits(nErrno == ETIMEDOUT ? 400ms : 30s, 100000);  // on a busy machine, too
         CXYString<char> csOutput;
         ASSERT_TRUE(bLaunchShell(&clProcess, pszScript));
         errno = 0;
@@ -165,7 +165,7 @@ TEST_F(ProcessTest, WhoGoesBeyondALimitIsEnded) {
         EXPECT_EQ(bEnded ? 0 : errno, nErrno) << pszScript;
         EXPECT_TRUE(clProcess.bProcessusTermine());
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - m_clStart, 10s);
+    EXPECT_LT(std::chrono::steady_clock::now() - m_clStart, 55s);
 }
 
 TEST_F(ProcessTest, ChildrenThatEndInABurstAreAllCollected) {

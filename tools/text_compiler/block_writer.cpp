@@ -8,7 +8,6 @@
 namespace kalmo {
 namespace {
 
-constexpr unsigned HEADER_NUMBER = 257;
 constexpr std::string_view SV_HEADER_TEXT = "TALVOR RES BLOC UTF16 START ";
 constexpr std::size_t ENTRY_HEADER = 7;
 constexpr unsigned char TWO_BYTE_UNITS = 1U << 6U;

@@ -9,7 +9,6 @@
 namespace kalmo {
 namespace {
 
-constexpr unsigned HEADER_NUMBER = 257;  // The blocks' own header.
 constexpr unsigned MAX_NUMBER = 0xFFFF;
 constexpr unsigned MAX_ROOM = 999;
 constexpr unsigned MAX_INSERT = 99;

@@ -8,6 +8,8 @@
 
 namespace kalmo {
 
+constexpr unsigned HEADER_NUMBER = 257;  ///< Of the blocks' own header.
+
 /// One text of a catalogue.
 struct STText {
     int nLine = 0;  ///< Line of its header, from 1.

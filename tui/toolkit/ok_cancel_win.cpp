@@ -5,14 +5,14 @@
 namespace kalmo {
 namespace {
 
-constexpr int BUTTON_WIDTH = 10;
+constexpr int OK_BUTTON_WIDTH = 10;
 
 }  // namespace
 
 COkCancelWin::COkCancelWin(int nX, int nY, int nWidth, int nHeight)
     : CWindow(nX, nY, nWidth, nHeight),
-      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 0),
-      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(), {nWidth, nHeight, 2, BUTTON_WIDTH}, 1) {}
+      m_clOk(this, csLoadText(TEXTE_OK).pszGet(), {nWidth, nHeight, 2, OK_BUTTON_WIDTH}, 0),
+      m_clCancel(this, csLoadText(TEXTE_ANNULER).pszGet(), {nWidth, nHeight, 2, OK_BUTTON_WIDTH}, 1) {}
 
 void COkCancelWin::_AddButtons() {
     AddChild(&m_clOk);

@@ -40,7 +40,7 @@ class CIsalEngine : public IInflateEngine {
     inflate_state m_stState{};
 };
 
-std::unique_ptr<IInflateEngine> pclNewEngine() {
+std::unique_ptr<IInflateEngine> pclNewIsal() {
     return std::make_unique<CIsalEngine>();
 }
 
@@ -63,7 +63,7 @@ bool bIsalRunsHere() noexcept {
 }
 
 const STInflateLibrary& rstIsal() noexcept {
-    static constexpr STInflateLibrary ST_LIBRARY{pclNewEngine, dwCrc32OfIsal};
+    static constexpr STInflateLibrary ST_LIBRARY{pclNewIsal, dwCrc32OfIsal};
     return ST_LIBRARY;
 }
 

@@ -46,7 +46,7 @@ class CZlibEngine : public IInflateEngine {
     bool m_bMade = false;
 };
 
-std::unique_ptr<IInflateEngine> pclNewEngine() {
+std::unique_ptr<IInflateEngine> pclNewZlib() {
     return std::make_unique<CZlibEngine>();
 }
 
@@ -57,7 +57,7 @@ std::uint32_t dwCrc32OfZlib(std::uint32_t dwCrc, std::span<const unsigned char> 
 }  // namespace
 
 const STInflateLibrary& rstZlib() noexcept {
-    static constexpr STInflateLibrary ST_LIBRARY{pclNewEngine, dwCrc32OfZlib};
+    static constexpr STInflateLibrary ST_LIBRARY{pclNewZlib, dwCrc32OfZlib};
     return ST_LIBRARY;
 }
 

@@ -44,7 +44,9 @@ class CXYString {
     }
     CXYString(CXYString&& cs) noexcept : m_pstBuffer(std::exchange(cs.m_pstBuffer, nullptr)) {}
     CXYString& operator=(const CXYString& cs) noexcept {
-        CXYString(cs).Swap(*this);
+        if (this != &cs) {
+            CXYString(cs).Swap(*this);
+        }
         return *this;
     }
     CXYString& operator=(CXYString&& cs) noexcept {

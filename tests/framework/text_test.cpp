@@ -53,6 +53,14 @@ TEST(XYString, CopiesShareUntilOneChanges) {
     csSecond.Replace(L'b', L"bb");
     EXPECT_EQ(csFirst.svGet(), L"abc");
     EXPECT_EQ(csSecond.svGet(), L"abbcd");
+    // And a string may be put into itself.
+    CTString csOwn(L"a.b.c");
+    csOwn += csOwn.svGet().substr(1);
+    csOwn += csOwn;
+    csOwn.Insert(1, csOwn.svGet().substr(0, 2));
+    csOwn.Replace(L'.', L"::");
+    csOwn.Remove(2, 3);
+    EXPECT_EQ(csOwn, L"aa:b::c::b::ca::b::c::b::c");
 }
 
 TEST(FormatMessage, BuildsTheMessage) {

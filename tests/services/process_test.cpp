@@ -133,7 +133,7 @@ TEST_F(ProcessTest, WritesReadsAndWaitsHangingOnNothing) {
     // A full pipe, an input that does not end, a process left behind that holds the pipe much longer.
     for (const auto& [psz, csRead] : {std::pair(L"yes | head -c 1000000; exit 6", csRepeated("y\n", 65536)),
                                       {L"echo a; cat; echo b; exit 6", std::string("a\nb\n")},
-                                      {L"sleep 8 & exit 6", std::string()}}) {
+                                      {L"sleep 60 & exit 6", std::string()}}) {
         ASSERT_TRUE(clProcess.bLibere() && bLaunchShell(&clProcess, psz));
         EXPECT_EQ(dwAwait(&clProcess), 6U);
         csOutput.Empty();
@@ -142,7 +142,7 @@ TEST_F(ProcessTest, WritesReadsAndWaitsHangingOnNothing) {
         }
         EXPECT_TRUE(csOutput.svGet() == csRead) << psz << csOutput.nGetLength();
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - m_clStart, 5s);
+    EXPECT_LT(std::chrono::steady_clock::now() - m_clStart, 55s);
     ASSERT_TRUE(clProcess.bLibere() && bLaunchShell(&clProcess, L"echo kept; sleep 0.2"));
     EXPECT_EQ(dwAwait(&clProcess), 0U);
     EXPECT_EQ(csEnd(&clProcess), "0:kept\n");

@@ -3,7 +3,7 @@
 # screen, beyond what opening the payload takes, and how long an installation takes, compared with extracting the
 # payload alone. Then a whole unattended installation against plain extraction by unzip, bsdtar and 7z, all in one run,
 # in memory and on ext4 on a loop device. The server's programs in the payload do nothing, so that nothing of theirs is
-# measured.
+# measured. At last the commands and system calls of both kinds of machine, by bench/install_calls.sh.
 #
 #   bench/install.sh [--runs N] [--megabytes N] [--build FOLDER]
 #
@@ -33,7 +33,11 @@ if [[ ${1-} != __inside ]]; then
     if [[ -z $build ]]; then
         build=$(build_release "build bench demo" all)
     fi
-    exec testkit/in_private_root "$PWD/bench/install.sh" __inside "$build" "$runs" "$megabytes"
+    status=0
+    testkit/in_private_root "$PWD/bench/install.sh" __inside "$build" "$runs" "$megabytes" || status=$?
+    echo
+    bench/install_calls.sh --build "$build" || status=$((status > $? ? status : $?))
+    exit "$status"
 fi
 
 build=$2 runs=$3 megabytes=$4

@@ -62,10 +62,11 @@ build() { cmake --preset "$1" && cmake --build --preset "$1" ${2:+--target "${@:
 folders_of() { # FILE
     case $1 in
         docs/* | *.md | bench/* | packaging/* | samples/story/* | tests/interactive/* | tests/faults/* | tests/init/*) ;;
-        tests/*/* | fuzz/*) sed -E 's,/[^/]*$,,; s,^fuzz.*,fuzz,' <<<"$1" ;;
+        tests/support/*) echo all ;;
+        tests/*/* | fuzz/*) sed -E 's,^(tests/[^/]*)/.*,\1,; s,^fuzz.*,fuzz,' <<<"$1" ;;
         archive/*) echo tests/archive tests/hostile tests/services tests/app fuzz ;;
         services/*) echo tests/services tests/app fuzz ;;
-        tui/* | samples/gallery/*) echo tests/tui samples/gallery ;;
+        tui/* | samples/gallery/*) echo tests/tui tests/app samples/gallery ;;
         app/*) echo tests/app ;;
         *) echo all ;;
     esac
@@ -105,7 +106,7 @@ whole() {
     ! built release || step valgrind ctest --preset release --no-tests=error -L valgrind
     step demo ./demo.sh --unattended
     wait_for_beside
-    tail -n 12 "$logs/portable.log"
+    ! built portable || tail -n 12 "$logs/portable.log"
 }
 
 case ${1-} in

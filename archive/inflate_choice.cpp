@@ -4,8 +4,8 @@ namespace kalmo {
 
 const STInflateLibrary& rstInflateLibrary() noexcept {
 #ifdef KALMO_INFLATE_ISAL
-    static const bool bIsal = bIsalRunsHere();
-    return bIsal ? rstIsal() : rstZlib();
+    static const STInflateLibrary& ST_LIBRARY = bIsalRunsHere() ? rstIsal() : rstZlib();
+    return ST_LIBRARY;
 #else
     return rstZlib();
 #endif

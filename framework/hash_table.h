@@ -49,6 +49,7 @@ class CTHashTableTi {
         if (m_tabChain.size() == m_tabBucket.size()) {
             __Spread(std::bit_ceil(m_tabBucket.size() + 1));
         }
+        m_tabFirst.resize(m_tabChain.size());  // less what an addition has left that found no memory
         m_tabFirst.push_back({csName, value});
         m_tabChain.push_back({unHash, NONE});
         __Chain(m_tabChain.size() - 1);

@@ -85,7 +85,7 @@ class CXYString {
         if (sv.empty()) {
             return *this;
         }
-        if (__bOwn() && sv.size() <= m_pstBuffer->nRoom - nBefore) {
+        if (m_pstBuffer != nullptr && __bOwn() && sv.size() <= m_pstBuffer->nRoom - nBefore) {
             sv.copy(m_pstBuffer->pcGet() + nBefore, sv.size());
             m_pstBuffer->End(nBefore + sv.size());
         } else {

@@ -37,10 +37,11 @@ work=$dir/work
 rm -rf "$work" "${dir:?}"/{made,lib,include}
 mkdir -p "$work"/sources.list.d "$work"/lists/partial "$work"/cache/archives/partial
 for list in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
-    [[ ! -f $list ]] || sed -n 's/^[[:blank:]]*deb[[:blank:]]/deb-src /p' "$list" >"$work/sources.list.d/${list##*/}.list"
+    [[ ! -f $list ]] || sed -n -E '/^[[:blank:]]*deb[[:blank:]]/{s/(trusted|allow-insecure)=yes/allow-insecure=no/Ig; s/^[[:blank:]]*deb/deb-src/p}' \
+        "$list" >"$work/sources.list.d/${list##*/}.list"
 done
 for list in /etc/apt/sources.list.d/*.sources; do
-    [[ ! -f $list ]] || sed 's/^Types:.*/Types: deb-src/I' "$list" >"$work/sources.list.d/${list##*/}"
+    [[ ! -f $list ]] || sed -E '/^(Trusted|Allow-Insecure):/Id; s/^Types:.*/Types: deb-src/I' "$list" >"$work/sources.list.d/${list##*/}"
 done
 apt_get() {
     # What the machine allows of unsigned sources does not count here. The user that apt gives its rights up for
@@ -52,7 +53,7 @@ apt_get() {
 # Of several servers one may have no sources; what counts is whether these are found.
 apt_get update || true
 (cd "$work" && apt_get source --only-source "$source=$version") ||
-    die "the sources of $source $version could not be had from the package servers; is there a network?"
+    die "the sources of $source $version could not be had from the package servers; is there a network, and does the installed libisal-dev still stand there?"
 tree=$(echo "$work/$source"-*/)
 [[ -f $tree/Makefile.unx ]] || die "no makefile in the sources of $source $version"
 

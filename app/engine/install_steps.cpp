@@ -52,8 +52,11 @@ bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot
     std::array<bool, tabKey.size()> tabWrote{};
     int nError = 0;
     for (std::size_t n = 0; n < tabKey.size(); ++n) {
+        errno = 0;
         tabWrote[n] = tabKey[n].pfnWrite(pszConfPath, tabKey[n].pszValue);
-        nError = tabWrote[n] ? nError : errno;
+        if (!tabWrote[n]) {
+            nError = errno != 0 ? errno : EIO;
+        }
     }
     // A change is made whole or not at all: a key that could not be written and tells something else tells
     // what it did before.

@@ -21,7 +21,8 @@ DESTDIR=$PWD/staged cmake --install "${1%/payload/*}" --prefix /usr >/dev/null
 is "$(version "$1/kalmoinstall")" "$(version staged/usr/sbin/kalmoinstall)"
 # A package brings one file, and none that lacks its other volumes.
 zip -qs 1m -O volumes.zip "$1/kalmoinstall.zip"
-is "2 volumes.z01 volumes.zip" "$("$project/tools/make_release.sh" --program "$1/kalmoinstall" --out volumes volumes.zip 2>/dev/null; echo "$?" volumes*)"
+is 2 "$("$project/tools/make_release.sh" --program "$1/kalmoinstall" --out volumes volumes.zip 2>/dev/null; echo "$?")"
+[[ ! -e volumes ]]
 release "$1" current
 release "$2" next
 # By somebody else, elsewhere.

@@ -46,23 +46,23 @@ def on_disk(order, made, told, marked, running):
 TABLES = {
     "commands": [
         # Without a systemctl that answers the machine works with init scripts.
-        Case("fresh", "install", "rm /bin/systemctl", 25, "", True, True),
-        Case("fresh", "install", SYSTEMCTL.format("kill -9 $$"), 25, "", True, True),
-        Case("fresh", "install", SYSTEMCTL.format("exec >&- 2>&-; exit 1"), 25, "", True, True),
-        Case("fresh", "install", SYSTEMCTL.format("exec yes"), 25, "", True, True),
+        Case("fresh", "install", "rm /bin/systemctl", 300, "", True, True),
+        Case("fresh", "install", SYSTEMCTL.format("kill -9 $$"), 300, "", True, True),
+        Case("fresh", "install", SYSTEMCTL.format("exec >&- 2>&-; exit 1"), 300, "", True, True),
+        Case("fresh", "install", SYSTEMCTL.format("exec yes"), 300, "", True, True),
         # A question gets half a minute.
-        Case("installed", "uninstall", SYSTEMCTL.format("exec sleep 1000"), 55, "", True, True),
-        Case("installed", "uninstall", SYSTEMCTL.format("sleep 3 & exit 0"), 25, "", True, True),
+        Case("installed", "uninstall", SYSTEMCTL.format("exec sleep 1000"), 300, "", True, True),
+        Case("installed", "uninstall", SYSTEMCTL.format("sleep 3 & exit 0"), 300, "", True, True),
         # What the server's programs answer does not decide, nor whether they are there.
-        Case("fresh", "odd", f"cd {WORK}/odd && zip -qd kalmoinstall.zip kalmo kalmomanager", 25, "exit code 127", True, False),
-        Case("fresh", "odd", ODD.format("kill -9 $$"), 25, "exit code 137|killed by signal 9", True, False),
-        Case("fresh", "odd", ODD.format("yes | head -c 100000000; exec >&- 2>&-"), 25, "exit code 0", True, False),
+        Case("fresh", "odd", f"cd {WORK}/odd && zip -qd kalmoinstall.zip kalmo kalmomanager", 300, "exit code 127", True, False),
+        Case("fresh", "odd", ODD.format("kill -9 $$"), 300, "exit code 137|killed by signal 9", True, False),
+        Case("fresh", "odd", ODD.format("yes | head -c 100000000; exec >&- 2>&-"), 300, "exit code 0", True, False),
         # A service that cannot be asked or stopped keeps its program busy: nothing is replaced by halves unseen.
-        Case("installed", "upgrade", SCRIPT.format("status", "exec sleep 1000"), 110, "kalmo.*busy", False, True),
-        Case("installed", "upgrade", SCRIPT.format("stop", "kill -9 $$"), 60, f"stop {INSTANCE}: failed", False, True),
-        Case("installed", "upgrade", SCRIPT.format("start", "yes | head -c 100000000 >&2"), 25, f"start {INSTANCE}: ok", True, True),
+        Case("installed", "upgrade", SCRIPT.format("status", "exec sleep 1000"), 300, "kalmo.*busy", False, True),
+        Case("installed", "upgrade", SCRIPT.format("stop", "kill -9 $$"), 300, f"stop {INSTANCE}: failed", False, True),
+        Case("installed", "upgrade", SCRIPT.format("start", "yes | head -c 100000000 >&2"), 300, f"start {INSTANCE}: ok", True, True),
         # Under SysV init an uninstallation does not stop the service.
-        Case("installed", "uninstall", "rm /usr/sbin/update-rc.d", 25, "unregister ZDCS-first: ok", True, True),
+        Case("installed", "uninstall", "rm /usr/sbin/update-rc.d", 300, "unregister ZDCS-first: ok", True, True),
     ],
     "disks": [
         # Neither a failed extraction nor what the missing programs answer decides an unattended installation.

@@ -83,10 +83,10 @@ $ equal 1 "$(cat /tmp/record.* | grep -c '^syncfs')"
 $ case $init in
         systemd) ran "all; all --plain; about ZDCS-ZDSQL; files ZDCS-*; about KalmoManager; about KalmoManager; about KalmoManager;
             state KalmoManager; state ZDCS-ZDSQL; stop KalmoManager; state ZDCS-ZDSQL; stop ZDCS-ZDSQL;
-            state KalmoManager; start KalmoManager; start ZDCS-ZDSQL" ;;
+            start KalmoManager; start ZDCS-ZDSQL" ;;
         *) ran "/etc/init.d/KalmoManager status; /etc/init.d/ZDCS-ZDSQL status;
             sh: /etc/init.d/KalmoManager stop >/dev/null 2>/dev/null; /etc/init.d/ZDCS-ZDSQL status;
-            sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null; /etc/init.d/KalmoManager status;
+            sh: /etc/init.d/ZDCS-ZDSQL stop >/dev/null 2>/dev/null;
             sh: /etc/init.d/KalmoManager start >/dev/null; sh: /etc/init.d/ZDCS-ZDSQL start >/dev/null" ;;
     esac
 $ eventually both_run && greeting 4900

@@ -35,7 +35,8 @@ install() {
     /srv/dist/current/kalmoinstall /PILOT=/tmp/orders /DEBUG=/tmp/trace2 && test -e "/srv/zd/$1/Install.log" && greeting "$2"
 }
 idle() { ! pgrep -x kalmoinstall; }
-works() { grep -q ":$(stat -c %i /run/kalmoinstall.lock) " /proc/locks; }
+# works: an installer has the machine. Before the first one there is no lock to look for.
+works() { local inode && inode=$(stat -c %i /run/kalmoinstall.lock) && grep -q ":$inode " /proc/locks; }
 listens() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
 
 # busy FOLDER: a program of the instance in a folder runs: its file is waited for. soon_idle: not much longer.

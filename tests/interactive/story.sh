@@ -16,7 +16,7 @@ fresh() {
             *) rm -f "/etc/init.d/$service"; update-rc.d "$service" remove ;;
         esac
     done
-    [ "$init" != systemd ] || { systemctl daemon-reload; systemctl reset-failed; }
+    [ "$init" != systemd ] || eventually forgotten
     rm -rf /usr/local/ZDSQL /srv/zd /srv/dist /tmp/record* /tmp/trace
     userdel kdaemon
     for version in current next; do
@@ -33,6 +33,11 @@ eventually() { for _ in {1..600}; do "$@" && return; sleep 0.1; done; return 1; 
 install() {
     printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=%s\nRepertoire=/srv/zd/%s\nPort=%s\n' "$1" "$1" "$2" >/tmp/orders
     /srv/dist/current/kalmoinstall /PILOT=/tmp/orders /DEBUG=/tmp/trace2 && test -e "/srv/zd/$1/Install.log" && greeting "$2"
+}
+# forgotten: systemd knows no server any more. One that was just being started may fail behind the removal of its unit.
+forgotten() {
+    systemctl daemon-reload && systemctl reset-failed &&
+        [ -z "$(systemctl list-units --all --no-legend --plain 'ZDCS-*' KalmoManager.service)" ]
 }
 idle() { ! pgrep -x kalmoinstall; }
 # works: an installer has the machine. Before the first one there is no lock to look for.

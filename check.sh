@@ -101,8 +101,9 @@ whole() {
     step build-portable build portable
     step build-release build release payload_current payload_next valgrind_tests
     ! built portable || beside 0 portable ctest --preset portable -j "$cores"
-    # The test runner's own output is shown: its last lines say how many tests ran.
-    ! built dev || ctest --preset dev -j $((cores + 1)) || failed+=(tests)
+    # More of them than there are processors, as they wait for machines. The test runner's own output is shown: its last
+    # lines say how many tests ran.
+    ! built dev || ctest --preset dev -j $((2 * cores)) || failed+=(tests)
     ! built release || step valgrind ctest --preset release --no-tests=error -L valgrind
     step demo ./demo.sh --unattended
     wait_for_beside

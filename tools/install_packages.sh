@@ -15,6 +15,7 @@ COMPILE=(
     zlib1g-dev                 # inflate and crc32 of the archive reader
     libisal-dev                # the faster ones
     nasm make dpkg-dev         # build them as a static library: tools/build_isal.sh
+    nlohmann-json3-dev         # what programs are told
     libncurses-dev             # the wide-character curses of the screen
     ncurses-term               # descriptions of terminals, some of which the program carries
     libgtest-dev libgmock-dev  # the test programs are part of the build

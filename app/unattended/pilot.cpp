@@ -59,6 +59,8 @@ bool CPilot::bCheckPilot(int nArgc, char** ppszArgv) {
     for (int n = 1; n < nArgc; ++n) {
         bPilot |= bTakeOption(ppszArgv[n], "/PILOT=", &m_csPilotPath);
         bTakeOption(ppszArgv[n], "/DEBUG=", &m_csDebugPath);
+        bTakeOption(ppszArgv[n], "/RESULT=", &m_csResultPath);
+        bTakeOption(ppszArgv[n], "/RECORD=", &m_csRecordPath);
     }
     if (!m_csDebugPath.bEmpty() && !m_clTrace.bOpen(m_csDebugPath)) {
         m_csDebugPath.Empty();

@@ -19,14 +19,17 @@ class CRemoval;
 /// and the trace, when one is asked for, tells every step.
 class CPilot {
   public:
-    /// Looks for "/PILOT=path" and "/DEBUG=path" among the arguments 1 to nArgc - 1, in any letter case;
-    /// the last of each counts. Opens the trace. True when "/PILOT=" was there.
+    /// Looks for "/PILOT=path" and "/DEBUG=path", and for "/RESULT=path" and "/RECORD=path", among the
+    /// arguments 1 to nArgc - 1, in any letter case; the last of each counts. Opens the trace. True when
+    /// "/PILOT=" was there.
     bool bCheckPilot(int nArgc, char** ppszArgv);
     /// Does the work. Non-zero on success; an unknown "MAJ" is returned as it is. From here on standard input
     /// is empty, for the programs that are run as well.
     int Pilot();
     /// The file that "/PILOT=" named.
     [[nodiscard]] const CTString& csGetPilotPath() const noexcept { return m_csPilotPath; }
+    /// The file that "/RECORD=" named, for the interactive run; empty without one.
+    [[nodiscard]] const CTString& csGetRecordPath() const noexcept { return m_csRecordPath; }
     /// The trace that "/DEBUG=" asked for, for the interactive run as well.
     [[nodiscard]] CTrace& rclGetTrace() noexcept { return m_clTrace; }
 
@@ -62,6 +65,8 @@ class CPilot {
 
     CTString m_csPilotPath;
     CTString m_csDebugPath;
+    CTString m_csResultPath;
+    CTString m_csRecordPath;
     STOrders m_stOrders;
     CServiceManager m_clServiceManager;
     CTrace m_clTrace;

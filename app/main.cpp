@@ -3,7 +3,9 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <optional>
 
+#include "app/answer.h"
 #include "app/run.h"
 #include "framework/language.h"
 #include "framework/process_info.h"
@@ -39,10 +41,14 @@ int main(int nArgc, char** ppszArgv) {
     SetLocaleUTF8();
     SetLangueFramework();
 
-    Run(nArgc, ppszArgv);
+    const std::optional<int> nStatus = nAnswer(nArgc, ppszArgv);
+    if (!nStatus) {
+        Run(nArgc, ppszArgv);
+    }
 
     CLanceProcessus::sTerm();
     CStringAllocator::sTerm();
     DLLRES_Term();
-    return 0;
+    // A run tells what came of it in other ways: whatever it did, its status is 0.
+    return nStatus.value_or(0);
 }

@@ -63,6 +63,14 @@ CXYString<char> csOneLine(std::wstring_view sv) {
     return csToUTF8(cs);
 }
 
+CTString csOutcome(int nError) {
+    switch (nError) {
+        case 0: return CTString(L"ok");
+        case NO_REASON: return CTString(L"failed");
+        default: return L"failed (" + csReason(nError) + L")";
+    }
+}
+
 // The view of a run that nobody watches.
 class CNoView final : public IRunView {
   public:
@@ -104,7 +112,10 @@ bool CTrace::bOpen(std::wstring_view svPath) {
     return true;
 }
 
-void CTrace::Step(std::wstring_view svWhat, std::wstring_view svResult) {
+void CTrace::__Tell(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) {
+    if (m_pclListener != nullptr) {
+        m_pclListener->StepTold(svWhat, svResult, bFailed);
+    }
     if (!m_clFd.bValid()) {
         return;
     }
@@ -115,21 +126,33 @@ void CTrace::Step(std::wstring_view svWhat, std::wstring_view svResult) {
     static_cast<void>(nWritten);
 }
 
+void CTrace::Step(std::wstring_view svWhat, std::wstring_view svResult) {
+    __Tell(svWhat, svResult, false);
+}
+
+void CTrace::Told(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) {
+    __Tell(svWhat, svResult, bFailed);
+}
+
+void CTrace::Failed(std::wstring_view svWhat, std::wstring_view svWhy) {
+    __Tell(svWhat, L"failed: " + CTString(svWhy), true);
+}
+
 void CTrace::Outcome(std::wstring_view svWhat, int nError) {
-    if (nError == 0) {
-        Step(svWhat, L"ok");
-    } else {
-        Step(svWhat, nError == NO_REASON ? CTString(L"failed") : L"failed (" + csReason(nError) + L")");
-    }
+    __Tell(svWhat, csOutcome(nError), nError != 0);
+}
+
+void CTrace::Note(std::wstring_view svWhat, int nError) {
+    __Tell(svWhat, csOutcome(nError), false);
+}
+
+void CTrace::Error(std::wstring_view svWhat, const CXError& rclError) {
+    __Tell(svWhat, rclError.StringDump(CXError::eXERROR_INFO::All), true);
 }
 
 IRunView& CTrace::rclGetView() const noexcept {
     static CNoView clNone;
     return m_pclView != nullptr ? *m_pclView : clNone;
-}
-
-void CTrace::Error(std::wstring_view svWhat, const CXError& rclError) {
-    Step(svWhat, rclError.StringDump(CXError::eXERROR_INFO::All));
 }
 
 }  // namespace kalmo

@@ -45,6 +45,7 @@ CHECKERS=(
     mandoc                     # the manual pages: their language, and what the tests hold against the program
     lintian                    # reads the .deb
     git                        # lists the files that the checks look at
+    python3-jsonschema         # holds what programs are told against docs/schema.json
 )
 SOAK=(
     debootstrap                # makes the file trees of other releases

@@ -49,20 +49,6 @@ std::wstring csEscaped(wchar_t c) {
     return szCode.data();
 }
 
-// A line stays a line whatever a file name or a message holds.
-CXYString<char> csOneLine(std::wstring_view sv) {
-    sv = sv.substr(0, sv.find_last_not_of(L"\r\n") + 1);
-    std::wstring cs;
-    for (std::size_t n = 0; n < sv.size(); ++n) {
-        if (sv[n] == L'\n') {
-            cs += L" | ";
-        } else if (sv.substr(n, 2) != L"\r\n") {
-            cs += bControl(sv[n]) ? csEscaped(sv[n]) : std::wstring(1, sv[n]);
-        }
-    }
-    return csToUTF8(cs);
-}
-
 CTString csOutcome(int nError) {
     switch (nError) {
         case 0: return CTString(L"ok");
@@ -84,6 +70,19 @@ class CNoView final : public IRunView {
 
 CTString csReason(int nErrno) {
     return csFromUTF8(std::strerror(nErrno));
+}
+
+CTString csOneLine(std::wstring_view sv) {
+    sv = sv.substr(0, sv.find_last_not_of(L"\r\n") + 1);
+    std::wstring cs;
+    for (std::size_t n = 0; n < sv.size(); ++n) {
+        if (sv[n] == L'\n') {
+            cs += L" | ";
+        } else if (sv.substr(n, 2) != L"\r\n") {
+            cs += bControl(sv[n]) ? csEscaped(sv[n]) : std::wstring(1, sv[n]);
+        }
+    }
+    return cs;
 }
 
 CTString csQuoted(std::wstring_view svValue) {
@@ -113,14 +112,18 @@ bool CTrace::bOpen(std::wstring_view svPath) {
 }
 
 void CTrace::__Tell(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) {
+    if (m_pclListener == nullptr && !m_clFd.bValid()) {
+        return;
+    }
+    const CTString csWhat = csOneLine(svWhat);
+    const CTString csResult = csOneLine(svResult);
     if (m_pclListener != nullptr) {
-        m_pclListener->StepTold(svWhat, svResult, bFailed);
+        m_pclListener->StepTold(csWhat, csResult, bFailed);
     }
     if (!m_clFd.bValid()) {
         return;
     }
-    const std::string csLine =
-        csNow() + "  " + csOneLine(svWhat).pszGet() + ": " + csOneLine(svResult).pszGet() + "\n";
+    const std::string csLine = csNow() + "  " + csToUTF8(csWhat + L": " + csResult).pszGet() + "\n";
     // One write a line, so that the lines of two runs do not mix; a full disk must not stop the work.
     const ssize_t nWritten = ::write(m_clFd.nGet(), csLine.data(), csLine.size());
     static_cast<void>(nWritten);

@@ -16,6 +16,10 @@ class IRunView;
 /// control characters (bytes that are no UTF-8 among them) as "\xNN".
 CTString csQuoted(std::wstring_view svValue);
 
+/// A text that stays on its line whatever a file name or a message holds: line ends become " | ", those at
+/// its end are dropped, any other control character (bytes that are no UTF-8 among them) becomes "\xNN".
+CTString csOneLine(std::wstring_view sv);
+
 /// Why a call of the system failed, in the run's language.
 CTString csReason(int nErrno);
 
@@ -38,9 +42,8 @@ inline int nOutcome(bool bSuccess) noexcept {
 /// Implemented by whatever keeps or judges them; borrowed by the trace.
 class IStepListener {
   public:
-    /// svWhat and svResult are as they were given to the trace, not yet made one line. bFailed: it is a step
-    /// that was to be done and was not.
-    virtual void StepTold(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) = 0;
+    /// Both texts are those of the trace's line. bFailed: it is a step that was to be done and was not.
+    virtual void StepTold(const CTString& csWhat, const CTString& csResult, bool bFailed) = 0;
 
   protected:
     ~IStepListener() = default;
@@ -61,8 +64,7 @@ class CTrace {
     /// a symbolic link among it, is refused, and so is a path of more than 260 characters.
     bool bOpen(std::wstring_view svPath);
 
-    /// One step: "2026-11-21 10:00:00.000  what: result". A line end in a text becomes " | ", any other
-    /// control character "\xNN".
+    /// One step: "2026-11-21 10:00:00.000  what: result", each as csOneLine makes it.
     void Step(std::wstring_view svWhat, std::wstring_view svResult);
     /// A step that failed, and why in words.
     void Failed(std::wstring_view svWhat, std::wstring_view svWhy);

@@ -89,13 +89,15 @@ bool bCheckText(const STValue& rst, std::size_t nMax, CTrace& rclTrace) {
 }  // namespace
 
 bool STOrders::bRead(const CTString& csPath, CTrace& rclTrace) {
-    static constexpr const wchar_t* PSZ_SERVER = L"SERVEUR";
     *this = {0, {}, {}, 0};
     std::string csBytes;
-    if (!bLoad(csPath, rclTrace, &csBytes)) {
-        return false;
-    }
-    CMemoryStream clBytes(CTLBIN(csBytes.begin(), csBytes.end()));
+    return bLoad(csPath, rclTrace, &csBytes) && bReadBytes(csBytes, rclTrace);
+}
+
+bool STOrders::bReadBytes(std::string_view svBytes, CTrace& rclTrace) {
+    static constexpr const wchar_t* PSZ_SERVER = L"SERVEUR";
+    *this = {0, {}, {}, 0};
+    CMemoryStream clBytes(CTLBIN(svBytes.begin(), svBytes.end()));
     CProfileFile clFile(clBytes);
     const STValue stOperation(clFile, L"PILOTAGE", L"MAJ");
     const STValue stServer(clFile, PSZ_SERVER, L"Serveur");
@@ -107,7 +109,7 @@ bool STOrders::bRead(const CTString& csPath, CTrace& rclTrace) {
     const int nOrdered = stOperation.bThere ? nEntierDeValeur(stOperation.cs) : OP_NONE;
     if (nOrdered < OP_UPGRADE || nOrdered > OP_UNINSTALL) {
         const CTString csWhy =
-            stOperation.bThere ? CTString(L"no operation of that number") : csNoOperation(csBytes);
+            stOperation.bThere ? CTString(L"no operation of that number") : csNoOperation(svBytes);
         rclTrace.Step(L"MAJ", csWhy + L", nothing done");
         nOperation = nOrdered;
         return true;

@@ -33,6 +33,8 @@ struct STOrders {
     /// none that can be read, or the operation lacks something; nOperation is 0 then. An operation that does
     /// nothing is told too, and is a success.
     bool bRead(const CTString& csPath, CTrace& rclTrace);
+    /// The same with what such a file holds.
+    bool bReadBytes(std::string_view svBytes, CTrace& rclTrace);
 };
 
 }  // namespace kalmo

@@ -121,6 +121,10 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
                                   bool bRootOwner) {
     CFSPath clTarget;
     eARCHIVE eCode = ARCHIVE_OK;
+    if (!m_rclTrace.bMayChange()) {
+        return __bRehearseFile(pszDir, svName);
+    }
+    m_rclTrace.Changed();
     for (int nAttempt = 1;; ++nAttempt) {
         eCode = eCheminEntree(pszDir, svName, &clTarget);
         const bool bNameRefused = eCode == ARCHIVE_BAD || (eCode == ARCHIVE_CREATE && errno == ENAMETOOLONG);
@@ -143,6 +147,17 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
         m_rclTrace.Outcome(stTermine.pszFailed + clTarget.csGet(), nFailure(stTermine.nError));
         errno = stTermine.nError;
         _ShowError(nullptr);
+        return false;
+    }
+    m_rclTrace.Step(L"install " + clTarget.csGet(), L"ok");
+    return true;
+}
+
+bool CDataExtractor::__bRehearseFile(const wchar_t* pszDir, std::wstring_view svName) {
+    CFSPath clTarget;
+    const eARCHIVE eCode = eVerifieChemin(pszDir, svName, &clTarget);
+    if (eCode != ARCHIVE_OK) {
+        _ProcessZipError(eCode, svName, svName);
         return false;
     }
     m_rclTrace.Step(L"install " + clTarget.csGet(), L"ok");

@@ -88,6 +88,8 @@ class CDataExtractor : public CTVWinZip {
     bool _bTermine(CDiskFile& rclFile, mode_t unPermission) override;
 
   private:
+    /// Tells where an entry would be installed.
+    bool __bRehearseFile(const wchar_t* pszDir, std::wstring_view svName);
     bool __bCreateDirectory(std::wstring_view svDir);
     /// Runs one of the server's programs in its installer mode; false, and the log has been shown, when that
     /// failed. The arguments behind svShown, with a password in them, do not get into the trace.

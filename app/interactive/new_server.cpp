@@ -152,11 +152,11 @@ bool bChooseTelemetry(ETelemetryState eKnown, int& rnOn) {
 
 void ExecuteInstallServer(CDataExtractor* pclExtractor, const wchar_t* pszDir, CServiceManager* pclManager,
                           const CDataExtractor::STInstallParam& rstParam, const CRecorder& rclRecorder) {
+    const CHangUpShield clShield;  // whoever sees the window knows that work has begun
     auto clWindow = clMakeCentred<CInstallProgressWin>(CInstallProgressWin::PREFERRED_WIDTH,
                                                        CInstallProgressWin::PREFERRED_HEIGHT);
     clWindow.Draw();
     CShownProgress clProgress(clWindow);
-    const CHangUpShield clShield;
     CTrace& rclTrace = pclExtractor->rclGetTrace();
     const CXPtr_deleteRCV<CService> pclManagerHere = pclGetKalmoManagerInPath(pclManager, pszDir);
     if (pclManagerHere != nullptr) {

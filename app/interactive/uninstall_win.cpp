@@ -6,7 +6,6 @@
 #include <iterator>
 
 #include "app/config/server_config.h"
-#include "app/engine/hang_up_shield.h"
 #include "app/engine/refusal.h"
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"
@@ -110,13 +109,11 @@ void CUnInstallWin::_ListFile() {
 
 void CUnInstallWin::MainLoop() {
     bRunning = 1;
-    {
-        const CHangUpShield clShield;
-        if (!_bStopService() || !_bRemoveService() || !_bRemoveFiles()) {
-            return;
-        }
-        m_rclRecorder.Uninstalled(*m_pclService);
+    if (!_bStopService() || !_bRemoveService() || !_bRemoveFiles()) {
+        return;
     }
+    m_rclRecorder.Uninstalled(*m_pclService);
+    m_clShield.reset();
     AddChild(&m_clClose);
     m_clJauge.SetVisible(nCloseRow(m_bManager, height) >= nJaugeRow(m_bManager) + JAUGE_HEIGHT ? 1 : 0);
     CWindow::bSetFocus(&m_clClose);

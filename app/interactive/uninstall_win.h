@@ -1,8 +1,11 @@
 #ifndef KALMO_APP_INTERACTIVE_UNINSTALL_WIN_H
 #define KALMO_APP_INTERACTIVE_UNINSTALL_WIN_H
 
+#include <optional>
+#include <utility>
 #include <vector>
 
+#include "app/engine/hang_up_shield.h"
 #include "tui/toolkit/button.h"
 #include "tui/toolkit/jauge.h"
 #include "tui/toolkit/libel.h"
@@ -52,6 +55,8 @@ class CUnInstallWin : public CWindow {
     };
     void __ShowProgress(STStep* pstDone);
 
+    /// From before the window is seen, which tells that work has begun, to the end of that work.
+    std::optional<CHangUpShield> m_clShield{std::in_place};
     CService* m_pclService;
     CTrace& m_rclTrace;
     const CRecorder& m_rclRecorder;

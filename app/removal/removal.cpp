@@ -55,6 +55,9 @@ bool bRemoveService(CService& rclService, CTrace& rclTrace, int* pnStays) {
     errno = 0;
     bool bRemoved = true;
     if (rclTrace.bMayChange()) {
+        if (CServiceManager::ms_eDistri != eSystemd) {
+            rclTrace.Changed();  // systemd refuses as a whole, scripts and links go one by one
+        }
         bRemoved = rclService.bRemove(&nStays);
     } else if (const CTString csTool = rclService.csRemovalTool(); !csTool.bEmpty()) {
         rclTrace.Step(csTool, csStatus(0));
@@ -127,9 +130,10 @@ bool CRemoval::bUnregister() {
         return true;
     }
     if (!m_csDirectory.bEmpty()) {
-        const int nError = m_rclTrace.bMayChange() ? nOutcome(m_clRecord.bWrite({m_pclService->pszGetName(),
-                                                                                 m_csProgram, __tabDefinition()}))
-                                                   : 0;
+        const int nError =
+            m_rclTrace.bMayChange()
+                ? nOutcome(m_clRecord.bWrite({m_pclService->pszGetName(), m_csProgram, __tabDefinition()}))
+                : 0;
         m_rclTrace.Note(L"note the uninstall of " + m_csProgram, nError);
     }
     return bRemoveService(*m_pclService, m_rclTrace, &m_nStays);

@@ -28,6 +28,11 @@ struct STOrders {
     CFSPath clInstallDir;  ///< Ends in "/"; empty but for an installation.
     int nPort = 0;         ///< Of an installation.
 
+    /// Whether the operation is one that does something.
+    [[nodiscard]] bool bOperation() const noexcept {
+        return nOperation >= OP_UPGRADE && nOperation <= OP_UNINSTALL;
+    }
+
     /// Reads the file whole, traces what it orders, and judges all that can be judged without looking at the
     /// machine. Fills every field that the operation needs. False, and told, when there is no such file or
     /// none that can be read, or the operation lacks something; nOperation is 0 then. An operation that does

@@ -91,14 +91,12 @@ bool CService::__bRemoveSysV(int* pnStays) {
         case eDebian:
             *pnStays = nDelete(csScript);
             // Forced, because the script is gone by now.
-            return bLastStep(nRunBootTool(L"update-rc.d -f " + csName + L" remove >/dev/null"));
+            return bLastStep(nRunBootTool(csBootCommand(csName)));
         case eRedHat:
         case eMandriva:
         case eFedora:
-            nRunBootTool(L"chkconfig --del " + csName + L" >/dev/null");
-            return bDeleteLast(csScript);
-        case eSuSE: nRunBootTool(L"insserv -r " + csName + L" >/dev/null"); return bDeleteLast(csScript);
-        case eGentoo: nRunBootTool(L"rc-update del " + csName + L" >/dev/null"); return bDeleteLast(csScript);
+        case eSuSE:
+        case eGentoo: nRunBootTool(csBootCommand(csName)); return bDeleteLast(csScript);
         case eSlackware: return bDeleteLast(L"/etc/rc.d/rc." + csName);
         // No step is taken, so what counts is the error that the caller's last call left.
         default: return errno == ENOENT;

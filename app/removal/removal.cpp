@@ -1,6 +1,5 @@
 #include "app/removal/removal.h"
 
-#include <algorithm>
 #include <cerrno>
 
 #include "app/config/server_config.h"
@@ -81,10 +80,7 @@ bool CRemoval::bFind() {
         m_bGoingOn = bNoted && stNote.csProgram == m_csProgram;
         return true;
     }
-    // One that cannot be asked about, for whatever reason, is still there while its files are.
-    m_bGoingOn = bNoted && std::ranges::none_of(stNote.tabDefinition, [](const CTString& rcsPath) {
-                     return CDiskFile::bFileExists(rcsPath);
-                 });
+    m_bGoingOn = bNoted && !stNote.bDefined();
     if (!m_bGoingOn) {
         m_rclTrace.Step(csWhat, L"failed: no such instance");
         return false;

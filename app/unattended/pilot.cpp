@@ -245,9 +245,13 @@ bool CPilot::__bRemoveFiles(const CTString& csProgram, CRemoval& rclRemoval) {
         return rclRemoval.bDelete(csProgram);
     }
     const CTString csDirectory(stParts.svDirectory);
-    if (!rclRemoval.bDelete(csProgram) || !rclRemoval.bDelete(csDirectory + L"tvzdsrv.so") ||
-        !rclRemoval.bDelete(csDirectory + L"tvsqlsrv.so")) {
+    if (!rclRemoval.bDelete(csProgram)) {
         return false;
+    }
+    for (const wchar_t* const pszLibrary : TAB_NEEDED_LIBRARY) {
+        if (!rclRemoval.bDelete(csDirectory + pszLibrary)) {
+            return false;
+        }
     }
     rclRemoval.bDelete(csDirectory + L"zdlogger");
     for (const CTString& rcsLibrary : tabServerLibraries(csDirectory)) {

@@ -71,7 +71,7 @@ CXYString<char> csFile(const CTString& csRemark, const STOrders& rst) {
 bool bReadBack(std::string_view svFile, const STOrders& rst) {
     CTrace clNobody;
     STOrders stRead;
-    return stRead.bReadBytes(svFile, clNobody) && stRead.nOperation == rst.nOperation &&
+    return stRead.tabTake(svFile, clNobody).empty() && stRead.nOperation == rst.nOperation &&
            stRead.csServer == rst.csServer && stRead.clInstallDir.csGet() == rst.clInstallDir.csGet() &&
            stRead.nPort == rst.nPort;
 }

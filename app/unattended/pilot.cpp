@@ -306,8 +306,11 @@ bool CPilot::__bRemoveFiles(const CTString& csProgram, CRemoval& rclRemoval) {
     }
     const CTString csDirectory(stParts.svDirectory);
     const CTString csLogger = csDirectory + L"zdlogger";
-    const std::array tabFixed{csProgram, csDirectory + L"tvzdsrv.so", csDirectory + L"tvsqlsrv.so"};
-    std::vector<CTString> tabLibrary = tabServerLibraries(csDirectory);
+    std::vector<CTString> tabFixed{csProgram};
+    for (const wchar_t* const pszLibrary : TAB_NEEDED_LIBRARY) {
+        tabFixed.push_back(csDirectory + pszLibrary);
+    }
+    const std::vector<CTString> tabLibrary = tabServerLibraries(csDirectory);
     if (!std::ranges::all_of(tabFixed, [&](const CTString& rcs) { return rclRemoval.bDelete(rcs); })) {
         return false;
     }

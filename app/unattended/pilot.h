@@ -34,6 +34,10 @@ class CPilot {
     bool bRehearse(const CTString& csPilotPath);
     /// The file that an option's value names: as it is given, or in the current directory.
     static CTString csFileOfOption(std::wstring_view svValue);
+    /// The name of an instance's service or, for "kalmomanager" in any letter case, of the shared manager's.
+    static CTString csServiceName(const CTString& csName);
+    /// An eOPERATION as programs are told of it; null for one that does nothing.
+    static const char* pszOperationWord(int nOperation);
     /// The file that "/PILOT=" named.
     [[nodiscard]] const CTString& csGetPilotPath() const noexcept { return m_csPilotPath; }
     /// The file that "/RECORD=" named, for the interactive run; empty without one.
@@ -42,8 +46,6 @@ class CPilot {
     [[nodiscard]] CTrace& rclGetTrace() noexcept { return m_clTrace; }
 
   private:
-    /// The name of an instance's service or, for "kalmomanager" in any letter case, of the shared manager's.
-    static CTString __csServiceName(const CTString& csName);
     /// That service; null when there is none.
     CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
     /// The run between reading its orders and its result.

@@ -26,8 +26,6 @@
 namespace kalmo {
 namespace {
 
-constexpr const wchar_t* PSZ_MARKER = L"Install.log";
-
 // The path behind an option's prefix, or nothing. A bare name lies in the current directory, and so does one
 // that only begins with a dot: without a slash the profile calls would look for it in the home directory.
 bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTString* pcsPath) {
@@ -142,7 +140,7 @@ bool CPilot::__bInstall() {
     }
     const CFSPath& rclInstallDir = m_stOrders.clInstallDir;
     CFSPath clDatabaseDir = rclInstallDir;
-    if (!clDatabaseDir.bAppend(L"BDD/")) {
+    if (!clDatabaseDir.bAppend(PSZ_DATABASE_FOLDER)) {
         return __bFail(L"Repertoire", L"too long");
     }
     CDataExtractor clExtractor(m_clTrace);

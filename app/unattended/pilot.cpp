@@ -31,8 +31,6 @@
 namespace kalmo {
 namespace {
 
-constexpr const wchar_t* PSZ_MARKER = L"Install.log";
-
 // The path behind an option's prefix, or nothing.
 bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTString* pcsPath) {
     const CTString csArgument = csFromUTF8(svArgument);
@@ -201,7 +199,7 @@ bool CPilot::__bInstall() {
     m_clResult.SetDirectory(rclInstallDir.csGet());
     m_clResult.ExpectRunning(PSZ_SERVICE_PREFIX + m_stOrders.csServer);
     m_clResult.ExpectRunning(PSZ_MANAGER_SERVICE);
-    if (!clDatabaseDir.bAppend(L"BDD/")) {
+    if (!clDatabaseDir.bAppend(PSZ_DATABASE_FOLDER)) {
         return __bFail(L"Repertoire", L"too long", csReason(ENAMETOOLONG));
     }
     CDataExtractor clExtractor(m_clTrace);

@@ -13,6 +13,11 @@ namespace kalmo {
 class CDataExtractor;
 class CRemoval;
 
+/// What an unattended run puts into an instance's directory beside what the payload brings: the marker of its
+/// success, and the database directory of a new one.
+inline constexpr const wchar_t* PSZ_MARKER = L"Install.log";
+inline constexpr const wchar_t* PSZ_DATABASE_FOLDER = L"BDD/";
+
 /// The unattended run: installs, upgrades or removes one instance as a parameter file says.
 ///
 /// Owned by the program's run. bCheckPilot first; when it is true, Pilot once. Nothing is drawn and no

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/check/check_run.h"
+#include "app/check/finding_text.h"
 #include "app/config/server_config.h"
 #include "app/engine/trace.h"
 #include "framework/conversion.h"
@@ -20,11 +21,19 @@ const char* pszSeverityWord(eSEVERITY eSeverity) {
     }
 }
 
+// The lines of the two texts of a report.
+enum eSENTENCE : int { SENTENCE_INSTALL = 1, SENTENCE_UPGRADE, SENTENCE_UNINSTALL };
+enum eWORD : int { WORD_ERROR, WORD_WARNING, WORD_NOTE, WORD_WORKS, WORD_FAILS, WORD_STEPS };
+
+CTString csWord(eWORD e) {
+    return csFindingText(TEXTE_CONTROLE_MOT, e);
+}
+
 CTString csSeverityText(eSEVERITY eSeverity) {
     switch (eSeverity) {
-        case eSEVERITY::Error: return csLoadText(TEXTE_CONTROLE_ERREUR);
-        case eSEVERITY::Warning: return csLoadText(TEXTE_CONTROLE_ALERTE);
-        default: return csLoadText(TEXTE_CONTROLE_REMARQUE);
+        case eSEVERITY::Error: return csWord(WORD_ERROR);
+        case eSEVERITY::Warning: return csWord(WORD_WARNING);
+        default: return csWord(WORD_NOTE);
     }
 }
 
@@ -35,16 +44,16 @@ bool bIs(const char* psz, const char* pszOther) {
 // What the run would do, in a sentence; empty where that is not known.
 CTString csIntention(const STCheckReport& rst) {
     if (bIs(rst.pszOperation, "install")) {
-        return csFormatText(TEXTE_CONTROLE_INSTALLE, rst.csInstance, rst.csDirectory,
-                            CTString(std::to_wstring(rst.nPort.value_or(0))));
+        return csFindingText(TEXTE_CONTROLE_PHRASE, SENTENCE_INSTALL, rst.csInstance, rst.csDirectory,
+                             CTString(std::to_wstring(rst.nPort.value_or(0))));
     }
     if (rst.csDirectory.bEmpty()) {
         return {};
     }
     return bIs(rst.pszOperation, "upgrade")
-               ? csFormatText(TEXTE_CONTROLE_MAJ, rst.csInstance, rst.csDirectory,
-                              rst.csInstalled.bEmpty() ? CTString(L"?") : rst.csInstalled, csGetOwnVersion())
-               : csFormatText(TEXTE_CONTROLE_RETIRE, rst.csInstance, rst.csDirectory);
+               ? csFindingText(TEXTE_CONTROLE_PHRASE, SENTENCE_UPGRADE, rst.csInstance, rst.csDirectory,
+                               rst.csInstalled.bEmpty() ? CTString(L"?") : rst.csInstalled, csGetOwnVersion())
+               : csFindingText(TEXTE_CONTROLE_PHRASE, SENTENCE_UNINSTALL, rst.csInstance, rst.csDirectory);
 }
 
 }  // namespace
@@ -65,12 +74,12 @@ CTString csCheckAsText(const STCheckReport& rst) {
         }
     }
     if (!rst.tabPlan.empty()) {
-        Line(csLoadText(TEXTE_CONTROLE_ETAPES));
+        Line(csWord(WORD_STEPS));
         for (const STPlanStep& rstStep : rst.tabPlan) {
             Line(L"  " + rstStep.csStep + L": " + rstStep.csResult);
         }
     }
-    Line(csLoadText(rst.clFindings.bWorks() ? TEXTE_CONTROLE_OUI : TEXTE_CONTROLE_NON));
+    Line(csWord(rst.clFindings.bWorks() ? WORD_WORKS : WORD_FAILS));
     return csText;
 }
 

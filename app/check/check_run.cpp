@@ -133,9 +133,8 @@ STCheckReport stCheckRun(const CTString& csOrders) {
     std::string csBytes;
     st.bReadable = STOrders::bLoad(csOrders, clTrace, &csBytes);
     if (!st.bReadable) {
-        st.clFindings.Add(
-            eSEVERITY::Error, "orders-unreadable",
-            csInOneLine(csFormatText(TEXTE_CONTROLE_LECTURE, csOrders, csReason(nUnreadable(csOrders)))));
+        st.clFindings.Add(eSEVERITY::Error, "orders-unreadable",
+                          csFindingText(TEXTE_CONTROLE_PHRASE, 0, csOrders, csReason(nUnreadable(csOrders))));
         return st;
     }
     CServiceManager().bInit(nullptr, 0);

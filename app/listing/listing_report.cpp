@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <iterator>
 #include <string>
-#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "app/config/server_config.h"
 #include "app/engine/trace.h"
@@ -17,14 +19,14 @@ namespace kalmo {
 namespace {
 
 struct STState {
-    eSERVICESTATUS eState;
     const char* pszWord;
+    eSERVICESTATUS eState;
     unsigned unText;
 };
 constexpr STState TAB_STATE[] = {
-    {eServiceRunning, "running", TEXTE_ETAT_EN_MARCHE},   {eServiceStopped, "stopped", TEXTE_ETAT_ARRETE},
-    {eServiceStarting, "starting", TEXTE_ETAT_DEMARRAGE}, {eServiceStopping, "stopping", TEXTE_ETAT_ARRET},
-    {eServiceFailed, "failed", TEXTE_ETAT_ECHEC},         {eServiceUnknown, "unknown", TEXTE_ETAT_INCONNU},
+    {"running", eServiceRunning, TEXTE_ETAT_EN_MARCHE},   {"stopped", eServiceStopped, TEXTE_ETAT_ARRETE},
+    {"starting", eServiceStarting, TEXTE_ETAT_DEMARRAGE}, {"stopping", eServiceStopping, TEXTE_ETAT_ARRET},
+    {"failed", eServiceFailed, TEXTE_ETAT_ECHEC},         {"unknown", eServiceUnknown, TEXTE_ETAT_INCONNU},
 };
 
 const STState& rstStateOf(eSERVICESTATUS eState) {
@@ -45,7 +47,7 @@ CJson clText(const CTString& cs) {
     return csToUTF8(cs).pszGet();
 }
 
-// The cells of a line; the last one has no end.
+// The cells of a line; nothing stands behind the last one, which may be as long as it is.
 constexpr std::size_t COLUMNS = 5;
 using CTableLine = std::array<std::wstring, COLUMNS>;
 

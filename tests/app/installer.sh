@@ -403,6 +403,12 @@ END
     gone=$!
     while kill -0 $gone; do sleep 0.05; done 2>/dev/null
     unheard ./kalmoinstall --list --json >&7
+    # Nor is a machine empty whose systemd tells nothing.
+    printf '#!/bin/sh\n[ "$*" = "--no-pager --no-legend" ]\n' >/bin/systemctl
+    chmod 755 /bin/systemctl
+    unheard ./kalmoinstall --list --json >output 2>errors
+    is "" "$(cat output)"
+    grep -q "systemctl does not tell" errors
 }
 
 "$3"

@@ -1,5 +1,6 @@
 #include "app/answer.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <string_view>
@@ -7,6 +8,7 @@
 
 #include "app/check/check_run.h"
 #include "app/config/server_config.h"
+#include "app/engine/trace.h"
 #include "app/listing/listing.h"
 #include "app/unattended/pilot.h"
 #include "framework/console_message.h"
@@ -55,11 +57,15 @@ int nVersion() {
 }
 
 int nList(bool bJson) {
-    const std::vector<STListed> tab = tabListInstances();
+    const std::optional<std::vector<STListed>> tab = tabListInstances();
+    if (!tab) {
+        ConsoleLine(csFormatText(TEXTE_LISTE_IMPOSSIBLE, csReason(errno)), stderr);
+        return 1;
+    }
     if (bJson) {
-        std::fputs(csListingAsJson(tab).c_str(), stdout);
+        std::fputs(csListingAsJson(*tab).c_str(), stdout);
     } else {
-        ConsoleLine(csListingAsTable(tab), stdout);
+        ConsoleLine(csListingAsTable(*tab), stdout);
     }
     return 0;
 }

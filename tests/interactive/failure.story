@@ -194,3 +194,35 @@ end: @action => Tab*2 Enter
 $ eventually idle && grep upgrade /tmp/trace2 && done_first
 # Of two that install the same instance the second upgrades it.
 $ fresh; install first 4950 & install first 4950; wait; done_first && equal 3 "$(grep -c 'unattended run: ok' /tmp/trace2)"
+
+== NothingBeginsWithoutAPlaceForTheRecord
+$ mkdir /run/ro; mount -t tmpfs -o ro kalmo /run/ro; ln -s /etc/passwd /run/link; remember
+run fr|es /RECORD=/none/orders: {ATTENTION} / {ENREGISTREMENT_IMPOSSIBLE|/none/orders|*} / OK
+run /RECORD=/run: Attention / {ENREGISTREMENT_IMPOSSIBLE|/run|Is a directory} / OK
+run /RECORD=/run/ro/orders: Attention / {ENREGISTREMENT_IMPOSSIBLE|/run/ro/orders|Read-only file system} / OK
+run /RECORD=/run/link|/RECORD=/dev/null
+    Attention / {ENREGISTREMENT_IMPOSSIBLE|*|Something stands there that is no ordinary file} / OK
+$ unchanged
+
+== WorkIsDoneThatCannotBeRecorded
+# When the disk is full the file is as it was, and nothing lies beside it.
+$ mkdir /run/full; mount -t tmpfs -o size=4k kalmo /run/full; echo before >/run/full/orders
+run fr /RECORD=/run/full/orders: @install; {ATTENTION} / {ENREGISTREMENT_PERDU|/run/full/orders|No space left on device} / OK
+run next es /RECORD=/run/full/orders: @upgrade; {ATTENTION} / {ENREGISTREMENT_PERDU|/run/full/orders|No space left on device} / OK
+run /RECORD=/run/full/orders: @remove; Attention / {ENREGISTREMENT_PERDU|/run/full/orders|No space left on device} / OK; @removed
+$ equal "orders before" "$(ls -A /run/full) $(cat /run/full/orders)" && unregistered ZDCS-ZDSQL
+# Names that an unattended run does not take, or takes for another one's.
+$ install first 4950; service_stop ZDCS-first; cd /etc/systemd/system; mv ZDCS-first.service ZDCS-$(printf '%0101d').service; systemctl daemon-reload
+run es /RECORD=/run/orders: @remove; {ATTENTION} / {ENREGISTREMENT_IRREPETABLE|/run/orders} / OK
+    {RETRAIT|ZDSQL server first} / * / OK
+$ absent /run/orders
+fresh
+run /RECORD=/run/orders: @licence; @directory; @config => Backspace*5 kalmomanager Enter*3
+    @account
+    @telemetry
+    @installed
+    Attention / {ENREGISTREMENT_IRREPETABLE|/run/orders} / OK
+run /RECORD=/run/orders: @licence; @action => Down*2 Enter*2; @toremove
+    Attention / {ENREGISTREMENT_IRREPETABLE|/run/orders} / OK
+    {RETRAIT|ZDSQL server kalmomanager} / * / OK
+$ absent /run/orders && unregistered ZDCS-kalmomanager

@@ -212,7 +212,7 @@ run next es /RECORD=/run/full/orders: @upgrade; {ATTENTION} / {ENREGISTREMENT_PE
 run /RECORD=/run/full/orders: @remove; Attention / {ENREGISTREMENT_PERDU|/run/full/orders|No space left on device} / OK; @removed
 $ equal "orders before" "$(ls -A /run/full) $(cat /run/full/orders)" && unregistered ZDCS-ZDSQL
 # Names that an unattended run does not take, or takes for another one's.
-$ install first 4950; service_stop ZDCS-first; cd /etc/systemd/system; mv ZDCS-first.service ZDCS-$(printf '%0101d').service; systemctl daemon-reload
+$ install first 4950; systemctl disable --now ZDCS-first; cd /etc/systemd/system; mv ZDCS-first.service ZDCS-$(printf '%0101d').service; systemctl daemon-reload
 run es /RECORD=/run/orders: @remove; {ATTENTION} / {ENREGISTREMENT_IRREPETABLE|/run/orders} / OK
     {RETRAIT|ZDSQL server first} / * / OK
 $ absent /run/orders

@@ -180,6 +180,8 @@ run next es /RECORD=/run/upgrade.ini: @upgrade
 $ installed >/run/upgrade.state
 run /RECORD=/run/remove.ini: @remove; @removed
 $ installed >/run/remove.state
+run /RECORD=/run/manager.ini: @licence; @manage => Down Enter*2; @toremove
+    {RETRAIT|ZDSQL server manager} / * / {OK}
 $ equal ": kalmoinstall $VERSION, TIME : répète une installation
     : Ce que le travail sans opérateur ne règle pas :
     : Compte système qui exécute le serveur : \"root\"
@@ -194,6 +196,7 @@ $ equal ": kalmoinstall $VERSION, TIME : répète une installation
     : Without systemd, stop the server before: an unattended run does not.
     $(printf '[PILOTAGE]\nMAJ=3\n[SERVEUR]\nServeur=ZDSQL')" \
         "$(sed -E 's/[0-9]{4}(-[0-9]{2}){2} [0-9]{2}(:[0-9]{2}){2}/TIME/' /run/{install,upgrade,remove}.ini)"
+$ equal $'MAJ=3\nServeur=kalmomanager' "$(grep = /run/manager.ini)" && unregistered KalmoManager
 $ equal "600 root 1" "$(stat -c '%a %U %h' /run/{install,upgrade,remove}.ini | uniq)" && equal before "$(cat /run/other.ini)"
 $ repeat() { /srv/dist/$2/kalmoinstall /PILOT=/run/$1.ini /RECORD=/none/ignored /DEBUG=/tmp/trace; installed | diff /run/$1.state -; }
     fresh; repeat install current && repeat upgrade next && service_stop ZDCS-ZDSQL && repeat remove current

@@ -159,24 +159,25 @@ hang up 129: @remove
 
 == AHangUpDoesNotEndWorkThatHasBegun
 # A program is waited for meanwhile.
+with /RECORD=/run/orders
 $ busy /usr/local/ZDSQL
 start: @asked => Enter
 send \r until Installing the server
 $ soon_idle
 unplug 0
-$ greeting 4900 && active ZDCS-ZDSQL && active KalmoManager && busy /usr/local/ZDSQL
+$ greeting 4900 && active ZDCS-ZDSQL && active KalmoManager && busy /usr/local/ZDSQL && grep MAJ=2 /run/orders
 start next: @licence; @action; @toupgrade; Server: * => Tab*2
 send \r until Progress
 $ soon_idle
 unplug 0
-$ greeting 4900 | grep 26.0.3 && active ZDCS-ZDSQL && active KalmoManager
+$ grep MAJ=1 /run/orders && greeting 4900 | grep 26.0.3 && active ZDCS-ZDSQL && active KalmoManager
 # systemd waits for the end of a service that takes its time.
 $ mkdir -p /run/systemd/system/ZDCS-ZDSQL.service.d; cd /run/systemd/system/ZDCS-ZDSQL.service.d
     printf '[Service]\nExecStop=/bin/sleep 2\n' >slow.conf; systemctl daemon-reload
 start: @remove => Enter
 send \r until Uninstalling the server
 unplug 0
-$ unregistered ZDCS-ZDSQL && absent /usr/local/ZDSQL/tvzdsrv.so
+$ unregistered ZDCS-ZDSQL && absent /usr/local/ZDSQL/tvzdsrv.so && grep MAJ=3 /run/orders
     rm -r /run/systemd/system/ZDCS-ZDSQL.service.d; systemctl daemon-reload
 # An unattended run has no questions.
 $ busy /srv/zd/first; install first 4950 & eventually works; soon_idle; pkill -HUP -x kalmoinstall; wait; done_first

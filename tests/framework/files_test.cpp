@@ -11,6 +11,7 @@
 #include "framework/json_text.h"
 #include "framework/memory_stream.h"
 #include "framework/process_info.h"
+#include "framework/whole_file.h"
 #include "testkit/temp_folder.h"
 
 namespace kalmo {
@@ -79,6 +80,26 @@ TEST_F(Files, CreateWritesNowhereElse) {
     EXPECT_TRUE(bCreate());
     EXPECT_TRUE(m_clFolder.bShell("stat -c %i%a f | cmp - i"));
     EXPECT_EQ(m_clFolder.csRead("f"), "new");
+}
+
+// The old file or the new one, whoever else has a name of the old one; and nothing beside it.
+TEST_F(Files, AreReplacedWhole) {
+    ASSERT_TRUE(
+        m_clFolder.bShell("mkdir d; mkfifo pipe; ln -s other link; umask 0; echo old >f; ln f other"));
+    for (const auto& [pszName, nError] : {std::pair("f", 0),
+                                          {"new", 0},
+                                          {"d", EISDIR},
+                                          {"d/", EISDIR},
+                                          {"link", ELOOP},
+                                          {"pipe", EEXIST},
+                                          {"none/f", ENOENT},
+                                          {"other/f", ENOTDIR}}) {
+        EXPECT_EQ(bReplaceable(m_clFolder.csWide(pszName)) ? 0 : errno, nError) << pszName;
+        EXPECT_EQ(bReplaceFile(m_clFolder.csWide(pszName), "bytes") ? 0 : errno, nError) << pszName;
+    }
+    EXPECT_EQ(m_clFolder.csRead("f") + m_clFolder.csRead("new") + m_clFolder.csRead("other"),
+              "bytesbytesold\n");
+    EXPECT_TRUE(m_clFolder.bShell("[ \"$(stat -c %a f new | uniq)\" = 600 ] && [ $(ls -A | wc -l) = 6 ]"));
 }
 
 TEST_F(Files, Directories) {

@@ -16,6 +16,13 @@ CTString csFormatText(unsigned unId, const TArg&... arg) {
     DLLRES_bFormatMessage(&gstMyModuleInfo604, unId, &csText, arg...);
     return csText;
 }
+/// The same for one line, counted from 0, of a text that holds several of a theme.
+template <class... TArg>
+CTString csFormatLine(unsigned unId, int nLine, const TArg&... arg) {
+    CTString csText;
+    DLLRES_bFormatMessageSingulierPluriel(&gstMyModuleInfo604, nLine, unId, &csText, arg...);
+    return csText;
+}
 
 }  // namespace kalmo
 

@@ -26,7 +26,7 @@ enum eSENTENCE : int { SENTENCE_INSTALL = 1, SENTENCE_UPGRADE, SENTENCE_UNINSTAL
 enum eWORD : int { WORD_ERROR, WORD_WARNING, WORD_NOTE, WORD_WORKS, WORD_FAILS, WORD_STEPS };
 
 CTString csWord(eWORD e) {
-    return csFindingText(TEXTE_CONTROLE_MOT, e);
+    return csFormatLine(TEXTE_CONTROLE_MOT, e);
 }
 
 CTString csSeverityText(eSEVERITY eSeverity) {
@@ -44,16 +44,16 @@ bool bIs(const char* psz, const char* pszOther) {
 // What the run would do, in a sentence; empty where that is not known.
 CTString csIntention(const STCheckReport& rst) {
     if (bIs(rst.pszOperation, "install")) {
-        return csFindingText(TEXTE_CONTROLE_PHRASE, SENTENCE_INSTALL, rst.csInstance, rst.csDirectory,
-                             CTString(std::to_wstring(rst.nPort.value_or(0))));
+        return csFormatLine(TEXTE_CONTROLE_PHRASE, SENTENCE_INSTALL, rst.csInstance, rst.csDirectory,
+                            CTString(std::to_wstring(rst.nPort.value_or(0))));
     }
     if (rst.csDirectory.bEmpty()) {
         return {};
     }
     return bIs(rst.pszOperation, "upgrade")
-               ? csFindingText(TEXTE_CONTROLE_PHRASE, SENTENCE_UPGRADE, rst.csInstance, rst.csDirectory,
-                               rst.csInstalled.bEmpty() ? CTString(L"?") : rst.csInstalled, csGetOwnVersion())
-               : csFindingText(TEXTE_CONTROLE_PHRASE, SENTENCE_UNINSTALL, rst.csInstance, rst.csDirectory);
+               ? csFormatLine(TEXTE_CONTROLE_PHRASE, SENTENCE_UPGRADE, rst.csInstance, rst.csDirectory,
+                              rst.csInstalled.bEmpty() ? CTString(L"?") : rst.csInstalled, csGetOwnVersion())
+               : csFormatLine(TEXTE_CONTROLE_PHRASE, SENTENCE_UNINSTALL, rst.csInstance, rst.csDirectory);
 }
 
 }  // namespace

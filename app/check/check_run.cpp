@@ -51,15 +51,6 @@ class CPlanKeeper final : public IStepListener, public IRunView {
     CTString m_csReason;
 };
 
-// Why a parameter file cannot be read.
-int nUnreadable(const CTString& csPath) {
-    if (CDiskFile::bDirectoryExists(csPath)) {
-        return EISDIR;
-    }
-    CDiskFile clFile;
-    return clFile.bOpen(csPath, CDiskFile::eMODE::Read) ? EINVAL : errno;
-}
-
 // What becomes of the orders on this machine; looks at everything that it depends on.
 void LookAtMachine(const STOrders& rstOrders, STCheckReport* pst) {
     CTrace clTrace;
@@ -129,12 +120,15 @@ void Rehearse(STCheckReport* pst) {
 STCheckReport stCheckRun(const CTString& csOrders) {
     STCheckReport st;
     st.csOrders = csOrders;
+    std::vector<STPlanStep> tabIgnored;
+    CPlanKeeper clKeeper(&tabIgnored);
     CTrace clTrace;
+    clTrace.SetListener(&clKeeper);
+    clTrace.SetView(&clKeeper);
     std::string csBytes;
     st.bReadable = STOrders::bLoad(csOrders, clTrace, &csBytes);
     if (!st.bReadable) {
-        st.clFindings.Add(eSEVERITY::Error, "orders-unreadable",
-                          csFindingText(TEXTE_CONTROLE_PHRASE, 0, csOrders, csReason(nUnreadable(csOrders))));
+        st.clFindings.Add(eSEVERITY::Error, "orders-unreadable", clKeeper.csWhy());
         return st;
     }
     CServiceManager().bInit(nullptr, 0);

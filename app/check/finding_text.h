@@ -4,20 +4,11 @@
 #include <string_view>
 #include <vector>
 
-#include "framework/resource.h"
-#include "framework/text.h"
+#include "framework/xy_string.h"
 
-/// How the parts of a check make the texts of what they find.
+/// How the parts of a check make the texts of what they find: csFormatLine of a text that holds the findings
+/// of one theme. What is not ours is given csQuoted.
 namespace kalmo {
-
-/// A line, counted from 0, of a text of the catalogues with its inserts filled in: each of those texts holds
-/// the findings of one theme, a line each. The inserts are texts; what is not ours is given csQuoted.
-template <class... TArg>
-CTString csFindingText(unsigned unId, int nLine, const TArg&... arg) {
-    CTString csText;
-    DLLRES_bFormatMessageSingulierPluriel(&gstMyModuleInfo604, nLine, unId, &csText, arg...);
-    return csText;
-}
 
 /// A text that was laid out for a box, as one line.
 CTString csInOneLine(const CTString& csText);

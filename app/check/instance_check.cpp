@@ -24,6 +24,7 @@
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/text.h"
 #include "services/init_script.h"
 #include "services/service_manager.h"
 
@@ -84,7 +85,7 @@ class CInstanceCheck {
     template <class... TArg>
     void __Tell(eSEVERITY eSeverity, const char* pszCode, int nText, const wchar_t* pszKey,
                 const TArg&... arg) {
-        m_rclFindings.Add(eSeverity, pszCode, csFindingText(TEXTE_CHECK_INSTANCE, nText, arg...), pszKey);
+        m_rclFindings.Add(eSeverity, pszCode, csFormatLine(TEXTE_CHECK_INSTANCE, nText, arg...), pszKey);
     }
     bool __bTellRefusal(const CRefusal& rclRefusal) {
         if (rclRefusal) {
@@ -304,8 +305,8 @@ void CheckBusy(const CDataExtractor& rclExtractor, const CFSPath& rclDirectory,
         if (it != tabTarget.end() && std::ranges::none_of(tabStopped, bEnds)) {
             rclFindings.Add(
                 eSEVERITY::Error, "busy",
-                csFindingText(TEXTE_CHECK_INSTANCE, BUSY, csQuoted(it->second), std::to_wstring(rst.nProcess),
-                              csQuoted(csProcessName(rst.nProcess))));
+                csFormatLine(TEXTE_CHECK_INSTANCE, BUSY, csQuoted(it->second), std::to_wstring(rst.nProcess),
+                             csQuoted(csProcessName(rst.nProcess))));
         }
     }
 }

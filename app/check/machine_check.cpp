@@ -13,6 +13,7 @@
 #include "app/unattended/orders.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/text.h"
 #include "services/service_command.h"
 #include "services/service_manager.h"
 #include "services/systemctl.h"
@@ -40,7 +41,7 @@ bool bOnPath(std::string_view svTool) {
 void CheckMachine(int nOperation, CFindings& rclFindings) {
     const auto Tell = [&rclFindings](eSEVERITY eSeverity, const char* pszCode, int nText,
                                      const CTString& csWhat = {}) {
-        rclFindings.Add(eSeverity, pszCode, csFindingText(TEXTE_CHECK_MACHINE, nText, csWhat));
+        rclFindings.Add(eSeverity, pszCode, csFormatLine(TEXTE_CHECK_MACHINE, nText, csWhat));
     };
     if (::geteuid() != 0) {
         rclFindings.Add(eSEVERITY::Error, "not-root", csInOneLine(csLoadText(TEXTE_PAS_ROOT)));

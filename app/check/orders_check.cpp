@@ -16,6 +16,7 @@
 #include "framework/profile_file.h"
 #include "framework/profile_line.h"
 #include "framework/profile_reader.h"
+#include "framework/text.h"
 #include "services/service_manager.h"
 
 namespace kalmo {
@@ -44,10 +45,7 @@ enum eVALEUR : int {
     NUMBER_CUT,
     OPERATION_MISSING,
     OPERATION_UNKNOWN,
-    MISSING,
-    TOO_LONG,
-    NOT_ABSOLUTE,
-    BAD_PORT
+    BAD_PORT = OPERATION_UNKNOWN + 4  // behind the lines of STOrdersFault
 };
 
 std::wstring_view svCutEnd(std::wstring_view sv) {
@@ -89,7 +87,7 @@ class COrdersCheck {
 
     void Check() {
         if (m_svBytes.find_first_not_of(" \t\r\n") == std::string_view::npos) {
-            __Add(eSEVERITY::Error, "empty", csFindingText(TEXTE_CHECK_FICHIER, EMPTY));
+            __Add(eSEVERITY::Error, "empty", csFormatLine(TEXTE_CHECK_FICHIER, EMPTY));
             return;
         }
         if (__bOtherEncoding()) {
@@ -169,7 +167,7 @@ bool COrdersCheck::__bOtherEncoding() {
     const std::string_view svFirst = m_svBytes.substr(0, m_svBytes.find('\n'));
     const bool bHarmless = bUtf8 && svFirst.find_first_of("[=") == std::string_view::npos;
     __Add(bHarmless ? eSEVERITY::Warning : eSEVERITY::Error, "byte-order-mark",
-          csFindingText(TEXTE_CHECK_FICHIER, FOREIGN_MARK, pszMark));
+          csFormatLine(TEXTE_CHECK_FICHIER, FOREIGN_MARK, pszMark));
     return !bUtf8;
 }
 
@@ -196,7 +194,7 @@ void COrdersCheck::__CheckLines() {
 void COrdersCheck::__CheckCharacters(std::wstring_view svLine) {
     const auto Tell = [this](bool* pbTold, eSEVERITY eSeverity, const char* pszCode, int nText) {
         if (!std::exchange(*pbTold, true)) {
-            __Add(eSeverity, pszCode, csFindingText(TEXTE_CHECK_FICHIER, nText, std::to_wstring(m_nLine)));
+            __Add(eSeverity, pszCode, csFormatLine(TEXTE_CHECK_FICHIER, nText, std::to_wstring(m_nLine)));
         }
     };
     if (svLine.ends_with(L"\r\n")) {
@@ -226,7 +224,7 @@ void COrdersCheck::__Section(std::wstring_view svName, bool bHeader) {
         m_ePlace = bAgain ? ePLACE::Repeated : ePLACE::Read;
         if (bAgain) {
             __Add(eSEVERITY::Warning, "repeated-section",
-                  csFindingText(TEXTE_CHECK_SECTION, SECTION_REPEATED, *it));
+                  csFormatLine(TEXTE_CHECK_SECTION, SECTION_REPEATED, *it));
         } else {
             m_tabSection.push_back(*it);
         }
@@ -236,7 +234,7 @@ void COrdersCheck::__Section(std::wstring_view svName, bool bHeader) {
     const CTString* const pcsMeant = pcsNearest(svName, TAB_KNOWN);
     if (pcsMeant == nullptr) {
         __Add(eSEVERITY::Warning, "unknown-section",
-              csFindingText(TEXTE_CHECK_SECTION, SECTION_UNKNOWN, csQuoted(svName)));
+              csFormatLine(TEXTE_CHECK_SECTION, SECTION_UNKNOWN, csQuoted(svName)));
         return;
     }
     std::optional<bool>& rbThere = m_tabSectionThere[pcsMeant == &TAB_KNOWN[0] ? 0 : 1];
@@ -244,7 +242,7 @@ void COrdersCheck::__Section(std::wstring_view svName, bool bHeader) {
         rbThere = __bHasSection(*pcsMeant);
     }
     __Add(*rbThere ? eSEVERITY::Warning : eSEVERITY::Error, "unknown-section",
-          csFindingText(TEXTE_CHECK_SECTION, SECTION_NEAR, csQuoted(svName), *pcsMeant));
+          csFormatLine(TEXTE_CHECK_SECTION, SECTION_NEAR, csQuoted(svName), *pcsMeant));
 }
 
 bool COrdersCheck::__bHasSection(std::wstring_view svSection) {
@@ -279,15 +277,15 @@ void COrdersCheck::__Key(std::wstring_view svLine) {
         } else {
             const bool bSame = *m_tabValue[n] == csValue;
             __Add(bSame ? eSEVERITY::Note : eSEVERITY::Warning, "duplicate-key",
-                  csFindingText(TEXTE_CHECK_CLE, bSame ? KEY_REPEATED : KEY_REPEATED_OTHER,
-                                TAB_KEY[n]->pszKey, csQuoted(csValue), csQuoted(*m_tabValue[n])),
+                  csFormatLine(TEXTE_CHECK_CLE, bSame ? KEY_REPEATED : KEY_REPEATED_OTHER, TAB_KEY[n]->pszKey,
+                               csQuoted(csValue), csQuoted(*m_tabValue[n])),
                   TAB_KEY[n]->pszKey);
         }
         return;
     }
     if (pstElsewhere != nullptr) {
         __Add(__eIfMeant(*pstElsewhere), "misplaced-key",
-              csFindingText(TEXTE_CHECK_CLE, KEY_MISPLACED, pstElsewhere->pszKey, pstElsewhere->pszSection),
+              csFormatLine(TEXTE_CHECK_CLE, KEY_MISPLACED, pstElsewhere->pszKey, pstElsewhere->pszSection),
               pstElsewhere->pszKey);
         return;
     }
@@ -314,18 +312,18 @@ void COrdersCheck::__UnknownKey(std::wstring_view svLine) {
     const eSEVERITY eSeverity = bMeant ? __eIfMeant(**ppstMeant) : eSEVERITY::Warning;
     const wchar_t* const pszKey = bMeant ? (*ppstMeant)->pszKey : nullptr;
     if (!bKey) {
-        __Add(eSeverity, "unread-line", csFindingText(TEXTE_CHECK_CLE, NO_KEY, csQuoted(svName)), pszKey);
+        __Add(eSeverity, "unread-line", csFormatLine(TEXTE_CHECK_CLE, NO_KEY, csQuoted(svName)), pszKey);
     } else if (bMeant) {
-        __Add(eSeverity, "unknown-key", csFindingText(TEXTE_CHECK_CLE, KEY_NEAR, csQuoted(svName), pszKey),
+        __Add(eSeverity, "unknown-key", csFormatLine(TEXTE_CHECK_CLE, KEY_NEAR, csQuoted(svName), pszKey),
               pszKey);
     } else {
-        __Add(eSeverity, "unknown-key", csFindingText(TEXTE_CHECK_CLE, KEY_UNKNOWN, csQuoted(svName)));
+        __Add(eSeverity, "unknown-key", csFormatLine(TEXTE_CHECK_CLE, KEY_UNKNOWN, csQuoted(svName)));
     }
 }
 
 void COrdersCheck::__Value(const STOrdersKey& rst, const CTString& csValue) {
     if (!__bUsed(rst)) {
-        __Add(eSEVERITY::Note, "unused-key", csFindingText(TEXTE_CHECK_CLE, KEY_UNUSED, rst.pszKey),
+        __Add(eSEVERITY::Note, "unused-key", csFormatLine(TEXTE_CHECK_CLE, KEY_UNUSED, rst.pszKey),
               rst.pszKey);
         return;
     }
@@ -344,7 +342,7 @@ void COrdersCheck::__Number(const STOrdersKey& rst, const CTString& csValue) {
     const bool bPort = &rst == &KEY_PORT;
     const auto Tell = [&](eSEVERITY eSeverity, const char* pszCode, int nText) {
         __Add(eSeverity, pszCode,
-              csFindingText(TEXTE_CHECK_VALEUR, nText, rst.pszKey, csQuoted(csValue), csRead), rst.pszKey);
+              csFormatLine(TEXTE_CHECK_VALEUR, nText, rst.pszKey, csQuoted(csValue), csRead), rst.pszKey);
     };
     if (bPort ? !bNumber || nRead < 1 || nRead > MAX_PORT : !__bOrdered()) {
         Tell(eSEVERITY::Error, bPort ? "bad-port" : "no-operation", bPort ? BAD_PORT : OPERATION_UNKNOWN);
@@ -360,7 +358,7 @@ void COrdersCheck::__Text(const STOrdersKey& rst, const CTString& csValue) {
     const std::wstring_view svCut = svCutEnd(svValue);
     const auto Warn = [&](const char* pszCode, int nText) {
         __Add(eSEVERITY::Warning, pszCode,
-              csFindingText(TEXTE_CHECK_VALEUR, nText, rst.pszKey, csQuoted(csValue)), rst.pszKey);
+              csFormatLine(TEXTE_CHECK_VALEUR, nText, rst.pszKey, csQuoted(csValue)), rst.pszKey);
     };
     if (svCut.size() > 1 && svCut.front() == svCut.back() && (svCut[0] == L'"' || svCut[0] == L'\'')) {
         Warn("quotes", QUOTES);
@@ -375,21 +373,14 @@ void COrdersCheck::__Text(const STOrdersKey& rst, const CTString& csValue) {
 // What is missing, and what the run itself would refuse.
 void COrdersCheck::__CheckWhole() {
     if (!m_bOperation) {
-        __Add(eSEVERITY::Error, "no-operation", csFindingText(TEXTE_CHECK_VALEUR, OPERATION_MISSING),
+        __Add(eSEVERITY::Error, "no-operation", csFormatLine(TEXTE_CHECK_VALEUR, OPERATION_MISSING),
               KEY_OPERATION.pszKey);
     }
     STOrders stOrders;
     CTrace clSilent;
     for (const STOrdersFault& rst : stOrders.tabTake(m_svBytes, clSilent)) {
-        struct STTold {
-            const char* pszCode;
-            int nText;
-        };
-        static constexpr STTold TAB_TOLD[] = {
-            {"missing-key", MISSING}, {"too-long", TOO_LONG}, {"relative-directory", NOT_ABSOLUTE}};
-        const STTold& rstTold = TAB_TOLD[static_cast<int>(rst.eKind)];
-        __Add(eSEVERITY::Error, rstTold.pszCode, csFindingText(TEXTE_CHECK_VALEUR, rstTold.nText, rst.pszKey),
-              rst.pszKey);
+        static constexpr const char* TAB_CODE[] = {"missing-key", "too-long", "relative-directory"};
+        __Add(eSEVERITY::Error, TAB_CODE[static_cast<int>(rst.eKind)], rst.csText(), rst.pszKey);
     }
     // To systemctl some names are several; elsewhere only a new instance's is judged.
     if (!stOrders.csServer.bEmpty() &&

@@ -11,6 +11,7 @@
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/text.h"
 
 namespace kalmo {
 namespace {
@@ -46,7 +47,7 @@ void CheckPayload(CDataExtractor& rclExtractor, const CFSPath& rclDirectory, CFi
     const auto Tell = [&](eSEVERITY eSeverity, const char* pszCode, int nText, const CTString& csName,
                           const CTString& csOther = {}) {
         rclFindings.Add(eSeverity, pszCode,
-                        csFindingText(TEXTE_CHECK_DONNEES, nText, csQuoted(csName), csQuoted(csOther)));
+                        csFormatLine(TEXTE_CHECK_DONNEES, nText, csQuoted(csName), csQuoted(csOther)));
     };
     for (int nRang = 0;
          nRang < static_cast<int>(rclRepertoire.dwTaille()) && rclFindings.tabGet().size() - nBefore < ENOUGH;

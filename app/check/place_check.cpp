@@ -13,6 +13,7 @@
 #include "app/engine/trace.h"
 #include "app/unattended/orders.h"
 #include "framework/disk_file.h"
+#include "framework/text.h"
 
 namespace kalmo {
 namespace {
@@ -57,8 +58,8 @@ void CheckPort(int nPort, CServiceList& rtabServer, CFindings& rclFindings) {
         const int nProcess = *ullInode == 0 ? 0 : nSocketHolder(*ullInode);
         rclFindings.Add(
             eSEVERITY::Error, "port-listened",
-            csFindingText(TEXTE_CHECK_LIEU, nProcess == 0 ? LISTENED : LISTENED_BY, std::to_wstring(nPort),
-                          std::to_wstring(nProcess), csQuoted(csProcessName(nProcess))),
+            csFormatLine(TEXTE_CHECK_LIEU, nProcess == 0 ? LISTENED : LISTENED_BY, std::to_wstring(nPort),
+                         std::to_wstring(nProcess), csQuoted(csProcessName(nProcess))),
             KEY_PORT.pszKey);
     }
 }
@@ -70,12 +71,12 @@ void CheckPlace(const STOrders& rstOrders, const CTString& csService, CServiceLi
     const CFSPath& rclDir = rstOrders.clInstallDir;
     if (bUnitMasked(csService)) {
         rclFindings.Add(eSEVERITY::Error, "name-masked",
-                        csFindingText(TEXTE_CHECK_LIEU, NAME_MASKED, csQuoted(csService)), KEY_SERVER.pszKey);
+                        csFormatLine(TEXTE_CHECK_LIEU, NAME_MASKED, csQuoted(csService)), KEY_SERVER.pszKey);
     }
     if (CService* const pclOther = pclCheckPathConflict(rtabServer, rclDir.pszGet()); pclOther != nullptr) {
         rclFindings.Add(eSEVERITY::Error, "directory-taken",
-                        csFindingText(TEXTE_CHECK_LIEU, DIRECTORY_TAKEN, csQuoted(rclDir.csGet()),
-                                      csQuoted(csGetDisplayName(*pclOther))),
+                        csFormatLine(TEXTE_CHECK_LIEU, DIRECTORY_TAKEN, csQuoted(rclDir.csGet()),
+                                     csQuoted(csGetDisplayName(*pclOther))),
                         KEY_DIRECTORY.pszKey);
     } else if (const CRefusal clRefusal = clRefuseDirectory(rclDir, rtabServer)) {
         rclFindings.Add(eSEVERITY::Error, clRefusal->pszCode, csInOneLine(clRefusal->csShown),

@@ -25,6 +25,7 @@
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/text.h"
 
 namespace kalmo {
 namespace {
@@ -110,7 +111,7 @@ class CRoomCheck {
   private:
     template <class... TArg>
     void __Tell(const char* pszCode, int nText, const TArg&... arg) {
-        m_rclFindings.Add(eSEVERITY::Error, pszCode, csFindingText(TEXTE_CHECK_PLACE, nText, arg...));
+        m_rclFindings.Add(eSEVERITY::Error, pszCode, csFormatLine(TEXTE_CHECK_PLACE, nText, arg...));
     }
     STVolume* __pstVolume(const std::string& csPath, dev_t unDevice);
     void __JudgeVolume(const STVolume& rst);

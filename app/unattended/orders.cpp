@@ -6,12 +6,14 @@
 #include <utility>
 
 #include "app/config/server_config.h"
+#include "app/engine/run_view.h"
 #include "app/engine/trace.h"
 #include "framework/disk_file.h"
 #include "framework/memory_stream.h"
 #include "framework/profile.h"
 #include "framework/profile_file.h"
 #include "framework/profile_line.h"
+#include "framework/text.h"
 
 namespace kalmo {
 namespace {
@@ -58,7 +60,20 @@ const wchar_t* pszFault(STOrdersFault::eKIND eKind) {
     }
 }
 
+// Told to the trace already. False.
+bool bTellUnreadable(const CTString& csPath, int nError, CTrace& rclTrace) {
+    constexpr int UNREADABLE = 0;
+    rclTrace.rclGetView().ShowError(
+        csFormatLine(TEXTE_CONTROLE_PHRASE, UNREADABLE, csPath, csReason(nError)));
+    return false;
+}
+
 }  // namespace
+
+CTString STOrdersFault::csText() const {
+    constexpr int FIRST_LINE = 6;  // behind what else is told of a value
+    return csFormatLine(TEXTE_CHECK_VALEUR, FIRST_LINE + static_cast<int>(eKind), CTString(pszKey));
+}
 
 const wchar_t* pszForeignMark(std::string_view svBytes) {
     using namespace std::string_view_literals;
@@ -77,13 +92,16 @@ bool STOrders::bLoad(const CTString& csPath, CTrace& rclTrace, std::string* pcsB
     const CTString csWhat = L"parameter file " + csQuoted(csPath);
     CPathBuffer szPath;
     if (!__PrivateProfilePatchName(csPath.pszGet(), szPath) || !CDiskFile::bFileExists(szPath)) {
-        return bFail(rclTrace, csWhat, CDiskFile::bDirectoryExists(szPath) ? L"a directory" : L"not found");
+        const bool bDirectory = CDiskFile::bDirectoryExists(szPath);
+        bFail(rclTrace, csWhat, bDirectory ? L"a directory" : L"not found");
+        return bTellUnreadable(csPath, bDirectory ? EISDIR : ENOENT, rclTrace);
     }
     const int nError = nOutcome(CDiskFile::bLoad(szPath, MAX_FILE, pcsBytes));
     if (nError != 0) {
         rclTrace.Outcome(L"read " + csWhat, nError);
+        return bTellUnreadable(csPath, nError == NO_REASON ? EIO : nError, rclTrace);
     }
-    return nError == 0;
+    return true;
 }
 
 bool STOrders::bRead(const CTString& csPath, CTrace& rclTrace) {
@@ -93,7 +111,11 @@ bool STOrders::bRead(const CTString& csPath, CTrace& rclTrace) {
         return false;
     }
     const std::vector<STOrdersFault> tabFault = tabTake(csBytes, rclTrace);
-    return tabFault.empty() || bFail(rclTrace, tabFault[0].pszKey, pszFault(tabFault[0].eKind));
+    if (tabFault.empty()) {
+        return true;
+    }
+    rclTrace.rclGetView().ShowError(tabFault[0].csText());
+    return bFail(rclTrace, tabFault[0].pszKey, pszFault(tabFault[0].eKind));
 }
 
 std::vector<STOrdersFault> STOrders::tabTake(std::string_view svBytes, CTrace& rclTrace) {

@@ -33,6 +33,9 @@ struct STOrdersFault {
 
     const wchar_t* pszKey;
     eKIND eKind;
+
+    /// The same for people, in their language.
+    [[nodiscard]] CTString csText() const;
 };
 
 /// The mark of an encoding that profile files are not read in, at the start of a file; null when there is
@@ -66,7 +69,8 @@ struct STOrders {
     /// nothing is told too, and is a success.
     bool bRead(const CTString& csPath, CTrace& rclTrace);
 
-    /// The two halves of it. First the file's bytes; false, and told, when they cannot be had.
+    /// The two halves of it. First the file's bytes; false, and told, to the view of the run as well, when
+    /// they cannot be had.
     static bool bLoad(const CTString& csPath, CTrace& rclTrace, std::string* pcsBytes);
     /// Then the orders in them, and all that keeps their operation from being begun, in the order in which
     /// it counts; not told. With none, the rest is as above.

@@ -61,7 +61,7 @@ class Tree:
         """Copies, configures and builds; what a mutant makes the compiler warn of is no error."""
         self.copy()
         code, said = self.call(
-            "cmake", "-GNinja", "-S", str(self.source), "-B", str(self.build), "-DCMAKE_BUILD_TYPE=",
+            "cmake", "-GNinja", "-S", str(self.source), "-B", str(self.build), "-DCMAKE_BUILD_TYPE=", "-DKALMO_TESTS=ON",
             "-DCMAKE_CXX_FLAGS=-O0 -D_GLIBCXX_ASSERTIONS",
             "-DCMAKE_CXX_COMPILE_OBJECT=<CMAKE_CXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -w -o <OBJECT> -c <SOURCE>",
             *(["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld"] if shutil.which("ld.lld") else []))

@@ -67,8 +67,9 @@ test_status_and_streams() {
 test_enter() {
     local kind tool ready
     for kind in systemd sysv; do
+        : >"$work/ready"
         # shellcheck disable=SC2094 # the machine writes once, and is read until it has
-        "$machine" "$kind" --timeout 60 -- sh -c 'echo kept >/srv/kept; echo ready; exec sleep infinity' >"$work/ready" &
+        "$machine" "$kind" --timeout 60 -- sh -c 'echo kept >/srv/kept; echo ready; exec sleep infinity' >>"$work/ready" &
         tool=$!
         until ready=$(<"$work/ready") && [[ -n $ready || ! -d /proc/$tool ]]; do sleep 0.05; done
         check "$kind: entered" "kept $kind in"$'\n7' "$("$machine" enter "$tool" -- \

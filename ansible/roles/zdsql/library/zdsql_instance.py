@@ -244,9 +244,12 @@ class Instance:
             if result["changed"] is False and before is None:
                 self.forget()
             raise Trouble("%s of %s failed: %s: %s" % (operation, self.name, result["step"], result["reason"]), **told)
-        self.forget()
         self.look()
-        if operation != "uninstall" and self.now and self.now["version"] != result["version"]:
+        if (self.now is None) != (operation == "uninstall"):
+            raise Trouble("%s of %s is told to be done, and it is %s" % (
+                operation, self.name, "not there" if self.now is None else "still there"), **told)
+        self.forget()
+        if self.now and self.now["version"] != result["version"]:
             self.module.warn("%s tells version %s after the %s, and kalmoinstall %s: \"latest\" will upgrade it each time" % (
                 self.name, self.now["version"], operation, result["version"]))
         return dict(told, instance=self.now, ansible_facts={"zdsql_instances": self.found["instances"]})

@@ -16,7 +16,7 @@ using CJson = nlohmann::ordered_json;
 CJson clJsonText(const CTString& cs);
 
 /// The text of a value in UTF-8, indented by two, with a line feed at its end. What is no UTF-8 becomes
-/// U+FFFD.
+/// U+FFFD, control characters are written as escapes: a terminal may be what reads it.
 std::string csJsonDump(const CJson& rcl);
 
 }  // namespace kalmo

@@ -107,16 +107,23 @@ std::vector<CTString> tabReadUnitNames(std::string_view svOutput, std::wstring_v
     return tabName;
 }
 
-std::vector<CTString> tabReadUnitIds(std::string_view svOutput) {
-    static constexpr std::wstring_view SV_ID = L"Id=";
-    std::vector<CTString> tabId;
+std::vector<CTString> tabReadValues(std::string_view svOutput, std::wstring_view svProperty) {
+    std::vector<CTString> tabValue;
     const CTString csText = csFromUTF8(svOutput);
     for (std::wstring_view svText = csText; !svText.empty();) {
         const std::wstring_view svLine = svTakeLine(&svText);
-        if (svLine.starts_with(SV_ID) && svLine.ends_with(SV_UNIT_SUFFIX)) {
-            tabId.emplace_back(
-                svLine.substr(SV_ID.size(), svLine.size() - SV_ID.size() - SV_UNIT_SUFFIX.size()));
+        if (svLine.starts_with(svProperty) && svLine.substr(svProperty.size()).starts_with(L'=')) {
+            tabValue.emplace_back(svLine.substr(svProperty.size() + 1));
         }
+    }
+    return tabValue;
+}
+
+std::vector<CTString> tabReadUnitIds(std::string_view svOutput) {
+    std::vector<CTString> tabId = tabReadValues(svOutput, L"Id");
+    std::erase_if(tabId, [](const CTString& rcs) { return !rcs.svGet().ends_with(SV_UNIT_SUFFIX); });
+    for (CTString& rcs : tabId) {
+        rcs.Truncate(rcs.nGetLength() - SV_UNIT_SUFFIX.size());
     }
     return tabId;
 }

@@ -41,6 +41,9 @@ eSERVICESTATUS eReadActiveState(std::wstring_view svState);
 /// counts.
 std::vector<CTString> tabReadUnitNames(std::string_view svOutput, std::wstring_view svPrefix);
 
+/// The values of the lines "svProperty=value", one for each unit that "systemctl show" was asked about.
+std::vector<CTString> tabReadValues(std::string_view svOutput, std::wstring_view svProperty);
+
 /// The units' own names in the output of "systemctl show --property=Id" for some names, aliases among them.
 std::vector<CTString> tabReadUnitIds(std::string_view svOutput);
 

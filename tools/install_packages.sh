@@ -45,6 +45,7 @@ CHECKERS=(
     mandoc                     # the manual pages: their language, and what the tests hold against the program
     lintian                    # reads the .deb
     git                        # lists the files that the checks look at
+    python3-jsonschema         # holds what programs are told against docs/schema.json
 )
 FLEET=(                        # ansible/, and its tests
     ansible-core               # the oldest release that the role is for

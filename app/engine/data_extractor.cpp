@@ -51,17 +51,17 @@ bool CDataExtractor::bInit() {
     CPathBuffer szProgram;
     CFSPath clPath;
     if (!GetModuleFileNameW(szProgram) || !clPath.bSet(szProgram)) {
-        m_rclTrace.Step(L"find the installer's own path", L"failed (too long?)");
+        m_rclTrace.Failed(L"find the installer's own path", L"too long?");
         return false;
     }
     clPath.KeepDirectory();
     if (!clPath.bAppend(L"kalmoinstall", L"zip")) {
-        m_rclTrace.Step(L"find the payload", L"failed (path too long)");
+        m_rclTrace.Failed(L"find the payload", L"path too long");
         return false;
     }
     m_clArchivePath = clPath;
     if (eMotDePasse(csGetArchivePassword().pszGet()) != ARCHIVE_OK) {
-        m_rclTrace.Step(L"set the archive password", L"failed");
+        m_rclTrace.Outcome(L"set the archive password", NO_REASON);
         return false;
     }
     const CTString csWhat = L"open payload " + m_clArchivePath.csGet();
@@ -72,7 +72,7 @@ bool CDataExtractor::bInit() {
     } else if (eCode == ARCHIVE_NOT_FOUND) {
         m_rclTrace.Outcome(csWhat, nError);
     } else {
-        m_rclTrace.Step(csWhat, L"failed: " + csGetDefaut());
+        m_rclTrace.Failed(csWhat, csGetDefaut());
     }
     return eCode == ARCHIVE_OK;
 }
@@ -89,7 +89,7 @@ bool CDataExtractor::bUpgrade(const wchar_t* pszDir, IUpgradeProgress* pclProgre
 }
 
 bool CDataExtractor::bSync(const wchar_t* pszDir) {
-    const int nError = nOutcome(CDiskFile::bSyncFileSystem(pszDir));
+    const int nError = m_rclTrace.bMayChange() ? nOutcome(CDiskFile::bSyncFileSystem(pszDir)) : 0;
     m_rclTrace.Outcome(L"put on the disk what is in " + CTString(pszDir), nError);
     if (nError != 0) {
         errno = nError == NO_REASON ? 0 : nError;
@@ -177,7 +177,7 @@ void CDataExtractor::_ShowError(const CXError* pclError) {
 
 void CDataExtractor::_ProcessZipError(int nCode, std::wstring_view svName, std::wstring_view svPath) {
     const int nSystemError = errno;
-    m_rclTrace.Step(L"install " + CTString(svName), L"failed, result " + std::to_wstring(nCode));
+    m_rclTrace.Told(L"install " + CTString(svName), L"failed, result " + std::to_wstring(nCode), true);
     const bool bPayload = nCode == ARCHIVE_BAD || nCode == ARCHIVE_PASSWORD || nCode == ARCHIVE_DATA;
     if (const CTString csFault = csGetDefaut(); bPayload && !csFault.bEmpty()) {
         m_rclTrace.Step(L"payload", csFault);

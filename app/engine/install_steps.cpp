@@ -29,7 +29,7 @@ CTString csHeld(const wchar_t* pszConfPath, const wchar_t* pszKey) {
 }  // namespace
 
 bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclError) {
-    const bool bCreated = CDiskFile::bCreateDirectory(svDir, pclError);
+    const bool bCreated = !rclTrace.bMayChange() || CDiskFile::bCreateDirectory(svDir, pclError);
     const CTString csWhat = L"create directory " + CTString(svDir);
     if (bCreated) {
         rclTrace.Step(csWhat, L"ok");
@@ -41,6 +41,11 @@ bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclErr
 
 bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot, const CTString& csPort,
                             const CTString& csName, CTrace& rclTrace) {
+    const CTString csWhat = L"configuration " + CTString(pszConfPath);
+    if (!rclTrace.bMayChange()) {
+        rclTrace.Outcome(csWhat, 0);
+        return true;
+    }
     struct STKey {
         const wchar_t* pszKey;
         bool (*pfnWrite)(const wchar_t* pszConfPath, const wchar_t* pszValue);
@@ -68,7 +73,7 @@ bool bWriteNewConfiguration(const wchar_t* pszConfPath, const wchar_t* pszDbRoot
         bWritten = bWritten && bHolds;
         bOfAnother = bOfAnother || (!tabWrote[n] && !bHolds && !csNow.bEmpty());
     }
-    rclTrace.Outcome(L"configuration " + CTString(pszConfPath), bWritten ? 0 : nFailure(nError));
+    rclTrace.Outcome(csWhat, bWritten ? 0 : nFailure(nError));
     errno = nError;
     return !bOfAnother;
 }
@@ -90,7 +95,7 @@ int nRunServerProgram(const CFSPath& rclDir, std::string_view svShown, std::stri
 
 bool bCreateSystemAccount(const CTString& csUser, CTrace& rclTrace) {
     if (csUser.svGet().starts_with(L'-')) {
-        rclTrace.Step(L"create account " + csUser, L"failed: useradd would take it for an option");
+        rclTrace.Failed(L"create account " + csUser, L"useradd would take it for an option");
         return false;
     }
     const std::string csWord = csShellWord(csToUTF8(csUser));

@@ -187,7 +187,7 @@ CRefusal clRefuseName(const CTString& csName) {
 }
 
 bool bTellRefusal(std::wstring_view svWhat, const STRefusal& rst, CTrace& rclTrace) {
-    rclTrace.Step(svWhat, L"failed: " + rst.csTraced);
+    rclTrace.Failed(svWhat, rst.csTraced);
     rclTrace.rclGetView().ShowError(rst.csShown);
     return false;
 }

@@ -31,7 +31,7 @@ bool CRunLock::bTake(CTrace& rclTrace) {
         return false;
     }
     if (!bMine) {
-        rclTrace.Outcome(PSZ_STEP, nOutcome(false));
+        rclTrace.Note(PSZ_STEP, nOutcome(false));
     }
     return true;
 }
@@ -41,7 +41,7 @@ bool CRunLock::bWait(CTrace& rclTrace) {
     bool bTold = false;
     while (!bTake(rclTrace)) {
         if (std::chrono::steady_clock::now() - clStart > LONGEST_WAIT) {
-            rclTrace.Step(PSZ_STEP, L"failed: another installer has it for ten minutes");
+            rclTrace.Failed(PSZ_STEP, L"another installer has it for ten minutes");
             return false;
         }
         if (!bTold) {

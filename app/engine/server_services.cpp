@@ -40,7 +40,7 @@ void InitServices(CServiceManager& rclManager, CTrace& rclTrace) {
     rclManager.bInit(nullptr, 0);
     rclTrace.Step(L"init system", pszInitSystem());
     if (CServiceManager::ms_eDistri != eSystemd && CDiskFile::bFileExists(PSZ_SYSTEMCTL)) {
-        rclTrace.Outcome(L"ask systemctl", nFailure(CServiceManager::nGetSystemctlError()));
+        rclTrace.Note(L"ask systemctl", nFailure(CServiceManager::nGetSystemctlError()));
     }
 }
 
@@ -92,7 +92,7 @@ bool bRunning(CService& rclService, CTrace& rclTrace) {
 
 bool bStopService(CService& rclService, CTrace& rclTrace) {
     errno = 0;
-    const int nError = nOutcome(rclService.bStop());
+    const int nError = rclTrace.bMayChange() ? nOutcome(rclService.bStop()) : 0;
     rclTrace.Outcome(L"stop " + CTString(rclService.pszGetName()), nError);
     rclTrace.rclGetView().Repaint();
     return nError == 0;
@@ -100,7 +100,7 @@ bool bStopService(CService& rclService, CTrace& rclTrace) {
 
 void StartService(CService& rclService, CTrace& rclTrace) {
     errno = 0;
-    const int nError = nOutcome(rclService.bStart(nullptr));
+    const int nError = rclTrace.bMayChange() ? nOutcome(rclService.bStart(nullptr)) : 0;
     rclTrace.Outcome(L"start " + CTString(rclService.pszGetName()), nError);
     rclTrace.rclGetView().Repaint();
 }

@@ -49,18 +49,12 @@ std::wstring csEscaped(wchar_t c) {
     return szCode.data();
 }
 
-// A line stays a line whatever a file name or a message holds.
-CXYString<char> csOneLine(std::wstring_view sv) {
-    sv = sv.substr(0, sv.find_last_not_of(L"\r\n") + 1);
-    std::wstring cs;
-    for (std::size_t n = 0; n < sv.size(); ++n) {
-        if (sv[n] == L'\n') {
-            cs += L" | ";
-        } else if (sv.substr(n, 2) != L"\r\n") {
-            cs += bControl(sv[n]) ? csEscaped(sv[n]) : std::wstring(1, sv[n]);
-        }
+CTString csOutcome(int nError) {
+    switch (nError) {
+        case 0: return CTString(L"ok");
+        case NO_REASON: return CTString(L"failed");
+        default: return L"failed (" + csReason(nError) + L")";
     }
-    return csToUTF8(cs);
 }
 
 // The view of a run that nobody watches.
@@ -76,6 +70,19 @@ class CNoView final : public IRunView {
 
 CTString csReason(int nErrno) {
     return csFromUTF8(std::strerror(nErrno));
+}
+
+CTString csOneLine(std::wstring_view sv) {
+    sv = sv.substr(0, sv.find_last_not_of(L"\r\n") + 1);
+    std::wstring cs;
+    for (std::size_t n = 0; n < sv.size(); ++n) {
+        if (sv[n] == L'\n') {
+            cs += L" | ";
+        } else if (sv.substr(n, 2) != L"\r\n") {
+            cs += bControl(sv[n]) ? csEscaped(sv[n]) : std::wstring(1, sv[n]);
+        }
+    }
+    return cs;
 }
 
 CTString csQuoted(std::wstring_view svValue) {
@@ -104,32 +111,51 @@ bool CTrace::bOpen(std::wstring_view svPath) {
     return true;
 }
 
-void CTrace::Step(std::wstring_view svWhat, std::wstring_view svResult) {
+void CTrace::__Tell(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) {
+    if (m_pclListener == nullptr && !m_clFd.bValid()) {
+        return;
+    }
+    const CTString csWhat = csOneLine(svWhat);
+    const CTString csResult = csOneLine(svResult);
+    if (m_pclListener != nullptr) {
+        m_pclListener->StepTold(csWhat, csResult, bFailed);
+    }
     if (!m_clFd.bValid()) {
         return;
     }
-    const std::string csLine =
-        csNow() + "  " + csOneLine(svWhat).pszGet() + ": " + csOneLine(svResult).pszGet() + "\n";
+    const std::string csLine = csNow() + "  " + csToUTF8(csWhat + L": " + csResult).pszGet() + "\n";
     // One write a line, so that the lines of two runs do not mix; a full disk must not stop the work.
     const ssize_t nWritten = ::write(m_clFd.nGet(), csLine.data(), csLine.size());
     static_cast<void>(nWritten);
 }
 
+void CTrace::Step(std::wstring_view svWhat, std::wstring_view svResult) {
+    __Tell(svWhat, svResult, false);
+}
+
+void CTrace::Told(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) {
+    __Tell(svWhat, svResult, bFailed);
+}
+
+void CTrace::Failed(std::wstring_view svWhat, std::wstring_view svWhy) {
+    __Tell(svWhat, L"failed: " + CTString(svWhy), true);
+}
+
 void CTrace::Outcome(std::wstring_view svWhat, int nError) {
-    if (nError == 0) {
-        Step(svWhat, L"ok");
-    } else {
-        Step(svWhat, nError == NO_REASON ? CTString(L"failed") : L"failed (" + csReason(nError) + L")");
-    }
+    __Tell(svWhat, csOutcome(nError), nError != 0);
+}
+
+void CTrace::Note(std::wstring_view svWhat, int nError) {
+    __Tell(svWhat, csOutcome(nError), false);
+}
+
+void CTrace::Error(std::wstring_view svWhat, const CXError& rclError) {
+    __Tell(svWhat, rclError.StringDump(CXError::eXERROR_INFO::All), true);
 }
 
 IRunView& CTrace::rclGetView() const noexcept {
     static CNoView clNone;
     return m_pclView != nullptr ? *m_pclView : clNone;
-}
-
-void CTrace::Error(std::wstring_view svWhat, const CXError& rclError) {
-    Step(svWhat, rclError.StringDump(CXError::eXERROR_INFO::All));
 }
 
 }  // namespace kalmo

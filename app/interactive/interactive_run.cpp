@@ -37,7 +37,7 @@ bool bAnythingToUpgrade(CServiceList& rtabServer) {
 bool bAlone(CRunLock& rclLock, CTrace& rclTrace) {
     const bool bMine = rclLock.bTake(rclTrace);
     if (!bMine) {
-        rclTrace.Step(L"have the machine alone", L"failed: another installer works on it");
+        rclTrace.Failed(L"have the machine alone", L"another installer works on it");
         ShowErrorBox(csLoadText(TEXTE_AUTRE_INSTALLATEUR));
     }
     return bMine;
@@ -79,7 +79,7 @@ void RefuseTerminal(const STTerminal& rst, CTrace& rclTrace) {
         csReason = L"no cursor on the terminal " + csTerminalName(rst);
         csText = csFormatText(TEXTE_TERMINAL_SANS_CURSEUR, csTerminalName(rst));
     }
-    rclTrace.Step(L"open the screen", L"failed: " + csReason);
+    rclTrace.Failed(L"open the screen", csReason);
     ConsoleMessage(csLoadText(TEXTE_ATTENTION), csText);
 }
 

@@ -60,7 +60,7 @@ CTString csNoFolder(const CTemporaryFile& rclFile, CTrace& rclTrace) {
 
 // The payload has no licence text that can be read: the text that tells it.
 CTString csNoLicense(CTrace& rclTrace, std::wstring_view svWhy) {
-    rclTrace.Step(L"read the licence", L"failed: " + CTString(svWhy));
+    rclTrace.Failed(L"read the licence", svWhy);
     return csLoadText(TEXTE_DONNEES);
 }
 

@@ -161,7 +161,7 @@ void ExecuteInstallServer(CDataExtractor* pclExtractor, const wchar_t* pszDir, C
         bStopService(*pclManagerHere, rclTrace);
     }
     const bool bInstalled = pclExtractor->bInstall(pszDir, PSZ_DB_ROOT, rstParam, &clProgress);
-    rclTrace.Step(L"install", bInstalled ? L"ok" : L"failed");
+    rclTrace.Outcome(L"install", bInstalled ? 0 : NO_REASON);
     if (pclManagerHere != nullptr) {
         StartService(*pclManagerHere, rclTrace);
     }

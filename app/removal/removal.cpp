@@ -1,11 +1,15 @@
 #include "app/removal/removal.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 
 #include "app/config/server_config.h"
 #include "app/engine/refusal.h"
 #include "app/engine/trace.h"
+#include "app/engine/traced_command.h"
+#include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/errno_kept.h"
 #include "framework/file_search.h"
@@ -17,8 +21,13 @@
 
 namespace kalmo {
 
+bool bThere(const CTString& csPath) {
+    struct stat st {};
+    return ::lstat(csToUTF8(csPath).pszGet(), &st) == 0 || errno != ENOENT;
+}
+
 bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError) {
-    const bool bDeleted = CDiskFile::bDelete(csPath, pclError);
+    const bool bDeleted = !rclTrace.bMayChange() || CDiskFile::bDelete(csPath, pclError);
     const CErrnoKept clKept;
     if (bDeleted) {
         rclTrace.Step(L"delete " + csPath, L"ok");
@@ -44,7 +53,12 @@ bool bRemoveService(CService& rclService, CTrace& rclTrace, int* pnStays) {
     const CTString csName(rclService.pszGetName());
     int nStays = 0;
     errno = 0;
-    const bool bRemoved = rclService.bRemove(&nStays);
+    bool bRemoved = true;
+    if (rclTrace.bMayChange()) {
+        bRemoved = rclService.bRemove(&nStays);
+    } else if (const CTString csTool = rclService.csRemovalTool(); !csTool.bEmpty()) {
+        rclTrace.Step(csTool, csStatus(0));
+    }
     const CErrnoKept clKept;
     rclTrace.Outcome(L"unregister " + csName, bRemoved ? 0 : nFailure(clKept.nGet()));
     if (bRemoved && nStays != 0) {
@@ -86,7 +100,7 @@ bool CRemoval::bFind() {
                      return CDiskFile::bFileExists(rcsPath);
                  });
     if (!m_bGoingOn) {
-        m_rclTrace.Step(csWhat, L"failed: no such instance");
+        m_rclTrace.Failed(csWhat, L"no such instance");
         return false;
     }
     m_rclTrace.Step(L"unregister " + m_csName, L"done by an earlier run, which did not end; going on");
@@ -98,6 +112,9 @@ bool CRemoval::bFind() {
 // Ends the removal of a service that was killed half-way, before the service is looked up: one whose file is
 // gone is then found no longer.
 void CRemoval::__FinishEarlier(const CTString& csService) {
+    if (!m_rclTrace.bMayChange()) {
+        return;
+    }
     if (CServiceManager::ms_eDistri == eSystemd) {
         bCommandSystemctl(L"daemon-reload");  // it remembers a failed unit whose file is gone
     } else if (m_rclManager.pclGetService(csService.pszGet(), 0) == nullptr) {
@@ -110,9 +127,10 @@ bool CRemoval::bUnregister() {
         return true;
     }
     if (!m_csDirectory.bEmpty()) {
-        const int nError =
-            nOutcome(m_clRecord.bWrite({m_pclService->pszGetName(), m_csProgram, __tabDefinition()}));
-        m_rclTrace.Outcome(L"note the uninstall of " + m_csProgram, nError);
+        const int nError = m_rclTrace.bMayChange() ? nOutcome(m_clRecord.bWrite({m_pclService->pszGetName(),
+                                                                                 m_csProgram, __tabDefinition()}))
+                                                   : 0;
+        m_rclTrace.Note(L"note the uninstall of " + m_csProgram, nError);
     }
     return bRemoveService(*m_pclService, m_rclTrace, &m_nStays);
 }
@@ -135,8 +153,12 @@ std::vector<CTString> CRemoval::__tabDefinition() const {
 }
 
 bool CRemoval::bDelete(const CTString& csPath) {
+    if (m_bGoingOn && !bThere(csPath)) {
+        m_rclTrace.Step(L"delete " + csPath, L"done by an earlier run");
+        return true;
+    }
     CXError clError;
-    return bDeleteFile(csPath, m_rclTrace, &clError) || (m_bGoingOn && errno == ENOENT);
+    return bDeleteFile(csPath, m_rclTrace, &clError);
 }
 
 bool CRemoval::bDirectoryLost() const {
@@ -145,7 +167,8 @@ bool CRemoval::bDirectoryLost() const {
 
 void CRemoval::Finish() {
     if (m_nStays == 0) {
-        m_rclTrace.Outcome(L"forget the note of the uninstall", nOutcome(m_clRecord.bDiscard()));
+        const int nError = m_rclTrace.bMayChange() ? nOutcome(m_clRecord.bDiscard()) : 0;
+        m_rclTrace.Note(L"forget the note of the uninstall", nError);
     }
 }
 

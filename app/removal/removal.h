@@ -15,6 +15,9 @@ class CServiceManager;
 class CTrace;
 class CXError;
 
+/// Whether something has that path, a link that leads nowhere included.
+bool bThere(const CTString& csPath);
+
 /// Deletes a file and traces it. A failure fills the error object and leaves its reason in errno.
 bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError);
 

@@ -20,7 +20,7 @@ constexpr std::size_t MAX_FILE = 16U << 20U;  // orders are a few lines
 constexpr std::size_t MAX_SERVER_NAME = 100;
 
 bool bFail(CTrace& rclTrace, std::wstring_view svWhat, std::wstring_view svWhy) {
-    rclTrace.Step(svWhat, L"failed: " + CTString(svWhy));
+    rclTrace.Failed(svWhat, svWhy);
     return false;
 }
 

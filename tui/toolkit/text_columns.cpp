@@ -10,14 +10,6 @@
 namespace kalmo {
 namespace {
 
-// Characters that are not seen themselves: a name could use them to show as another one. Terminals do not
-// agree on their width either.
-bool bInvisible(wchar_t c) {
-    return c == 0xAD || c == 0x61C || (c >= 0x200B && c <= 0x200F) || (c >= 0x202A && c <= 0x202E) ||
-           (c >= 0x2060 && c <= 0x206F) || c == 0x180E || c == 0xFEFF || (c >= 0xFFF9 && c <= 0xFFFB) ||
-           (c >= 0x1BCA0 && c <= 0x1BCA3) || (c >= 0xE0000 && c <= 0xE007F);
-}
-
 bool bSurrogate(wchar_t c) {
     return c >= 0xD800 && c <= 0xDFFF;
 }
@@ -68,6 +60,13 @@ std::size_t nLineLength(std::wstring_view sv, int nMaxWidth) {
 }
 
 }  // namespace
+
+bool bInvisible(wchar_t c) {
+    // Terminals do not agree on their width either.
+    return c == 0xAD || c == 0x61C || (c >= 0x200B && c <= 0x200F) || (c >= 0x202A && c <= 0x202E) ||
+           (c >= 0x2060 && c <= 0x206F) || c == 0x180E || c == 0xFEFF || (c >= 0xFFF9 && c <= 0xFFFB) ||
+           (c >= 0x1BCA0 && c <= 0x1BCA3) || (c >= 0xE0000 && c <= 0xE007F);
+}
 
 wchar_t cDrawable(wchar_t c) {
     if (c >= L' ' && c <= L'~') {

@@ -14,6 +14,10 @@
 /// unseen.
 namespace kalmo {
 
+/// Characters that are not seen themselves, as marks of direction: a name could use them to show as another
+/// one.
+bool bInvisible(wchar_t c);
+
 /// The character as it is drawn: itself or "?".
 wchar_t cDrawable(wchar_t c);
 

@@ -116,6 +116,7 @@ folder=$work/kalmoinstall-$version
 install -D "$program" "$folder/kalmoinstall"
 install -m 644 "$payload" "$folder/kalmoinstall.zip"
 install -D -m 644 -t "$folder/man" "$project"/docs/man/*
+cp -r "$project/ansible" "$folder/ansible"
 install -m 644 "$work/copyright" "$folder/COPYRIGHT"
 notices >"$folder/THIRD-PARTY"
 tar -C "$work" --sort=name --format=gnu --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner \

@@ -116,7 +116,7 @@ def story(fleet, current, following):
                "-e", "zdsql_name=second zdsql_directory='/srv/zd/second one' zdsql_port=4902")
 
     before = fleet.ask_all(NOW)
-    fleet.play("rolling run, check mode", "upgrade", "next", names, None, "--check")
+    fleet.play("check mode of an upgrade", "upgrade_at_once", "next", names, None, "--check")
     check("check mode changes nothing", before, fleet.ask_all(NOW))
     fleet.ask(broken, "mount --bind /srv/zd/first /srv/zd/first && mount -o remount,bind,ro /srv/zd/first")
     fleet.play("rolling run, stopped by the second", "upgrade", "next", names[:1], [broken])
@@ -125,7 +125,7 @@ def story(fleet, current, following):
     fleet.play("rolling run", "upgrade", "next", names[1:])
     check("all are new", [following] * len(names), fleet.versions())
     check("the second instance too", following, fleet.ask(broken, GREETING % 4902).split()[2])
-    told = fleet.play("a downgrade", "upgrade", "current", [], names, "-e", "zdsql_serial=100%", "-e", "zdsql_max_fail=100")
+    fleet.play("a downgrade, at once", "upgrade_at_once", "current", [], names)
     fleet.play("remove", "remove", "next", names)
     check("no process is left", dict.fromkeys(names, ""), fleet.ask_all("pgrep -a 'kalmo|zdlogger'"))
     fleet.play("remove again", "remove", "next", [])

@@ -24,8 +24,9 @@ class Connection(ConnectionBase):
         return self
 
     def __enter(self, arguments, **streams):
+        # As from a login, the caller's environment stays behind.
         return subprocess.run([os.environ["KALMO_MACHINE_TOOL"], "enter", self._play_context.remote_addr, "--"] + arguments,
-                              cwd="/", **streams)
+                              cwd="/", env={"HOME": "/root", "PATH": os.environ["PATH"], "LANG": "C.UTF-8"}, **streams)
 
     def exec_command(self, cmd, in_data=None, sudoable=True):
         super().exec_command(cmd, in_data=in_data, sudoable=sudoable)

@@ -190,6 +190,11 @@ class Instance:
         orders = self.write_orders(operation)
         check = self.installer.check(orders)
         told = {"operation": operation, "check": check}
+        if not check["works"] and self.now is None and operation == "uninstall":
+            # What an earlier run left unfinished was never installed, or is gone since.
+            if not self.module.check_mode:
+                self.forget()
+            return {"changed": False, "operation": "nothing", "instance": None}
         if not check["works"]:
             raise Trouble("%s of %s would not work: %s" % (operation, self.name, " ".join(
                 finding["text"] for finding in check["findings"] if finding["severity"] == "error")), **told)

@@ -26,14 +26,13 @@ run() {
 }
 # step NAME COMMAND...: the next one waits for it.
 step() { run "$@" || failed+=("$1"); }
-# beside NICENESS NAME COMMAND...: goes on beside the steps behind it, until wait_for_beside.
+# beside NAME COMMAND...: goes on beside the steps behind it, until wait_for_beside.
 beside() {
-    (
-        renice -n "$1" -p "$BASHPID" >/dev/null
-        run "${@:2}"
-    ) &
-    jobs_beside[$!]=$2
+    run "$@" &
+    jobs_beside[$!]=$1
 }
+# idly COMMAND...: gets the processors when nobody else wants them.
+idly() { chrt --idle 0 "$@"; }
 declare -A jobs_beside=()
 wait_for_beside() {
     local pid
@@ -102,15 +101,14 @@ whole() {
     step ansible ansible_role
     step manual mandoc -Tlint -Wwarning docs/man/*
     step build-clang build clang
-    # It works for minutes, and leaves the processors to whoever wants them: the tests mostly wait.
-    ! built clang || beside 10 tidy tools/lint.py build/clang "$cores"
+    # It works for minutes, and takes what the builds and the tests, which mostly wait, leave of the processors.
+    ! built clang || beside tidy idly tools/lint.py build/clang "$cores"
     step build-dev build dev
     step build-portable build portable
     step build-release build release payload_current payload_next valgrind_tests
-    ! built portable || beside 0 portable ctest --preset portable -j "$cores"
-    # More of them than there are processors, as they wait for machines. The test runner's own output is shown: its last
-    # lines say how many tests ran.
-    ! built dev || ctest --preset dev -j $((2 * cores)) || failed+=(tests)
+    ! built portable || beside portable ctest --preset portable -j "$cores"
+    # The test runner's own output is shown: its last lines say how many tests ran.
+    ! built dev || ctest --preset dev -j $((cores + 1)) || failed+=(tests)
     ! built release || step valgrind ctest --preset release --no-tests=error -L valgrind
     step demo ./demo.sh --unattended
     wait_for_beside

@@ -22,7 +22,7 @@ void Run(int nArgc, char** ppszArgv) {
         clPilot.Pilot();
         return;
     }
-    RunInteractive(rclTrace);
+    RunInteractive(rclTrace, clPilot.csGetRecordPath());
 }
 
 }  // namespace kalmo

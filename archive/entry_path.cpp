@@ -58,11 +58,14 @@ std::vector<std::wstring_view> tabComponents(std::wstring_view svName) {
     return tab;
 }
 
-// Opens a directory right below another one, which it creates when there is none. Follows no link.
-CUniqueFd clEnterDirectory(const CUniqueFd& rclAbove, const char* pszName) {
+// What becomes of directories that are missing.
+enum class eMISSING { Make, Leave };
+
+// Opens a directory right below another one, which it may create when there is none. Follows no link.
+CUniqueFd clEnterDirectory(const CUniqueFd& rclAbove, const char* pszName, eMISSING eMissing) {
     constexpr int FLAGS = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     CUniqueFd clFd(::openat(rclAbove.nGet(), pszName, FLAGS));
-    if (clFd.bValid() || errno != ENOENT) {
+    if (clFd.bValid() || errno != ENOENT || eMissing == eMISSING::Leave) {
         return clFd;
     }
     const bool bCreated = ::mkdirat(rclAbove.nGet(), pszName, MODE_REPERTOIRE) == 0;
@@ -76,7 +79,8 @@ CUniqueFd clEnterDirectory(const CUniqueFd& rclAbove, const char* pszName) {
     return clFd;
 }
 
-bool bMakeDirectories(std::wstring_view svRoot, std::span<const std::wstring_view> tabName) {
+bool bEnterDirectories(std::wstring_view svRoot, std::span<const std::wstring_view> tabName,
+                       eMISSING eMissing) {
     if (tabName.empty()) {
         return true;
     }
@@ -86,14 +90,13 @@ bool bMakeDirectories(std::wstring_view svRoot, std::span<const std::wstring_vie
         if (!clFd.bValid()) {
             break;
         }
-        clFd = clEnterDirectory(clFd, csToUTF8(svName).pszGet());
+        clFd = clEnterDirectory(clFd, csToUTF8(svName).pszGet(), eMissing);
     }
-    return clFd.bValid();
+    return clFd.bValid() || (eMissing == eMISSING::Leave && errno == ENOENT);
 }
 
-}  // namespace
-
-eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut) try {
+eARCHIVE eJugeChemin(std::wstring_view svRoot, std::wstring_view svEntryName, eMISSING eMissing,
+                     CFSPath* pclOut) try {
     const CMemoryScope clScope;
     *pclOut = CFSPath();
     const std::vector<std::wstring_view> tabName = tabComponents(svEntryName);
@@ -112,14 +115,24 @@ eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, 
         errno = ENAMETOOLONG;
         return ARCHIVE_CREATE;
     }
-    if (!bMakeDirectories(clPath.svGet().substr(0, svRoot.size()),
-                          std::span(tabName).first(tabName.size() - 1))) {
+    if (!bEnterDirectories(clPath.svGet().substr(0, svRoot.size()),
+                           std::span(tabName).first(tabName.size() - 1), eMissing)) {
         return ARCHIVE_CREATE;
     }
     *pclOut = clPath;
     return ARCHIVE_OK;
 } catch (const std::exception&) {
     return NoMemory(ARCHIVE_CREATE);
+}
+
+}  // namespace
+
+eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut) {
+    return eJugeChemin(svRoot, svEntryName, eMISSING::Make, pclOut);
+}
+
+eARCHIVE eVerifieChemin(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut) {
+    return eJugeChemin(svRoot, svEntryName, eMISSING::Leave, pclOut);
 }
 
 }  // namespace kalmo

@@ -44,6 +44,10 @@ CTString csWithSlashes(CTString csName);
 /// *pclOut is the path to extract to; empty unless the result is ARCHIVE_OK.
 eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut);
 
+/// The same judgement, which makes nothing: directories that are missing, the given one among them, are no
+/// failure, since they can be made.
+eARCHIVE eVerifieChemin(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut);
+
 }  // namespace kalmo
 
 #endif

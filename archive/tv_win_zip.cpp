@@ -147,7 +147,7 @@ eARCHIVE CTVWinZip::__eOuvreEntree() {
     }
 }
 
-eARCHIVE CTVWinZip::__eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDestination) {
+eARCHIVE CTVWinZip::__eCopieEntree(const CRepEntree& rclEntree, IXStream* pclDestination) {
     std::array<unsigned char, TAILLE_PIECE> tabPiece;  // filled before it is read
     std::uint64_t u64Written = 0;
     eARCHIVE eResult = ARCHIVE_OK;
@@ -155,7 +155,8 @@ eARCHIVE CTVWinZip::__eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDes
     do {
         if (!m_clZip.bReadCurrentFileInZip(tabPiece.data(), tabPiece.size(), &nRead)) {
             eResult = ARCHIVE_DATA;
-        } else if (nRead > 0 && !rclDestination.bWrite(tabPiece.data(), nRead)) {
+        } else if (nRead > 0 && pclDestination != nullptr &&
+                   !pclDestination->bWrite(tabPiece.data(), nRead)) {
             eResult = errno == ENOSPC ? ARCHIVE_DISK_FULL : ARCHIVE_WRITE;
         } else {
             u64Written += nRead;
@@ -221,7 +222,7 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
     }
     // A new file costs, from here on, its writes, one call for its time, one for its permissions and the
     // close.
-    eARCHIVE eResult = bVide ? ARCHIVE_OK : __eCopieEntree(rclEntree, clFile);
+    eARCHIVE eResult = bVide ? ARCHIVE_OK : __eCopieEntree(rclEntree, &clFile);
     if (eResult == ARCHIVE_OK) {
         clFile.bSetTime(__nTime(rclEntree));  // not every file system keeps it
         _bTermine(clFile, __unPermission(rclEntree));
@@ -237,20 +238,19 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
     return eResult;
 }
 
-eARCHIVE CTVWinZip::__eExtraitVersMemoire(const CRepEntree& rclEntree, CTLBIN* ptabOut) {
+eARCHIVE CTVWinZip::__eLitEntree(const CRepEntree& rclEntree, IXStream* pclDestination) {
     if (rclEntree.u64GetTailleOriginale() == 0) {
         return m_clZip.eVerifieVide();
     }
-    eARCHIVE eResult = __eOuvreEntree();
-    if (eResult != ARCHIVE_OK) {
-        return eResult;
-    }
-    CMemoryStream clMemory;
-    eResult = __eCopieEntree(rclEntree, clMemory);
-    if (eResult == ARCHIVE_OK) {
-        *ptabOut = clMemory.tabDetach();
-    }
-    return eResult;
+    const eARCHIVE eOpened = __eOuvreEntree();
+    return eOpened == ARCHIVE_OK ? __eCopieEntree(rclEntree, pclDestination) : eOpened;
+}
+
+eARCHIVE CTVWinZip::__eAbandonneEntree() {
+    (void)m_clZip.CloseCurrentFileInZip(0, 0);
+    m_hFenetre = nullptr;
+    m_pstAvancement = nullptr;
+    return NoMemory(_eErreur(ARCHIVE_BAD));
 }
 
 template <class CExtraction>
@@ -293,23 +293,31 @@ eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, std::wstring_view s
     };
     return __eExtrait(svNom, (dwFlags & EXTRAIT_CASSE) != 0, hFenetre, pstAvancement, Extraction);
 } catch (const std::exception&) {
-    (void)m_clZip.CloseCurrentFileInZip(0, 0);
-    m_hFenetre = nullptr;
-    m_pstAvancement = nullptr;
-    return NoMemory(_eErreur(ARCHIVE_BAD));
+    return __eAbandonneEntree();
 }
 
 eARCHIVE CTVWinZip::eExtraitFichier(std::wstring_view svNom, CTLBIN* ptabOut, unsigned /*dwReserve*/,
                                     HWND hFenetre, int /*nReserve*/, STInfoAvancement* pstAvancement) try {
     const CMemoryScope clScope;
     ptabOut->clear();
-    return __eExtrait(svNom, false, hFenetre, pstAvancement,
-                      [&](const CRepEntree& rclEntree) { return __eExtraitVersMemoire(rclEntree, ptabOut); });
+    return __eExtrait(svNom, false, hFenetre, pstAvancement, [&](const CRepEntree& rclEntree) {
+        CMemoryStream clMemory;
+        const eARCHIVE eResult = __eLitEntree(rclEntree, &clMemory);
+        if (eResult == ARCHIVE_OK) {
+            *ptabOut = clMemory.tabDetach();
+        }
+        return eResult;
+    });
 } catch (const std::exception&) {
-    (void)m_clZip.CloseCurrentFileInZip(0, 0);
-    m_hFenetre = nullptr;
-    m_pstAvancement = nullptr;
-    return NoMemory(_eErreur(ARCHIVE_BAD));
+    return __eAbandonneEntree();
+}
+
+eARCHIVE CTVWinZip::eVerifieFichier(std::wstring_view svNom) try {
+    const CMemoryScope clScope;
+    return __eExtrait(svNom, false, nullptr, nullptr,
+                      [&](const CRepEntree& rclEntree) { return __eLitEntree(rclEntree, nullptr); });
+} catch (const std::exception&) {
+    return __eAbandonneEntree();
 }
 
 eARCHIVE CTVWinZip::eMotDePasse(const wchar_t* pszMotDePasse) {

@@ -25,6 +25,9 @@ class CTVWinZip : public CTVZipBase {
                              STInfoAvancement* pstAvancement) override;
     eARCHIVE eExtraitFichier(std::wstring_view svNom, CTLBIN* ptabOut, unsigned dwReserve, HWND hFenetre,
                              int nReserve, STInfoAvancement* pstAvancement) override;
+    /// Reads an entry to its end and writes nothing: the result that an extraction of it would have, as far
+    /// as that depends on the archive. Letter case of the name does not count.
+    eARCHIVE eVerifieFichier(std::wstring_view svNom);
     eARCHIVE eMotDePasse(const wchar_t* pszMotDePasse) override;
     eARCHIVE eGetMotDePasse(CTString& rcsMotDePasse) override;
 
@@ -62,7 +65,10 @@ class CTVWinZip : public CTVZipBase {
     template <class CExtraction>
     eARCHIVE __eExtrait(std::wstring_view svNom, bool bCasse, HWND hFenetre, STInfoAvancement* pstAvancement,
                         CExtraction clExtraction);
-    eARCHIVE __eExtraitVersMemoire(const CRepEntree& rclEntree, CTLBIN* ptabOut);
+    /// Reads the current entry's data to its end, to nowhere when there is no destination.
+    eARCHIVE __eLitEntree(const CRepEntree& rclEntree, IXStream* pclDestination);
+    /// What is left of an extraction for which memory did not suffice.
+    eARCHIVE __eAbandonneEntree();
     eARCHIVE __eExtraitVersFichier(const CRepEntree& rclEntree, std::wstring_view svDestination);
     eARCHIVE __eCreeRepertoire(const CRepEntree& rclEntree, std::wstring_view svDestination);
     /// An entry's time as the system counts it. Files of one archive often share theirs: the last is kept.
@@ -73,8 +79,8 @@ class CTVWinZip : public CTVZipBase {
     }
     /// Opens the current entry's data.
     eARCHIVE __eOuvreEntree();
-    /// Copies the current entry's data, and closes it.
-    eARCHIVE __eCopieEntree(const CRepEntree& rclEntree, IXStream& rclDestination);
+    /// Copies the current entry's data, to nowhere when there is no destination, and closes it.
+    eARCHIVE __eCopieEntree(const CRepEntree& rclEntree, IXStream* pclDestination);
 
     CWinZip m_clZip;
     mode_t m_unInterdites = 0;

@@ -83,8 +83,6 @@ class CService {
     /// On success *pnStays, unless it is null, tells why a unit file or a script stays, or could not be asked
     /// for and may stay, which does not count: an error number, else 0.
     bool bRemove(int* pnStays = nullptr);
-    /// The command of the boot sequence's tool that a removal runs; empty where it runs none.
-    [[nodiscard]] CTString csRemovalTool() const;
 
   private:
     using CText = std::unique_ptr<wchar_t[]>;

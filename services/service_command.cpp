@@ -9,6 +9,7 @@
 #include "framework/memory_scope.h"
 #include "services/command_witness.h"
 #include "services/error_catcher.h"
+#include "services/service_manager.h"
 
 namespace kalmo {
 
@@ -58,6 +59,18 @@ bool bRunScript(std::wstring_view svCommand) {
         Tell(svCommand, st);
     }
     return bDone;
+}
+
+CTString csBootCommand(const CTString& csName) {
+    switch (CServiceManager::ms_eDistri) {
+        case eDebian: return L"update-rc.d -f " + csName + L" remove >/dev/null";
+        case eRedHat:
+        case eMandriva:
+        case eFedora: return L"chkconfig --del " + csName + L" >/dev/null";
+        case eSuSE: return L"insserv -r " + csName + L" >/dev/null";
+        case eGentoo: return L"rc-update del " + csName + L" >/dev/null";
+        default: return {};
+    }
 }
 
 int nRunBootTool(std::wstring_view svCommand) {

@@ -3,6 +3,8 @@
 
 #include <string_view>
 
+#include "framework/xy_string.h"
+
 namespace kalmo {
 
 /// Runs a shell command line with system(3) and returns its result: -1 with errno set when there was no
@@ -22,6 +24,10 @@ constexpr bool bShellSuccess(int nResult) noexcept {
 /// Runs a command of an init script. True when it succeeded. The witness is told of a failure or an
 /// interrupt.
 bool bRunScript(std::wstring_view svCommand);
+
+/// The command that takes a script out of the boot sequence, by the distribution; its first word is the tool.
+/// Empty where there is none. CServiceManager::bInit comes first.
+CTString csBootCommand(const CTString& csName);
 
 /// Runs a tool of the boot sequence and gives its status. The witness is always told.
 int nRunBootTool(std::wstring_view svCommand);

@@ -84,30 +84,19 @@ bool CService::__bRemoveSystemd(int* pnStays) {
     return true;
 }
 
-CTString CService::csRemovalTool() const {
-    const CTString csName(__svName());
-    switch (CServiceManager::ms_eDistri) {
-        // Forced, because the script is gone by then.
-        case eDebian: return L"update-rc.d -f " + csName + L" remove >/dev/null";
-        case eRedHat:
-        case eMandriva:
-        case eFedora: return L"chkconfig --del " + csName + L" >/dev/null";
-        case eSuSE: return L"insserv -r " + csName + L" >/dev/null";
-        case eGentoo: return L"rc-update del " + csName + L" >/dev/null";
-        default: return {};
-    }
-}
-
 bool CService::__bRemoveSysV(int* pnStays) {
     const CTString csName(__svName());
     const CTString csScript = csScriptPath(csName);
     switch (CServiceManager::ms_eDistri) {
-        case eDebian: *pnStays = nDelete(csScript); return bLastStep(nRunBootTool(csRemovalTool()));
+        case eDebian:
+            *pnStays = nDelete(csScript);
+            // Forced, because the script is gone by now.
+            return bLastStep(nRunBootTool(csBootCommand(csName)));
         case eRedHat:
         case eMandriva:
         case eFedora:
         case eSuSE:
-        case eGentoo: nRunBootTool(csRemovalTool()); return bDeleteLast(csScript);
+        case eGentoo: nRunBootTool(csBootCommand(csName)); return bDeleteLast(csScript);
         case eSlackware: return bDeleteLast(L"/etc/rc.d/rc." + csName);
         // No step is taken, so what counts is the error that the caller's last call left.
         default: return errno == ENOENT;

@@ -33,6 +33,10 @@ bool bRun(CLanceProcessus& rclSystemctl, std::wstring_view svArguments, CXYStrin
 
 constexpr int MAX_ERRNO = 133;
 
+// systemctl waits half a minute for a systemd that is busy; a service that is then not seen would be taken
+// for none.
+constexpr int ATTEMPTS = 3;
+
 // ASCII only: other letters have the case that the system's own texts have.
 std::string csLower(std::string_view sv) {
     std::string cs(sv);
@@ -71,9 +75,26 @@ bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, un
 
 bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode) try {
     const CMemoryScope clScope;
-    CLanceProcessus clSystemctl;
-    clSystemctl.ExpectAnswer();
-    return bRun(clSystemctl, svArguments, pcsOutput, pdwExitCode);
+    CXYString<char> csSaid;
+    unsigned dwExitCode = 0;
+    for (int nAttempt = 1;; ++nAttempt) {
+        CLanceProcessus clSystemctl;
+        clSystemctl.ExpectAnswer();
+        csSaid.Empty();
+        if (!bRun(clSystemctl, svArguments, &csSaid, &dwExitCode)) {
+            return false;
+        }
+        if (dwExitCode == 0 || nAttempt == ATTEMPTS || nReasonInWords(csSaid) != ETIMEDOUT) {
+            break;
+        }
+    }
+    if (pcsOutput != nullptr) {
+        *pcsOutput += csSaid;
+    }
+    if (pdwExitCode != nullptr) {
+        *pdwExitCode = dwExitCode;
+    }
+    return true;
 } catch (const std::exception&) {
     return NoMemory(false);
 }

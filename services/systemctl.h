@@ -15,7 +15,7 @@ inline constexpr const wchar_t* PSZ_SYSTEMCTL = L"/bin/systemctl";
 bool bRunSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode);
 
 /// The same for a question that systemctl answers at once or, when it hangs or never stops to write, not at
-/// all: it gets half a minute and 16 MiB.
+/// all: it gets half a minute and 16 MiB. One that systemd has not answered in time is asked again.
 bool bAskSystemctl(std::wstring_view svArguments, CXYString<char>* pcsOutput, unsigned* pdwExitCode);
 
 /// Gives systemctl a command, which may take as long as the service does. True only when it ran and ended

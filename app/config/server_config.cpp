@@ -1,5 +1,6 @@
 #include "app/config/server_config.h"
 
+#include <algorithm>
 #include <array>
 #include <cwchar>
 #include <string_view>
@@ -56,6 +57,12 @@ int nReadServerPort(const wchar_t* pszConfPath) {
     return GetPrivateProfileInt(PSZ_SECTION_INIT, PSZ_KEY_PORT, PORT_DEFAUT, pszConfPath);
 }
 
+int nServerPort(CService& rclService) {
+    CPathBuffer szConf;
+    GetZDConfPath(&rclService, szConf);
+    return nReadServerPort(szConf);
+}
+
 bool bServiceCanBeNamed(const CTString& csName) {
     // systemctl takes a blank as the border of two names and "*" as every name.
     static constexpr std::wstring_view SV_UNIT_NAME =
@@ -99,6 +106,11 @@ bool bSystemAccountExists(const CTString& csUser) {
 
 bool bIsManager(const CService& rclService) {
     return bEgalSansCasse(CTString(rclService.pszGetName()), PSZ_MANAGER_SERVICE);
+}
+
+std::wstring_view svInstanceName(const CService& rclService) {
+    const std::wstring_view svService = rclService.pszGetName() == nullptr ? L"" : rclService.pszGetName();
+    return svService.substr(std::min(svService.size(), std::wstring_view(PSZ_SERVICE_PREFIX).size()));
 }
 
 CTString csGetDisplayName(CService& rclService) {

@@ -57,6 +57,8 @@ ETelemetryState eReadTelemetry(const wchar_t* pszConfPath);
 CTString csServiceConfiguredIn(const CTString& csDirectory);
 /// The port, PORT_DEFAUT when the file does not tell any.
 int nReadServerPort(const wchar_t* pszConfPath);
+/// The same of the configuration that lies beside a service's program.
+int nServerPort(CService& rclService);
 
 /// The account that needs no looking up, and no key in the file.
 inline constexpr const wchar_t* PSZ_ROOT = L"root";
@@ -65,6 +67,9 @@ bool bSystemAccountExists(const CTString& csUser);
 
 /// True for the shared manager's service, whatever the letter case of its name.
 bool bIsManager(const CService& rclService);
+
+/// The instance's name in that of its service.
+std::wstring_view svInstanceName(const CService& rclService);
 
 /// What a service is called on the screen: its description or, without one, its name.
 CTString csGetDisplayName(CService& rclService);

@@ -31,6 +31,10 @@ CTString csJoin(const CTString& csFirst, const CTString& csSecond) {
     return csFirst.bEmpty() || csSecond.bEmpty() ? csFirst + csSecond : csFirst + L"\r\n\r\n" + csSecond;
 }
 
+CTString csOfError(const CXError& rclError) {
+    return csJoin(rclError.pszGetSystemErrorMessage(), rclError.pszGetUserMessage());
+}
+
 // The results that the error table has no text for, as nobody but the archive raises them.
 unsigned unTextOfResult(int nCode) {
     switch (nCode) {
@@ -101,13 +105,12 @@ bool CDataExtractor::bSync(const wchar_t* pszDir) {
 bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, IInstallProgress* pclProgress) {
     const int nCount = static_cast<int>(dwGetNbFile());
     for (int nRang = 0; nRang < nCount; ++nRang) {
-        const CTString csName = rclGetRepertoire().pclGetEntree(nRang)->csGetNom();
-        if (bEgalSansCasse(csName, PSZ_LICENCE)) {
+        const CTString csName = csInstalledName(*rclGetRepertoire().pclGetEntree(nRang));
+        if (csName.bEmpty()) {
             continue;
         }
-        const bool bManager = bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM);
-        if (!(bManager ? _bInstalFile(pszDir, PSZ_MANAGER_PROGRAM, MANAGER_MODE, true)
-                       : _bInstalFile(pszDir, csName, FILE_MODE, false))) {
+        const bool bManager = csName == PSZ_MANAGER_PROGRAM;
+        if (!_bInstalFile(pszDir, csName, bManager ? MANAGER_MODE : FILE_MODE, bManager)) {
             return false;
         }
         if (pclProgress != nullptr) {
@@ -117,10 +120,22 @@ bool CDataExtractor::_bExtractFile(const wchar_t* pszDir, IInstallProgress* pclP
     return true;
 }
 
+CTString CDataExtractor::csInstalledName(const CRepEntree& rclEntree) {
+    const CTString& csName = rclEntree.csGetNom();
+    if (bEgalSansCasse(csName, PSZ_LICENCE)) {
+        return {};
+    }
+    return bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM) ? CTString(PSZ_MANAGER_PROGRAM) : csName;
+}
+
 bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svName, mode_t unMode,
                                   bool bRootOwner) {
     CFSPath clTarget;
     eARCHIVE eCode = ARCHIVE_OK;
+    if (!m_rclTrace.bMayChange()) {
+        return __bRehearseFile(pszDir, svName);
+    }
+    m_rclTrace.Changed();
     for (int nAttempt = 1;; ++nAttempt) {
         eCode = eCheminEntree(pszDir, svName, &clTarget);
         const bool bNameRefused = eCode == ARCHIVE_BAD || (eCode == ARCHIVE_CREATE && errno == ENAMETOOLONG);
@@ -149,6 +164,17 @@ bool CDataExtractor::_bInstalFile(const wchar_t* pszDir, std::wstring_view svNam
     return true;
 }
 
+bool CDataExtractor::__bRehearseFile(const wchar_t* pszDir, std::wstring_view svName) {
+    CFSPath clTarget;
+    const eARCHIVE eCode = eVerifieChemin(pszDir, svName, &clTarget);
+    if (eCode != ARCHIVE_OK) {
+        _ProcessZipError(eCode, svName, svName);
+        return false;
+    }
+    m_rclTrace.Step(L"install " + clTarget.csGet(), L"ok");
+    return true;
+}
+
 bool CDataExtractor::_bTermine(CDiskFile& rclFile, mode_t unPermission) {
     if (m_stTermine.unMode == 0) {
         return CTVWinZip::_bTermine(rclFile, unPermission);
@@ -167,8 +193,7 @@ void CDataExtractor::_ShowError(const CXError* pclError) {
     const int nSystemError = errno;
     if (pclError != nullptr) {
         m_rclTrace.Error(L"failure", *pclError);
-        m_rclTrace.rclGetView().ShowError(
-            csJoin(pclError->pszGetSystemErrorMessage(), pclError->pszGetUserMessage()));
+        m_rclTrace.rclGetView().ShowError(csOfError(*pclError));
     } else {
         m_rclTrace.Outcome(L"failure", nFailure(nSystemError));
         m_rclTrace.rclGetView().ShowError(csReason(nSystemError));
@@ -183,22 +208,35 @@ void CDataExtractor::_ProcessZipError(int nCode, std::wstring_view svName, std::
         m_rclTrace.Step(L"payload", csFault);
     }
     _CXErrorModule604 clError;
+    errno = nSystemError;
+    __MakeZipError(nCode, svName, svPath, &clError);
+    _ShowError(&clError);
+}
+
+CTString CDataExtractor::csZipError(int nCode, std::wstring_view svName, std::wstring_view svPath) const {
+    _CXErrorModule604 clError;
+    __MakeZipError(nCode, svName, svPath, &clError);
+    return csOfError(clError);
+}
+
+void CDataExtractor::__MakeZipError(int nCode, std::wstring_view svName, std::wstring_view svPath,
+                                    _CXErrorModule604* pclError) const {
+    const int nSystemError = errno;
     const auto unCode = static_cast<unsigned>(nCode);
     switch (nCode) {
         case 1:
         case 2:
         case 4:
-        case 1001: clError.SetUserError(unCode, svName); break;
-        case 3: clError.SetUserError(unCode, m_clArchivePath.svGet()); break;
-        default: clError.SetUserError(unCode); break;
+        case 1001: pclError->SetUserError(unCode, svName); break;
+        case 3: pclError->SetUserError(unCode, m_clArchivePath.svGet()); break;
+        default: pclError->SetUserError(unCode); break;
     }
     if (nCode == ARCHIVE_CREATE || nCode == ARCHIVE_DISK_FULL || nCode == ARCHIVE_WRITE) {
-        clError.SetSystemErrorParam(static_cast<unsigned>(nSystemError), CTString(svPath).pszGet());
+        pclError->SetSystemErrorParam(static_cast<unsigned>(nSystemError), CTString(svPath).pszGet());
     }
-    if (clError.unGetUserResource() == 0) {
-        clError.SetUserErrorMessage(csFormatText(unTextOfResult(nCode), svName).pszGet());
+    if (pclError->unGetUserResource() == 0) {
+        pclError->SetUserErrorMessage(csFormatText(unTextOfResult(nCode), svName).pszGet());
     }
-    _ShowError(&clError);
 }
 
 }  // namespace kalmo

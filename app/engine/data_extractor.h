@@ -16,6 +16,7 @@ inline constexpr const wchar_t* PSZ_LICENCE = L"license.txt";
 
 class CTrace;
 class CXError;
+class _CXErrorModule604;
 class IInstallProgress;
 class IUpgradeProgress;
 
@@ -63,6 +64,13 @@ class CDataExtractor : public CTVWinZip {
     /// any service starts, so that a power cut leaves no started service and no success without its files.
     bool bSync(const wchar_t* pszDir);
 
+    /// What an entry is installed as, below the directory: its name, the manager's program in fixed letters.
+    /// Empty for the licence text, which is not installed.
+    static CTString csInstalledName(const CRepEntree& rclEntree);
+    /// What an archive result nCode (an eARCHIVE, or 1001: could not be installed) for an entry means, for
+    /// the operator. The system's reason is taken from errno.
+    [[nodiscard]] CTString csZipError(int nCode, std::wstring_view svName, std::wstring_view svPath) const;
+
     /// The number of entries in the payload.
     [[nodiscard]] unsigned dwGetNbFile() const { return rclGetRepertoire().dwTaille(); }
     [[nodiscard]] CTrace& rclGetTrace() const noexcept { return m_rclTrace; }
@@ -82,12 +90,17 @@ class CDataExtractor : public CTVWinZip {
     void _ShowError(const CXError* pclError);
     /// Shows the log that the server's programs left in the install directory, or that there is none.
     void _ShowErrorLog(const wchar_t* pszDir);
-    /// Shows the archive result nCode (an eARCHIVE, or 1001: could not be installed) for an entry.
+    /// Shows what such a result means.
     void _ProcessZipError(int nCode, std::wstring_view svName, std::wstring_view svPath);
     /// Gives what is being installed its owner and mode, and keeps what failed. Always true then.
     bool _bTermine(CDiskFile& rclFile, mode_t unPermission) override;
 
   private:
+    /// Tells where an entry would be installed.
+    bool __bRehearseFile(const wchar_t* pszDir, std::wstring_view svName);
+    /// Fills the error object of such a result.
+    void __MakeZipError(int nCode, std::wstring_view svName, std::wstring_view svPath,
+                        _CXErrorModule604* pclError) const;
     bool __bCreateDirectory(std::wstring_view svDir);
     /// Runs one of the server's programs in its installer mode; false, and the log has been shown, when that
     /// failed. The arguments behind svShown, with a password in them, do not get into the trace.

@@ -68,7 +68,8 @@ STRefusal stForeign(CService& rclService) {
     const CTString csCommand = csCommandOf(rclService);
     return {L"the service " + CTString(rclService.pszGetName()) +
                 L" runs a program that is not of this product: " + csQuoted(csCommand),
-            csFormatText(TEXTE_PROGRAMME_ETRANGER, csGetDisplayName(rclService), csCommand)};
+            csFormatText(TEXTE_PROGRAMME_ETRANGER, csGetDisplayName(rclService), csCommand),
+            "foreign-program"};
 }
 
 // A service whose command does not tell its directory, as it names another's program, but which may be that
@@ -130,7 +131,7 @@ CRefusal clRefuseUpgrade(CService& rclService) {
 CRefusal clRefuseUpgrade(CService& rclService, CService* pclKalmoManager) {
     if (csGetProgramWithoutArg(&rclService).bEmpty()) {
         return STRefusal{L"the service tells no program",
-                         csFormatText(TEXTE_SANS_PROGRAMME, csGetDisplayName(rclService))};
+                         csFormatText(TEXTE_SANS_PROGRAMME, csGetDisplayName(rclService)), "no-program"};
     }
     if (!bOwnProgram(rclService)) {
         return stForeign(rclService);
@@ -138,7 +139,8 @@ CRefusal clRefuseUpgrade(CService& rclService, CService* pclKalmoManager) {
     const CTString csDirectory = csGetProgramDirectory(&rclService);
     if (!CDiskFile::bDirectoryExists(csDirectory)) {
         return STRefusal{L"its directory " + csDirectory + L" is gone",
-                         csFormatText(TEXTE_REPERTOIRE_PERDU, csGetDisplayName(rclService), csDirectory)};
+                         csFormatText(TEXTE_REPERTOIRE_PERDU, csGetDisplayName(rclService), csDirectory),
+                         "directory-gone"};
     }
     return pclKalmoManager != nullptr && bHiddenIn(*pclKalmoManager, csDirectory)
                ? stForeign(*pclKalmoManager)
@@ -150,7 +152,7 @@ CRefusal clRefuseDirectory(const CFSPath& rclDir, CServiceList& rtabServer) {
         if (!bFoundAgain(rclDir.csGet() + pszProgram)) {
             return STRefusal{L"a service in " + csQuoted(rclDir.csGet()) +
                                  L" could not be found again: its path would be cut when it is read",
-                             csFormatText(TEXTE_REPERTOIRE_INTROUVABLE, rclDir.csGet())};
+                             csFormatText(TEXTE_REPERTOIRE_INTROUVABLE, rclDir.csGet()), "directory-cut"};
         }
     }
     for (const CXPtr_deleteRCV<CService>& rpclService : rtabServer) {
@@ -162,7 +164,7 @@ CRefusal clRefuseDirectory(const CFSPath& rclDir, CServiceList& rtabServer) {
     if (const CTString csService = csServiceConfiguredIn(rclDir.csGet()); bUnitMasked(csService)) {
         return STRefusal{
             csQuoted(rclDir.csGet()) + L" is the directory of " + csService + L", whose unit is masked",
-            csFormatText(TEXTE_REPERTOIRE_MASQUE, rclDir.csGet(), csService)};
+            csFormatText(TEXTE_REPERTOIRE_MASQUE, rclDir.csGet(), csService), "directory-masked"};
     }
     return {};
 }
@@ -175,13 +177,14 @@ CRefusal clRefuseCommandRoom(const CFSPath& rclDir) {
     const int nTooMany = static_cast<int>(nLength - MAX_SERVER_COMMAND);
     return STRefusal{L"the server's programs in " + csQuoted(rclDir.csGet()) + L" could not be called: " +
                          std::to_wstring(nTooMany) + L" bytes too many",
-                     csFormatText(TEXTE_REPERTOIRE_TROP_LONG, rclDir.csGet(), nTooMany)};
+                     csFormatText(TEXTE_REPERTOIRE_TROP_LONG, rclDir.csGet(), nTooMany),
+                     "directory-too-long"};
 }
 
 CRefusal clRefuseName(const CTString& csName) {
     if (!bServiceCanBeNamed(csName)) {
         return STRefusal{L"no name that a service can have: " + csQuoted(csName),
-                         csFormatText(TEXTE_NOM_IMPOSSIBLE, csName)};
+                         csFormatText(TEXTE_NOM_IMPOSSIBLE, csName), "bad-name"};
     }
     return {};
 }

@@ -15,8 +15,9 @@ class CTrace;
 
 /// Why something is refused; made by the questions below, told by whoever asked.
 struct STRefusal {
-    CTString csTraced;  ///< For the trace: what was found, in English.
-    CTString csShown;   ///< For a box: the same and what to do, in the operator's language.
+    CTString csTraced;         ///< For the trace: what was found, in English.
+    CTString csShown;          ///< For a box: the same and what to do, in the operator's language.
+    const char* pszCode = "";  ///< For programs: what kind of refusal it is.
 };
 using CRefusal = std::optional<STRefusal>;
 

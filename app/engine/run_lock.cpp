@@ -2,12 +2,18 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
+#include <sstream>
+#include <string>
 
 #include "app/engine/trace.h"
+#include "framework/disk_file.h"
 
 namespace kalmo {
 namespace {
@@ -34,6 +40,34 @@ bool CRunLock::bTake(CTrace& rclTrace) {
         rclTrace.Note(PSZ_STEP, nOutcome(false));
     }
     return true;
+}
+
+int CRunLock::nHolder() {
+    constexpr std::size_t MAX_LOCKS = 16U << 20U;
+    std::string csLocks;
+    if (!CDiskFile::bLoad(L"/proc/locks", MAX_LOCKS, &csLocks)) {
+        return 0;
+    }
+    for (const char* const pszLock : TAB_LOCK) {
+        struct stat st {};
+        if (::stat(pszLock, &st) != 0) {
+            continue;
+        }
+        // See proc(5): number, kind, "ADVISORY", access, process, major:minor:inode, start, end.
+        std::istringstream clLocks(csLocks);
+        for (std::string csLine; std::getline(clLocks, csLine);) {
+            int nProcess = 0;
+            unsigned unMajor = 0;
+            unsigned unMinor = 0;
+            unsigned long long ullInode = 0;
+            if (std::sscanf(csLine.c_str(), "%*s FLOCK %*s WRITE %d %x:%x:%llu", &nProcess, &unMajor,
+                            &unMinor, &ullInode) == 4 &&
+                ::makedev(unMajor, unMinor) == st.st_dev && ullInode == st.st_ino) {
+                return nProcess;
+            }
+        }
+    }
+    return 0;
 }
 
 bool CRunLock::bWait(CTrace& rclTrace) {

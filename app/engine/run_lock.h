@@ -19,6 +19,8 @@ class CRunLock {
     bool bTake(CTrace& rclTrace);
     /// Takes the machine, waiting for another installer for ten minutes at most.
     bool bWait(CTrace& rclTrace);
+    /// The process that has the machine; 0 when none is known to. Takes nothing, and makes no file.
+    static int nHolder();
 
   private:
     CUniqueFd m_clFd;

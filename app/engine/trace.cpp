@@ -112,6 +112,8 @@ bool CTrace::bOpen(std::wstring_view svPath) {
 }
 
 void CTrace::__Tell(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) {
+    m_bChanges |= m_bAsked && !bFailed;
+    m_bAsked = false;
     if (m_pclListener == nullptr && !m_clFd.bValid()) {
         return;
     }

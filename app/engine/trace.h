@@ -86,12 +86,14 @@ class CTrace {
     /// From now on nothing is changed.
     void Rehearse() noexcept { m_bRehearsal = true; }
     [[nodiscard]] bool bRehearsal() const noexcept { return m_bRehearsal; }
-    /// Asked right before something on the machine is changed. False in a rehearsal: it is not done, and
-    /// counts as done.
+    /// Asked right before something on the machine is changed by a step that is told next. False in a
+    /// rehearsal: it is not done, and counts as done. The step changed something unless it failed.
     bool bMayChange() noexcept {
-        m_bChanges = true;
+        m_bAsked = true;
         return !m_bRehearsal;
     }
+    /// Something was changed, whatever is told of it: for what may fail half-way.
+    void Changed() noexcept { m_bChanges = true; }
     /// Whether anything was changed or, in a rehearsal, would be.
     [[nodiscard]] bool bChanges() const noexcept { return m_bChanges; }
 
@@ -102,6 +104,7 @@ class CTrace {
     IRunView* m_pclView = nullptr;
     IStepListener* m_pclListener = nullptr;
     bool m_bRehearsal = false;
+    bool m_bAsked = false;  ///< The next step is one that changes something.
     bool m_bChanges = false;
 };
 

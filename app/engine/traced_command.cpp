@@ -44,6 +44,7 @@ std::string csShellQuoted(std::string_view sv) {
 int nRunShell(const std::string& csCommand, CTrace& rclTrace, std::string_view svTold) {
     const int nStatus = rclTrace.bMayChange() ? nShellCommand(csCommand.c_str()) : 0;
     const int nError = nOutcome(nStatus != -1);
+    // One that failed may have done something before.
     const CTString csTold = csFromUTF8(svTold.empty() ? csCommand : svTold);
     if (nStatus == -1) {
         rclTrace.Outcome(csTold, nError);

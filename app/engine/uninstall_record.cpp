@@ -51,6 +51,11 @@ bool bDeleteNote(const CTString& csPath) {
 
 }  // namespace
 
+bool CUninstallRecord::STNote::bDefined() const {
+    return std::ranges::any_of(tabDefinition,
+                               [](const CTString& rcsPath) { return CDiskFile::bFileExists(rcsPath); });
+}
+
 CUninstallRecord::CUninstallRecord(std::wstring_view svService) : m_csPath(svService) {
     m_csPath.Replace(L'/', L'-');
     m_csPath = PSZ_DIRECTORY + m_csPath + L".uninstall";

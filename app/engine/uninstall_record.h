@@ -21,6 +21,10 @@ class CUninstallRecord {
         CTString csProgram;  ///< Its program, an absolute path.
         std::vector<CTString>
             tabDefinition;  ///< At least one file, without which the machine does not know it.
+
+        /// Whether one of those is still there: a service that cannot be asked about, for whatever reason, is
+        /// not gone yet.
+        [[nodiscard]] bool bDefined() const;
     };
 
     /// The record of a service by the name that it is looked up with.

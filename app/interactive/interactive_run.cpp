@@ -12,6 +12,7 @@
 #include "app/interactive/new_server.h"
 #include "app/interactive/uninstall_win.h"
 #include "app/interactive/upgrade_win.h"
+#include "app/record/recorder.h"
 #include "framework/console_message.h"
 #include "framework/conversion.h"
 #include "framework/text.h"
@@ -43,13 +44,13 @@ bool bAlone(CRunLock& rclLock, CTrace& rclTrace) {
     return bMine;
 }
 
-void RunAction(CDataExtractor* pclExtractor) {
+void RunAction(CDataExtractor* pclExtractor, const CRecorder& rclRecorder) {
     CServiceManager clManager;
     InitServices(clManager, pclExtractor->rclGetTrace());
     CServiceList tabServer;
     ListServer(clManager, tabServer);
     if (tabServer.bEmpty()) {
-        InstallNewServer(pclExtractor, &clManager, tabServer);
+        InstallNewServer(pclExtractor, &clManager, tabServer, rclRecorder);
         return;
     }
     eACTION eAction = eACTION::Install;
@@ -57,9 +58,9 @@ void RunAction(CDataExtractor* pclExtractor) {
         return;
     }
     switch (eAction) {
-        case eACTION::Install: InstallNewServer(pclExtractor, &clManager, tabServer); break;
-        case eACTION::Upgrade: ChooseServer(1, pclExtractor, &tabServer); break;
-        case eACTION::Uninstall: ChooseServer(0, pclExtractor, &tabServer); break;
+        case eACTION::Install: InstallNewServer(pclExtractor, &clManager, tabServer, rclRecorder); break;
+        case eACTION::Upgrade: ChooseServer(1, pclExtractor, &tabServer, rclRecorder); break;
+        case eACTION::Uninstall: ChooseServer(0, pclExtractor, &tabServer, rclRecorder); break;
     }
 }
 
@@ -102,17 +103,18 @@ bool bOpenScreen(CTrace& rclTrace) {
 
 }  // namespace
 
-void RunInteractive(CTrace& rclTrace) {
+void RunInteractive(CTrace& rclTrace, const CTString& csRecordPath) {
     if (!bOpenScreen(rclTrace)) {
         return;
     }
     RepaintScreen();
     const CScreenView clView(rclTrace);
+    const CRecorder clRecorder(csRecordPath, rclTrace);
     CRunLock clLock;
-    if (bRoot() && bAlone(clLock, rclTrace)) {
+    if (bRoot() && bAlone(clLock, rclTrace) && clRecorder.bReady()) {
         CDataExtractor clExtractor(rclTrace);
         if (bDataExtractorInitialize(&clExtractor) && bLicense(&clExtractor)) {
-            RunAction(&clExtractor);
+            RunAction(&clExtractor, clRecorder);
         }
     }
     end_dialog();
@@ -146,7 +148,8 @@ bool bChooseAction(eACTION* peAction, int bOfferUpgrade) {
     return clDialog.nGetResult() != 0;
 }
 
-void ChooseServer(int bUpgrade, CDataExtractor* pclExtractor, CServiceList* ptabServer) {
+void ChooseServer(int bUpgrade, CDataExtractor* pclExtractor, CServiceList* ptabServer,
+                  const CRecorder& rclRecorder) {
     CService* pclService = nullptr;
     {
         auto clDialog =
@@ -160,9 +163,9 @@ void ChooseServer(int bUpgrade, CDataExtractor* pclExtractor, CServiceList* ptab
         return;
     }
     if (bUpgrade != 0) {
-        UpgradeServer(pclExtractor, pclService);
+        UpgradeServer(pclExtractor, pclService, rclRecorder);
     } else {
-        UninstallServer(pclService, pclExtractor->rclGetTrace());
+        UninstallServer(pclService, pclExtractor->rclGetTrace(), rclRecorder);
     }
 }
 

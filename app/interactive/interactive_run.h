@@ -8,14 +8,15 @@
 namespace kalmo {
 
 class CDataExtractor;
+class CRecorder;
 class CTrace;
 
 /// What the operator wants to do.
 enum class eACTION : int { Upgrade = 0, Install = 1, Uninstall = 2 };
 
 /// Opens the screen, leads through one action and leaves a clean terminal. Where no screen can be opened,
-/// tells so on standard error.
-void RunInteractive(CTrace& rclTrace);
+/// tells so on standard error. csRecordPath: the file that "/RECORD=" names; empty without the option.
+void RunInteractive(CTrace& rclTrace, const CTString& csRecordPath);
 
 /// True for root; anybody else has been shown that only root may go on.
 bool bRoot();
@@ -24,7 +25,8 @@ bool bDataExtractorInitialize(CDataExtractor* pclExtractor);
 /// Asks what to do. False when cancelled.
 bool bChooseAction(eACTION* peAction, int bOfferUpgrade);
 /// Asks for an installed service and upgrades it (bUpgrade not 0) or uninstalls it.
-void ChooseServer(int bUpgrade, CDataExtractor* pclExtractor, CServiceList* ptabServer);
+void ChooseServer(int bUpgrade, CDataExtractor* pclExtractor, CServiceList* ptabServer,
+                  const CRecorder& rclRecorder);
 
 /// Shows the payload's licence agreement. True when the operator accepted it. A payload without a licence
 /// text, or with one that cannot be read, is a payload error, which has been shown.

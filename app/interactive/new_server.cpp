@@ -10,6 +10,7 @@
 #include "app/engine/trace.h"
 #include "app/interactive/message.h"
 #include "app/interactive/upgrade_win.h"
+#include "app/record/recorder.h"
 #include "framework/conversion.h"
 #include "framework/profile_line.h"
 #include "framework/text.h"
@@ -72,7 +73,8 @@ bool bAsk(CReader pfnRead, TArg&&... arg) {
 
 }  // namespace
 
-void InstallNewServer(CDataExtractor* pclExtractor, CServiceManager* pclManager, CServiceList& rtabServer) {
+void InstallNewServer(CDataExtractor* pclExtractor, CServiceManager* pclManager, CServiceList& rtabServer,
+                      const CRecorder& rclRecorder) {
     CPathBuffer szDir;
     if (!bFindInstallDir(szDir, rtabServer, pclExtractor->rclGetTrace())) {
         return;
@@ -80,13 +82,13 @@ void InstallNewServer(CDataExtractor* pclExtractor, CServiceManager* pclManager,
     if (CService* const pclInstalled = pclCheckPathConflict(rtabServer, szDir); pclInstalled != nullptr) {
         pclExtractor->rclGetTrace().Step(L"install in " + CTString(szDir),
                                          L"holds " + CTString(pclInstalled->pszGetName()) + L": upgrade");
-        UpgradeServer(pclExtractor, pclInstalled);
+        UpgradeServer(pclExtractor, pclInstalled, rclRecorder);
         return;
     }
     CDataExtractor::STInstallParam stParam;
     if (bConfigNewServer(rtabServer, stParam, szDir) &&
         bChooseTelemetry(ETelemetryState::Unknown, stParam.nTelemetry)) {
-        ExecuteInstallServer(pclExtractor, szDir, pclManager, stParam);
+        ExecuteInstallServer(pclExtractor, szDir, pclManager, stParam, rclRecorder);
     }
 }
 
@@ -149,12 +151,12 @@ bool bChooseTelemetry(ETelemetryState eKnown, int& rnOn) {
 }
 
 void ExecuteInstallServer(CDataExtractor* pclExtractor, const wchar_t* pszDir, CServiceManager* pclManager,
-                          const CDataExtractor::STInstallParam& rstParam) {
+                          const CDataExtractor::STInstallParam& rstParam, const CRecorder& rclRecorder) {
+    const CHangUpShield clShield;  // whoever sees the window knows that work has begun
     auto clWindow = clMakeCentred<CInstallProgressWin>(CInstallProgressWin::PREFERRED_WIDTH,
                                                        CInstallProgressWin::PREFERRED_HEIGHT);
     clWindow.Draw();
     CShownProgress clProgress(clWindow);
-    const CHangUpShield clShield;
     CTrace& rclTrace = pclExtractor->rclGetTrace();
     const CXPtr_deleteRCV<CService> pclManagerHere = pclGetKalmoManagerInPath(pclManager, pszDir);
     if (pclManagerHere != nullptr) {
@@ -164,6 +166,9 @@ void ExecuteInstallServer(CDataExtractor* pclExtractor, const wchar_t* pszDir, C
     rclTrace.Outcome(L"install", bInstalled ? 0 : NO_REASON);
     if (pclManagerHere != nullptr) {
         StartService(*pclManagerHere, rclTrace);
+    }
+    if (bInstalled) {
+        rclRecorder.Installed(pszDir, rstParam);
     }
 }
 

@@ -10,12 +10,14 @@
 /// operator who cancels a question ends it, with nothing done to the machine.
 namespace kalmo {
 
+class CRecorder;
 class CServiceManager;
 class CTrace;
 
 /// The whole installation. The payload is open; the list holds what is installed already. A directory that
 /// holds an instance turns it into the upgrade of that instance.
-void InstallNewServer(CDataExtractor* pclExtractor, CServiceManager* pclManager, CServiceList& rtabServer);
+void InstallNewServer(CDataExtractor* pclExtractor, CServiceManager* pclManager, CServiceList& rtabServer,
+                      const CRecorder& rclRecorder);
 
 /// Asks for the install directory, an absolute path in which an instance can be installed and found again, or
 /// the directory of one that is listed. False when cancelled.
@@ -32,7 +34,7 @@ bool bChooseTelemetry(ETelemetryState eKnown, int& rnOn);
 
 /// Installs with a progress window. A shared manager that runs from the directory stands still meanwhile.
 void ExecuteInstallServer(CDataExtractor* pclExtractor, const wchar_t* pszDir, CServiceManager* pclManager,
-                          const CDataExtractor::STInstallParam& rstParam);
+                          const CDataExtractor::STInstallParam& rstParam, const CRecorder& rclRecorder);
 
 }  // namespace kalmo
 

@@ -6,11 +6,11 @@
 #include <iterator>
 
 #include "app/config/server_config.h"
-#include "app/engine/hang_up_shield.h"
 #include "app/engine/refusal.h"
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"
 #include "app/interactive/message.h"
+#include "app/record/recorder.h"
 #include "app/removal/removal.h"
 #include "framework/conversion.h"
 #include "framework/text.h"
@@ -65,10 +65,12 @@ void CUnInstallWin::STStep::MarkDone() {
     }
 }
 
-CUnInstallWin::CUnInstallWin(int nX, int nY, int nWidth, int nHeight, CService* pclService, CTrace& rclTrace)
+CUnInstallWin::CUnInstallWin(int nX, int nY, int nWidth, int nHeight, CService* pclService, CTrace& rclTrace,
+                             const CRecorder& rclRecorder)
     : CWindow(nX, nY, nWidth, nHeight),
       m_pclService(pclService),
       m_rclTrace(rclTrace),
+      m_rclRecorder(rclRecorder),
       m_bManager(bIsManager(*pclService)),
       m_clTitle(this, csFormatText(TEXTE_RETRAIT, csGetDisplayName(*pclService)).pszGet(), 5, 2, nWidth - 10,
                 2, 0, ATTR_BORDER),
@@ -107,12 +109,11 @@ void CUnInstallWin::_ListFile() {
 
 void CUnInstallWin::MainLoop() {
     bRunning = 1;
-    {
-        const CHangUpShield clShield;
-        if (!_bStopService() || !_bRemoveService() || !_bRemoveFiles()) {
-            return;
-        }
+    if (!_bStopService() || !_bRemoveService() || !_bRemoveFiles()) {
+        return;
     }
+    m_rclRecorder.Uninstalled(*m_pclService);
+    m_clShield.reset();
     AddChild(&m_clClose);
     m_clJauge.SetVisible(nCloseRow(m_bManager, height) >= nJaugeRow(m_bManager) + JAUGE_HEIGHT ? 1 : 0);
     CWindow::bSetFocus(&m_clClose);
@@ -179,13 +180,13 @@ bool CUnInstallWin::bOnEvent(CWidget* pclSender, eEVENT eEvent) {
     return true;
 }
 
-void UninstallServer(CService* pclService, CTrace& rclTrace) {
+void UninstallServer(CService* pclService, CTrace& rclTrace, const CRecorder& rclRecorder) {
     if (const CRefusal clRefusal = clRefuseRemoval(*pclService)) {
         bTellRefusal(L"uninstall " + CTString(pclService->pszGetName()), *clRefusal, rclTrace);
         return;
     }
-    auto clWindow = clMakeCentred<CUnInstallWin>(CUnInstallWin::PREFERRED_WIDTH,
-                                                 CUnInstallWin::PREFERRED_HEIGHT, pclService, rclTrace);
+    auto clWindow = clMakeCentred<CUnInstallWin>(
+        CUnInstallWin::PREFERRED_WIDTH, CUnInstallWin::PREFERRED_HEIGHT, pclService, rclTrace, rclRecorder);
     clWindow.Draw();
     clWindow.MainLoop();
 }

@@ -1,8 +1,11 @@
 #ifndef KALMO_APP_INTERACTIVE_UNINSTALL_WIN_H
 #define KALMO_APP_INTERACTIVE_UNINSTALL_WIN_H
 
+#include <optional>
+#include <utility>
 #include <vector>
 
+#include "app/engine/hang_up_shield.h"
 #include "tui/toolkit/button.h"
 #include "tui/toolkit/jauge.h"
 #include "tui/toolkit/libel.h"
@@ -10,6 +13,7 @@
 
 namespace kalmo {
 
+class CRecorder;
 class CService;
 class CTrace;
 
@@ -23,8 +27,9 @@ class CUnInstallWin : public CWindow {
     static constexpr int PREFERRED_WIDTH = 60;
     static constexpr int PREFERRED_HEIGHT = 23;
 
-    /// The service and the trace are borrowed.
-    CUnInstallWin(int nX, int nY, int nWidth, int nHeight, CService* pclService, CTrace& rclTrace);
+    /// The service, the trace and the recorder are borrowed.
+    CUnInstallWin(int nX, int nY, int nWidth, int nHeight, CService* pclService, CTrace& rclTrace,
+                  const CRecorder& rclRecorder);
 
     void MainLoop() override;
     bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override;
@@ -50,8 +55,11 @@ class CUnInstallWin : public CWindow {
     };
     void __ShowProgress(STStep* pstDone);
 
+    /// From before the window is seen, which tells that work has begun, to the end of that work.
+    std::optional<CHangUpShield> m_clShield{std::in_place};
     CService* m_pclService;
     CTrace& m_rclTrace;
+    const CRecorder& m_rclRecorder;
     bool m_bManager;
     std::vector<CTString> m_tabFile;
     CLibel m_clTitle;
@@ -64,7 +72,7 @@ class CUnInstallWin : public CWindow {
 
 /// Uninstalls an instance or the shared manager, unless its command is not that of a program of ours: that is
 /// told, and nothing done. Returns when the operator has seen the result.
-void UninstallServer(CService* pclService, CTrace& rclTrace);
+void UninstallServer(CService* pclService, CTrace& rclTrace, const CRecorder& rclRecorder);
 
 }  // namespace kalmo
 

@@ -6,6 +6,7 @@
 #include "app/engine/refusal.h"
 #include "app/interactive/message.h"
 #include "app/interactive/new_server.h"
+#include "app/record/recorder.h"
 #include "framework/fs_path.h"
 #include "framework/text.h"
 #include "tui/toolkit/attribute.h"
@@ -29,7 +30,7 @@ void ShowFileDone(CJauge& rclJauge, CWindow& rclWindow) {
 }
 
 CUpgradeWin::CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclService,
-                         CDataExtractor* pclExtractor, int nTelemetryOn)
+                         CDataExtractor* pclExtractor, int nTelemetryOn, const CRecorder& rclRecorder)
     : CWindow(nX, nY, nWidth, nHeight),
       m_clStart(this, csLoadText(TEXTE_OUI).pszGet(), {nWidth, nHeight, 2, YES_BUTTON_WIDTH}, 0),
       m_clCancel(this, csLoadText(TEXTE_NON).pszGet(), {nWidth, nHeight, 2, YES_BUTTON_WIDTH}, 1),
@@ -38,7 +39,8 @@ CUpgradeWin::CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclS
       m_pclExtractor(pclExtractor),
       m_pclService(pclService),
       m_clServices(*pclService, pclExtractor->rclGetTrace()),
-      m_nTelemetryOn(nTelemetryOn) {
+      m_nTelemetryOn(nTelemetryOn),
+      m_rclRecorder(rclRecorder) {
     AddChild(&m_clStart);
     AddChild(&m_clCancel);
     AddChild(&m_clJauge);
@@ -108,6 +110,7 @@ void CUpgradeWin::_Upgrade() {
     m_clServices.StartAll();
     __ShowStep(m_clJauge.dGetMaximum());
     ShowResultBox(csLoadText(TEXTE_MAJ_FAITE));
+    m_rclRecorder.Upgraded(*m_pclService, m_nTelemetryOn);
 }
 
 void CUpgradeWin::__ShowStep(double dValue) {
@@ -127,7 +130,7 @@ void CUpgradeWin::_DrawWindow() {
     _nSmartPrint(nEnd, TEXT_COLUMN, m_csPrompt.pszGet(), ATTR_BORDER, __nTextColumns(), nEnd + 1);
 }
 
-void UpgradeServer(CDataExtractor* pclExtractor, CService* pclService) {
+void UpgradeServer(CDataExtractor* pclExtractor, CService* pclService, const CRecorder& rclRecorder) {
     if (const CRefusal clRefusal = clRefuseUpgrade(*pclService)) {
         bTellRefusal(L"upgrade " + CTString(pclService->pszGetName()), *clRefusal,
                      pclExtractor->rclGetTrace());
@@ -137,13 +140,14 @@ void UpgradeServer(CDataExtractor* pclExtractor, CService* pclService) {
     GetZDConfPath(pclService, szConfPath);
     int nTelemetryOn = 0;
     if (bChooseTelemetry(eReadTelemetry(szConfPath), nTelemetryOn)) {
-        DoUpgradeServer(pclExtractor, pclService, nTelemetryOn);
+        DoUpgradeServer(pclExtractor, pclService, nTelemetryOn, rclRecorder);
     }
 }
 
-void DoUpgradeServer(CDataExtractor* pclExtractor, CService* pclService, int nTelemetryOn) {
+void DoUpgradeServer(CDataExtractor* pclExtractor, CService* pclService, int nTelemetryOn,
+                     const CRecorder& rclRecorder) {
     auto clWindow = clMakeCentred<CUpgradeWin>(CUpgradeWin::PREFERRED_WIDTH, CUpgradeWin::PREFERRED_HEIGHT,
-                                               pclService, pclExtractor, nTelemetryOn);
+                                               pclService, pclExtractor, nTelemetryOn, rclRecorder);
     clWindow.Draw();
     clWindow.MainLoop();
 }

@@ -13,6 +13,7 @@
 namespace kalmo {
 
 class CDataExtractor;
+class CRecorder;
 class CService;
 
 /// A file more is installed: moves the gauge of a window on, and shows it. Most files move its bar by less
@@ -28,9 +29,10 @@ class CUpgradeWin : public CWindow, public IUpgradeProgress {
     static constexpr int PREFERRED_WIDTH = 70;
     static constexpr int PREFERRED_HEIGHT = 22;
 
-    /// The service and the open payload are borrowed. nTelemetryOn, 1 or 0, goes into the configuration.
+    /// The service, the open payload and the recorder are borrowed. nTelemetryOn, 1 or 0, goes into the
+    /// configuration.
     CUpgradeWin(int nX, int nY, int nWidth, int nHeight, CService* pclService, CDataExtractor* pclExtractor,
-                int nTelemetryOn);
+                int nTelemetryOn, const CRecorder& rclRecorder);
 
     bool bOnEvent(CWidget* pclSender, eEVENT eEvent) override;
 
@@ -72,15 +74,17 @@ class CUpgradeWin : public CWindow, public IUpgradeProgress {
     CService* m_pclService;
     CUpgradeServices m_clServices;  ///< Knows the install directory and the shared manager too.
     int m_nTelemetryOn;
+    const CRecorder& m_rclRecorder;
 };
 
 /// Asks for the telemetry choice where the instance's configuration has none, then upgrades. The payload is
 /// open. An operator who cancels leaves everything as it is, and so does an instance that must not be
 /// upgraded: what speaks against it is shown.
-void UpgradeServer(CDataExtractor* pclExtractor, CService* pclService);
+void UpgradeServer(CDataExtractor* pclExtractor, CService* pclService, const CRecorder& rclRecorder);
 
 /// Shows the upgrade's window until it is done or given up. nTelemetryOn: 1 or 0.
-void DoUpgradeServer(CDataExtractor* pclExtractor, CService* pclService, int nTelemetryOn);
+void DoUpgradeServer(CDataExtractor* pclExtractor, CService* pclService, int nTelemetryOn,
+                     const CRecorder& rclRecorder);
 
 }  // namespace kalmo
 

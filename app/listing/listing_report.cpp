@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "app/config/server_config.h"
+#include "app/engine/service_state.h"
 #include "app/engine/trace.h"
 #include "app/listing/listing.h"
 #include "framework/conversion.h"
@@ -15,23 +16,6 @@
 
 namespace kalmo {
 namespace {
-
-struct STState {
-    eSERVICESTATUS eState;
-    const char* pszWord;
-    unsigned unText;
-};
-constexpr STState TAB_STATE[] = {
-    {eServiceRunning, "running", TEXTE_ETAT_EN_MARCHE},   {eServiceStopped, "stopped", TEXTE_ETAT_ARRETE},
-    {eServiceStarting, "starting", TEXTE_ETAT_DEMARRAGE}, {eServiceStopping, "stopping", TEXTE_ETAT_ARRET},
-    {eServiceFailed, "failed", TEXTE_ETAT_ECHEC},         {eServiceUnknown, "unknown", TEXTE_ETAT_INCONNU},
-};
-
-const STState& rstStateOf(eSERVICESTATUS eState) {
-    const auto* const pst = std::find_if(std::begin(TAB_STATE), std::end(TAB_STATE) - 1,
-                                         [&](const STState& rst) { return rst.eState == eState; });
-    return *pst;
-}
 
 const char* pszInitWord() {
     switch (CServiceManager::ms_eDistri) {
@@ -57,7 +41,7 @@ std::wstring csCell(const CTString& cs) {
 
 CTableLine tabLineOf(const STListed& rst) {
     return {csCell(rst.csName) + (rst.bOurs ? L"" : L" *"), rst.nPort ? std::to_wstring(*rst.nPort) : L"-",
-            csCell(rst.csVersion), csCell(csLoadText(rstStateOf(rst.eState).unText)),
+            csCell(rst.csVersion), csCell(csStateText(rst.eState)),
             csCell(rst.csDirectory)};
 }
 
@@ -104,7 +88,7 @@ std::string csListingAsJson(const std::vector<STListed>& rtab) {
                                {"port", rst.nPort ? CJson(*rst.nPort) : CJson()},
                                {"version", clJsonText(rst.csVersion)},
                                {"directory", clJsonText(rst.csDirectory)},
-                               {"state", rstStateOf(rst.eState).pszWord},
+                               {"state", pszStateWord(rst.eState)},
                                {"ours", rst.bOurs}});
     }
     return csJsonDump({{"schema", 1},

@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 
 #include "app/config/server_config.h"
@@ -16,6 +15,7 @@
 #include "framework/fs_path.h"
 #include "framework/x_error.h"
 #include "services/init_script.h"
+#include "services/service_command.h"
 #include "services/service_manager.h"
 #include "services/systemctl.h"
 
@@ -55,8 +55,11 @@ bool bRemoveService(CService& rclService, CTrace& rclTrace, int* pnStays) {
     errno = 0;
     bool bRemoved = true;
     if (rclTrace.bMayChange()) {
+        if (CServiceManager::ms_eDistri != eSystemd) {
+            rclTrace.Changed();  // systemd refuses as a whole, scripts and links go one by one
+        }
         bRemoved = rclService.bRemove(&nStays);
-    } else if (const CTString csTool = rclService.csRemovalTool(); !csTool.bEmpty()) {
+    } else if (const CTString csTool = csBootCommand(csName); !csTool.bEmpty()) {
         rclTrace.Step(csTool, csStatus(0));
     }
     const CErrnoKept clKept;
@@ -95,10 +98,7 @@ bool CRemoval::bFind() {
         m_bGoingOn = bNoted && stNote.csProgram == m_csProgram;
         return true;
     }
-    // One that cannot be asked about, for whatever reason, is still there while its files are.
-    m_bGoingOn = bNoted && std::ranges::none_of(stNote.tabDefinition, [](const CTString& rcsPath) {
-                     return CDiskFile::bFileExists(rcsPath);
-                 });
+    m_bGoingOn = bNoted && !stNote.bDefined();
     if (!m_bGoingOn) {
         m_rclTrace.Failed(csWhat, L"no such instance");
         return false;
@@ -127,9 +127,10 @@ bool CRemoval::bUnregister() {
         return true;
     }
     if (!m_csDirectory.bEmpty()) {
-        const int nError = m_rclTrace.bMayChange() ? nOutcome(m_clRecord.bWrite({m_pclService->pszGetName(),
-                                                                                 m_csProgram, __tabDefinition()}))
-                                                   : 0;
+        const int nError =
+            m_rclTrace.bMayChange()
+                ? nOutcome(m_clRecord.bWrite({m_pclService->pszGetName(), m_csProgram, __tabDefinition()}))
+                : 0;
         m_rclTrace.Note(L"note the uninstall of " + m_csProgram, nError);
     }
     return bRemoveService(*m_pclService, m_rclTrace, &m_nStays);

@@ -21,6 +21,9 @@ bool bThere(const CTString& csPath);
 /// Deletes a file and traces it. A failure fills the error object and leaves its reason in errno.
 bool bDeleteFile(const CTString& csPath, CTrace& rclTrace, CXError* pclError);
 
+/// The libraries without which no instance is a whole one: a removal fails where one is missing.
+inline constexpr const wchar_t* TAB_NEEDED_LIBRARY[] = {L"tvzdsrv.so", L"tvsqlsrv.so"};
+
 /// The libraries "tv*.so" of an instance in a directory that ends in "/", with their paths, in the order of
 /// the directory. What is itself a directory is none.
 std::vector<CTString> tabServerLibraries(const CTString& csDirectory);

@@ -3,10 +3,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "app/config/server_config.h"
 #include "app/engine/data_extractor.h"
@@ -19,6 +22,7 @@
 #include "app/removal/removal.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/text.h"
 #include "framework/unique_fd.h"
 #include "framework/x_error.h"
 #include "services/service.h"
@@ -28,19 +32,24 @@ namespace {
 
 constexpr const wchar_t* PSZ_MARKER = L"Install.log";
 
-// The path behind an option's prefix, or nothing. A bare name lies in the current directory, and so does one
-// that only begins with a dot: without a slash the profile calls would look for it in the home directory.
+// The path behind an option's prefix, or nothing.
 bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTString* pcsPath) {
     const CTString csArgument = csFromUTF8(svArgument);
     const CTString csPrefix = csFromUTF8(svPrefix);
     if (!bEgalSansCasse(csArgument.svGet().substr(0, csPrefix.nGetLength()), csPrefix)) {
         return false;
     }
-    const std::wstring_view svPath = csArgument.svGet().substr(csPrefix.nGetLength());
-    const bool bAsItIs = svPath.starts_with(L'/') ||
-                         (svPath.starts_with(L'.') && svPath.find(L'/') != std::wstring_view::npos);
-    *pcsPath = CTString(bAsItIs ? L"" : L"./") + svPath;
+    *pcsPath = CPilot::csFileOfOption(csArgument.svGet().substr(csPrefix.nGetLength()));
     return true;
+}
+
+// An operation, as programs are told of it.
+const char* pszOperation(int nOperation) {
+    switch (nOperation) {
+        case OP_UPGRADE: return "upgrade";
+        case OP_INSTALL: return "install";
+        default: return "uninstall";
+    }
 }
 
 // Nobody sits there: a program that asks all the same is told that there is nothing more, and does not take
@@ -53,6 +62,14 @@ void CloseStandardInput() {
 }
 
 }  // namespace
+
+// A name that only begins with a dot lies in the current directory too: without a slash the profile calls
+// would look for it in the home directory.
+CTString CPilot::csFileOfOption(std::wstring_view svValue) {
+    const bool bAsItIs = svValue.starts_with(L'/') ||
+                         (svValue.starts_with(L'.') && svValue.find(L'/') != std::wstring_view::npos);
+    return CTString(bAsItIs ? L"" : L"./") + svValue;
+}
 
 bool CPilot::bCheckPilot(int nArgc, char** ppszArgv) {
     bool bPilot = false;
@@ -70,22 +87,41 @@ bool CPilot::bCheckPilot(int nArgc, char** ppszArgv) {
 
 int CPilot::Pilot() {
     CloseStandardInput();
+    if (!m_csResultPath.bEmpty() && !m_clResult.bBegin(m_csResultPath, m_csPilotPath)) {
+        return 0;
+    }
+    const int nDone = __nRun();
+    m_clResult.End(nDone != 0 && m_stOrders.bOperation(), m_clServiceManager);
+    return nDone;
+}
+
+bool CPilot::bRehearse(const CTString& csPilotPath) {
+    m_csPilotPath = csPilotPath;
+    m_clTrace.Rehearse();
+    return __nRun() != 0 && m_stOrders.bOperation();
+}
+
+int CPilot::__nRun() {
     if (!m_stOrders.bRead(m_csPilotPath, m_clTrace)) {
         return 0;
     }
-    if (m_stOrders.nOperation < OP_UPGRADE || m_stOrders.nOperation > OP_UNINSTALL) {
+    if (!m_stOrders.bOperation()) {
+        m_clTrace.rclGetView().ShowError(csLoadText(TEXTE_RIEN_ORDONNE));
         return m_stOrders.nOperation;
     }
+    m_clResult.SetInstance(m_stOrders.csServer, __csServiceName(m_stOrders.csServer));
+    m_clResult.SetOperation(pszOperation(m_stOrders.nOperation));
     const CHangUpShield clShield;
     CRunLock clLock;
-    if (!clLock.bWait(m_clTrace)) {
+    if (!m_clTrace.bRehearsal() && !clLock.bWait(m_clTrace)) {
+        m_clTrace.rclGetView().ShowError(csLoadText(TEXTE_AUTRE_INSTALLATEUR));
         return 0;
     }
     InitServices(m_clServiceManager, m_clTrace);
     // To systemctl some names are several; what is no unit's name is not even looked up.
     const bool bNameSafe = CServiceManager::ms_eDistri != eSystemd || __bNamePossible();
     const bool bSuccess = bNameSafe && __bCarryOut();
-    m_clTrace.Step(L"unattended run", bSuccess ? L"ok" : L"failed");
+    m_clTrace.Outcome(L"unattended run", bSuccess ? 0 : NO_REASON);
     return bSuccess ? 1 : 0;
 }
 
@@ -97,8 +133,9 @@ bool CPilot::__bCarryOut() {
     }
 }
 
-bool CPilot::__bFail(std::wstring_view svWhat, std::wstring_view svWhy) {
-    m_clTrace.Step(svWhat, L"failed: " + CTString(svWhy));
+bool CPilot::__bFail(std::wstring_view svWhat, std::wstring_view svWhy, const CTString& csShown) {
+    m_clTrace.Failed(svWhat, svWhy);
+    m_clTrace.rclGetView().ShowError(csShown);
     return false;
 }
 
@@ -112,7 +149,13 @@ CXPtr_deleteRCV<CService> CPilot::__pclGetServer(const CTString& csName) {
 }
 
 bool CPilot::__bRunInstallerMode(std::string_view svCommand) {
-    return nRunServerProgram(m_stOrders.clInstallDir, svCommand, "", std::string::npos, m_clTrace) != -1;
+    const int nStatus =
+        nRunServerProgram(m_stOrders.clInstallDir, svCommand, "", std::string::npos, m_clTrace);
+    // Only a command that no shell could run ends an installation; one that failed is told all the same.
+    if (nStatus != 0) {
+        m_clResult.ProgramFailed(csFromUTF8(svCommand), csStatus(nStatus));
+    }
+    return nStatus != -1;
 }
 
 bool CPilot::__bNamePossible() {
@@ -125,11 +168,14 @@ bool CPilot::__bPlaceFree(CServiceList& rtabServer) {
     const CFSPath& rclDir = m_stOrders.clInstallDir;
     if (const CService* const pclOther = pclCheckPathConflict(rtabServer, rclDir.pszGet());
         pclOther != nullptr) {
-        return __bFail(L"Repertoire", csQuoted(rclDir.csGet()) + L" is the directory of the instance " +
-                                          CTString(pclOther->pszGetName()));
+        return __bFail(L"Repertoire",
+                       csQuoted(rclDir.csGet()) + L" is the directory of the instance " +
+                           CTString(pclOther->pszGetName()),
+                       csFormatText(TEXTE_REPERTOIRE_PRIS, rclDir.csGet(), CTString(pclOther->pszGetName())));
     }
     if (const CTString csService = __csServiceName(m_stOrders.csServer); bUnitMasked(csService)) {
-        return __bFail(L"Serveur", L"the unit of " + csService + L" is masked");
+        return __bFail(L"Serveur", L"the unit of " + csService + L" is masked",
+                       csFormatText(TEXTE_NOM_MASQUE, csService));
     }
     const CRefusal clRefusal = clRefuseDirectory(rclDir, rtabServer);
     return !clRefusal || bTellRefusal(L"Repertoire", *clRefusal, m_clTrace);
@@ -142,8 +188,11 @@ bool CPilot::__bInstall() {
     }
     const CFSPath& rclInstallDir = m_stOrders.clInstallDir;
     CFSPath clDatabaseDir = rclInstallDir;
+    m_clResult.SetDirectory(rclInstallDir.csGet());
+    m_clResult.ExpectRunning(PSZ_SERVICE_PREFIX + m_stOrders.csServer);
+    m_clResult.ExpectRunning(PSZ_MANAGER_SERVICE);
     if (!clDatabaseDir.bAppend(L"BDD/")) {
-        return __bFail(L"Repertoire", L"too long");
+        return __bFail(L"Repertoire", L"too long", csReason(ENAMETOOLONG));
     }
     CDataExtractor clExtractor(m_clTrace);
     CServiceList tabServer;
@@ -151,7 +200,7 @@ bool CPilot::__bInstall() {
         !clExtractor.bInit()) {
         return false;
     }
-    CUninstallRecord::ForgetDirectory(rclInstallDir.svGet());
+    __ForgetUninstall(rclInstallDir.csGet());
     for (const CFSPath& rclDir : {rclInstallDir, clDatabaseDir}) {
         CXError clError;
         if (!bCreateDirectory(rclDir.svGet(), m_clTrace, &clError)) {
@@ -176,10 +225,10 @@ bool CPilot::__bInstall() {
 bool CPilot::__bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclDatabaseDir) {
     const CFSPath& rclInstallDir = m_stOrders.clInstallDir;
     // The result does not decide: the server's programs may be whole although a later entry failed.
-    m_clTrace.Step(L"extract", rclExtractor.bUpgrade(rclInstallDir.pszGet(), nullptr) ? L"ok" : L"failed");
+    m_clTrace.Outcome(L"extract", rclExtractor.bUpgrade(rclInstallDir.pszGet(), nullptr) ? 0 : NO_REASON);
     CPathBuffer szConfPath;
     if (!bConfPath(rclInstallDir.svGet(), szConfPath)) {
-        return __bFail(L"Repertoire", L"too long");
+        return __bFail(L"Repertoire", L"too long", csReason(ENAMETOOLONG));
     }
     return bWriteNewConfiguration(szConfPath, rclDatabaseDir.pszGet(), std::to_wstring(m_stOrders.nPort),
                                   m_stOrders.csServer, m_clTrace) &&
@@ -190,11 +239,18 @@ bool CPilot::__bInstallInto(CDataExtractor& rclExtractor, const CFSPath& rclData
 bool CPilot::__bUpgrade() {
     const CXPtr_deleteRCV<CService> pclService = __pclGetServer(m_stOrders.csServer);
     return pclService != nullptr ? __bUpgrade(*pclService)
-                                 : __bFail(L"upgrade " + m_stOrders.csServer, L"no such instance");
+                                 : __bFail(L"upgrade " + m_stOrders.csServer, L"no such instance",
+                                           csFormatText(TEXTE_INSTANCE_INCONNUE, m_stOrders.csServer));
 }
 
 bool CPilot::__bUpgrade(CService& rclService) {
     CXPtr_deleteRCV<CService> pclKalmoManager = pclGetKalmoManager(m_clServiceManager);
+    m_clResult.SetOperation("upgrade");
+    m_clResult.SetDirectory(csGetProgramDirectory(&rclService));
+    m_clResult.ExpectRunning(rclService.pszGetName());
+    if (pclKalmoManager != nullptr && !bIsManager(rclService)) {
+        m_clResult.ExpectRunning(pclKalmoManager->pszGetName());
+    }
     if (const CRefusal clRefusal = clRefuseUpgrade(rclService, pclKalmoManager.get())) {
         return bTellRefusal(L"upgrade " + m_stOrders.csServer, *clRefusal, m_clTrace);
     }
@@ -204,10 +260,11 @@ bool CPilot::__bUpgrade(CService& rclService) {
     if (!__bForgetSuccess(csDirectory) || !clExtractor.bInit()) {
         return false;
     }
-    CUninstallRecord::ForgetDirectory(csDirectory);
+    __ForgetUninstall(csDirectory);
     clServices.StopAll();
     if (!clExtractor.bUpgrade(csDirectory.pszGet(), nullptr) || !clExtractor.bSync(csDirectory.pszGet())) {
-        return __bFail(L"extract", L"what was stopped stays stopped");
+        m_clTrace.Failed(L"extract", L"what was stopped stays stopped");
+        return false;
     }
     clServices.StartAll();
     __LogSuccess(csDirectory);
@@ -221,11 +278,14 @@ bool CPilot::__bUnInstall() {
         return false;
     }
     const CTString& csDirectory = clRemoval.csGetDirectory();
+    m_clResult.SetDirectory(csDirectory);
+    m_clResult.ExpectGone(__csServiceName(m_stOrders.csServer));
     if ((!csDirectory.bEmpty() && !__bForgetSuccess(csDirectory)) || !clRemoval.bUnregister()) {
         return false;
     }
     if (csDirectory.bEmpty()) {
-        return __bFail(L"delete files", L"the service tells no program");
+        return __bFail(L"delete files", L"the service tells no program",
+                       csFormatText(TEXTE_SANS_PROGRAMME, m_stOrders.csServer));
     }
     if (!__bRemoveFiles(clRemoval.csGetProgram(), clRemoval)) {
         return false;
@@ -245,20 +305,36 @@ bool CPilot::__bRemoveFiles(const CTString& csProgram, CRemoval& rclRemoval) {
         return rclRemoval.bDelete(csProgram);
     }
     const CTString csDirectory(stParts.svDirectory);
-    if (!rclRemoval.bDelete(csProgram) || !rclRemoval.bDelete(csDirectory + L"tvzdsrv.so") ||
-        !rclRemoval.bDelete(csDirectory + L"tvsqlsrv.so")) {
+    const CTString csLogger = csDirectory + L"zdlogger";
+    std::vector<CTString> tabFixed{csProgram};
+    for (const wchar_t* const pszLibrary : TAB_NEEDED_LIBRARY) {
+        tabFixed.push_back(csDirectory + pszLibrary);
+    }
+    const std::vector<CTString> tabLibrary = tabServerLibraries(csDirectory);
+    if (!std::ranges::all_of(tabFixed, [&](const CTString& rcs) { return rclRemoval.bDelete(rcs); })) {
         return false;
     }
-    rclRemoval.bDelete(csDirectory + L"zdlogger");
-    for (const CTString& rcsLibrary : tabServerLibraries(csDirectory)) {
-        rclRemoval.bDelete(rcsLibrary);
+    // What is not there need not be deleted; what else fails here decides nothing.
+    if (bThere(csLogger)) {
+        rclRemoval.bDelete(csLogger);
+    }
+    for (const CTString& rcsLibrary : tabLibrary) {
+        if (std::ranges::find(tabFixed, rcsLibrary) == tabFixed.end()) {
+            rclRemoval.bDelete(rcsLibrary);
+        }
     }
     return true;
 }
 
 bool CPilot::__bForgetSuccess(const CTString& csDir) {
     const CTString csMarker = csDir + PSZ_MARKER;
+    if (m_clTrace.bRehearsal()) {
+        return true;
+    }
     const int nError = nOutcome(CDiskFile::bDelete(csMarker));
+    if (nError == 0) {
+        m_clTrace.Changed();
+    }
     if (nError == 0 || nError == ENOENT) {
         return true;
     }
@@ -266,11 +342,19 @@ bool CPilot::__bForgetSuccess(const CTString& csDir) {
     return false;
 }
 
+void CPilot::__ForgetUninstall(const CTString& csDir) {
+    if (!m_clTrace.bRehearsal()) {
+        CUninstallRecord::ForgetDirectory(csDir);
+    }
+}
+
 bool CPilot::__LogSuccess(const CTString& csDir) {
     static constexpr std::string_view SV_MARK = "OK";
     CDiskFile clFile;
-    const int nError = nOutcome(clFile.bOpen(csDir + PSZ_MARKER, CDiskFile::eMODE::Create) &&
-                                clFile.bWrite(SV_MARK.data(), SV_MARK.size()) && clFile.bClose());
+    const int nError = m_clTrace.bMayChange()
+                           ? nOutcome(clFile.bOpen(csDir + PSZ_MARKER, CDiskFile::eMODE::Create) &&
+                                      clFile.bWrite(SV_MARK.data(), SV_MARK.size()) && clFile.bClose())
+                           : 0;
     m_clTrace.Outcome(L"marker " + csDir + PSZ_MARKER, nError);
     return nError == 0;
 }

@@ -3,6 +3,7 @@
 
 #include "app/engine/trace.h"
 #include "app/unattended/orders.h"
+#include "app/unattended/run_result.h"
 #include "framework/fs_path.h"
 #include "framework/xy_string.h"
 #include "services/service_manager.h"
@@ -26,6 +27,11 @@ class CPilot {
     /// Does the work. Non-zero on success; an unknown "MAJ" is returned as it is. From here on standard input
     /// is empty, for the programs that are run as well.
     int Pilot();
+    /// Tells the steps of the run that a parameter file orders to the trace, and does none of them: what
+    /// stands in the way at a step is not looked for before it. True when the run would succeed.
+    bool bRehearse(const CTString& csPilotPath);
+    /// The file that an option's value names: as it is given, or in the current directory.
+    static CTString csFileOfOption(std::wstring_view svValue);
     /// The file that "/PILOT=" named.
     [[nodiscard]] const CTString& csGetPilotPath() const noexcept { return m_csPilotPath; }
     /// The file that "/RECORD=" named, for the interactive run; empty without one.
@@ -38,6 +44,8 @@ class CPilot {
     static CTString __csServiceName(const CTString& csName);
     /// That service; null when there is none.
     CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
+    /// The run between reading its orders and its result.
+    int __nRun();
     /// Runs the operation that is ordered, one that there is.
     bool __bCarryOut();
     bool __bInstall();
@@ -56,12 +64,14 @@ class CPilot {
     /// A marker speaks of this run: one that an earlier run left is removed before work begins. False, and
     /// told, when it is there and cannot be removed.
     bool __bForgetSuccess(const CTString& csDir);
+    /// Notes about uninstallations in the directory are void: something is installed there.
+    void __ForgetUninstall(const CTString& csDir);
     /// Writes the marker. False, and told, when it cannot be written.
     bool __LogSuccess(const CTString& csDir);
     /// Runs one of the server's programs in its installer mode. False only when no shell could run it.
     bool __bRunInstallerMode(std::string_view svCommand);
-    /// Traces a failure. Returns false.
-    bool __bFail(std::wstring_view svWhat, std::wstring_view svWhy);
+    /// Traces a failure, and tells it in the run's language. Returns false.
+    bool __bFail(std::wstring_view svWhat, std::wstring_view svWhy, const CTString& csShown);
 
     CTString m_csPilotPath;
     CTString m_csDebugPath;
@@ -70,6 +80,7 @@ class CPilot {
     STOrders m_stOrders;
     CServiceManager m_clServiceManager;
     CTrace m_clTrace;
+    CRunResult m_clResult{m_clTrace};
 };
 
 }  // namespace kalmo

@@ -11,11 +11,12 @@
 #include <thread>
 
 #include "app/config/server_config.h"
+#include "app/engine/service_state.h"
+#include "framework/conversion.h"
 #include "framework/json.h"
 #include "framework/text.h"
 #include "framework/whole_file.h"
 #include "services/service_manager.h"
-#include "services/service_state.h"
 
 namespace kalmo {
 namespace {
@@ -78,16 +79,22 @@ void CRunResult::SetInstance(const CTString& csName, const CTString& csService) 
     m_csService = csService;
 }
 
-void CRunResult::StepTold(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) {
+void CRunResult::StepTold(const CTString& csWhat, const CTString& csResult, bool bFailed) {
     if (bFailed && m_csStep.bEmpty()) {
-        m_csStep = svWhat;
-        m_csResult = svResult;
+        m_csStep = csWhat;
+        m_csResult = csResult;
     }
 }
 
 void CRunResult::ShowError(const CTString& csText) {
     if (m_csReason.bEmpty()) {
         m_csReason = csOneLineOf(csText);
+    }
+}
+
+void CRunResult::ProgramFailed(const CTString& csCommand, const CTString& csStatus) {
+    if (m_csStep.bEmpty()) {
+        __Fail(csCommand, csFormatText(TEXTE_PROGRAMME_ECHOUE, csCommand, csStatus));
     }
 }
 
@@ -133,11 +140,10 @@ void CRunResult::End(bool bSuccess, CServiceManager& rclManager) {
         return;
     }
     if (m_csStep.bEmpty() && bSuccess && !__bServicesRun(rclManager)) {
-        const auto it = std::ranges::find_if(m_tabAsked,
-                                             [](const STAsked& rst) { return rst.eStatus != eServiceRunning; });
-        const CTString csState = pszServiceState(it->eStatus);
-        m_rclTrace.Failed(L"ask whether " + it->csService + L" runs", csState);
-        m_csReason = csFormatText(TEXTE_SERVICE_EN_PANNE, it->csService, csState);
+        const auto it = std::ranges::find_if(
+            m_tabAsked, [](const STAsked& rst) { return rst.eStatus != eServiceRunning; });
+        m_rclTrace.Failed(L"ask whether " + it->csService + L" runs", csFromUTF8(pszStateWord(it->eStatus)));
+        m_csReason = csFormatText(TEXTE_SERVICE_EN_PANNE, it->csService, csStateText(it->eStatus));
     }
     if (m_csStep.bEmpty() && bSuccess && !m_csGone.bEmpty() &&
         rclManager.pclGetService(m_csGone.pszGet(), 0) != nullptr) {
@@ -171,7 +177,7 @@ bool CRunResult::__bWrite(const char* pszState) try {
                    {"services", CJson::array()}};
     for (const STAsked& rst : m_tabAsked) {
         clResult["services"].push_back(
-            {{"service", clJsonText(rst.csService)}, {"state", clJsonText(pszServiceState(rst.eStatus))}});
+            {{"service", clJsonText(rst.csService)}, {"state", pszStateWord(rst.eStatus)}});
     }
     return bReplaceFile(m_csPath.svGet(), csJsonDump(clResult));
 } catch (const std::exception&) {

@@ -34,6 +34,8 @@ class CRunResult final : public IStepListener, public IRunView {
     /// What the run is about, as far as it is known by now.
     void SetInstance(const CTString& csName, const CTString& csService);
     void SetOperation(const char* pszOperation) noexcept { m_pszOperation = pszOperation; }
+    /// A program of the server did not end well, which the run itself forgives.
+    void ProgramFailed(const CTString& csCommand, const CTString& csStatus);
     void SetDirectory(const CTString& csDirectory) { m_csDirectory = csDirectory; }
     /// A service that must run when all is done.
     void ExpectRunning(const CTString& csService) { m_tabExpected.push_back(csService); }
@@ -44,7 +46,7 @@ class CRunResult final : public IStepListener, public IRunView {
     /// what the run itself says.
     void End(bool bSuccess, CServiceManager& rclManager);
 
-    void StepTold(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) override;
+    void StepTold(const CTString& csWhat, const CTString& csResult, bool bFailed) override;
     void ShowError(const CTString& csText) override;
     void ShowResult(const CTString& /*csText*/) override {}
     void Repaint() override {}

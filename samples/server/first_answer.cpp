@@ -3,16 +3,20 @@
 #include <arpa/inet.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/types.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <string>
 #include <utility>
 
 #include "framework/conversion.h"
+#include "framework/disk_file.h"
 #include "framework/unique_fd.h"
 #include "services/service.h"
 #include "services/service_manager.h"
@@ -22,8 +26,8 @@ namespace {
 
 constexpr std::chrono::seconds LONGEST(60);
 constexpr int STEP = 50;  // milliseconds
-// The service's state is asked for every so many steps. An init script takes a program that is being started
-// for a dead one, and systemd starts again what has failed: only one that stays so has ended.
+// The service's state is asked for every so many steps. systemd starts again what has failed: only one that
+// stays so has ended.
 constexpr int STEPS_A_QUESTION = 6;
 constexpr std::chrono::seconds SURELY_ENDED(10);
 constexpr std::size_t MAX_ANSWER = 255;
@@ -90,6 +94,16 @@ class CFirstLine {
     std::string m_csText;
 };
 
+// Whether the process that an init script has started lives. The script itself takes a program that is still
+// being started for a dead one, which on a busy machine may be so for long.
+bool bStarted(const CTString& csService) {
+    std::string csPid;
+    pid_t nPid = 0;
+    return CDiskFile::bLoad(L"/run/" + csService + L".pid", 32, &csPid) &&
+           std::from_chars(csPid.data(), csPid.data() + csPid.size(), nPid).ec == std::errc() && nPid > 0 &&
+           ::kill(nPid, 0) == 0;
+}
+
 // What a stranger says, fit for a log.
 CTString csPrintable(std::string_view sv) {
     CTString cs;
@@ -125,7 +139,7 @@ bool bAwaitGreeting(const CTString& csService, int nPort, std::string_view svGre
             rclLog.Line(csPort + L" answers: " + csPrintable(clLine.svLine()));
             return true;
         }
-        if (eStatus != eServiceStopped && eStatus != eServiceFailed) {
+        if ((eStatus != eServiceStopped && eStatus != eServiceFailed) || bStarted(csService)) {
             clLastAlive = clNow();
         }
         bStranger = bCame || clLine.bConnected();

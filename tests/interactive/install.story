@@ -29,7 +29,7 @@ $ cd /srv/dist/current && ! readelf -dl kalmoinstall | grep -E 'NEEDED|INTERP' &
 $ equal "kalmoinstall $VERSION" "$(chroot /srv/empty /srv/dist/current/kalmoinstall --version)"
 $ chroot /srv/empty /srv/dist/current/kalmoinstall --help | grep -q kalmoinstall.zip
 $ printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=first\nRepertoire=/srv/zd\n' >/srv/empty/orders
-    strace -f -qq -e trace=execve,open,openat -o /tmp/opened chroot /srv/empty /srv/dist/current/kalmoinstall /PILOT=/orders /DEBUG=/trace
+    strace -f --seccomp-bpf -qq -e trace=execve,open,openat -o /tmp/opened chroot /srv/empty /srv/dist/current/kalmoinstall /PILOT=/orders /DEBUG=/trace
     grep -F "/srv/zd/kalmomanager --INSTALLER 2>/dev/null: failed" /srv/empty/trace && test -x /srv/empty/srv/zd/kalmo &&
     ! sed '1,/execve(.*kalmoinstall"/d' /tmp/opened | grep -E '/lib.*[.]so'
 run plain en|fr|es xterm|xterm-256color|xterm-kitty|alacritty|foot|st-256color|putty|ms-terminal|tmux-256color|screen|linux|vt100 by chroot /srv/empty: @asked; {ATTENTION} / {SANS_JOURNAL|/usr/local/ZDSQL/INSTALL.LOG} / {OK}

@@ -311,7 +311,7 @@ class CStory : public testing::TestWithParam<std::string> {
                 __Shell("rm -f /tmp/record*");
                 // A process cannot be looked at by two: no leak can be found meanwhile.
                 csCommand =
-                    "env ASAN_OPTIONS=detect_leaks=0 strace -D -ff -qq -s 2000 -o /tmp/record "
+                    "env ASAN_OPTIONS=detect_leaks=0 strace -D -ff --seccomp-bpf -qq -s 2000 -o /tmp/record "
                     "-e trace=execve,fork,vfork,clone,clone3,syncfs ";
             } else if (std::sscanf(rcs.c_str(), "%dx%d", &stOptions.nColumns, &stOptions.nRows) != 2) {
                 stOptions.csType = rcs;

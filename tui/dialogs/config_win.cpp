@@ -1,9 +1,7 @@
 #include "tui/dialogs/config_win.h"
 
-#include <algorithm>
 #include <cwchar>
 #include <string>
-#include <string_view>
 
 #include "app/config/server_config.h"
 #include "framework/conversion.h"
@@ -13,16 +11,6 @@
 #include "tui/toolkit/window.h"
 
 namespace kalmo {
-namespace {
-
-// The instance's name in that of its service.
-std::wstring_view svInstanceName(const CService& rclService) {
-    const std::wstring_view svService = rclService.pszGetName() == nullptr ? L"" : rclService.pszGetName();
-    return svService.substr(std::min(svService.size(), std::wstring_view(PSZ_SERVICE_PREFIX).size()));
-}
-
-}  // namespace
-
 CConfigWin::CConfigWin(int nX, int nY, int nWidth, int nHeight, CServiceList& rclServices)
     : COkCancelWin(nX, nY, nWidth, nHeight),
       m_rclServices(rclServices),
@@ -109,9 +97,7 @@ bool CConfigWin::__bCheckNewName() {
 }
 
 bool CConfigWin::_bCheckPort(long nPort, CService& rclService) {
-    CPathBuffer szConf;
-    GetZDConfPath(&rclService, szConf);
-    const int nUsed = nReadServerPort(szConf);
+    const int nUsed = nServerPort(rclService);
     if (nPort != nUsed) {
         return true;
     }

@@ -14,10 +14,7 @@ void Run(int nArgc, char** ppszArgv) {
     const bool bUnattended = clPilot.bCheckPilot(nArgc, ppszArgv);
     CTrace& rclTrace = clPilot.rclGetTrace();
     const CCommandTracer clTracer(rclTrace);
-    // Runs that append to one trace are told apart by their first line.
-    rclTrace.Step(L"kalmoinstall " + csGetOwnVersion(),
-                  bUnattended ? L"unattended run, parameter file " + csQuoted(clPilot.csGetPilotPath())
-                              : CTString(L"interactive run"));
+    clPilot.TellKind(bUnattended);
     if (bUnattended) {
         clPilot.Pilot();
         return;

@@ -18,6 +18,7 @@
 #include "app/engine/refusal.h"
 #include "app/engine/run_lock.h"
 #include "app/engine/server_services.h"
+#include "app/engine/traced_command.h"
 #include "app/engine/uninstall_record.h"
 #include "app/removal/removal.h"
 #include "framework/conversion.h"
@@ -95,9 +96,17 @@ int CPilot::Pilot() {
     return nDone;
 }
 
+void CPilot::TellKind(bool bUnattended) {
+    // Runs that append to one trace are told apart by their first line.
+    m_clTrace.Step(L"kalmoinstall " + csGetOwnVersion(),
+                   bUnattended ? L"unattended run, parameter file " + csQuoted(m_csPilotPath)
+                               : CTString(L"interactive run"));
+}
+
 bool CPilot::bRehearse(const CTString& csPilotPath) {
     m_csPilotPath = csPilotPath;
     m_clTrace.Rehearse();
+    TellKind(true);
     return __nRun() != 0 && m_stOrders.bOperation();
 }
 

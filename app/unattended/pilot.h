@@ -24,6 +24,8 @@ class CPilot {
     /// arguments 1 to nArgc - 1, in any letter case; the last of each counts. Opens the trace. True when
     /// "/PILOT=" was there.
     bool bCheckPilot(int nArgc, char** ppszArgv);
+    /// Begins the trace: tells version and kind of run.
+    void TellKind(bool bUnattended);
     /// Does the work. Non-zero on success; an unknown "MAJ" is returned as it is. From here on standard input
     /// is empty, for the programs that are run as well.
     int Pilot();

@@ -17,6 +17,10 @@ PROJECT = os.path.realpath(__file__ + "/../../..")
 TOOL = PROJECT + "/testkit/machine"
 NOW = """find /srv /etc /var/lib -printf '%p %m %s %T@\\n' | sort; pgrep -a 'kalmo|zdlogger'"""
 LEFT = "find /tmp /var/tmp /root/.ansible/tmp -mindepth 1 ! -path '*/systemd-private-*' ! -name '.*-unix' 2>/dev/null"
+# The server's program waits for what its file of failures tells, and the run for the program, until both are killed.
+KILL = """mkdir -p /srv/zd/first && mkfifo /srv/zd/first/kalmo.fail && setsid bash -c '
+    until pgrep -f "kalmo --[I]NSTALLER"; do sleep 0.1; done; pkill -KILL kalmoinstall; pkill -KILL -f "[I]NSTALLER"
+    ' </dev/null >/dev/null 2>&1 &"""
 GREETING = "source " + PROJECT + "/samples/story/server_state.sh; greeting %d"
 failures = 0
 
@@ -96,19 +100,22 @@ class Fleet:
 
 def story(fleet, current, following):
     names = fleet.names
-    broken, others = names[1], names[:1] + names[2:]
+    broken, killed, others = names[1], names[2], names[:1] + names[3:]
 
     before = fleet.ask_all(NOW)
     predicted = fleet.play("check mode", "site", "current", names, None, "--check", "--diff")
     check("check mode changes nothing", before, fleet.ask_all(NOW))
 
     fleet.ask(broken, "mkdir -p /srv/zd/first; printf '255\\nbroken on purpose\\n' >/srv/zd/first/kalmo.fail")
-    told = fleet.play("first run, one machine broken", "site", "current", others, [broken])
+    fleet.ask(killed, KILL)
+    told = fleet.play("first run, two machines broken", "site", "current", others, [broken, killed])
     for name in others:
         check(name + ": did what was predicted", predicted[name]["plan"], told[name]["trace"])
     check("the reason is told", True, "kalmo --INSTALLER" in told[broken]["msg"])
-    fleet.ask(broken, "rm /srv/zd/first/kalmo.fail")
-    fleet.play("the broken one mended", "site", "current", [broken])
+    check("a kill is told", True, "ended in the middle (ended by signal 9)" in told[killed]["msg"])
+    for name in (broken, killed):
+        fleet.ask(name, "rm /srv/zd/first/kalmo.fail")
+    fleet.play("the broken ones mended", "site", "current", [broken, killed])
     fleet.play("second run", "site", "current", [])
     check("nothing is unfinished", dict.fromkeys(names, ""), fleet.ask_all("ls -d /var/lib/kalmoinstall* 2>/dev/null"))
     check("all answer", [current] * len(names), fleet.versions())

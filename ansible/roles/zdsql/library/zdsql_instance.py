@@ -238,7 +238,8 @@ class Instance:
         told = {"operation": operation, "changed": True, "trace": self.steps(trace)}
         result = self.last_result()
         ended = "exit status %d" % status if status >= 0 else "ended by signal %d" % -status
-        if result is None or result["pid"] != process or (before and before["started"] == result["started"]):
+        if result is None or result["pid"] != process or (
+                before and (before["pid"], before["started"]) == (result["pid"], result["started"])):
             raise Trouble("the run told no result (%s)" % ended, **told)
         told["result"] = result
         if result["state"] == "running":

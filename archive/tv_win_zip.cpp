@@ -210,15 +210,14 @@ eARCHIVE CTVWinZip::__eExtraitVersFichier(const CRepEntree& rclEntree, std::wstr
     if (bVide && rclEntree.bRepertoire()) {
         return __eCreeRepertoire(rclEntree, svDestination);
     }
-    constexpr mode_t WHILE_WRITING = 0600;  // nobody else reads a file that is not complete
     CDiskFile clFile;
-    if (!clFile.bOpen(svDestination, CDiskFile::eMODE::Create, WHILE_WRITING)) {
+    if (!clFile.bOpen(svDestination, CDiskFile::eMODE::Create, PERMISSION_PENDANT)) {
         const CErrnoKept clKept;
         (void)m_clZip.CloseCurrentFileInZip(0, 0);
         return ARCHIVE_CREATE;
     }
     if (!clFile.bIsNew()) {
-        clFile.bSetPermission(WHILE_WRITING);  // one that was there had other bits
+        clFile.bSetPermission(PERMISSION_PENDANT);  // one that was there had other bits
     }
     // A new file costs, from here on, its writes, one call for its time, one for its permissions and the
     // close.

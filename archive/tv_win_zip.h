@@ -16,6 +16,9 @@ namespace kalmo {
 /// The installation engine derives from it; tools and tests use it as it is.
 class CTVWinZip : public CTVZipBase {
   public:
+    /// Permission bits of a file that is being extracted: nobody else reads one that is not complete.
+    static constexpr mode_t PERMISSION_PENDANT = 0600;
+
     CTVWinZip() = default;
 
     eARCHIVE eOuvreArchive(std::wstring_view svPath, unsigned dwFlags, std::int64_t i64Base) override;

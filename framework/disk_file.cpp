@@ -45,13 +45,8 @@ int nCreate(const char* pszPath, mode_t unPermission, bool* pbNew) {
     if (*pbNew || errno != EEXIST) {
         return nNew;
     }
-    // Others may hold one open that they may write: emptied in place, it would give them what comes.
-    const mode_t unOthersWrite = (S_IWGRP | S_IWOTH) & ~unPermission;
     struct stat st {};
-    const auto bPlainFile = [&] {
-        return S_ISREG(st.st_mode) && st.st_nlink <= 1 && st.st_uid == ::geteuid() &&
-               (st.st_mode & unOthersWrite) == 0;
-    };
+    const auto bPlainFile = [&] { return CDiskFile::bEmptiedByCreate(st, unPermission); };
     // Looked at before it is opened: opening a device may do something.
     if (::lstat(pszPath, &st) == 0 && !S_ISDIR(st.st_mode) && !bPlainFile()) {
         *pbNew = true;
@@ -188,6 +183,13 @@ bool CDiskFile::bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission
     return bIsOpen();
 } catch (const std::exception&) {
     return NoMemory(false);
+}
+
+bool CDiskFile::bEmptiedByCreate(const struct stat& rst, mode_t unPermission) {
+    // Others may hold one open that they may write: emptied in place, it would give them what comes.
+    const mode_t unOthersWrite = (S_IWGRP | S_IWOTH) & ~unPermission;
+    return S_ISREG(rst.st_mode) && rst.st_nlink <= 1 && rst.st_uid == ::geteuid() &&
+           (rst.st_mode & unOthersWrite) == 0;
 }
 
 bool CDiskFile::bClose() {

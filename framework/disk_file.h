@@ -1,6 +1,7 @@
 #ifndef KALMO_FRAMEWORK_DISK_FILE_H
 #define KALMO_FRAMEWORK_DISK_FILE_H
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <ctime>
@@ -52,6 +53,8 @@ class CDiskFile final : public IXStream {
     bool bOpen(std::wstring_view svPath, eMODE eMode, mode_t unPermission = 0644);
     /// True when the file that is open was made by this bOpen, and was nobody's before.
     [[nodiscard]] bool bIsNew() const noexcept { return m_bNew; }
+    /// Whether Create empties what lstat(2) tells so of, rather than put a new file into its place.
+    static bool bEmptiedByCreate(const struct stat& rst, mode_t unPermission);
     /// Closes the file. False when the system reports a late write error.
     bool bClose();
     [[nodiscard]] bool bIsOpen() const noexcept { return m_clFd.bValid(); }

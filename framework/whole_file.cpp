@@ -101,9 +101,9 @@ bool bReplaceFile(std::wstring_view svPath, std::string_view svBytes) try {
     if (!clFile.bValid()) {
         return false;
     }
-    // Whatever the umask is. Some file systems tell only at the close that a byte was lost.
-    if (::fchmod(clFile.nGet(), MODE) != 0 || !bWriteAll(clFile.nGet(), svBytes) ||
-        ::fsync(clFile.nGet()) != 0 || ::close(clFile.nRelease()) != 0 ||
+    // Some file systems tell only at the close that a byte was lost.
+    if (!bWriteAll(clFile.nGet(), svBytes) || ::fsync(clFile.nGet()) != 0 ||
+        ::close(clFile.nRelease()) != 0 ||
         ::renameat(nFolder, szName, nFolder, stPlace.csName.c_str()) != 0) {
         const CErrnoKept clKept;
         ::unlinkat(nFolder, szName, 0);

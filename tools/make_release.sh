@@ -1,6 +1,6 @@
 #!/bin/bash
-# Makes what a vendor ships from a payload: an archive, a .deb and an .rpm with the program for every Linux, the payload
-# and the manual, and SHA256SUMS.
+# Makes what a vendor ships from a payload: an archive, a .deb and an .rpm with the program for every Linux, the payload,
+# the manual and the schema of the answers for programs, and SHA256SUMS.
 #
 #   tools/make_release.sh [OPTION]... PAYLOAD.zip
 #
@@ -84,7 +84,7 @@ trap 'rm -rf "$work"' EXIT
 notices() {
     local package
     echo "The program holds parts of the libraries below. Their terms, as Debian tells them:"
-    for package in libc6 libstdc++6 libncursesw6 libtinfo6 zlib1g libisal2; do
+    for package in libc6 libstdc++6 libncursesw6 libtinfo6 zlib1g libisal2 nlohmann-json3-dev; do
         printf '\n==== %s ====\n\n' "$package"
         cat "/usr/share/doc/$package/copyright"
     done
@@ -102,6 +102,7 @@ install -m 644 "$payload" "$tree/usr/lib/kalmoinstall/kalmoinstall.zip"
 install -d "$tree/usr/sbin" "$docs"
 ln -s ../lib/kalmoinstall/kalmoinstall "$tree/usr/sbin/kalmoinstall"
 install -m 644 "$work/copyright" "$docs/copyright"
+install -m 644 "$project/docs/schema.json" "$docs/schema.json"
 notices | gzip -9n >"$docs/third-party.gz"
 changelog | gzip -9n >"$docs/changelog.Debian.gz"
 gzip -9nc "$project/CHANGELOG.md" >"$docs/changelog.gz"
@@ -117,6 +118,7 @@ install -D "$program" "$folder/kalmoinstall"
 install -m 644 "$payload" "$folder/kalmoinstall.zip"
 install -D -m 644 -t "$folder/man" "$project"/docs/man/*
 cp -r "$project/ansible" "$folder/ansible"
+install -m 644 "$project/docs/schema.json" "$folder/schema.json"
 install -m 644 "$work/copyright" "$folder/COPYRIGHT"
 notices >"$folder/THIRD-PARTY"
 tar -C "$work" --sort=name --format=gnu --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner \

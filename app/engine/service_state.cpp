@@ -9,14 +9,14 @@ namespace kalmo {
 namespace {
 
 struct STState {
-    eSERVICESTATUS eState;
     const char* pszWord;
+    eSERVICESTATUS eState;
     unsigned unText;
 };
 constexpr STState TAB_STATE[] = {
-    {eServiceRunning, "running", TEXTE_ETAT_EN_MARCHE},   {eServiceStopped, "stopped", TEXTE_ETAT_ARRETE},
-    {eServiceStarting, "starting", TEXTE_ETAT_DEMARRAGE}, {eServiceStopping, "stopping", TEXTE_ETAT_ARRET},
-    {eServiceFailed, "failed", TEXTE_ETAT_ECHEC},         {eServiceUnknown, "unknown", TEXTE_ETAT_INCONNU},
+    {"running", eServiceRunning, TEXTE_ETAT_EN_MARCHE},   {"stopped", eServiceStopped, TEXTE_ETAT_ARRETE},
+    {"starting", eServiceStarting, TEXTE_ETAT_DEMARRAGE}, {"stopping", eServiceStopping, TEXTE_ETAT_ARRET},
+    {"failed", eServiceFailed, TEXTE_ETAT_ECHEC},         {"unknown", eServiceUnknown, TEXTE_ETAT_INCONNU},
 };
 
 const STState& rstStateOf(eSERVICESTATUS eState) noexcept {

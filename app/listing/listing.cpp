@@ -1,5 +1,6 @@
 #include "app/listing/listing.h"
 
+#include <cerrno>
 #include <string_view>
 
 #include "app/config/server_config.h"
@@ -33,13 +34,26 @@ CTString csVersionOf(CService& rclService) {
     return csVersion == L"?" ? CTString() : csVersion;
 }
 
+// Whether whoever knows the services answers at all; the reason is in errno. Scripts need nobody.
+bool bAnswers() {
+    int nError = 0;
+    if (CServiceManager::ms_eDistri == eSystemd) {
+        CServiceManager::csGetSystemdProp("Version", L"", &nError);
+    }
+    errno = nError;
+    return nError == 0;
+}
+
 }  // namespace
 
-std::vector<STListed> tabListInstances() {
+std::optional<std::vector<STListed>> tabListInstances() {
     CServiceManager clManager;
     clManager.bInit(nullptr, 0);
     CServiceList tabService;
     ListServer(clManager, tabService);
+    if (tabService.bEmpty() && !bAnswers()) {
+        return std::nullopt;
+    }
     const std::vector<eSERVICESTATUS> tabState = tabGetStatus(tabService);
     std::vector<STListed> tabListed;
     for (std::size_t n = 0; n < tabService.nGetCount(); ++n) {

@@ -24,8 +24,9 @@ struct STListed {
     bool bOurs = false;  ///< Its command runs nothing else, and it may be uninstalled.
 };
 
-/// Looks at the machine: every instance and then the manager, in the order of ListServer.
-std::vector<STListed> tabListInstances();
+/// Looks at the machine: every instance and then the manager, in the order of ListServer. Nothing, with the
+/// reason in errno, when nobody tells its services: that is no empty machine.
+std::optional<std::vector<STListed>> tabListInstances();
 
 /// The list for people, in their language: a table, its last line without a line feed. Nothing that a
 /// terminal obeys is in it.

@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <iterator>
 #include <string>
-#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "app/config/server_config.h"
 #include "app/engine/service_state.h"
@@ -29,7 +31,7 @@ CJson clText(const CTString& cs) {
     return csToUTF8(cs).pszGet();
 }
 
-// The cells of a line; the last one has no end.
+// The cells of a line; nothing stands behind the last one, which may be as long as it is.
 constexpr std::size_t COLUMNS = 5;
 using CTableLine = std::array<std::wstring, COLUMNS>;
 
@@ -41,8 +43,7 @@ std::wstring csCell(const CTString& cs) {
 
 CTableLine tabLineOf(const STListed& rst) {
     return {csCell(rst.csName) + (rst.bOurs ? L"" : L" *"), rst.nPort ? std::to_wstring(*rst.nPort) : L"-",
-            csCell(rst.csVersion), csCell(csStateText(rst.eState)),
-            csCell(rst.csDirectory)};
+            csCell(rst.csVersion), csCell(csStateText(rst.eState)), csCell(rst.csDirectory)};
 }
 
 }  // namespace

@@ -31,8 +31,6 @@
 namespace kalmo {
 namespace {
 
-constexpr const wchar_t* PSZ_MARKER = L"Install.log";
-
 // The path behind an option's prefix, or nothing.
 bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTString* pcsPath) {
     const CTString csArgument = csFromUTF8(svArgument);
@@ -42,15 +40,6 @@ bool bTakeOption(std::string_view svArgument, std::string_view svPrefix, CTStrin
     }
     *pcsPath = CPilot::csFileOfOption(csArgument.svGet().substr(csPrefix.nGetLength()));
     return true;
-}
-
-// An operation, as programs are told of it.
-const char* pszOperation(int nOperation) {
-    switch (nOperation) {
-        case OP_UPGRADE: return "upgrade";
-        case OP_INSTALL: return "install";
-        default: return "uninstall";
-    }
 }
 
 // Nobody sits there: a program that asks all the same is told that there is nothing more, and does not take
@@ -70,6 +59,15 @@ CTString CPilot::csFileOfOption(std::wstring_view svValue) {
     const bool bAsItIs = svValue.starts_with(L'/') ||
                          (svValue.starts_with(L'.') && svValue.find(L'/') != std::wstring_view::npos);
     return CTString(bAsItIs ? L"" : L"./") + svValue;
+}
+
+const char* CPilot::pszOperationWord(int nOperation) {
+    switch (nOperation) {
+        case OP_UPGRADE: return "upgrade";
+        case OP_INSTALL: return "install";
+        case OP_UNINSTALL: return "uninstall";
+        default: return nullptr;
+    }
 }
 
 bool CPilot::bCheckPilot(int nArgc, char** ppszArgv) {
@@ -118,8 +116,8 @@ int CPilot::__nRun() {
         m_clTrace.rclGetView().ShowError(csLoadText(TEXTE_RIEN_ORDONNE));
         return m_stOrders.nOperation;
     }
-    m_clResult.SetInstance(m_stOrders.csServer, __csServiceName(m_stOrders.csServer));
-    m_clResult.SetOperation(pszOperation(m_stOrders.nOperation));
+    m_clResult.SetInstance(m_stOrders.csServer, csServiceName(m_stOrders.csServer));
+    m_clResult.SetOperation(pszOperationWord(m_stOrders.nOperation));
     const CHangUpShield clShield;
     CRunLock clLock;
     if (!m_clTrace.bRehearsal() && !clLock.bWait(m_clTrace)) {
@@ -148,13 +146,13 @@ bool CPilot::__bFail(std::wstring_view svWhat, std::wstring_view svWhy, const CT
     return false;
 }
 
-CTString CPilot::__csServiceName(const CTString& csName) {
+CTString CPilot::csServiceName(const CTString& csName) {
     return bEgalSansCasse(csName, PSZ_MANAGER_PROGRAM) ? CTString(PSZ_MANAGER_SERVICE)
                                                        : CTString(PSZ_SERVICE_PREFIX) + csName;
 }
 
 CXPtr_deleteRCV<CService> CPilot::__pclGetServer(const CTString& csName) {
-    return m_clServiceManager.pclGetService(__csServiceName(csName).pszGet(), 0);
+    return m_clServiceManager.pclGetService(csServiceName(csName).pszGet(), 0);
 }
 
 bool CPilot::__bRunInstallerMode(std::string_view svCommand) {
@@ -162,7 +160,8 @@ bool CPilot::__bRunInstallerMode(std::string_view svCommand) {
         nRunServerProgram(m_stOrders.clInstallDir, svCommand, "", std::string::npos, m_clTrace);
     // Only a command that no shell could run ends an installation; one that failed is told all the same.
     if (nStatus != 0) {
-        m_clResult.ProgramFailed(csFromUTF8(svCommand), csStatus(nStatus));
+        m_clResult.ProgramFailed(csFromUTF8(csServerCommand(m_stOrders.clInstallDir, svCommand, "")),
+                                 csStatus(nStatus));
     }
     return nStatus != -1;
 }
@@ -182,7 +181,7 @@ bool CPilot::__bPlaceFree(CServiceList& rtabServer) {
                            CTString(pclOther->pszGetName()),
                        csFormatText(TEXTE_REPERTOIRE_PRIS, rclDir.csGet(), CTString(pclOther->pszGetName())));
     }
-    if (const CTString csService = __csServiceName(m_stOrders.csServer); bUnitMasked(csService)) {
+    if (const CTString csService = csServiceName(m_stOrders.csServer); bUnitMasked(csService)) {
         return __bFail(L"Serveur", L"the unit of " + csService + L" is masked",
                        csFormatText(TEXTE_NOM_MASQUE, csService));
     }
@@ -200,7 +199,7 @@ bool CPilot::__bInstall() {
     m_clResult.SetDirectory(rclInstallDir.csGet());
     m_clResult.ExpectRunning(PSZ_SERVICE_PREFIX + m_stOrders.csServer);
     m_clResult.ExpectRunning(PSZ_MANAGER_SERVICE);
-    if (!clDatabaseDir.bAppend(L"BDD/")) {
+    if (!clDatabaseDir.bAppend(PSZ_DATABASE_FOLDER)) {
         return __bFail(L"Repertoire", L"too long", csReason(ENAMETOOLONG));
     }
     CDataExtractor clExtractor(m_clTrace);
@@ -281,14 +280,14 @@ bool CPilot::__bUpgrade(CService& rclService) {
 }
 
 bool CPilot::__bUnInstall() {
-    CRemoval clRemoval(m_clServiceManager, m_stOrders.csServer, __csServiceName(m_stOrders.csServer),
+    CRemoval clRemoval(m_clServiceManager, m_stOrders.csServer, csServiceName(m_stOrders.csServer),
                        m_clTrace);
     if (!clRemoval.bFind()) {
         return false;
     }
     const CTString& csDirectory = clRemoval.csGetDirectory();
     m_clResult.SetDirectory(csDirectory);
-    m_clResult.ExpectGone(__csServiceName(m_stOrders.csServer));
+    m_clResult.ExpectGone(csServiceName(m_stOrders.csServer));
     if ((!csDirectory.bEmpty() && !__bForgetSuccess(csDirectory)) || !clRemoval.bUnregister()) {
         return false;
     }

@@ -13,6 +13,11 @@ namespace kalmo {
 class CDataExtractor;
 class CRemoval;
 
+/// What an unattended run puts into an instance's directory beside what the payload brings: the marker of its
+/// success, and the database directory of a new one.
+inline constexpr const wchar_t* PSZ_MARKER = L"Install.log";
+inline constexpr const wchar_t* PSZ_DATABASE_FOLDER = L"BDD/";
+
 /// The unattended run: installs, upgrades or removes one instance as a parameter file says.
 ///
 /// Owned by the program's run. bCheckPilot first; when it is true, Pilot once. Nothing is drawn and no
@@ -34,6 +39,10 @@ class CPilot {
     bool bRehearse(const CTString& csPilotPath);
     /// The file that an option's value names: as it is given, or in the current directory.
     static CTString csFileOfOption(std::wstring_view svValue);
+    /// The name of an instance's service or, for "kalmomanager" in any letter case, of the shared manager's.
+    static CTString csServiceName(const CTString& csName);
+    /// An eOPERATION as programs are told of it; null for one that does nothing.
+    static const char* pszOperationWord(int nOperation);
     /// The file that "/PILOT=" named.
     [[nodiscard]] const CTString& csGetPilotPath() const noexcept { return m_csPilotPath; }
     /// The file that "/RECORD=" named, for the interactive run; empty without one.
@@ -42,8 +51,6 @@ class CPilot {
     [[nodiscard]] CTrace& rclGetTrace() noexcept { return m_clTrace; }
 
   private:
-    /// The name of an instance's service or, for "kalmomanager" in any letter case, of the shared manager's.
-    static CTString __csServiceName(const CTString& csName);
     /// That service; null when there is none.
     CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
     /// The run between reading its orders and its result.

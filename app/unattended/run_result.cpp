@@ -26,6 +26,8 @@ constexpr std::chrono::seconds SETTLE{20};
 constexpr std::chrono::milliseconds LOOK_AGAIN{300};
 constexpr std::chrono::seconds STAYS_UP{1};
 
+constexpr std::wstring_view SV_FAILED = L"failed: ";
+
 // Now, as RFC 3339 has it, in UTC.
 std::string csTime() {
     const std::time_t nNow = std::time(nullptr);
@@ -152,7 +154,8 @@ void CRunResult::End(bool bSuccess, CServiceManager& rclManager) {
     }
     const bool bOk = bSuccess && m_csStep.bEmpty();
     if (!bOk && m_csReason.bEmpty()) {
-        m_csReason = csOneLineOf(m_csResult);
+        const std::wstring_view svTold = m_csResult;
+        m_csReason = csOneLineOf(svTold.starts_with(SV_FAILED) ? svTold.substr(SV_FAILED.size()) : svTold);
     }
     __bWrite(bOk ? "ok" : "failed");
 }

@@ -34,6 +34,7 @@ cmp current/SHA256SUMS again/SHA256SUMS
 lintian --fail-on error,warning next/*.deb
 tar -xf current/*.tar.zst
 is "$(version "$1/kalmoinstall")" "$(version kalmoinstall-*/kalmoinstall)"
+cmp "$project/docs/schema.json" kalmoinstall-*/schema.json
 
 for kind in deb rpm; do
     case $kind in
@@ -44,6 +45,7 @@ for kind in deb rpm; do
     is "$(version "$1/kalmoinstall")" "$(version kalmoinstall)"
     is /usr/share/man/man8/kalmoinstall.8.gz "$(man -w kalmoinstall)"
     is 0:0:755 "$(stat -c %u:%g:%a /usr/lib/kalmoinstall)"
+    cmp "$project/docs/schema.json" /usr/share/doc/kalmoinstall/schema.json
     pilot 2 first
     is "ZDSQL first $(version "$1/tree/kalmo") ready" "$(greeting 4900)"
     server=$(pid ZDCS-first)

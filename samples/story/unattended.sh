@@ -93,8 +93,10 @@ unwrap() {
     esac
 }
 wrapped_stays() {
-    local result=0
+    local result=0 state=running
+    [ "$init" = systemd ] || state=stopped # a script looks for the process of its program
     wrap
+    listed first - - "$state" /usr/bin/ false || result=1
     refuses 'not of this product: "/usr/bin/nice' 1 first && refuses 'not of this product: "/usr/bin/nice' 3 first || result=1
     unwrap
     return $result
@@ -107,6 +109,7 @@ asleep_is_found() {
         *) "/etc/init.d/ZDCS-second" stop && update-rc.d ZDCS-second disable ;;
     esac
     refuses 'directory of the instance ZDCS-second' 2 third "$second" 4902 || return
+    listed second 4901 "$(server_version "$next")" stopped "$second/" true || return
     orders 1 second
     "$next/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace"
     marked "$second" && greets 4901 "ZDSQL second $(server_version "$next") ready"
@@ -114,6 +117,19 @@ asleep_is_found() {
 
 runs() { active "$1" || { cat "$work/trace"; false; }; }
 greets() { equal "$2" "$(greeting "$1")"; }
+
+# listed NAME PORT VERSION STATE DIRECTORY OURS: so the list tells it, to people and to programs, and changes nothing.
+listed() {
+    local name=$1 before row json service=ZDCS-$1
+    before=$(machine_now)
+    row=$(LC_ALL=C "$current/kalmoinstall" --list | awk -v name="$name" '$1 == name { $1 = $1; print }')
+    json=$("$current/kalmoinstall" --list --json | sed -n "/\"name\": \"$name\"/,/}/p" | tr -d '\n' | tr -s ' ')
+    [ "$name" != kalmomanager ] || service=KalmoManager
+    [ "$6" = true ] || name+=' *'
+    equal "$before" "$(machine_now)" && equal "$name $2 $3 $4 $5" "$row" &&
+        equal "$(printf ' "name": "%s", "service": "%s", "port": %s, "version": "%s", "directory": "%s", "state": "%s", "ours": %s }' \
+            "$1" "$service" "$2" "$3" "$5" "$4" "$6" | sed 's/": "\?-"\?,/": null,/g')" "${json%,}"
+}
 
 version_of() { "$1/kalmoinstall" --version | sed 's/.* //'; }
 server_version() { "$1/tree/kalmo" --version | sed 's/.* //'; }
@@ -156,6 +172,10 @@ installed "$second" 4901 second "$current"
 check "the manager still runs from the first directory" grep -q "$first/kalmomanager" "/proc/$(pid KalmoManager)/cmdline"
 
 check "the manager sees both running" equal "$(printf 'ZDCS-first 4\nZDCS-second 4')" "$("$first/kalmomanager" --list | sort)"
+
+check "the list tells the first instance" listed first 4900 "$(server_version "$current")" running "$first/" true
+check "the list tells the second instance" listed second 4901 "$(server_version "$current")" running "$second/" true
+check "the list tells the manager" listed kalmomanager - "$(server_version "$current")" running "$first/" true
 
 say "Upgrade the first instance to $(server_version "$next")"
 printf 'Comment=kept\r\n; and this line too\n' >>"$first/ZDConf.ini"
@@ -215,6 +235,7 @@ for name in first second kalmomanager; do
         check "its databases are left" test -d "$directory/BDD/__system"
     fi
 done
+check "the list is empty" equal "No instance is installed on this machine." "$(LC_ALL=C "$current/kalmoinstall" --list)"
 check "nothing answers any more" equal "" "$(TRIES=5 greeting 4900 || TRIES=5 greeting 4901)"
 
 rm -rf "$work"

@@ -9,7 +9,7 @@ set -eE
 trap 'echo "line $LINENO: $BASH_COMMAND"; cat trace output 2>/dev/null' ERR
 installer=$1 archive_password=$2
 zd=/tmp/zd script=/etc/init.d/ZDCS-first
-manual=$(realpath "${BASH_SOURCE%/*}/../../docs/man")
+manual=$(realpath "${BASH_SOURCE%/*}/../../docs/man") json_answer=$(realpath "${BASH_SOURCE%/*}/../../testkit/json_answer")
 
 # What must hold is a command that succeeds; each one that fails ends the case.
 not() { ! "$@"; }
@@ -364,6 +364,51 @@ the_trace_goes_neither_through_a_link_nor_over_an_earlier_one() {
     is secret "$(cat secret)"
     mkfifo pipe
     run /PILOT=pilot.ini /DEBUG=pipe
+}
+
+it_lists_what_is_installed_in_columns_and_in_json() {
+    local table gone
+    json() { ./kalmoinstall --json --list | "$json_answer" list "$@"; }
+    service() { printf "#!/bin/sh\nProgram=\"$2\"\nexit $3\n" >"/etc/init.d/$1"; chmod "${4-755}" "/etc/init.d/$1"; }
+    fresh
+    export LC_ALL=C.UTF-8
+    is "Aucune instance n'est installée sur cette machine." "$(LC_ALL=fr_FR ./kalmoinstall --list)"
+    is $'scripts\n[]' "$(json --get init --get instances)"
+    pilot install # its script says that it runs, the program tells no version
+    mkdir -p /tmp/other/日本
+    cp kalmoinstall /tmp/other/日本/kalmo
+    printf '[INIT]\nName=second\n' >/tmp/other/日本/ZDConf.ini
+    service ZDCS-日本 "/tmp/other/日本/kalmo --service" 3
+    service ZDCS-x "/usr/bin/nice --adjustment=5 $zd/kalmo" 1
+    service $'ZDCS-\e[2J\n\u009b\u202e\xff' /tmp/gone/kalmo 0 644
+    service KalmoManager $zd/kalmomanager 0
+    table=$(./kalmoinstall --list)
+    is "$(LC_ALL=C sort <<END
+Name                 Port  Version    State    Directory
+first                4950  -          running  $zd/
+日本                 4900  25.0.98.0  stopped  /tmp/other/日本/
+x *                  -     -          failed   /usr/bin/
+\x1B[2J | \x9B?\xFF  -     -          unknown  /tmp/gone/
+END
+)" "$(head -n 5 <<<"$table" | LC_ALL=C sort)"
+    is "kalmomanager         -     -          running  $zd/" "$(sed -n 6p <<<"$table")"
+    [[ $(sed -n 7p <<<"$table") == "* runs a program"* ]]
+    is manager "$(json --get instances.4.kind)"
+    not grep -qP '[\x00-\x09\x0b-\x1f\x7f-\x9f]' <(./kalmoinstall --list --json)
+    # Nobody needs to be root. An answer that does not arrive is a failure.
+    is "$table" "$(setpriv --reuid 65534 --clear-groups ./kalmoinstall --list)"
+    unheard() { local status=0; "$@" || status=$?; ((status == 1)); }
+    unheard ./kalmoinstall --list >/dev/full
+    exec 7> >(:)
+    gone=$!
+    while kill -0 $gone; do sleep 0.05; done 2>/dev/null
+    unheard ./kalmoinstall --list --json >&7
+    # Nor is a machine empty whose systemd tells nothing.
+    printf '#!/bin/sh\n[ "$*" = "--no-pager --no-legend" ]\n' >/bin/systemctl
+    chmod 755 /bin/systemctl
+    unheard ./kalmoinstall --list --json >output 2>errors
+    is "" "$(cat output)"
+    grep -q "systemctl does not tell" errors
 }
 
 "$3"

@@ -8,8 +8,10 @@
 
 #include "framework/disk_file.h"
 #include "framework/file_version.h"
+#include "framework/json_text.h"
 #include "framework/memory_stream.h"
 #include "framework/process_info.h"
+#include "framework/whole_file.h"
 #include "testkit/temp_folder.h"
 
 namespace kalmo {
@@ -78,6 +80,26 @@ TEST_F(Files, CreateWritesNowhereElse) {
     EXPECT_TRUE(bCreate());
     EXPECT_TRUE(m_clFolder.bShell("stat -c %i%a f | cmp - i"));
     EXPECT_EQ(m_clFolder.csRead("f"), "new");
+}
+
+// The old file or the new one, whoever else has a name of the old one; and nothing beside it.
+TEST_F(Files, AreReplacedWhole) {
+    ASSERT_TRUE(
+        m_clFolder.bShell("mkdir d; mkfifo pipe; ln -s other link; umask 0; echo old >f; ln f other"));
+    for (const auto& [pszName, nError] : {std::pair("f", 0),
+                                          {"new", 0},
+                                          {"d", EISDIR},
+                                          {"d/", EISDIR},
+                                          {"link", ELOOP},
+                                          {"pipe", EEXIST},
+                                          {"none/f", ENOENT},
+                                          {"other/f", ENOTDIR}}) {
+        EXPECT_EQ(bReplaceable(m_clFolder.csWide(pszName)) ? 0 : errno, nError) << pszName;
+        EXPECT_EQ(bReplaceFile(m_clFolder.csWide(pszName), "bytes") ? 0 : errno, nError) << pszName;
+    }
+    EXPECT_EQ(m_clFolder.csRead("f") + m_clFolder.csRead("new") + m_clFolder.csRead("other"),
+              "bytesbytesold\n");
+    EXPECT_TRUE(m_clFolder.bShell("[ \"$(stat -c %a f new | uniq)\" = 600 ] && [ $(ls -A | wc -l) = 6 ]"));
 }
 
 TEST_F(Files, Directories) {
@@ -156,6 +178,29 @@ TEST(FileVersion, NotesAreToldApartAndSizesMayLie) {
     for (const auto& [nAt, csBytes, pszVersion] : tabPatch) {
         const std::string cs = std::string(csGood).replace(nAt, csBytes.size(), csBytes);
         EXPECT_EQ(csVersion(CMemoryStream(CTLBIN(cs.begin(), cs.end()))), pszVersion) << nAt;
+    }
+}
+
+TEST(JsonText, OneObjectWellFormedAndNotTooDeep) {
+    const auto csNested = [](std::size_t n) {
+        return R"({"v":"1","x":)" + std::string(n, '[') + std::string(n, ']') + "}";
+    };
+    for (const auto& [csJson, pszValue] :
+         {std::pair(R"( {"v" : "\u00e9\ud83d\ude00\n"} )"s, L"é😀\n"),
+          {R"({"v":"1","v":"2","v":3,"x":{"v":"4"},"y":["v","5"]})", L"2"},  // the last text of that name
+          {csNested(32), L"1"},
+          {csNested(33), L"(none)"},
+          {csNested(100000), L"(none)"},
+          {"[" + csNested(1) + "]", L"(none)"},
+          {R"({"v":"1"}{})", L"(none)"},
+          {"{\"v\":\"1\"}\0"s, L"(none)"},
+          {"\xEF\xBB\xBF{\"v\":\"1\"}", L"(none)"},
+          {"{\"v\":\"1\",\"x\":\"\xFF\"}", L"(none)"},
+          {R"({"v":"\ud83d"})", L"(none)"},
+          {R"({"v":"1",})", L"(none)"},
+          {R"("v")", L"(none)"},
+          {"", L"(none)"}}) {
+        EXPECT_EQ(csJsonString(csJson, "v").value_or(L"(none)").svGet(), pszValue) << csJson.substr(0, 50);
     }
 }
 

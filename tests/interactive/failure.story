@@ -159,24 +159,25 @@ hang up 129: @remove
 
 == AHangUpDoesNotEndWorkThatHasBegun
 # A program is waited for meanwhile.
+with /RECORD=/run/orders
 $ busy /usr/local/ZDSQL
 start: @asked => Enter
 send \r until Installing the server
 $ soon_idle
 unplug 0
-$ greeting 4900 && active ZDCS-ZDSQL && active KalmoManager && busy /usr/local/ZDSQL
+$ greeting 4900 && active ZDCS-ZDSQL && active KalmoManager && busy /usr/local/ZDSQL && grep MAJ=2 /run/orders
 start next: @licence; @action; @toupgrade; Server: * => Tab*2
 send \r until Progress
 $ soon_idle
 unplug 0
-$ greeting 4900 | grep 26.0.3 && active ZDCS-ZDSQL && active KalmoManager
+$ grep MAJ=1 /run/orders && greeting 4900 | grep 26.0.3 && active ZDCS-ZDSQL && active KalmoManager
 # systemd waits for the end of a service that takes its time.
 $ mkdir -p /run/systemd/system/ZDCS-ZDSQL.service.d; cd /run/systemd/system/ZDCS-ZDSQL.service.d
     printf '[Service]\nExecStop=/bin/sleep 2\n' >slow.conf; systemctl daemon-reload
 start: @remove => Enter
 send \r until Uninstalling the server
 unplug 0
-$ unregistered ZDCS-ZDSQL && absent /usr/local/ZDSQL/tvzdsrv.so
+$ unregistered ZDCS-ZDSQL && absent /usr/local/ZDSQL/tvzdsrv.so && grep MAJ=3 /run/orders
     rm -r /run/systemd/system/ZDCS-ZDSQL.service.d; systemctl daemon-reload
 # An unattended run has no questions.
 $ busy /srv/zd/first; install first 4950 & eventually works; soon_idle; pkill -HUP -x kalmoinstall; wait; done_first
@@ -194,3 +195,35 @@ end: @action => Tab*2 Enter
 $ eventually idle && grep upgrade /tmp/trace2 && done_first
 # Of two that install the same instance the second upgrades it.
 $ fresh; install first 4950 & install first 4950; wait; done_first && equal 3 "$(grep -c 'unattended run: ok' /tmp/trace2)"
+
+== NothingBeginsWithoutAPlaceForTheRecord
+$ mkdir /run/ro; mount -t tmpfs -o ro kalmo /run/ro; ln -s /etc/passwd /run/link; remember
+run fr|es /RECORD=/none/orders: {ATTENTION} / {ENREGISTREMENT_IMPOSSIBLE|/none/orders|*} / OK
+run /RECORD=/run: Attention / {ENREGISTREMENT_IMPOSSIBLE|/run|Is a directory} / OK
+run /RECORD=/run/ro/orders: Attention / {ENREGISTREMENT_IMPOSSIBLE|/run/ro/orders|Read-only file system} / OK
+run /RECORD=/run/link|/RECORD=/dev/null
+    Attention / {ENREGISTREMENT_IMPOSSIBLE|*|Something stands there that is no ordinary file} / OK
+$ unchanged
+
+== WorkIsDoneThatCannotBeRecorded
+# When the disk is full the file is as it was, and nothing lies beside it.
+$ mkdir /run/full; mount -t tmpfs -o size=4k kalmo /run/full; echo before >/run/full/orders
+run fr /RECORD=/run/full/orders: @install; {ATTENTION} / {ENREGISTREMENT_PERDU|/run/full/orders|No space left on device} / OK
+run next es /RECORD=/run/full/orders: @upgrade; {ATTENTION} / {ENREGISTREMENT_PERDU|/run/full/orders|No space left on device} / OK
+run /RECORD=/run/full/orders: @remove; Attention / {ENREGISTREMENT_PERDU|/run/full/orders|No space left on device} / OK; @removed
+$ equal "orders before" "$(ls -A /run/full) $(cat /run/full/orders)" && unregistered ZDCS-ZDSQL
+# Names that an unattended run does not take, or takes for another one's.
+$ install first 4950; systemctl disable --now ZDCS-first; cd /etc/systemd/system; mv ZDCS-first.service ZDCS-$(printf '%0101d').service; systemctl daemon-reload
+run es /RECORD=/run/orders: @remove; {ATTENTION} / {ENREGISTREMENT_IRREPETABLE|/run/orders} / OK
+    {RETRAIT|ZDSQL server first} / * / OK
+$ absent /run/orders
+fresh
+run /RECORD=/run/orders: @licence; @directory; @config => Backspace*5 kalmomanager Enter*3
+    @account
+    @telemetry
+    @installed
+    Attention / {ENREGISTREMENT_IRREPETABLE|/run/orders} / OK
+run /RECORD=/run/orders: @licence; @action => Down*2 Enter*2; @toremove
+    Attention / {ENREGISTREMENT_IRREPETABLE|/run/orders} / OK
+    {RETRAIT|ZDSQL server kalmomanager} / * / OK
+$ absent /run/orders && unregistered ZDCS-kalmomanager

@@ -164,10 +164,42 @@ run: @another; {REPERTOIRE} / * => Backspace*15 srv/zd/second Enter
 $ equal "ZDSQL second $VERSION ready" "$(greeting 4951)" && equal "ZDSQL first $VERSION ready" "$(greeting 4900)"
 $ equal == "$(fate ZDCS-first KalmoManager)"
 # The directory of a server means that server, however it is written.
-run next: @another; {REPERTOIRE} / * => Backspace*15 srv//zd/first/../second/ Enter
+run next /RECORD=/run/orders: @another; {REPERTOIRE} / * => Backspace*15 srv//zd/first/../second/ Enter
     Server: ZDSQL server second / Port: 4951 / Directory: /srv/zd/second/ / * / Yes No
     @upgraded
+$ equal $'[PILOTAGE]\nMAJ=1\n[SERVEUR]\nServeur=second' "$(grep -v ^: /run/orders)"
 $ equal "ZDSQL second 26.0.3.0 ready" "$(greeting 4951)"
+
+== Everywhere_WhatIsRecordedIsRepeatedUnattended
+run fr /RECORD=/run/install.ini: @licence; @directory; @config
+    @account => Backspace*5 ch"ef Enter secret Enter*2
+    @telemetry => Space Enter*2
+    {INSTALLE} / {ADMIN|ch"ef|secret} / OK
+$ installed >/run/install.state; echo before >/run/upgrade.ini; ln /run/upgrade.ini /run/other.ini
+run next es /RECORD=/run/upgrade.ini: @upgrade
+$ installed >/run/upgrade.state
+run /RECORD=/run/remove.ini: @remove; @removed
+$ installed >/run/remove.state
+run /RECORD=/run/manager.ini: @licence; @manage => Down Enter*2; @toremove
+    {RETRAIT|ZDSQL server manager} / * / {OK}
+$ equal ": kalmoinstall $VERSION, TIME : répète une installation
+    : Ce que le travail sans opérateur ne règle pas :
+    : Compte système qui exécute le serveur : \"root\"
+    : Télémétrie : Non
+    : Compte administrateur : \"ch\\\"ef\"
+    $(printf '[PILOTAGE]\nMAJ=2\n[SERVEUR]\nServeur=ZDSQL\nRepertoire=/usr/local/ZDSQL\nPort=4900')
+    : kalmoinstall 26.0.3.0, TIME: repite una actualización
+    : Lo que el trabajo sin operador no configura:
+    : Telemetría: No
+    $(printf '[PILOTAGE]\nMAJ=1\n[SERVEUR]\nServeur=ZDSQL')
+    : kalmoinstall $VERSION, TIME: repeats an uninstallation
+    : Without systemd, stop the server before: an unattended run does not.
+    $(printf '[PILOTAGE]\nMAJ=3\n[SERVEUR]\nServeur=ZDSQL')" \
+        "$(sed -E 's/[0-9]{4}(-[0-9]{2}){2} [0-9]{2}(:[0-9]{2}){2}/TIME/' /run/{install,upgrade,remove}.ini)"
+$ equal $'MAJ=3\nServeur=kalmomanager' "$(grep = /run/manager.ini)" && unregistered KalmoManager
+$ equal "600 root 1" "$(stat -c '%a %U %h' /run/{install,upgrade,remove}.ini | uniq)" && equal before "$(cat /run/other.ini)"
+$ repeat() { /srv/dist/$2/kalmoinstall /PILOT=/run/$1.ini /RECORD=/none/ignored /DEBUG=/tmp/trace; installed | diff /run/$1.state -; }
+    fresh; repeat install current && repeat upgrade next && service_stop ZDCS-ZDSQL && repeat remove current
 
 == Pictures
 # README's, with the same folders beside the proposed one everywhere. The build target "pictures_install" draws them.

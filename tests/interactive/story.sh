@@ -138,6 +138,17 @@ upgraded() {
         equal "$3" "$(echo $(for name in first second; do $name/kalmo --version; done | cut -d' ' -f2))"
 }
 
+# installed: what installer and server made of the machine, but for what an unattended run leaves alone or writes itself.
+installed() {
+    eventually settled >/dev/null
+    cd /usr/local/ZDSQL && find . -name Install.log -o -name accounts -o -printf '%p %M %u\n' | sort
+    find . -type f -not -path './BDD/*' -not -name '*.log' -not -name '*.LOG' -not -name '*.ini' -exec sha256sum {} + | sort
+    sed '/DaemonUser\|TELEMETRY\|ACTIVE/d; s,%%EXE%%/BDD,/usr/local/ZDSQL/BDD/,' ZDConf.ini
+    for service in ZDCS-ZDSQL KalmoManager; do active $service >/dev/null && echo running; registered $service && echo registered; done
+    TRIES=5 greeting 4900 || echo silent
+}
+settled() { both_run || unregistered ZDCS-ZDSQL; }
+
 # left PROGRAMS: what a removal of the first server leaves of them, and whether its service is registered.
 left() {
     cd /srv/zd/first && ! active ZDCS-first && test -s ZDConf.ini -a -d BDD/__system &&

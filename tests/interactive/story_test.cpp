@@ -16,7 +16,7 @@
 //   send, resize, settle, signal, unplug, ends, keep screen, same screen, picture   see CStory::__Do
 //
 // HOW: next (payload), en, fr or es, record (what is run), plain (no locales and no "clear": letters are ASCII, the
-// screen may stay), a type and a size of terminals; "by" and a program that starts the installer; "a|b" is a run with
+// screen may stay), options ("/RECORD=..."), a type and a size of terminals; "by" and a program that starts the installer; "a|b" is a run with
 // each. SCRIPT: screens with "; " between them, or indented below, a line each: "SCREEN => KEYS" or "SCREEN => KEYS =>
 // KEYS THAT GIVE UP"; without keys they are Enter. SCREEN holds the texts from top to bottom, " / " between two
 // rows, frames and blank rows left out; what a box leaves to see of the screen below it does not count. "*" stands for
@@ -298,6 +298,7 @@ class CStory : public testing::TestWithParam<std::string> {
         const std::size_t nBy = csHow.find(" by ");
         std::string csCommand = nBy == csHow.npos ? "" : csHow.substr(nBy + 4) + " ";
         std::string csPayload = "current";
+        std::string csOptions;
         m_csLanguage = "en";
         m_bPlain = false;
         for (const std::string& rcs : CTuiTerminal::tabWords(csHow.substr(0, nBy))) {
@@ -313,12 +314,14 @@ class CStory : public testing::TestWithParam<std::string> {
                 csCommand =
                     "env ASAN_OPTIONS=detect_leaks=0 strace -D -ff --seccomp-bpf -qq -s 2000 -o /tmp/record "
                     "-e trace=execve,fork,vfork,clone,clone3,syncfs ";
+            } else if (rcs.starts_with("/")) {
+                csOptions += " " + rcs;
             } else if (std::sscanf(rcs.c_str(), "%dx%d", &stOptions.nColumns, &stOptions.nRows) != 2) {
                 stOptions.csType = rcs;
             }
         }
         stOptions.tabEnvironment = {"LC_ALL=" + m_csLanguage + ".UTF-8"};
-        csCommand += "/srv/dist/" + csPayload + "/kalmoinstall /DEBUG=/tmp/trace";
+        csCommand += "/srv/dist/" + csPayload + "/kalmoinstall /DEBUG=/tmp/trace" + csOptions;
         m_pclTerminal.reset();
         m_pclTerminal = std::make_unique<CTerminal>(CTuiTerminal::tabWords(csCommand), stOptions);
     }

@@ -42,9 +42,10 @@ $ fresh; install first 4950 && install second 4951
 == AHalfReplacedServerStaysStopped
 story (TwoServers)
 $ cd /srv/dist/next; echo sound >last.txt; zip -q0 kalmoinstall.zip last.txt; LC_ALL=C sed -i s/sound/SOUND/ kalmoinstall.zip
-run next: @licence; @action; @toupgrade; @telemetry; Server: ZDSQL server first / * / Yes No
+run next /RECORD=/run/orders: @licence; @action; @toupgrade; @telemetry; Server: ZDSQL server first / * / Yes No
     Attention / {ILLISIBLE|last.txt} / OK
     {ATTENTION} / {ARRETES| / - ZDSQL server manager / - ZDSQL server first} / OK
+$ absent /run/orders
 $ equal '-=-' "$(fate ZDCS-first ZDCS-second KalmoManager)"
 
 == AListOfFiles

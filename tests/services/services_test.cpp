@@ -4,12 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
 #include "framework/conversion.h"
 #include "services/command_witness.h"
 #include "services/service_command.h"
+#include "services/service_states.h"
 #include "services/systemctl_output.h"
 #include "services/told_program.h"
 #include "tests/services/stand_in.h"
@@ -294,6 +296,31 @@ TEST_F(ServiceManagerTest, UnitsThatHaveJustAFile) {
             echo 'Failed to list units: Connection timed out'; exit 1; }
         case "$*" in list-units*) echo 'x-a.service a';; *) echo Type=simple;; esac)");
     EXPECT_EQ(tabList(L"x-"), CNames{L"x-a"});
+}
+
+TEST_F(ServiceManagerTest, StatesOfManyAreAskedTogether) {
+    CServiceManager::ms_eDistri = eSystemd;
+    CServiceList tabService;
+    for (int n = 1; n <= 48; ++n) {
+        tabService.Add(CXPtr_deleteRCV<CService>(new CService(nullptr, std::to_wstring(n).c_str())));
+    }
+    // The first of them has failed. Asked for all, the second systemctl leaves some out; the third is gone.
+    for (const auto& [pszBody, nCalls, nFirst, nLast] :
+         {std::tuple("for n; do case $n in 1|1.*) echo ActiveState=failed;; [0-9]*) echo "
+                     "ActiveState=active;; esac; done",
+                     2, 8, 4),
+          {"case $* in *.service) ;; *' 1') echo ActiveState=failed;; *) echo ActiveState=active;; esac", 49,
+           8, 4},
+          {"", 0, -1, -1}}) {
+        Tool(PSZ_SYSTEMCTL, pszBody);
+        std::filesystem::remove(nCalls == 0 ? PSZ_SYSTEMCTL : "");
+        const std::vector<eSERVICESTATUS> tabStatus = tabGetStatus(tabService);
+        ASSERT_EQ(tabStatus.size(), 48U);
+        EXPECT_EQ(tabStatus.front(), nFirst);
+        EXPECT_EQ(std::count(tabStatus.begin() + 1, tabStatus.end(), nLast), 47) << pszBody;
+        const std::string csRecord = csTakeRecord();
+        EXPECT_EQ(std::count(csRecord.begin(), csRecord.end(), '\n'), nCalls) << pszBody;
+    }
 }
 
 struct ServiceTest : CStandInTest, ICommandWitness {

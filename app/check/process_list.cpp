@@ -1,0 +1,97 @@
+#include "app/check/process_list.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <functional>
+#include <sstream>
+
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
+#include "framework/file_search.h"
+
+namespace kalmo {
+namespace {
+
+constexpr std::size_t MAX_PROC_FILE = 65536;
+
+std::string csProc(int nProcess, std::string_view svName) {
+    return "/proc/" + std::to_string(nProcess) + "/" + std::string(svName);
+}
+
+// Calls fn with each process's number until it answers true.
+void EachProcess(const std::function<bool(int)>& fn) {
+    const CUniqueDir pclProc(::opendir("/proc"));
+    const dirent* pst = nullptr;
+    while (pclProc != nullptr && (pst = ::readdir(pclProc.get())) != nullptr) {
+        const std::string csName = pst->d_name;
+        if (csName.find_first_not_of("0123456789") == std::string::npos && fn(std::atoi(csName.c_str()))) {
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+std::vector<STProcess> tabProcesses() {
+    std::vector<STProcess> tab;
+    EachProcess([&tab](int nProcess) {
+        struct stat st {};
+        if (::stat(csProc(nProcess, "exe").c_str(), &st) == 0) {
+            tab.push_back({nProcess, st.st_dev, st.st_ino});
+        }
+        return false;
+    });
+    return tab;
+}
+
+CTString csProcessName(int nProcess) {
+    std::string csName;
+    if (!CDiskFile::bLoad(csFromUTF8(csProc(nProcess, "comm")), MAX_PROC_FILE, &csName)) {
+        return {};
+    }
+    CTString cs = csFromUTF8(csName);
+    cs.TrimRight(L'\n');
+    return cs;
+}
+
+bool bProcessOfService(int nProcess, std::wstring_view svService) {
+    std::string csGroups;
+    if (!CDiskFile::bLoad(csFromUTF8(csProc(nProcess, "cgroup")), MAX_PROC_FILE, &csGroups)) {
+        return false;
+    }
+    const std::string csUnit = "/" + std::string(csToUTF8(svService).svGet()) + ".service";
+    std::istringstream clGroups(csGroups);
+    for (std::string csLine; std::getline(clGroups, csLine);) {
+        if ((csLine + "/").find(csUnit + "/") != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+int nSocketHolder(unsigned long long ullInode) {
+    const std::string csSocket = "socket:[" + std::to_string(ullInode) + "]";
+    int nHolder = 0;
+    EachProcess([&](int nProcess) {
+        const std::string csFolder = csProc(nProcess, "fd");
+        const CUniqueDir pclFds(::opendir(csFolder.c_str()));
+        const dirent* pst = nullptr;
+        while (nHolder == 0 && pclFds != nullptr && (pst = ::readdir(pclFds.get())) != nullptr) {
+            std::array<char, 64> tabLink{};
+            const ssize_t nLength =
+                ::readlink((csFolder + "/" + pst->d_name).c_str(), tabLink.data(), tabLink.size());
+            if (nLength > 0 &&
+                std::string_view(tabLink.data(), static_cast<std::size_t>(nLength)) == csSocket) {
+                nHolder = nProcess;
+            }
+        }
+        return nHolder != 0;
+    });
+    return nHolder;
+}
+
+}  // namespace kalmo

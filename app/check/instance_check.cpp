@@ -234,13 +234,28 @@ void CInstanceCheck::__Files(const CTString& csProgram, const CTString& csDirect
     }
 }
 
-bool bEndsWith(const STProcess& rst, CService& rclService) {
+// Whether a process ends when a service is stopped; the list is that of all processes.
+bool bEndsWith(const STProcess& rst, CService& rclService, const std::vector<STProcess>& rtabAll) {
     if (CServiceManager::ms_eDistri == eSystemd) {
         return bProcessOfService(rst.nProcess, rclService.pszGetName());
     }
     struct stat st {};
     const CXYString<char> csProgram = csToUTF8(csGetProgramWithoutArg(&rclService));
-    return ::stat(csProgram.pszGet(), &st) == 0 && st.st_dev == rst.unDevice && st.st_ino == rst.unInode;
+    if (::stat(csProgram.pszGet(), &st) != 0) {
+        return false;
+    }
+    const auto bServer = [&st, &rtabAll](int nProcess) {
+        return std::ranges::any_of(rtabAll, [&](const STProcess& rstOther) {
+            return rstOther.nProcess == nProcess && rstOther.unDevice == st.st_dev &&
+                   rstOther.unInode == st.st_ino;
+        });
+    };
+    constexpr int MAX_ANCESTORS = 100;  // parents may change while they are walked
+    int nProcess = rst.nProcess;
+    for (int n = 0; n < MAX_ANCESTORS && nProcess > 0 && !bServer(nProcess); ++n) {
+        nProcess = nParentProcess(nProcess);
+    }
+    return nProcess > 0 && bServer(nProcess);
 }
 
 }  // namespace
@@ -282,9 +297,10 @@ void CheckBusy(const CDataExtractor& rclExtractor, const CFSPath& rclDirectory,
     if (tabTarget.empty()) {
         return;
     }
-    for (const STProcess& rst : tabProcesses()) {
+    const std::vector<STProcess> tabAll = tabProcesses();
+    for (const STProcess& rst : tabAll) {
         const auto it = tabTarget.find({rst.unDevice, rst.unInode});
-        const auto bEnds = [&rst](CService* pcl) { return bEndsWith(rst, *pcl); };
+        const auto bEnds = [&](CService* pcl) { return bEndsWith(rst, *pcl, tabAll); };
         if (it != tabTarget.end() && std::ranges::none_of(tabStopped, bEnds)) {
             rclFindings.Add(
                 eSEVERITY::Error, "busy",

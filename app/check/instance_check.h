@@ -35,7 +35,8 @@ void CheckInstance(const STOrders& rstOrders, const STInstance& rstInstance,
 /// not end with the services which the run stops. The extraction would give it up after ten seconds.
 ///
 /// Under systemd a process ends with a service when it is counted to it: stopping ends them all, whatever
-/// they run, and none that somebody started by hand. A script is only known to stop its own program.
+/// they run, and none that somebody started by hand. A script is only known to stop its own program, which
+/// ends what it started itself.
 ///
 /// Adds busy.
 void CheckBusy(const CDataExtractor& rclExtractor, const CFSPath& rclDirectory,

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <sstream>
@@ -46,6 +47,18 @@ std::vector<STProcess> tabProcesses() {
         return false;
     });
     return tab;
+}
+
+int nParentProcess(int nProcess) {
+    std::string csStat;
+    // Number, (name), state, parent; the name may hold anything.
+    int nParent = 0;
+    if (!CDiskFile::bLoad(csFromUTF8(csProc(nProcess, "stat")), MAX_PROC_FILE, &csStat) ||
+        csStat.rfind(')') == std::string::npos ||
+        std::sscanf(csStat.c_str() + csStat.rfind(')'), ") %*c %d", &nParent) != 1) {
+        return 0;
+    }
+    return nParent;
 }
 
 CTString csProcessName(int nProcess) {

@@ -24,6 +24,9 @@ struct STProcess {
 /// The processes of the machine that run a file.
 std::vector<STProcess> tabProcesses();
 
+/// The process that started a process, or took it over; 0 when there is none.
+int nParentProcess(int nProcess);
+
 /// The name of a process, as ps(1) shows it; empty when there is no such process.
 CTString csProcessName(int nProcess);
 

@@ -3,11 +3,15 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <map>
 #include <optional>
 #include <set>
@@ -20,6 +24,7 @@
 #include "app/unattended/pilot.h"
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
+#include "framework/disk_file.h"
 
 namespace kalmo {
 namespace {
@@ -36,7 +41,8 @@ enum ePLACE_TEXTE : int {
 
 // What is written on one file system: now, and at the most so far.
 struct STVolume {
-    std::string csPath;  // a directory on it
+    std::string csPath;         // a directory on it
+    std::uint64_t u64Kept = 0;  // of the blocks that count as free
     struct statvfs st {};
     std::int64_t i64Bytes = 0;
     std::int64_t i64MostBytes = 0;
@@ -54,6 +60,24 @@ struct STVolume {
         return static_cast<std::int64_t>((u64Size + u64Block - 1) / u64Block * u64Block);
     }
 };
+
+// Blocks that ext4 keeps for itself, from root too, and counts as free; see ext4(5) and what its kernel
+// documentation says of reserved_clusters.
+std::uint64_t u64KeptBlocks(dev_t unDevice) {
+    const std::string csNumber = std::to_string(::major(unDevice)) + ":" + std::to_string(::minor(unDevice));
+    std::array<char, PATH_MAX> tabLink{};
+    const ssize_t nLength =
+        ::readlink(("/sys/dev/block/" + csNumber).c_str(), tabLink.data(), tabLink.size());
+    const std::string csLink(tabLink.data(), static_cast<std::size_t>(std::max<ssize_t>(nLength, 0)));
+    const std::string csName = csLink.substr(csLink.rfind('/') + 1);
+    std::string csKept;
+    constexpr std::size_t MAX_ATTRIBUTE = 4096;
+    if (csName.empty() || !CDiskFile::bLoad(csFromUTF8("/sys/fs/ext4/" + csName + "/reserved_clusters"),
+                                            MAX_ATTRIBUTE, &csKept)) {
+        return 0;
+    }
+    return std::strtoull(csKept.c_str(), nullptr, 10);
+}
 
 std::string csParent(const std::string& csPath) {
     const std::size_t nSlash = csPath.find_last_of('/', csPath.size() - 2);
@@ -101,6 +125,7 @@ STVolume* CRoomCheck::__pstVolume(const std::string& csPath, dev_t unDevice) {
     if (bNew) {
         it->second.csPath = csPath;
         ::statvfs(csPath.c_str(), &it->second.st);
+        it->second.u64Kept = u64KeptBlocks(unDevice);
     }
     return &it->second;
 }
@@ -166,8 +191,13 @@ void CRoomCheck::__JudgeVolume(const STVolume& rst) {
     }
     // Root may use what is kept for it; a file system without a number of blocks or inodes has no limit.
     const bool bRoot = ::geteuid() == 0;
-    const std::uint64_t u64Free = (bRoot ? rst.st.f_bfree : rst.st.f_bavail) * rst.st.f_frsize;
-    const auto u64Needed = static_cast<std::uint64_t>(rst.i64MostBytes);
+    const std::uint64_t u64Free =
+        (bRoot ? rst.st.f_bfree - std::min<std::uint64_t>(rst.st.f_bfree, rst.u64Kept) : rst.st.f_bavail) *
+        rst.st.f_frsize;
+    // What a file system needs to keep its own books of files is a few blocks.
+    constexpr unsigned SPARE_BLOCKS = 4;
+    const std::uint64_t u64Needed =
+        static_cast<std::uint64_t>(rst.i64MostBytes) + SPARE_BLOCKS * rst.st.f_frsize;
     if (rst.st.f_blocks != 0 && u64Needed > u64Free) {
         constexpr std::uint64_t ALMOST_ONE = (1U << 20U) - 1;
         __Tell("disk-full", FULL, csPath, csMegaBytes(u64Needed + ALMOST_ONE), csMegaBytes(u64Free));

@@ -72,7 +72,7 @@ void CCommandTracer::CommandEnded(const STCommandEnd& rst) noexcept {
     if (!rst.svSaid.empty()) {
         csResult += L": " + CTString(rst.svSaid);
     }
-    m_rclTrace.Step(rst.svCommand, csResult);
+    m_rclTrace.Told(rst.svCommand, csResult, rst.nStatus != 0);
     if (bInterrupted(rst.nStatus)) {
         EndInterruptedRun(rst.svCommand, m_rclTrace);
     }

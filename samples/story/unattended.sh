@@ -51,10 +51,27 @@ orders() {
 
 # pilot FOLDER OPERATION NAME [DIRECTORY PORT]: one unattended run of the installer in FOLDER.
 pilot() {
+    local foreseen
     orders "${@:2}"
+    LC_ALL=C "$1/kalmoinstall" --check "$work/pilot.ini" >"$work/foreseen"
+    foreseen=$?
     printf '  $ kalmoinstall /PILOT=pilot.ini    (MAJ=%s Serveur=%s%s)\n' "$2" "$3" "${4:+ Repertoire=$4 Port=$5}"
     check "said nothing and returned 0" equal 0 \
-        "$("$1/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace" 2>&1; echo $?)"
+        "$("$1/kalmoinstall" "/PILOT=$work/pilot.ini" "/DEBUG=$work/trace" "/RESULT=$work/result" 2>&1; echo $?)"
+    check "came out as --check had told" as_foreseen "$foreseen"
+}
+
+# as_foreseen STATUS: the run did the steps that were told before, all of them and no others, or failed as was told; and
+# its result says so.
+as_foreseen() {
+    case $1 in
+        0)
+            equal "$(sed -n 's/^  //p' "$work/foreseen")" "$(sed 's/^.\{23\}  //' "$work/trace")" &&
+                grep -q '"state": "ok"' "$work/result" && grep -q '"changed": true' "$work/result"
+            ;;
+        1) grep '^Error: ' "$work/foreseen" && grep -q '"state": "failed"' "$work/result" && grep -q '"changed": false' "$work/result" ;;
+        *) false ;;
+    esac || { cat "$work/foreseen" "$work/trace" "$work/result"; false; }
 }
 
 # What an installer could change: files of the servers and of the system, and the processes of the services. A server's

@@ -247,7 +247,9 @@ TEST_F(CheckOf, MachineAndInstanceAreAsked) {
     EXPECT_EQ(csMachine(OP_UNINSTALL), "e:not-root w:missing-command");
     ASSERT_EQ(::setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1) + ::seteuid(0), 0);
 
-    Shell("mkdir zd; cp /bin/sleep zd/kalmo; zd/kalmo 60 >/dev/null & echo $! >runner");
+    Shell(
+        "mkdir -p zd/lib; cp /bin/bash zd/kalmo; cp /bin/sleep zd/lib/a; "
+        "zd/kalmo -c 'zd/lib/a 60; :' >/dev/null & echo $! >runner; sleep 0.2");
     Shell(
         "printf '#!/bin/sh\n[ \"$1\" != status ] || exit \"$(cat status)\"\n' >/etc/init.d/ZDCS-first; "
         "chmod 755 /etc/init.d/ZDCS-first; sed -i \"s,cat ,&$PWD/,\" /etc/init.d/ZDCS-first; echo 0 >status");
@@ -270,10 +272,11 @@ TEST_F(CheckOf, MachineAndInstanceAreAsked) {
     EXPECT_EQ(csInstance(OP_UNINSTALL, L"first", pclFirst), "n:not-stopped e:missing-file e:missing-file");
     Shell("echo 3 >status; touch zd/tvzdsrv.so zd/tvsqlsrv.so");
     EXPECT_EQ(csInstance(OP_UNINSTALL, L"first", pclFirst), "");
-    EXPECT_EQ(csInstance(OP_UPGRADE, L"first", pclFirst), "n:version-unknown e:busy");
-    Shell("ln zd/kalmo zd/other; chmod 644 /etc/init.d/ZDCS-first");  // it is replaced, not written
+    EXPECT_EQ(csInstance(OP_UPGRADE, L"first", pclFirst), "n:version-unknown e:busy e:busy");
+    Shell("ln zd/kalmo zd/other; ln zd/lib/a zd/lib/b; chmod 644 /etc/init.d/ZDCS-first");  // it is replaced,
+                                                                                            // not written
     EXPECT_EQ(csInstance(OP_UPGRADE, L"first", pclFirst), "n:version-unknown w:missing-command");
-    Shell("kill $(cat runner); rm /etc/init.d/ZDCS-first");
+    Shell("pkill -P $(cat runner); rm /etc/init.d/ZDCS-first");
     CService clForeign(nullptr, L"ZDCS-first", L"first", L"/usr/bin/nice --adjustment=5 /tmp/kalmo");
     EXPECT_EQ(csInstance(OP_UPGRADE, L"first", &clForeign), "e:foreign-program/Serveur");
     EXPECT_EQ(csInstance(OP_UNINSTALL, L"first", &clForeign), "e:foreign-program/Serveur");

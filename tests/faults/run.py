@@ -2,6 +2,7 @@
 import collections
 import glob
 import hashlib
+import json
 import os
 import re
 import shutil
@@ -18,7 +19,7 @@ INSTANCE, MANAGER = "ZDCS-" + NAME, "KalmoManager"
 DIRECTORY = "/srv/zd/first"
 CONF, MARKER = DIRECTORY + "/ZDConf.ini", DIRECTORY + "/Install.log"
 WORK = "/tmp/faults"
-TRACE, LOG = WORK + "/trace", WORK + "/strace"
+TRACE, LOG, RESULT = WORK + "/trace", WORK + "/strace", WORK + "/result"
 SYSTEMD = os.path.isdir("/run/systemd/system")
 # All that an installer may change for good.
 NOTES = "/var/lib/kalmoinstall"
@@ -152,15 +153,17 @@ class Order(typing.NamedTuple):
     folder: str
     text: str
 
-    def run(self, inject=(), trace=False, seconds=120):
-        """Runs it under strace, and until all that it started has ended. Its status; -N when signal N ended it."""
+    def run(self, inject=(), trace=False, seconds=120, options=(), asked=()):
+        """Runs it under strace, which may get more options, and until all that it started has ended; or asks it only. Its
+        status; -N when signal N ended it."""
         with open(WORK + "/pilot.ini", "w") as file:
             file.write(self.text)
-        sh(f"rm -f {TRACE} {LOG}")
-        command = ["strace", "-qq", "-y", "-e", "signal=none", "-s", "200", "-o", LOG, "-e", "trace=" + ",".join(CALLS)]
+        sh(f"rm -f {TRACE} {LOG} {RESULT}")
+        command = ["strace", "-qq", "-y", "-e", "signal=none", "-s", "200", "-o", LOG, "-e", "trace=" + ",".join(CALLS), *options]
         for what in inject:
             command += ["-e", "inject=" + what]
-        command += [self.folder + "/kalmoinstall", f"/PILOT={WORK}/pilot.ini"] + ["/DEBUG=" + TRACE] * trace
+        command += [self.folder + "/kalmoinstall"]
+        command += asked or [f"/PILOT={WORK}/pilot.ini", "/RESULT=" + RESULT] + ["/DEBUG=" + TRACE] * trace
         process = subprocess.Popen(command, start_new_session=True, stdin=subprocess.DEVNULL,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         try:
@@ -170,6 +173,11 @@ class Order(typing.NamedTuple):
             return "endless"
         ended = wait_for(lambda: not sh(f"pgrep -s {process.pid}").stdout, 60)
         return status if ended else "its children do not end"
+
+
+def result():
+    """What the last run says of itself; nothing where it could not."""
+    return json.loads(read(RESULT) or b'{"state": "", "changed": null}')
 
 
 def prepare(current, next_version):
@@ -223,6 +231,8 @@ def calls():
             counts[name] += 1
             if name != "clock_nanosleep" and (name != "openat" or re.search("O_CREAT|O_TRUNC|O_RDWR|O_WRONLY", line)):
                 path = path_of(name, arguments)
+                if path.startswith(WORK) and path != TRACE:  # the result is no work
+                    continue
                 counts[name, path] += 1
                 found.append(Call(name, path, counts[name, path], counts[name], line))
     return found

@@ -146,9 +146,11 @@ class Instance:
         self.judge_parameters()
         self.look()
         if self.now is None:
-            # An uninstallation that was cut short goes on without its service.
-            return "uninstall" if self.state == "absent" and self.is_unfinished() else (
-                "nothing" if self.state == "absent" else "install")
+            if self.state != "absent":
+                return "install"
+            # An uninstallation that was cut short, by whomever, goes on without its service.
+            check = self.installer.check(self.write_orders("uninstall"))
+            return "nothing" if "no-instance" in (finding["code"] for finding in check["findings"]) else "uninstall"
         self.judge_instance()
         if self.state == "absent":
             return "uninstall"
@@ -177,24 +179,19 @@ class Instance:
             lines.append("Repertoire=" + self.directory)
             if self.port:
                 lines.append("Port=%d" % self.port)
-        orders = os.path.join(self.module.tmpdir, "orders")
-        write_private(orders, "\n".join(lines) + "\n")
-        return orders
+        return write_private(self.module.tmpdir, "\n".join(lines) + "\n")
 
     def bring(self):
         """All of it; returns what the module tells."""
         operation = self.decide()
         if operation == "nothing" or self.module.params["decide_only"]:
+            if self.state == "absent" and operation == "nothing" and self.is_unfinished() and not self.module.check_mode:
+                self.forget()  # an installation that nobody wants any more
             return {"changed": False, "operation": operation, "instance": self.now}
 
         orders = self.write_orders(operation)
         check = self.installer.check(orders)
         told = {"operation": operation, "check": check}
-        if not check["works"] and self.now is None and operation == "uninstall":
-            # What an earlier run left unfinished was never installed, or is gone since.
-            if not self.module.check_mode:
-                self.forget()
-            return {"changed": False, "operation": "nothing", "instance": None}
         if not check["works"]:
             raise Trouble("%s of %s would not work: %s" % (operation, self.name, " ".join(
                 finding["text"] for finding in check["findings"] if finding["severity"] == "error")), **told)

@@ -2,6 +2,7 @@
 import json
 import os
 import subprocess
+import tempfile
 
 SCHEMA = 1
 OPERATIONS = {"upgrade": 1, "install": 2, "uninstall": 3}
@@ -15,10 +16,12 @@ class Trouble(Exception):
         self.told = told
 
 
-def write_private(path, text):
-    descriptor = os.open(path, os.O_WRONLY | os.O_CREAT | os.O_EXCL, 0o600)
+def write_private(folder, text):
+    """A new file that only its owner can read; returns its path."""
+    descriptor, path = tempfile.mkstemp(prefix="orders.", dir=folder)
     with os.fdopen(descriptor, "wb") as file:
         file.write(text.encode("utf-8"))
+    return path
 
 
 def read_answer(text, what):

@@ -24,7 +24,7 @@ options:
     default: present
   directory:
     description: The install directory, which an installation needs. An instance in another one is a failure.
-    type: path
+    type: str
   port:
     description: The TCP port; an installation without one takes 4900. An instance with another one is a failure.
     type: int
@@ -164,7 +164,8 @@ class Instance:
         return "upgrade"
 
     def is_unfinished(self):
-        return os.path.exists(self.result)
+        # What cannot be read was being written when the machine lost its power.
+        return os.path.exists(self.result) and (self.last_result() or {}).get("state") != "ok"
 
     def must_be_stopped(self, operation):
         # With init scripts an unattended uninstallation does not end the server.
@@ -261,7 +262,7 @@ class Instance:
         try:
             with open(self.result, "rb") as file:
                 return read_answer(file.read().decode("utf-8", "replace"), self.result)
-        except FileNotFoundError:
+        except (FileNotFoundError, Trouble):
             return None
 
     def forget(self):
@@ -287,7 +288,7 @@ def main():
         argument_spec={
             "name": {"type": "str", "required": True},
             "state": {"type": "str", "choices": ["present", "latest", "absent"], "default": "present"},
-            "directory": {"type": "path"},
+            "directory": {"type": "str"},
             "port": {"type": "int"},
             "folder": {"type": "path", "default": "/usr/lib/kalmoinstall"},
             "allow_downgrade": {"type": "bool", "default": False},

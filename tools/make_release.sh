@@ -102,7 +102,7 @@ install -m 644 "$payload" "$tree/usr/lib/kalmoinstall/kalmoinstall.zip"
 install -d "$tree/usr/sbin" "$docs"
 ln -s ../lib/kalmoinstall/kalmoinstall "$tree/usr/sbin/kalmoinstall"
 install -m 644 "$work/copyright" "$docs/copyright"
-install -m 644 "$project/docs/schema.json" "$docs/schema.json"
+install -m 644 "$project/docs/schema.json" "$project/docs/check.md" "$docs"
 notices | gzip -9n >"$docs/third-party.gz"
 changelog | gzip -9n >"$docs/changelog.Debian.gz"
 gzip -9nc "$project/CHANGELOG.md" >"$docs/changelog.gz"
@@ -118,7 +118,7 @@ install -D "$program" "$folder/kalmoinstall"
 install -m 644 "$payload" "$folder/kalmoinstall.zip"
 install -D -m 644 -t "$folder/man" "$project"/docs/man/*
 (cd "$project" && find ansible -type f -exec install -D -m 644 {} "$folder/{}" \;)
-install -m 644 "$project/docs/schema.json" "$folder/schema.json"
+install -m 644 "$project/docs/schema.json" "$project/docs/check.md" "$folder"
 install -m 644 "$work/copyright" "$folder/COPYRIGHT"
 notices >"$folder/THIRD-PARTY"
 tar -C "$work" --sort=name --format=gnu --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner \

@@ -69,7 +69,7 @@ CTString csCheckAsText(const STCheckReport& rst) {
     for (const eSEVERITY eSeverity : {eSEVERITY::Error, eSEVERITY::Warning, eSEVERITY::Note}) {
         for (const STFinding& rstFinding : rst.clFindings.tabGet()) {
             if (rstFinding.eSeverity == eSeverity) {
-                Line(csSeverityText(eSeverity) + L": " + rstFinding.csText);
+                Line(csSeverityText(eSeverity) + L" " + rstFinding.csText);
             }
         }
     }

@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "app/check/finding_text.h"
-#include "app/check/process_list.h"
 #include "app/config/server_config.h"
 #include "app/engine/data_extractor.h"
+#include "app/engine/process_list.h"
 #include "app/engine/refusal.h"
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"

@@ -81,6 +81,10 @@ class COrdersCheck {
         CTString csOperation;
         m_bOperation = __bValue(KEY_OPERATION, &csOperation);
         m_nOperation = m_bOperation ? nEntierDeValeur(csOperation) : OP_NONE;
+        for (std::size_t n = 0; n < std::size(TAB_KEY); ++n) {
+            CTString csIgnored;
+            m_tabThere[n] = __bValue(*TAB_KEY[n], &csIgnored);
+        }
     }
 
     void Check() {
@@ -101,7 +105,14 @@ class COrdersCheck {
 
     void __Add(eSEVERITY eSeverity, const char* pszCode, const CTString& csText,
                const wchar_t* pszKey = nullptr) {
-        m_rclFindings.Add(eSeverity, pszCode, csText, pszKey);
+        if (!__bEnough() || (eSeverity == eSEVERITY::Error && m_rclFindings.bWorks())) {
+            m_rclFindings.Add(eSeverity, pszCode, csText, pszKey);
+        }
+    }
+    // Of a file that is something else altogether every line could be told.
+    [[nodiscard]] bool __bEnough() const {
+        constexpr std::size_t ENOUGH = 100;
+        return m_rclFindings.tabGet().size() >= ENOUGH;
     }
     bool __bValue(const STOrdersKey& rst, CTString* pcs) {
         return m_clFile.bGetValue(rst.pszSection, rst.pszKey, pcs);
@@ -113,9 +124,9 @@ class COrdersCheck {
         return !rst.bInstallOnly || m_nOperation == OP_INSTALL || !__bOrdered();
     }
     // How bad it is that a key is not read where it was meant.
-    eSEVERITY __eIfMeant(const STOrdersKey& rst) {
-        CTString cs;
-        return __bUsed(rst) && !__bValue(rst, &cs) ? eSEVERITY::Error : eSEVERITY::Warning;
+    [[nodiscard]] eSEVERITY __eIfMeant(const STOrdersKey& rst) const {
+        const auto nKey = std::ranges::find(TAB_KEY, &rst) - std::begin(TAB_KEY);
+        return __bUsed(rst) && !m_tabThere[nKey] ? eSEVERITY::Error : eSEVERITY::Warning;
     }
 
     bool __bOtherEncoding();
@@ -134,11 +145,13 @@ class COrdersCheck {
     CMemoryStream m_clBytes;
     CProfileFile m_clFile;
     CFindings& m_rclFindings;
+    bool m_tabThere[std::size(TAB_KEY)] = {};  // whether the key is read
     bool m_bOperation = false;
     int m_nOperation = OP_NONE;
     ePLACE m_ePlace = ePLACE::BeforeAll;
     const wchar_t* m_pszSection = nullptr;                   // that a line stands in, when it is a known one
     std::vector<CTString> m_tabSection;                      // known ones that began already
+    std::optional<bool> m_tabSectionThere[2];                // whether the file has one, once looked for
     std::optional<CTString> m_tabValue[std::size(TAB_KEY)];  // of the keys that were met
     int m_nLine = 0;
     bool m_bCrlf = false;
@@ -163,7 +176,7 @@ bool COrdersCheck::__bOtherEncoding() {
 void COrdersCheck::__CheckLines() {
     CProfileReader clReader(m_clBytes);
     STProfileLine stLine;
-    while (clReader.bNext(&stLine)) {
+    while (!(__bEnough() && !m_rclFindings.bWorks()) && clReader.bNext(&stLine)) {
         ++m_nLine;
         __CheckCharacters(stLine.csText);
         const std::wstring_view svLine = svCutBlanks(stLine.csText);
@@ -214,8 +227,9 @@ void COrdersCheck::__Section(std::wstring_view svName, bool bHeader) {
         if (bAgain) {
             __Add(eSEVERITY::Warning, "repeated-section",
                   csFindingText(TEXTE_CHECK_SECTION, SECTION_REPEATED, *it));
+        } else {
+            m_tabSection.push_back(*it);
         }
-        m_tabSection.push_back(*it);
         return;
     }
     m_ePlace = bHeader ? ePLACE::Unknown : m_ePlace;
@@ -225,7 +239,11 @@ void COrdersCheck::__Section(std::wstring_view svName, bool bHeader) {
               csFindingText(TEXTE_CHECK_SECTION, SECTION_UNKNOWN, csQuoted(svName)));
         return;
     }
-    __Add(__bHasSection(*pcsMeant) ? eSEVERITY::Warning : eSEVERITY::Error, "unknown-section",
+    std::optional<bool>& rbThere = m_tabSectionThere[pcsMeant == &TAB_KNOWN[0] ? 0 : 1];
+    if (!rbThere) {
+        rbThere = __bHasSection(*pcsMeant);
+    }
+    __Add(*rbThere ? eSEVERITY::Warning : eSEVERITY::Error, "unknown-section",
           csFindingText(TEXTE_CHECK_SECTION, SECTION_NEAR, csQuoted(svName), *pcsMeant));
 }
 

@@ -40,13 +40,17 @@ void CheckPayload(CDataExtractor& rclExtractor, const CFSPath& rclDirectory, CFi
         return;
     }
     const CRepertoire& rclRepertoire = rclExtractor.rclGetRepertoire();
+    constexpr std::size_t ENOUGH = 100;  // an archive with another password has as many as entries
+    const std::size_t nBefore = rclFindings.tabGet().size();
     std::map<std::wstring, CTString> tabTarget;
     const auto Tell = [&](eSEVERITY eSeverity, const char* pszCode, int nText, const CTString& csName,
                           const CTString& csOther = {}) {
         rclFindings.Add(eSeverity, pszCode,
                         csFindingText(TEXTE_CHECK_DONNEES, nText, csQuoted(csName), csQuoted(csOther)));
     };
-    for (int nRang = 0; nRang < static_cast<int>(rclRepertoire.dwTaille()); ++nRang) {
+    for (int nRang = 0;
+         nRang < static_cast<int>(rclRepertoire.dwTaille()) && rclFindings.tabGet().size() - nBefore < ENOUGH;
+         ++nRang) {
         const CRepEntree& rclEntree = *rclRepertoire.pclGetEntree(nRang);
         const CTString csName = rclEntree.csGetNom();
         const CTString csInstalled = CDataExtractor::csInstalledName(rclEntree);

@@ -6,8 +6,8 @@
 #include <string>
 
 #include "app/check/finding_text.h"
-#include "app/check/process_list.h"
 #include "app/config/server_config.h"
+#include "app/engine/process_list.h"
 #include "app/engine/refusal.h"
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"

@@ -100,7 +100,8 @@ class CRoomCheck {
     void File(const std::string& csPath, std::uint64_t u64Size);
     // Something else is where a directory or a file is going to be.
     void InTheWay(std::string_view svPath, int nText) {
-        if (m_tabTold.emplace(svPath).second) {
+        constexpr std::size_t ENOUGH = 100;
+        if (m_tabTold.size() < ENOUGH && m_tabTold.emplace(svPath).second) {
             __Tell("in-the-way", nText, csQuoted(csFromUTF8(svPath)));
         }
     }

@@ -1,21 +1,21 @@
 #include "app/engine/refusal.h"
 
-#include <fcntl.h>
+#include <sys/stat.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <string>
 
 #include "app/config/server_config.h"
 #include "app/engine/install_steps.h"
+#include "app/engine/process_list.h"
 #include "app/engine/run_view.h"
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
 #include "framework/text.h"
-#include "framework/unique_fd.h"
 #include "services/service_manager.h"
 #include "services/told_program.h"
 
@@ -53,11 +53,14 @@ bool bLeadsElsewhere(const CTString& csProgram, const CTString& csDirectory) {
                                      CFSPath::stSplit(csFromUTF8(pszReal.get())).svDirectory, csDirectory);
 }
 
-// Whether a program file is being run: it cannot be opened to be written then.
+// Whether a program file is being run. It is not opened to find out: whoever starts it at that moment could
+// not.
 bool bIsRun(const CTString& csPath) {
-    const CUniqueFd clFd(
-        ::open(csToUTF8(csPath).pszGet(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
-    return !clFd.bValid() && errno == ETXTBSY;
+    struct stat st {};
+    return ::lstat(csToUTF8(csPath).pszGet(), &st) == 0 &&
+           std::ranges::any_of(tabProcesses(), [&st](const STProcess& rst) {
+               return rst.unDevice == st.st_dev && rst.unInode == st.st_ino;
+           });
 }
 
 bool bBeginsWithName(std::wstring_view svFileName, std::wstring_view svName) {

@@ -6,6 +6,7 @@
 
 #include "app/config/server_config.h"
 #include "app/engine/refusal.h"
+#include "app/engine/run_view.h"
 #include "app/engine/trace.h"
 #include "app/engine/traced_command.h"
 #include "framework/conversion.h"
@@ -13,6 +14,7 @@
 #include "framework/errno_kept.h"
 #include "framework/file_search.h"
 #include "framework/fs_path.h"
+#include "framework/text.h"
 #include "framework/x_error.h"
 #include "services/init_script.h"
 #include "services/service_command.h"
@@ -101,6 +103,7 @@ bool CRemoval::bFind() {
     m_bGoingOn = bNoted && !stNote.bDefined();
     if (!m_bGoingOn) {
         m_rclTrace.Failed(csWhat, L"no such instance");
+        m_rclTrace.rclGetView().ShowError(csFormatText(TEXTE_INSTANCE_INCONNUE, m_csName));
         return false;
     }
     m_rclTrace.Step(L"unregister " + m_csName, L"done by an earlier run, which did not end; going on");
@@ -169,7 +172,7 @@ bool CRemoval::bDirectoryLost() const {
 void CRemoval::Finish() {
     if (m_nStays == 0) {
         const int nError = m_rclTrace.bMayChange() ? nOutcome(m_clRecord.bDiscard()) : 0;
-        m_rclTrace.Note(L"forget the note of the uninstall", nError);
+        m_rclTrace.Outcome(L"forget the note of the uninstall", nError);
     }
 }
 

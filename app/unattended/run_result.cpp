@@ -24,7 +24,7 @@ namespace {
 // A service needs a moment to come up, and one that fails a moment to be seen as failed.
 constexpr std::chrono::seconds SETTLE{20};
 constexpr std::chrono::milliseconds LOOK_AGAIN{300};
-constexpr std::chrono::seconds STAYS_UP{1};
+constexpr std::chrono::milliseconds STAYS_UP{500};
 
 constexpr std::wstring_view SV_FAILED = L"failed: ";
 

@@ -19,7 +19,7 @@ import sys
 import time
 
 from run import (CONF, DIRECTORY, INSTANCE, LOG, MANAGER, MARKER, SHORT_PAUSES, SYSTEMD, TRACE, Snapshot, calls, difference,
-                   files, greeting, keys, prepare, program_of, read, sh, state, wait_for)
+                   files, greeting, keys, prepare, program_of, read, result, sh, state, wait_for)
 
 KINDS = {
     "openat": "ENOSPC EIO EROFS EMFILE ENOMEM", "pipe2": "EMFILE ENOMEM",
@@ -124,6 +124,9 @@ def sweep_kills(name, order, before, expected, which):
             complain(name, fault, f"the run ended with {status} at {reached}")
         if (read(MARKER) == b"OK") != done and not (kept and os.stat(MARKER).st_mtime_ns == kept and files() == before.files):
             complain(name, fault, f"the marker says {read(MARKER)!r}")
+        # It died before it could tell what came of it, or even that it began.
+        if result()["state"] not in ("running", ""):
+            complain(name, fault, f"the result says {result()}")
         now = keys(read(CONF))
         for key, value in old.items():
             if now.get(key) not in (value, new.get(key, value)):
@@ -141,6 +144,8 @@ def judge_error(name, point, reason, before, expected):
     """What is wrong after a run in which a call failed, as a text; nothing when all is as it should be."""
     now, marked, trace = state(), read(MARKER) == b"OK", read(TRACE).decode()
     done, begun = now == expected, files() != before.files
+    if (result()["state"] == "ok" and not done) or (result()["changed"] is False and begun):
+        return f"the result says {result()}:\n" + difference(expected, now)
     if done or point.path == TRACE:  # without a trace there is nothing to tell
         return "" if marked == done or not begun else f"the marker says {read(MARKER)!r}\n" + difference(expected, now)
     if not re.search(f"(failed|rror|not run).*{re.escape(reason)}", trace):

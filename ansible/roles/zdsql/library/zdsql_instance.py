@@ -16,7 +16,7 @@ options:
   state:
     description:
       - C(present) installs an instance that is not there, and leaves one that is.
-      - C(latest) also upgrades one whose version is not that of the program in O(folder).
+      - C(latest) also upgrades one whose version is not that of the program in C(folder).
       - C(absent) uninstalls. Configuration, databases, directory and system account stay.
       - An instance whose last run from here did not end well is worked on again, whatever its version.
     type: str
@@ -37,7 +37,7 @@ options:
     type: bool
     default: false
   decide_only:
-    description: Tell in RV(operation) what is to be done, and do nothing. Needs no C(kalmoinstall.zip).
+    description: Tell in C(operation) what is to be done, and do nothing. Needs no C(kalmoinstall.zip).
     type: bool
     default: false
 author:

@@ -1,4 +1,4 @@
-#include "app/check/process_list.h"
+#include "app/engine/process_list.h"
 
 #include <dirent.h>
 #include <sys/stat.h>

@@ -55,10 +55,10 @@ class Fleet:
                 "zdsql_program": payloads + "/{{ release }}/kalmoinstall",
                 "zdsql_payload": payloads + "/{{ release }}/kalmoinstall.zip"}}}, file)
         self.environment = dict(
-            os.environ, LC_ALL="C.UTF-8", PYTHONDONTWRITEBYTECODE="1", KALMO_MACHINE_TOOL=TOOL, ANSIBLE_HOME=work,
+            os.environ, LC_ALL="C.UTF-8", PYTHONDONTWRITEBYTECODE="1", ANSIBLE_HOME=work,
             ANSIBLE_LOCAL_TEMP=work + "/local", ANSIBLE_FORKS="8", ANSIBLE_NOCOLOR="1", ANSIBLE_PIPELINING="1",
             ANSIBLE_CONFIG=PROJECT + "/ansible/ansible.cfg",
-            ANSIBLE_CONNECTION_PLUGINS=PROJECT + "/tests/fleet/connection_plugins")
+            ANSIBLE_CONNECTION_PLUGINS=PROJECT + "/testkit/connection_plugins")
 
     def end(self):
         for tool, _ in self.tools.values():

@@ -3,7 +3,7 @@
 DOCUMENTATION = """
 name: machine
 short_description: a throwaway machine of the test kit
-description: Enters it with testkit/machine, which the environment names.
+description: Enters it with testkit/machine.
 author: the makers of ZDSQL
 options: {}
 """
@@ -13,6 +13,8 @@ import subprocess
 
 from ansible.errors import AnsibleError
 from ansible.plugins.connection import ConnectionBase
+
+TOOL = os.path.realpath(__file__ + "/../../machine")
 
 
 class Connection(ConnectionBase):
@@ -25,7 +27,7 @@ class Connection(ConnectionBase):
 
     def __enter(self, arguments, **streams):
         # As from a login, the caller's environment stays behind.
-        return subprocess.run([os.environ["KALMO_MACHINE_TOOL"], "enter", self._play_context.remote_addr, "--"] + arguments,
+        return subprocess.run([TOOL, "enter", self._play_context.remote_addr, "--"] + arguments,
                               cwd="/", env={"HOME": "/root", "PATH": os.environ["PATH"], "LANG": "C.UTF-8"}, **streams)
 
     def exec_command(self, cmd, in_data=None, sudoable=True):

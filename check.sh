@@ -54,6 +54,12 @@ shell_scripts() {
     done
 }
 shells() { shell_scripts | xargs -r shellcheck --external-sources; }
+# What ansible-lint writes besides goes to the folder of the logs.
+ansible_role() (
+    export HOME=$PWD/$logs/home ANSIBLE_HOME=$PWD/$logs/home/.ansible
+    mkdir -p "$HOME" && cd ansible && ansible-lint --offline --profile production --nocolor &&
+        ansible-playbook --syntax-check playbooks/*.yml
+)
 # build PRESET [TARGET...]
 build() { cmake --preset "$1" && cmake --build --preset "$1" ${2:+--target "${@:2}"}; }
 
@@ -92,6 +98,7 @@ quick() {
 whole() {
     step format format
     step shell shells
+    step ansible ansible_role
     step manual mandoc -Tlint -Wwarning docs/man/*
     step build-clang build clang
     # It works for minutes, and takes what the builds and the tests, which mostly wait, leave of the processors.

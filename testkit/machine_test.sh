@@ -64,6 +64,22 @@ test_status_and_streams() {
     check "one in the other" running "$("$machine" systemd -- "$machine" systemd -- systemctl is-system-running 2>&1)"
 }
 
+test_enter() {
+    local kind tool ready
+    for kind in systemd sysv; do
+        : >"$work/ready"
+        # shellcheck disable=SC2094 # the machine writes once, and is read until it has
+        "$machine" "$kind" --timeout 60 -- sh -c 'echo kept >/srv/kept; echo ready; exec sleep infinity' >>"$work/ready" &
+        tool=$!
+        until ready=$(<"$work/ready") && [[ -n $ready || ! -d /proc/$tool ]]; do sleep 0.05; done
+        check "$kind: entered" "kept $kind in"$'\n7' "$("$machine" enter "$tool" -- \
+            sh -c 'echo $(cat /srv/kept) $KALMO_MACHINE $(cat); exit 7' <<<in; echo $?)"
+        kill "$tool"
+        wait "$tool" 2>/dev/null
+        check "$kind: no machine to enter" 125 "$(status_of "$machine" enter "$tool" -- true)"
+    done
+}
+
 test_folders() {
     local folder
     for folder in real readonly copied hidden; do
@@ -163,6 +179,7 @@ sleep 0.01
 touch "$work/started"
 before=$(outside)
 test_status_and_streams
+test_enter
 test_folders
 test_tree
 test_terminal

@@ -47,6 +47,10 @@ CHECKERS=(
     git                        # lists the files that the checks look at
     python3-jsonschema         # holds what programs are told against docs/schema.json
 )
+FLEET=(                        # ansible/, and its tests
+    ansible-core               # the oldest release that the role is for
+    ansible-lint
+)
 SOAK=(
     debootstrap                # makes the file trees of other releases
     stress-ng                  # keeps the processors busy beside the check
@@ -66,7 +70,7 @@ packages_of_group() {
     case "$1" in
         build) printf '%s\n' "${COMPILE[@]}" ;;
         demo) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" ;;
-        check) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${PACKERS[@]}" "${CHECKERS[@]}" ;;
+        check) printf '%s\n' "${COMPILE[@]}" "${MACHINE[@]}" "${ARCHIVERS[@]}" "${PACKERS[@]}" "${CHECKERS[@]}" "${FLEET[@]}" ;;
         release) printf '%s\n' "${COMPILE[@]}" "${PACKERS[@]}" ;;
         bench) printf '%s\n' "${COMPILE[@]}" "${ARCHIVERS[@]}" "${MEASURE[@]}" ;;
         soak) packages_of_group check; printf '%s\n' "${SOAK[@]}" ;;

@@ -117,6 +117,7 @@ folder=$work/kalmoinstall-$version
 install -D "$program" "$folder/kalmoinstall"
 install -m 644 "$payload" "$folder/kalmoinstall.zip"
 install -D -m 644 -t "$folder/man" "$project"/docs/man/*
+(cd "$project" && find ansible -type f -exec install -D -m 644 {} "$folder/{}" \;)
 install -m 644 "$project/docs/schema.json" "$project/docs/check.md" "$folder"
 install -m 644 "$work/copyright" "$folder/COPYRIGHT"
 notices >"$folder/THIRD-PARTY"

@@ -75,6 +75,16 @@ old_kernel() {
         "$machine" "$1" -- tests/faults/old_kernel.sh build/portable/payload/{current,next} each
 }
 
+# fleet: the role for Ansible on eight machines and on twenty. What each run took is shown too.
+fleet() (
+    set -o pipefail
+    cmake --preset portable && cmake --build --preset portable --target payload_current payload_next || exit
+    for number in 8 20; do
+        tests/fleet/fleet.py build/portable/payload $number | tee /dev/fd/3 || exit
+    done
+)
+exec 3>&1
+
 # reproducible: a release of the last commit, by two whole builds in folders of other names and lengths.
 reproducible() {
     local folder all result=1
@@ -112,6 +122,7 @@ for release in debian-11 debian-13 ubuntu-22.04; do
     step "$release" 3 release "$release"
 done
 step old_kernel 5 old_kernel sysv
+step fleet 15 fleet
 step reproducible 5 reproducible
 step check_under_load 60 check_under_load
 step mutants 20 tools/mutants.sh

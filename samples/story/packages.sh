@@ -27,7 +27,7 @@ release "$1" current
 release "$2" next
 # By somebody else, elsewhere.
 mkdir elsewhere
-cp -r "$project"/{tools,packaging,docs,CHANGELOG.md} elsewhere
+cp -r "$project"/{tools,packaging,docs,ansible,CHANGELOG.md} elsewhere
 chmod -R go-rwx elsewhere
 (umask 077; TZ=Asia/Tokyo LC_ALL=C release "$1" again "$PWD/elsewhere")
 cmp current/SHA256SUMS again/SHA256SUMS
@@ -35,6 +35,7 @@ lintian --fail-on error,warning next/*.deb
 tar -xf current/*.tar.zst
 is "$(version "$1/kalmoinstall")" "$(version kalmoinstall-*/kalmoinstall)"
 cmp "$project/docs/schema.json" kalmoinstall-*/schema.json
+diff -r "$project/ansible" kalmoinstall-*/ansible
 
 for kind in deb rpm; do
     case $kind in

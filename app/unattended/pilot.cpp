@@ -89,7 +89,9 @@ int CPilot::Pilot() {
     if (!m_csResultPath.bEmpty() && !m_clResult.bBegin(m_csResultPath, m_csPilotPath)) {
         return 0;
     }
-    const int nDone = __nRun();
+    CRunLock clLock;  // also while the services are asked: what another run does is not this one's result
+    const int nDone = __nRun(clLock);
+    const CHangUpShield clShield;
     m_clResult.End(nDone != 0 && m_stOrders.bOperation(), m_clServiceManager);
     return nDone;
 }
@@ -105,10 +107,11 @@ bool CPilot::bRehearse(const CTString& csPilotPath) {
     m_csPilotPath = csPilotPath;
     m_clTrace.Rehearse();
     TellKind(true);
-    return __nRun() != 0 && m_stOrders.bOperation();
+    CRunLock clLock;
+    return __nRun(clLock) != 0 && m_stOrders.bOperation();
 }
 
-int CPilot::__nRun() {
+int CPilot::__nRun(CRunLock& rclLock) {
     if (!m_stOrders.bRead(m_csPilotPath, m_clTrace)) {
         return 0;
     }
@@ -119,8 +122,7 @@ int CPilot::__nRun() {
     m_clResult.SetInstance(m_stOrders.csServer, csServiceName(m_stOrders.csServer));
     m_clResult.SetOperation(pszOperationWord(m_stOrders.nOperation));
     const CHangUpShield clShield;
-    CRunLock clLock;
-    if (!m_clTrace.bRehearsal() && !clLock.bWait(m_clTrace)) {
+    if (!m_clTrace.bRehearsal() && !rclLock.bWait(m_clTrace)) {
         m_clTrace.rclGetView().ShowError(csLoadText(TEXTE_AUTRE_INSTALLATEUR));
         return 0;
     }

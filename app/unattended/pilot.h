@@ -12,6 +12,7 @@ namespace kalmo {
 
 class CDataExtractor;
 class CRemoval;
+class CRunLock;
 
 /// What an unattended run puts into an instance's directory beside what the payload brings: the marker of its
 /// success, and the database directory of a new one.
@@ -53,8 +54,8 @@ class CPilot {
   private:
     /// That service; null when there is none.
     CXPtr_deleteRCV<CService> __pclGetServer(const CTString& csName);
-    /// The run between reading its orders and its result.
-    int __nRun();
+    /// The run between reading its orders and its result; takes the machine unless it is rehearsed.
+    int __nRun(CRunLock& rclLock);
     /// Runs the operation that is ordered, one that there is.
     bool __bCarryOut();
     bool __bInstall();

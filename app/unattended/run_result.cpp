@@ -66,7 +66,8 @@ bool CRunResult::bBegin(const CTString& csPath, const CTString& csOrders) {
     m_csPath = csPath;
     m_csOrders = csOrders;
     m_csStarted = csTime();
-    if (!__bWrite("running")) {
+    errno = EEXIST;  // the orders are not to be replaced before they are read
+    if (csPath == csOrders || !__bWrite("running")) {
         m_rclTrace.Outcome(L"write the result " + csPath, nFailure(errno));
         m_csPath.Empty();
         return false;

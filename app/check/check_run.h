@@ -33,9 +33,7 @@ struct STCheckReport {
     std::vector<STPlanStep> tabPlan;  ///< Empty when the run would not work.
 
     /// 0 it would work, 1 it would not, 2 the parameter file cannot be used.
-    [[nodiscard]] int nExitStatus() const noexcept {
-        return !bReadable ? 2 : clFindings.bWorks() ? 0 : 1;
-    }
+    [[nodiscard]] int nExitStatus() const noexcept { return !bReadable ? 2 : clFindings.bWorks() ? 0 : 1; }
 };
 
 /// Looks at orders, machine and payload, and, when nothing stands in the way, rehearses the run. A path as

@@ -60,6 +60,8 @@ class Fleet:
             ANSIBLE_CONFIG=PROJECT + "/ansible/ansible.cfg",
             ANSIBLE_CONNECTION_PLUGINS=PROJECT + "/testkit/connection_plugins")
 
+        self.temporary = self.ask_all(LEFT)
+
     def end(self):
         for tool, _ in self.tools.values():
             tool.terminate()
@@ -90,7 +92,7 @@ class Fleet:
         check(what + ": failed", failed or [], [name for name in recap if recap[name]["failed"] != "0"])
         if failures > before:
             print(said)
-        check(what + ": nothing is left", {}, {name: left for name, left in self.ask_all(LEFT).items() if left})
+        check(what + ": nothing is left", self.temporary, self.ask_all(LEFT))
         return {name: json.loads(told) for name, told in
                 re.findall(r"^(?:changed|failed|fatal): \[(m\d+)\](?:: FAILED!)? => (\{.*\})$", said, re.M)}
 

@@ -60,6 +60,8 @@ class Fleet:
             ANSIBLE_CONFIG=PROJECT + "/ansible/ansible.cfg",
             ANSIBLE_CONNECTION_PLUGINS=PROJECT + "/testkit/connection_plugins")
 
+        self.temporary = self.ask_all(LEFT)
+
     def end(self):
         for tool, _ in self.tools.values():
             tool.terminate()
@@ -90,7 +92,7 @@ class Fleet:
         check(what + ": failed", failed or [], [name for name in recap if recap[name]["failed"] != "0"])
         if failures > before:
             print(said)
-        check(what + ": nothing is left", {}, {name: left for name, left in self.ask_all(LEFT).items() if left})
+        check(what + ": nothing is left", self.temporary, self.ask_all(LEFT))
         return {name: json.loads(told) for name, told in
                 re.findall(r"^(?:changed|failed|fatal): \[(m\d+)\](?:: FAILED!)? => (\{.*\})$", said, re.M)}
 
@@ -126,13 +128,16 @@ def story(fleet, current, following):
     fleet.play("check mode of an upgrade", "upgrade_at_once", "next", names, None, "--check")
     check("check mode changes nothing", before, fleet.ask_all(NOW))
     fleet.ask(broken, "mount --bind /srv/zd/first /srv/zd/first && mount -o remount,bind,ro /srv/zd/first")
-    fleet.play("rolling run, stopped by the second", "upgrade", "next", names[:1], [broken])
+    fleet.play("rolling run, stopped by the second", "upgrade", "next", names[:1], [broken],
+               "-e", "zdsql_serial=2")
     check("it stopped there", [following] + [current] * (len(names) - 1), fleet.versions())
     fleet.ask(broken, "umount /srv/zd/first")
     fleet.play("rolling run", "upgrade", "next", names[1:])
     check("all are new", [following] * len(names), fleet.versions())
     check("the second instance too", following, fleet.ask(broken, GREETING % 4902).split()[2])
     fleet.play("a downgrade, at once", "upgrade_at_once", "current", [], names)
+    told = fleet.play("another port", "site", "next", [], names[:1], "--limit", names[0], "-e", "zdsql_port=4999")
+    check("what is told of it", "first has the port 4901, not 4999; it is changed in ZDConf.ini", told[names[0]]["msg"])
     fleet.play("remove", "remove", "next", names)
     check("no process is left", dict.fromkeys(names, ""), fleet.ask_all("pgrep -a 'kalmo|zdlogger'"))
     fleet.play("remove again", "remove", "next", [])

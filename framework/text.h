@@ -1,6 +1,8 @@
 #ifndef KALMO_FRAMEWORK_TEXT_H
 #define KALMO_FRAMEWORK_TEXT_H
 
+#include <string_view>
+
 #include "framework/resource.h"
 #include "framework/text_number.h"
 
@@ -9,6 +11,8 @@ namespace kalmo {
 
 /// A text in the operator's language; empty when there is none of that number.
 CTString csLoadText(unsigned unId);
+/// A text that was laid out for a box, as one line.
+CTString csInOneLine(std::wstring_view svText);
 /// A text with its inserts filled in; empty when there is none or it does not fit these arguments.
 template <class... TArg>
 CTString csFormatText(unsigned unId, const TArg&... arg) {

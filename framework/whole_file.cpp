@@ -16,6 +16,7 @@
 #include "framework/fs_path.h"
 #include "framework/memory_scope.h"
 #include "framework/random_bytes.h"
+#include "framework/signal_block.h"
 #include "framework/unique_fd.h"
 
 namespace kalmo {
@@ -96,6 +97,8 @@ bool bReplaceFile(std::wstring_view svPath, std::string_view svBytes) try {
         return false;
     }
     const int nFolder = stPlace.clFolder.nGet();
+    // Until no temporary file is left: any of these would end the process before.
+    const CSignalBlock clHeld{SIGHUP, SIGINT, SIGQUIT, SIGTERM};
     CTemporaryName szName{};
     CUniqueFd clFile = clMakeTemporary(nFolder, szName);
     if (!clFile.bValid()) {

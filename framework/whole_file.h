@@ -11,8 +11,9 @@ namespace kalmo {
 /// Puts these bytes, as a file of mode 0600, in the place that a path names: a file beside it is written, put
 /// onto the disk and renamed. What stands at the place must be a regular file, which is replaced and not
 /// written to, or nothing: a directory (errno EISDIR), a symbolic link (ELOOP) and anything else (EEXIST) is
-/// refused. False, with errno set and nothing left beside the place, when that failed. Where only the folder
-/// could not be put onto the disk the new file is there all the same.
+/// refused. Signals that would end the process wait meanwhile. False, with errno set and nothing left beside
+/// the place, when that failed. Where only the folder could not be put onto the disk the new file is there
+/// all the same.
 bool bReplaceFile(std::wstring_view svPath, std::string_view svBytes);
 
 /// Whether bReplaceFile could do so, as far as can be seen without changing anything: the folder is there and

@@ -9,8 +9,8 @@
 
 #include "framework/conversion.h"
 #include "framework/memory_scope.h"
+#include "framework/signal_block.h"
 #include "services/child_setup.h"
-#include "services/signal_block.h"
 #include "services/wait_status.h"
 
 namespace kalmo {

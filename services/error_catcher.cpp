@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "framework/errno_kept.h"
-#include "services/signal_block.h"
+#include "framework/signal_block.h"
 
 namespace kalmo {
 namespace {

@@ -15,10 +15,10 @@
 
 #include "framework/conversion.h"
 #include "framework/memory_scope.h"
+#include "framework/signal_block.h"
 #include "framework/x_error.h"
 #include "services/child_setup.h"
 #include "services/process_manager.h"
-#include "services/signal_block.h"
 
 namespace kalmo {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "framework/errno_kept.h"
 #include "framework/memory_scope.h"
-#include "services/signal_block.h"
+#include "framework/signal_block.h"
 #include "services/wait_status.h"
 
 extern "C" void lance_processus_child_sigaction(int nSignal, siginfo_t* pstInfo, void* pContext) {

@@ -35,19 +35,6 @@ std::size_t nSlips(std::wstring_view svLeft, std::wstring_view svRight) {
 
 }  // namespace
 
-CTString csInOneLine(const CTString& csText) {
-    CTString cs;
-    for (const wchar_t c : csText.svGet()) {
-        if (c != L'\n' && c != L'\r') {
-            cs += c;
-        } else if (!cs.svGet().ends_with(L' ')) {
-            cs += L' ';
-        }
-    }
-    cs.TrimRight(L' ');
-    return cs;
-}
-
 const CTString* pcsNearest(std::wstring_view svName, const std::vector<CTString>& rtabKnown) {
     static constexpr std::size_t MAX_SLIPS = 2;
     static constexpr std::size_t MAX_NAME = 200;  // no name that is known is longer by far

@@ -10,9 +10,6 @@
 /// of one theme. What is not ours is given csQuoted.
 namespace kalmo {
 
-/// A text that was laid out for a box, as one line.
-CTString csInOneLine(const CTString& csText);
-
 /// The one of some names that another may have been meant for, whatever their letter case: one that is made
 /// of it by one or two slips (a letter too many, missing, wrong, or two of them swapped), in a short name by
 /// one. Null when none is that near; of several the nearest, then the first.

@@ -64,7 +64,7 @@ bool CDataExtractor::bInstall(const wchar_t* pszDir, const wchar_t* pszDbRoot, c
         return false;
     }
     CDiskFile::bDelete(clDir.csGet() + PSZ_LOG);
-    CUninstallRecord::ForgetDirectory(clDir.svGet());
+    CUninstallRecord::bForgetDirectory(clDir.svGet());
     if (!__bCreateDirectory(clDatabaseDir.svGet())) {
         return false;
     }

@@ -19,6 +19,15 @@ namespace {
 // The longest value that is looked at.
 constexpr std::size_t MAX_HELD = TAILLE_MAX_PATH + 1;
 
+// The longest beginning of a path that is a directory.
+CTString csNearestDirectory(std::wstring_view svDir) {
+    while (!svDir.empty() && !CDiskFile::bDirectoryExists(svDir)) {
+        const std::size_t nSlash = svDir.rfind(L'/');
+        svDir = svDir.substr(0, nSlash == svDir.npos ? 0 : nSlash);
+    }
+    return CTString(svDir);
+}
+
 // What a key of the configuration now holds; empty when it is missing.
 CTString csHeld(const wchar_t* pszConfPath, const wchar_t* pszKey) {
     std::array<wchar_t, MAX_HELD + 1> szValue{};
@@ -29,7 +38,11 @@ CTString csHeld(const wchar_t* pszConfPath, const wchar_t* pszKey) {
 }  // namespace
 
 bool bCreateDirectory(std::wstring_view svDir, CTrace& rclTrace, CXError* pclError) {
+    const CTString csThere = csNearestDirectory(svDir);
     const bool bCreated = !rclTrace.bMayChange() || CDiskFile::bCreateDirectory(svDir, pclError);
+    if (!bCreated && csNearestDirectory(svDir) != csThere) {
+        rclTrace.Changed();  // one above it was made
+    }
     const CTString csWhat = L"create directory " + CTString(svDir);
     if (bCreated) {
         rclTrace.Step(csWhat, L"ok");

@@ -111,8 +111,8 @@ bool CTrace::bOpen(std::wstring_view svPath) {
     return true;
 }
 
-void CTrace::__Tell(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) {
-    m_bChanges |= m_bAsked && !bFailed;
+void CTrace::__Tell(std::wstring_view svWhat, std::wstring_view svResult, bool bDone, bool bFailed) {
+    m_bChanges |= m_bAsked && bDone;
     m_bAsked = false;
     if (m_pclListener == nullptr && !m_clFd.bValid()) {
         return;
@@ -132,27 +132,27 @@ void CTrace::__Tell(std::wstring_view svWhat, std::wstring_view svResult, bool b
 }
 
 void CTrace::Step(std::wstring_view svWhat, std::wstring_view svResult) {
-    __Tell(svWhat, svResult, false);
+    __Tell(svWhat, svResult, true, false);
 }
 
 void CTrace::Told(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed) {
-    __Tell(svWhat, svResult, bFailed);
+    __Tell(svWhat, svResult, !bFailed, bFailed);
 }
 
 void CTrace::Failed(std::wstring_view svWhat, std::wstring_view svWhy) {
-    __Tell(svWhat, L"failed: " + CTString(svWhy), true);
+    __Tell(svWhat, L"failed: " + CTString(svWhy), false, true);
 }
 
 void CTrace::Outcome(std::wstring_view svWhat, int nError) {
-    __Tell(svWhat, csOutcome(nError), nError != 0);
+    __Tell(svWhat, csOutcome(nError), nError == 0, nError != 0);
 }
 
 void CTrace::Note(std::wstring_view svWhat, int nError) {
-    __Tell(svWhat, csOutcome(nError), false);
+    __Tell(svWhat, csOutcome(nError), nError == 0, false);
 }
 
 void CTrace::Error(std::wstring_view svWhat, const CXError& rclError) {
-    __Tell(svWhat, rclError.StringDump(CXError::eXERROR_INFO::All), true);
+    __Tell(svWhat, rclError.StringDump(CXError::eXERROR_INFO::All), false, true);
 }
 
 IRunView& CTrace::rclGetView() const noexcept {

@@ -98,7 +98,8 @@ class CTrace {
     [[nodiscard]] bool bChanges() const noexcept { return m_bChanges; }
 
   private:
-    void __Tell(std::wstring_view svWhat, std::wstring_view svResult, bool bFailed);
+    /// bDone: what the step was to do is done. bFailed: it is a failure that counts.
+    void __Tell(std::wstring_view svWhat, std::wstring_view svResult, bool bDone, bool bFailed);
 
     CUniqueFd m_clFd;
     IRunView* m_pclView = nullptr;

@@ -91,7 +91,8 @@ bool CUninstallRecord::bDiscard() {
     return bDeleteNote(m_csPath);
 }
 
-void CUninstallRecord::ForgetDirectory(std::wstring_view svDirectory) {
+bool CUninstallRecord::bForgetDirectory(std::wstring_view svDirectory) {
+    bool bForgotten = false;
     CFileSearch clSearch;
     for (bool bFound = CDiskFile::bFindFirst(CTString(PSZ_DIRECTORY) + L"*.uninstall", 0, &clSearch); bFound;
          bFound = CDiskFile::bFindNext(&clSearch)) {
@@ -99,9 +100,10 @@ void CUninstallRecord::ForgetDirectory(std::wstring_view svDirectory) {
         STNote st;
         if (bReadNote(csPath, &st) &&
             CDiskFile::bSameDirectoryName(CFSPath::stSplit(st.csProgram).svDirectory, svDirectory)) {
-            bDeleteNote(csPath);
+            bForgotten |= bDeleteNote(csPath);
         }
     }
+    return bForgotten;
 }
 
 }  // namespace kalmo

@@ -40,8 +40,8 @@ class CUninstallRecord {
     bool bDiscard();
 
     /// Forgets what was to be deleted in a directory, for an instance is installed there now. Called by
-    /// whatever puts files there.
-    static void ForgetDirectory(std::wstring_view svDirectory);
+    /// whatever puts files there. True when there was something.
+    static bool bForgetDirectory(std::wstring_view svDirectory);
 
   private:
     CTString m_csPath;

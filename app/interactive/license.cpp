@@ -12,8 +12,8 @@
 #include "app/interactive/message.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
+#include "framework/signal_block.h"
 #include "framework/text.h"
-#include "services/signal_block.h"
 #include "tui/dialogs/license_win.h"
 #include "tui/toolkit/window.h"
 

@@ -15,7 +15,6 @@
 #include "framework/text.h"
 #include "framework/whole_file.h"
 #include "services/service_manager.h"
-#include "services/signal_block.h"
 
 namespace kalmo {
 namespace {
@@ -146,12 +145,7 @@ void CRecorder::__Write(const CTString& csRemark, const STOrders& rst, bool bNam
         m_rclTrace.rclGetView().ShowError(csFormatText(TEXTE_ENREGISTREMENT_IRREPETABLE, m_csPath));
         return;
     }
-    int nError = 0;
-    {
-        // Until no temporary file is left: any of these would end the process before.
-        const CSignalBlock clHeld{SIGINT, SIGQUIT, SIGTERM};
-        nError = nOutcome(bReplaceFile(m_csPath, csBytes));
-    }
+    const int nError = nOutcome(bReplaceFile(m_csPath, csBytes));
     m_rclTrace.Outcome(csWhat, nError);
     if (nError != 0) {
         m_rclTrace.rclGetView().ShowError(

@@ -51,19 +51,31 @@ std::vector<CTString> tabServerLibraries(const CTString& csDirectory) {
     return tab;
 }
 
+namespace {
+
+// What a removal changes; in a rehearsal, what it would tell of that.
+bool bRemoveOrRehearse(CService& rclService, CTrace& rclTrace, int* pnStays) {
+    if (!rclTrace.bRehearsal()) {
+        if (CServiceManager::ms_eDistri != eSystemd) {
+            rclTrace.Changed();  // systemd refuses as a whole, scripts and links go one by one
+        }
+        rclTrace.bMayChange();
+        return rclService.bRemove(pnStays);
+    }
+    if (const CTString csTool = csBootCommand(CTString(rclService.pszGetName())); !csTool.bEmpty()) {
+        rclTrace.Step(csTool, csStatus(0));
+    }
+    rclTrace.bMayChange();
+    return true;
+}
+
+}  // namespace
+
 bool bRemoveService(CService& rclService, CTrace& rclTrace, int* pnStays) {
     const CTString csName(rclService.pszGetName());
     int nStays = 0;
     errno = 0;
-    bool bRemoved = true;
-    if (rclTrace.bMayChange()) {
-        if (CServiceManager::ms_eDistri != eSystemd) {
-            rclTrace.Changed();  // systemd refuses as a whole, scripts and links go one by one
-        }
-        bRemoved = rclService.bRemove(&nStays);
-    } else if (const CTString csTool = csBootCommand(csName); !csTool.bEmpty()) {
-        rclTrace.Step(csTool, csStatus(0));
-    }
+    const bool bRemoved = bRemoveOrRehearse(rclService, rclTrace, &nStays);
     const CErrnoKept clKept;
     rclTrace.Outcome(L"unregister " + csName, bRemoved ? 0 : nFailure(clKept.nGet()));
     if (bRemoved && nStays != 0) {
@@ -90,7 +102,9 @@ bool CRemoval::bFind() {
     if (bNoted) {
         __FinishEarlier(stNote.csService);
     }
-    m_pclService = m_rclManager.pclGetService(m_csService.pszGet(), 0);
+    // What systemd remembers of a unit without a file is forgotten by now, or would be.
+    const bool bForgotten = m_rclTrace.bRehearsal() && bNoted && !stNote.bDefined();
+    m_pclService = bForgotten ? nullptr : m_rclManager.pclGetService(m_csService.pszGet(), 0);
     if (m_pclService != nullptr) {
         if (const CRefusal clRefusal = clRefuseRemoval(*m_pclService)) {
             return bTellRefusal(csWhat, *clRefusal, m_rclTrace);
@@ -115,13 +129,13 @@ bool CRemoval::bFind() {
 // Ends the removal of a service that was killed half-way, before the service is looked up: one whose file is
 // gone is then found no longer.
 void CRemoval::__FinishEarlier(const CTString& csService) {
-    if (!m_rclTrace.bMayChange()) {
-        return;
-    }
     if (CServiceManager::ms_eDistri == eSystemd) {
-        bCommandSystemctl(L"daemon-reload");  // it remembers a failed unit whose file is gone
+        if (!m_rclTrace.bRehearsal()) {
+            bCommandSystemctl(L"daemon-reload");  // it remembers a failed unit whose file is gone
+        }
     } else if (m_rclManager.pclGetService(csService.pszGet(), 0) == nullptr) {
-        CService(&m_rclManager, csService.pszGet()).bRemove();  // the boot links
+        CService clGone(&m_rclManager, csService.pszGet());
+        bRemoveOrRehearse(clGone, m_rclTrace, nullptr);  // the boot links
     }
 }
 

@@ -86,12 +86,14 @@ bool CPilot::bCheckPilot(int nArgc, char** ppszArgv) {
 
 int CPilot::Pilot() {
     CloseStandardInput();
-    if (!m_csResultPath.bEmpty() && !m_clResult.bBegin(m_csResultPath, m_csPilotPath)) {
+    if (!m_csResultPath.bEmpty() && !m_clResult.bBegin(m_csResultPath, m_csPilotPath, m_csDebugPath)) {
         return 0;
     }
-    CRunLock clLock;  // also while the services are asked: what another run does is not this one's result
-    const int nDone = __nRun(clLock);
+    // Both until the result is told: whoever hangs up does not end it, nor is what another run does its
+    // result.
     const CHangUpShield clShield;
+    CRunLock clLock;
+    const int nDone = __nRun(clLock);
     m_clResult.End(nDone != 0 && m_stOrders.bOperation(), m_clServiceManager);
     return nDone;
 }
@@ -121,7 +123,6 @@ int CPilot::__nRun(CRunLock& rclLock) {
     }
     m_clResult.SetInstance(m_stOrders.csServer, csServiceName(m_stOrders.csServer));
     m_clResult.SetOperation(pszOperationWord(m_stOrders.nOperation));
-    const CHangUpShield clShield;
     if (!m_clTrace.bRehearsal() && !rclLock.bWait(m_clTrace)) {
         m_clTrace.rclGetView().ShowError(csLoadText(TEXTE_AUTRE_INSTALLATEUR));
         return 0;
@@ -223,7 +224,8 @@ bool CPilot::__bInstall() {
         bStopService(*pclManagerHere, m_clTrace);
     }
     const bool bInstalled = __bInstallInto(clExtractor, clDatabaseDir);
-    if (pclManagerHere != nullptr && !bRunning(*pclManagerHere, m_clTrace)) {
+    // Its own program starts it when it is installed.
+    if (pclManagerHere != nullptr && !m_clTrace.bRehearsal() && !bRunning(*pclManagerHere, m_clTrace)) {
         StartService(*pclManagerHere, m_clTrace);
     }
     if (bInstalled) {
@@ -353,8 +355,8 @@ bool CPilot::__bForgetSuccess(const CTString& csDir) {
 }
 
 void CPilot::__ForgetUninstall(const CTString& csDir) {
-    if (!m_clTrace.bRehearsal()) {
-        CUninstallRecord::ForgetDirectory(csDir);
+    if (!m_clTrace.bRehearsal() && CUninstallRecord::bForgetDirectory(csDir)) {
+        m_clTrace.Changed();
     }
 }
 

@@ -1,5 +1,6 @@
 #include "app/unattended/run_result.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,8 +27,6 @@ constexpr std::chrono::seconds SETTLE{20};
 constexpr std::chrono::milliseconds LOOK_AGAIN{300};
 constexpr std::chrono::milliseconds STAYS_UP{500};
 
-constexpr std::wstring_view SV_FAILED = L"failed: ";
-
 // Now, as RFC 3339 has it, in UTC.
 std::string csTime() {
     const std::time_t nNow = std::time(nullptr);
@@ -37,20 +36,23 @@ std::string csTime() {
     return {szTime.data(), std::strftime(szTime.data(), szTime.size(), "%Y-%m-%dT%H:%M:%SZ", &st)};
 }
 
-// A text of a box as one line.
-CTString csOneLineOf(std::wstring_view sv) {
-    std::wstring cs;
-    for (const wchar_t c : sv) {
-        const bool bBlank = c == L' ' || c == L'\n' || c == L'\r' || c == L'\t';
-        if (!bBlank) {
-            cs += c;
-        } else if (!cs.empty() && cs.back() != L' ') {
-            cs += L' ';
-        }
+// Whether two paths lead to one file that is there.
+bool bSameFile(const CTString& csPath, const CTString& csOther) {
+    struct stat st {};
+    struct stat stOther {};
+    return !csOther.bEmpty() && ::stat(csToUTF8(csPath).pszGet(), &st) == 0 &&
+           ::stat(csToUTF8(csOther).pszGet(), &stOther) == 0 && st.st_dev == stOther.st_dev &&
+           st.st_ino == stOther.st_ino;
+}
+
+// The reason in what the trace tells of a failure: "failed: reason" or "failed (reason)".
+std::wstring_view svReason(std::wstring_view svResult) {
+    if (svResult.starts_with(L"failed: ")) {
+        return svResult.substr(8);
     }
-    CTString csLine(cs);
-    csLine.TrimRight(L' ');
-    return csLine;
+    return svResult.starts_with(L"failed (") && svResult.ends_with(L')')
+               ? svResult.substr(8, svResult.size() - 9)
+               : svResult;
 }
 
 }  // namespace
@@ -62,12 +64,12 @@ CRunResult::~CRunResult() {
     }
 }
 
-bool CRunResult::bBegin(const CTString& csPath, const CTString& csOrders) {
+bool CRunResult::bBegin(const CTString& csPath, const CTString& csOrders, const CTString& csTrace) {
     m_csPath = csPath;
     m_csOrders = csOrders;
     m_csStarted = csTime();
-    errno = EEXIST;  // the orders are not to be replaced before they are read
-    if (csPath == csOrders || !__bWrite("running")) {
+    errno = EEXIST;  // what another option names is not to be replaced
+    if (bSameFile(csPath, csOrders) || bSameFile(csPath, csTrace) || !__bWrite("running")) {
         m_rclTrace.Outcome(L"write the result " + csPath, nFailure(errno));
         m_csPath.Empty();
         return false;
@@ -83,15 +85,20 @@ void CRunResult::SetInstance(const CTString& csName, const CTString& csService) 
 }
 
 void CRunResult::StepTold(const CTString& csWhat, const CTString& csResult, bool bFailed) {
-    if (bFailed && m_csStep.bEmpty()) {
+    if (!bFailed) {
+        return;
+    }
+    if (m_csStep.bEmpty()) {
         m_csStep = csWhat;
         m_csResult = csResult;
+    } else if (csWhat != L"failure") {  // that tells more of the same
+        m_bOther = true;
     }
 }
 
 void CRunResult::ShowError(const CTString& csText) {
-    if (m_csReason.bEmpty()) {
-        m_csReason = csOneLineOf(csText);
+    if (m_csReason.bEmpty() && !m_bOther) {
+        m_csReason = csInOneLine(csText);
     }
 }
 
@@ -155,8 +162,7 @@ void CRunResult::End(bool bSuccess, CServiceManager& rclManager) {
     }
     const bool bOk = bSuccess && m_csStep.bEmpty();
     if (!bOk && m_csReason.bEmpty()) {
-        const std::wstring_view svTold = m_csResult;
-        m_csReason = csOneLineOf(svTold.starts_with(SV_FAILED) ? svTold.substr(SV_FAILED.size()) : svTold);
+        m_csReason = csInOneLine(svReason(m_csResult));
     }
     __bWrite(bOk ? "ok" : "failed");
 }

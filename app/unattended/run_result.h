@@ -28,8 +28,8 @@ class CRunResult final : public IStepListener, public IRunView {
 
     /// Writes the file for the first time: the run works. False, and traced, when it cannot be written;
     /// whoever waits for a result would wait in vain, and the run must not begin. csOrders is the parameter
-    /// file.
-    bool bBegin(const CTString& csPath, const CTString& csOrders);
+    /// file, csTrace the trace or empty: it must be neither.
+    bool bBegin(const CTString& csPath, const CTString& csOrders, const CTString& csTrace);
 
     /// What the run is about, as far as it is known by now.
     void SetInstance(const CTString& csName, const CTString& csService);
@@ -70,9 +70,10 @@ class CRunResult final : public IStepListener, public IRunView {
     CTString m_csName;
     CTString m_csService;
     CTString m_csDirectory;
-    CTString m_csStep;    ///< The first that failed; empty: none did.
-    CTString m_csResult;  ///< What it told.
-    CTString m_csReason;  ///< What a box would have told first.
+    CTString m_csStep;      ///< The first that failed; empty: none did.
+    CTString m_csResult;    ///< What it told.
+    CTString m_csReason;    ///< What a box would have told of it.
+    bool m_bOther = false;  ///< Another step has failed since.
     CTString m_csGone;
     const char* m_pszOperation = nullptr;
     std::string m_csStarted;

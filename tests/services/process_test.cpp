@@ -12,11 +12,11 @@
 #include <thread>
 #include <tuple>
 
+#include "framework/signal_block.h"
 #include "framework/x_error.h"
 #include "services/child_setup.h"
 #include "services/create_process.h"
 #include "services/lance_processus.h"
-#include "services/signal_block.h"
 
 namespace kalmo {
 namespace {

@@ -1,5 +1,5 @@
-#ifndef KALMO_SERVICES_SIGNAL_BLOCK_H
-#define KALMO_SERVICES_SIGNAL_BLOCK_H
+#ifndef KALMO_FRAMEWORK_SIGNAL_BLOCK_H
+#define KALMO_FRAMEWORK_SIGNAL_BLOCK_H
 
 #include <csignal>
 #include <ctime>

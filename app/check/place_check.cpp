@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <optional>
-#include <sstream>
 #include <string>
 
 #include "app/check/finding_text.h"
@@ -12,7 +11,6 @@
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"
 #include "app/unattended/orders.h"
-#include "framework/disk_file.h"
 #include "framework/text.h"
 
 namespace kalmo {
@@ -22,20 +20,14 @@ enum eLIEU : int { DIRECTORY_TAKEN, NAME_MASKED, LISTENED, LISTENED_BY };
 
 // The inode of a socket that listens on a port; 0 where the machine does not tell it.
 std::optional<unsigned long long> ullListening(int nPort) {
-    constexpr std::size_t MAX_TABLE = 64U << 20U;
     constexpr unsigned LISTENING = 0x0A;
     for (const wchar_t* const pszTable : {L"/proc/net/tcp", L"/proc/net/tcp6"}) {
-        std::string csTable;
-        if (!CDiskFile::bLoad(pszTable, MAX_TABLE, &csTable)) {
-            continue;
-        }
-        std::istringstream clTable(csTable);
-        for (std::string csLine; std::getline(clTable, csLine);) {
+        for (const std::string& rcsLine : tabKernelLines(pszTable)) {
             unsigned unPort = 0;
             unsigned unState = 0;
             unsigned long long ullInode = 0;
             const int nRead =
-                std::sscanf(csLine.c_str(), " %*[^:]: %*[0-9A-Fa-f]:%x %*s %x %*s %*s %*s %*s %*s %llu",
+                std::sscanf(rcsLine.c_str(), " %*[^:]: %*[0-9A-Fa-f]:%x %*s %x %*s %*s %*s %*s %*s %llu",
                             &unPort, &unState, &ullInode);
             if (nRead >= 2 && unState == LISTENING && static_cast<int>(unPort) == nPort) {
                 return ullInode;

@@ -4,11 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <sstream>
 
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
@@ -17,7 +17,7 @@
 namespace kalmo {
 namespace {
 
-constexpr std::size_t MAX_PROC_FILE = 65536;
+constexpr std::size_t MAX_PROC_FILE = 16U << 20U;  // the sockets of a busy machine
 
 std::string csProc(int nProcess, std::string_view svName) {
     return "/proc/" + std::to_string(nProcess) + "/" + std::string(svName);
@@ -36,6 +36,20 @@ void EachProcess(const std::function<bool(int)>& fn) {
 }
 
 }  // namespace
+
+std::vector<std::string> tabKernelLines(const CTString& csPath) {
+    std::string csText;
+    std::vector<std::string> tab;
+    if (!CDiskFile::bLoad(csPath, MAX_PROC_FILE, &csText)) {
+        return tab;
+    }
+    std::size_t nStart = 0;
+    for (std::size_t nEnd = 0; nStart < csText.size(); nStart = nEnd + 1) {
+        nEnd = std::min(csText.find('\n', nStart), csText.size());
+        tab.push_back(csText.substr(nStart, nEnd - nStart));
+    }
+    return tab;
+}
 
 std::vector<STProcess> tabProcesses() {
     std::vector<STProcess> tab;
@@ -72,18 +86,11 @@ CTString csProcessName(int nProcess) {
 }
 
 bool bProcessOfService(int nProcess, std::wstring_view svService) {
-    std::string csGroups;
-    if (!CDiskFile::bLoad(csFromUTF8(csProc(nProcess, "cgroup")), MAX_PROC_FILE, &csGroups)) {
-        return false;
-    }
     const std::string csUnit = "/" + std::string(csToUTF8(svService).svGet()) + ".service";
-    std::istringstream clGroups(csGroups);
-    for (std::string csLine; std::getline(clGroups, csLine);) {
-        if ((csLine + "/").find(csUnit + "/") != std::string::npos) {
-            return true;
-        }
-    }
-    return false;
+    const std::vector<std::string> tabGroup = tabKernelLines(csFromUTF8(csProc(nProcess, "cgroup")));
+    return std::ranges::any_of(tabGroup, [&csUnit](const std::string& rcsGroup) {
+        return (rcsGroup + "/").find(csUnit + "/") != std::string::npos;
+    });
 }
 
 int nSocketHolder(unsigned long long ullInode) {

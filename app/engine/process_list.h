@@ -14,6 +14,9 @@
 /// out.
 namespace kalmo {
 
+/// The lines of a file of the kernel's, without their ends; none when it cannot be read.
+std::vector<std::string> tabKernelLines(const CTString& csPath);
+
 /// A process and the file that it runs.
 struct STProcess {
     int nProcess = 0;

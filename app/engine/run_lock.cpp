@@ -9,11 +9,10 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <sstream>
 #include <string>
 
+#include "app/engine/process_list.h"
 #include "app/engine/trace.h"
-#include "framework/disk_file.h"
 
 namespace kalmo {
 namespace {
@@ -43,24 +42,19 @@ bool CRunLock::bTake(CTrace& rclTrace) {
 }
 
 int CRunLock::nHolder() {
-    constexpr std::size_t MAX_LOCKS = 16U << 20U;
-    std::string csLocks;
-    if (!CDiskFile::bLoad(L"/proc/locks", MAX_LOCKS, &csLocks)) {
-        return 0;
-    }
+    const std::vector<std::string> tabLock = tabKernelLines(L"/proc/locks");
     for (const char* const pszLock : TAB_LOCK) {
         struct stat st {};
         if (::stat(pszLock, &st) != 0) {
             continue;
         }
         // See proc(5): number, kind, "ADVISORY", access, process, major:minor:inode, start, end.
-        std::istringstream clLocks(csLocks);
-        for (std::string csLine; std::getline(clLocks, csLine);) {
+        for (const std::string& rcsLine : tabLock) {
             int nProcess = 0;
             unsigned unMajor = 0;
             unsigned unMinor = 0;
             unsigned long long ullInode = 0;
-            if (std::sscanf(csLine.c_str(), "%*s FLOCK %*s WRITE %d %x:%x:%llu", &nProcess, &unMajor,
+            if (std::sscanf(rcsLine.c_str(), "%*s FLOCK %*s WRITE %d %x:%x:%llu", &nProcess, &unMajor,
                             &unMinor, &ullInode) == 4 &&
                 ::makedev(unMajor, unMinor) == st.st_dev && ullInode == st.st_ino) {
                 return nProcess;

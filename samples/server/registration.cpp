@@ -52,7 +52,13 @@ status() {
 }
 start() {
     start-stop-daemon --start --quiet --oknodo --background --make-pidfile --pidfile "$Pid" \
-        --chuid "$User" --exec "$Daemon" -- --service
+        --chuid "$User" --exec "$Daemon" -- --service || return
+    # It is started when it is the program, not before: whoever stops it right away would not find it.
+    tries=300
+    while [ $tries -gt 0 ] && read -r pid <"$Pid" && kill -0 "$pid" 2>/dev/null && ! status; do
+        sleep 0.1
+        tries=$((tries - 1))
+    done
 }
 stop() {
     start-stop-daemon --stop --quiet --oknodo --retry TERM/10/KILL/5 --remove-pidfile --pidfile "$Pid" --exec "$Daemon"

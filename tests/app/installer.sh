@@ -380,7 +380,7 @@ it_lists_what_is_installed_in_columns_and_in_json() {
     printf '[INIT]\nName=second\n' >/tmp/other/日本/ZDConf.ini
     service ZDCS-日本 "/tmp/other/日本/kalmo --service" 3
     service ZDCS-x "/usr/bin/nice --adjustment=5 $zd/kalmo" 1
-    service $'ZDCS-\e[2J\n\u009b\u202e\xff' /tmp/gone/kalmo 0 644
+    service $'ZDCS-\e[2J\n\xc2\x9b\xe2\x80\xae\xff' /tmp/gone/kalmo 0 644
     service KalmoManager $zd/kalmomanager 0
     table=$(./kalmoinstall --list)
     is "$(LC_ALL=C sort <<END

@@ -44,7 +44,7 @@ constexpr const char* PSZ_SCRIPT_BODY =
 // OpenRC runs it itself.
 constexpr const char* PSZ_OPENRC_SCRIPT =
     "#!/sbin/openrc-run\nName=\"Test of it\"\nProgram=\"/bin/sleep 1000\"\nextra_started_commands=reload\n"
-    "command=/bin/sleep\ncommand_args=1000\ncommand_background=yes\npidfile=/run/life\n"
+    "command=/bin/sleep\ncommand_args=1000\ncommand_background=yes\npidfile=/run/life\nretry=TERM/60\n"
     "reload() { touch /tmp/reloaded; }\n";
 
 // From a stopped service to a running one and back; gone, it has left nothing, and another one is as it was.

@@ -107,9 +107,9 @@ whole() {
     step build-portable build portable
     step build-release build release payload_current payload_next valgrind_tests
     ! built portable || beside portable ctest --preset portable -j "$cores"
+    ! built release || beside valgrind ctest --preset release --no-tests=error -L valgrind
     # The test runner's own output is shown: its last lines say how many tests ran.
     ! built dev || ctest --preset dev -j $((cores + 1)) || failed+=(tests)
-    ! built release || step valgrind ctest --preset release --no-tests=error -L valgrind
     step demo ./demo.sh --unattended
     wait_for_beside
     ! built portable || tail -n 12 "$logs/portable.log"

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <exception>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "framework/conversion.h"
@@ -61,38 +62,86 @@ std::vector<std::wstring_view> tabComponents(std::wstring_view svName) {
 // What becomes of directories that are missing.
 enum class eMISSING { Make, Leave };
 
-// Opens a directory right below another one, which it may create when there is none. Follows no link.
-CUniqueFd clEnterDirectory(const CUniqueFd& rclAbove, const char* pszName, eMISSING eMissing) {
-    constexpr int FLAGS = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    CUniqueFd clFd(::openat(rclAbove.nGet(), pszName, FLAGS));
-    if (clFd.bValid() || errno != ENOENT || eMissing == eMISSING::Leave) {
+// Opens a directory right below another one. Follows no link.
+CUniqueFd clOpenDirectory(const CUniqueFd& rclAbove, const char* pszName) {
+    return CUniqueFd(::openat(rclAbove.nGet(), pszName, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+// The same, which creates one when there is none.
+CUniqueFd clEnterDirectory(const CUniqueFd& rclAbove, const char* pszName) {
+    CUniqueFd clFd = clOpenDirectory(rclAbove, pszName);
+    if (clFd.bValid() || errno != ENOENT) {
         return clFd;
     }
     const bool bCreated = ::mkdirat(rclAbove.nGet(), pszName, MODE_REPERTOIRE) == 0;
     if (!bCreated && errno != EEXIST) {
         return {};
     }
-    clFd.Reset(::openat(rclAbove.nGet(), pszName, FLAGS));
+    clFd = clOpenDirectory(rclAbove, pszName);
     if (bCreated && clFd.bValid() && ::fchmod(clFd.nGet(), MODE_REPERTOIRE) != 0) {
         return {};
     }
     return clFd;
 }
 
-bool bEnterDirectories(std::wstring_view svRoot, std::span<const std::wstring_view> tabName,
-                       eMISSING eMissing) {
+bool bMakeDirectories(std::wstring_view svRoot, std::span<const std::wstring_view> tabName) {
     if (tabName.empty()) {
         return true;
     }
-    const CXYString<char> csRoot = csToUTF8(svRoot);
-    CUniqueFd clFd(::open(csRoot.pszGet(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    CUniqueFd clFd(::open(csToUTF8(svRoot).pszGet(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     for (const std::wstring_view svName : tabName) {
         if (!clFd.bValid()) {
             break;
         }
-        clFd = clEnterDirectory(clFd, csToUTF8(svName).pszGet(), eMissing);
+        clFd = clEnterDirectory(clFd, csToUTF8(svName).pszGet());
     }
-    return clFd.bValid() || (eMissing == eMISSING::Leave && errno == ENOENT);
+    return clFd.bValid();
+}
+
+// Opens a directory or, where it is missing, the nearest one above it that is there.
+CUniqueFd clNearestDirectory(std::wstring_view svPath, bool* pbMissing) {
+    CUniqueFd clFd;
+    for (*pbMissing = false;; *pbMissing = true) {
+        clFd.Reset(::open(csToUTF8(svPath).pszGet(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        // One whose own name is too long is missing, and not what is judged here.
+        if (clFd.bValid() || (errno != ENOENT && errno != ENAMETOOLONG)) {
+            return clFd;
+        }
+        const std::size_t nLast = svPath.find_last_not_of(L'/');
+        const std::size_t nSlash = svPath.substr(0, nLast == svPath.npos ? 0 : nLast).rfind(L'/');
+        if (nSlash == svPath.npos) {
+            return clFd;
+        }
+        svPath = svPath.substr(0, nSlash + 1);
+    }
+}
+
+// Whether the directories of a name are there or can be made, and its file in them. What is missing will lie
+// on the file system of the nearest directory: a name is looked up there, to learn whether it is one at all.
+bool bVerifyNames(std::wstring_view svRoot, std::span<const std::wstring_view> tabName) {
+    bool bMissing = false;
+    CUniqueFd clFd = clNearestDirectory(svRoot, &bMissing);
+    if (!clFd.bValid()) {
+        return errno == ENOENT;
+    }
+    for (std::size_t n = 0; n < tabName.size(); ++n) {
+        const CXYString<char> csName = csToUTF8(tabName[n]);
+        if (!bMissing && n + 1 < tabName.size()) {
+            CUniqueFd clNext = clOpenDirectory(clFd, csName.pszGet());
+            bMissing = !clNext.bValid();
+            if (!bMissing) {
+                clFd = std::move(clNext);
+            } else if (errno != ENOENT) {
+                return false;
+            }
+            continue;
+        }
+        struct stat st {};
+        if (::fstatat(clFd.nGet(), csName.pszGet(), &st, AT_SYMLINK_NOFOLLOW) != 0 && errno != ENOENT) {
+            return false;
+        }
+    }
+    return true;
 }
 
 eARCHIVE eJugeChemin(std::wstring_view svRoot, std::wstring_view svEntryName, eMISSING eMissing,
@@ -115,8 +164,10 @@ eARCHIVE eJugeChemin(std::wstring_view svRoot, std::wstring_view svEntryName, eM
         errno = ENAMETOOLONG;
         return ARCHIVE_CREATE;
     }
-    if (!bEnterDirectories(clPath.svGet().substr(0, svRoot.size()),
-                           std::span(tabName).first(tabName.size() - 1), eMissing)) {
+    const std::wstring_view svJoined = clPath.svGet().substr(0, svRoot.size());
+    if (eMissing == eMISSING::Leave
+            ? !bVerifyNames(svJoined, tabName)
+            : !bMakeDirectories(svJoined, std::span(tabName).first(tabName.size() - 1))) {
         return ARCHIVE_CREATE;
     }
     *pclOut = clPath;

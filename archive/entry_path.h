@@ -45,7 +45,8 @@ CTString csWithSlashes(CTString csName);
 eARCHIVE eCheminEntree(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut);
 
 /// The same judgement, which makes nothing: directories that are missing, the given one among them, are no
-/// failure, since they can be made.
+/// failure, since they can be made. A component whose name the file system does not take gives ARCHIVE_CREATE
+/// with the reason in errno, ENAMETOOLONG for one that is too long; the given directory's own are not judged.
 eARCHIVE eVerifieChemin(std::wstring_view svRoot, std::wstring_view svEntryName, CFSPath* pclOut);
 
 }  // namespace kalmo

@@ -101,7 +101,7 @@ void LookAtMachine(const STOrders& rstOrders, STCheckReport* pst) {
                       rclFindings);
         }
     }
-    CheckPayload(clExtractor, clDirectory, rclFindings);
+    CheckPayload(clExtractor, clDirectory, bNew, rclFindings);
 }
 
 void Rehearse(STCheckReport* pst) {

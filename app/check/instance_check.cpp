@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "app/check/finding_text.h"
+#include "app/check/removal_check.h"
 #include "app/config/server_config.h"
 #include "app/engine/data_extractor.h"
 #include "app/engine/process_list.h"
@@ -95,7 +96,7 @@ class CInstanceCheck {
         return rclRefusal.has_value();
     }
     void __Versions();
-    void __Script();
+    void __Script(const CService& rclService, eSEVERITY eSeverity);
     void __Files(const CTString& csProgram, const CTString& csDirectory);
 
     const STOrders& m_rstOrders;
@@ -149,11 +150,12 @@ void CInstanceCheck::__Versions() {
     }
 }
 
-// A script that cannot be run neither stops the server nor tells whether it runs.
-void CInstanceCheck::__Script() {
-    const CTString csScript = csScriptPath(m_rst.pclService->pszGetName());
+// A script that cannot be run neither stops the server nor tells whether it runs, and starts none: an upgrade
+// starts what it upgraded, and the manager where that is found not to run.
+void CInstanceCheck::__Script(const CService& rclService, eSEVERITY eSeverity) {
+    const CTString csScript = csScriptPath(rclService.pszGetName());
     if (CServiceManager::ms_eDistri != eSystemd && ::access(csToUTF8(csScript).pszGet(), X_OK) != 0) {
-        __Tell(eSEVERITY::Warning, "missing-command", SCRIPT_NOT_RUN, nullptr, csQuoted(csScript));
+        __Tell(eSeverity, "missing-command", SCRIPT_NOT_RUN, nullptr, csQuoted(csScript));
     }
 }
 
@@ -166,7 +168,10 @@ void CInstanceCheck::Upgrade(const CDataExtractor* pclExtractor) {
         return;
     }
     __Versions();
-    __Script();
+    __Script(*m_rst.pclService, eSEVERITY::Error);
+    if (pclManager != nullptr && !bIsManager(*m_rst.pclService)) {
+        __Script(*pclManager, eSEVERITY::Error);
+    }
     const CTString csDirectory = csGetProgramDirectory(m_rst.pclService);
     std::vector<CService*> tabStopped;
     if (CService* const pcl = pclGetKalmoManagerInPath(m_rst.rtabServer, csDirectory.pszGet());
@@ -192,6 +197,7 @@ bool CInstanceCheck::bFinishEarlier() {
         return false;
     }
     __Tell(eSEVERITY::Note, "unfinished", UNFINISHED, nullptr, csQuoted(stNote.csProgram));
+    CheckRemoval(m_rst.csService, nullptr, m_rclFindings);
     return true;
 }
 
@@ -206,12 +212,13 @@ void CInstanceCheck::Uninstallation() {
                csQuoted(csGetDisplayName(*m_rst.pclService)));
         return;
     }
-    __Script();
+    __Script(*m_rst.pclService, eSEVERITY::Warning);
     if (bRunning(*m_rst.pclService, m_rclTrace)) {
         const bool bStops = CServiceManager::ms_eDistri == eSystemd;
         __Tell(eSEVERITY::Note, bStops ? "stops" : "not-stopped", bStops ? STOPS : NOT_STOPPED, nullptr,
                csQuoted(csGetDisplayName(*m_rst.pclService)));
     }
+    CheckRemoval(m_rst.csService, m_rst.pclService, m_rclFindings);
     CUninstallRecord::STNote stNote;
     if (CUninstallRecord(m_rst.csService).bRead(&stNote) && stNote.csProgram == csProgram) {
         __Tell(eSEVERITY::Note, "unfinished", UNFINISHED, nullptr, csQuoted(csProgram));
@@ -229,7 +236,7 @@ void CInstanceCheck::__Files(const CTString& csProgram, const CTString& csDirect
     }
     for (const CTString& rcsFile : tabFile) {
         struct stat st {};
-        if (::lstat(csToUTF8(rcsFile).pszGet(), &st) != 0 || S_ISDIR(st.st_mode)) {
+        if (::lstat(csToUTF8(rcsFile).pszGet(), &st) != 0) {
             __Tell(eSEVERITY::Error, "missing-file", FILE_MISSING, nullptr, csQuoted(rcsFile));
         }
     }

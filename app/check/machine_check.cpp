@@ -60,11 +60,11 @@ void CheckMachine(int nOperation, CFindings& rclFindings) {
         Tell(eSEVERITY::Error, "missing-command", COMMAND_MISSING, L"/bin/sh");
     }
     if (nOperation == OP_UNINSTALL && !bSystemd) {
-        // What comes of the tool does not count, for it may find nothing to do.
+        // The unit or script goes without it, and the boot links stay: a failure that the result tells.
         const std::wstring csCommand(csBootCommand(L"x").svGet());
         const std::wstring csTool = csCommand.substr(0, csCommand.find(L' '));
         if (!csTool.empty() && !bOnPath(csToUTF8(csTool).svGet())) {
-            Tell(eSEVERITY::Warning, "missing-command", BOOT_TOOL_MISSING, csTool);
+            Tell(eSEVERITY::Error, "missing-command", BOOT_TOOL_MISSING, csTool);
         }
     }
 }

@@ -8,6 +8,7 @@
 #include "app/config/server_config.h"
 #include "app/engine/data_extractor.h"
 #include "app/engine/trace.h"
+#include "app/unattended/pilot.h"
 #include "archive/entry_path.h"
 #include "framework/conversion.h"
 #include "framework/disk_file.h"
@@ -16,7 +17,7 @@
 namespace kalmo {
 namespace {
 
-enum eDONNEES : int { PROGRAM_MISSING, SAME_TARGET, OUTSIDE, PATH_TOO_LONG };
+enum eDONNEES : int { PROGRAM_MISSING, SAME_TARGET, OUTSIDE, PATH_TOO_LONG, FILE_AND_DIRECTORY };
 
 // A text that is equal for all texts which differ in letter case alone.
 std::wstring csFolded(std::wstring_view sv) {
@@ -31,9 +32,39 @@ CTString csWithFault(const CTString& csText, const CTString& csFault) {
     return csInOneLine(csText) + (csFault.bEmpty() ? CTString() : L" (" + csFault + L")");
 }
 
+// What the names of a payload become on the disk: each a file or a directory, and not both.
+class CKinds {
+  public:
+    explicit CKinds(std::wstring_view svRoot) : m_nRoot(svRoot.size()) {}
+
+    // Notes a path and the directories that it needs. The name that wants one of them otherwise, or null.
+    const CTString* pcsOther(std::wstring_view svPath, bool bDirectory, const CTString& csName) {
+        for (std::size_t n = svPath.find(L'/', m_nRoot); n != svPath.npos; n = svPath.find(L'/', n + 1)) {
+            if (const CTString* const pcs = __pcsOther(svPath.substr(0, n), true, csName)) {
+                return pcs;
+            }
+        }
+        return __pcsOther(svPath, bDirectory, csName);
+    }
+
+  private:
+    struct STKind {
+        bool bDirectory;
+        CTString csName;
+    };
+    const CTString* __pcsOther(std::wstring_view svPath, bool bDirectory, const CTString& csName) {
+        const auto [it, bNew] = m_tab.try_emplace(std::wstring(svPath), STKind{bDirectory, csName});
+        return it->second.bDirectory == bDirectory ? nullptr : &it->second.csName;
+    }
+
+    std::size_t m_nRoot;
+    std::map<std::wstring, STKind> m_tab;
+};
+
 }  // namespace
 
-void CheckPayload(CDataExtractor& rclExtractor, const CFSPath& rclDirectory, CFindings& rclFindings) {
+void CheckPayload(CDataExtractor& rclExtractor, const CFSPath& rclDirectory, bool bNew,
+                  CFindings& rclFindings) {
     if (!rclExtractor.bOuvert()) {
         const bool bThere = CDiskFile::bFileExists(rclExtractor.csGetChemin());
         rclFindings.Add(eSEVERITY::Error, bThere ? "bad-payload" : "no-payload",
@@ -44,6 +75,15 @@ void CheckPayload(CDataExtractor& rclExtractor, const CFSPath& rclDirectory, CFi
     constexpr std::size_t ENOUGH = 100;  // an archive with another password has as many as entries
     const std::size_t nBefore = rclFindings.tabGet().size();
     std::map<std::wstring, CTString> tabTarget;
+    CKinds clKinds(rclDirectory.svGet());
+    // What the run itself adds.
+    clKinds.pcsOther(rclDirectory.csGet() + PSZ_MARKER, false, PSZ_MARKER);
+    CPathBuffer szConfPath;
+    if (bNew && bConfPath(rclDirectory.svGet(), szConfPath)) {
+        clKinds.pcsOther(szConfPath, false, CTString(CFSPath::stSplit(szConfPath).svFileName));
+        const CTString csDatabase(PSZ_DATABASE_FOLDER);
+        clKinds.pcsOther(rclDirectory.csGet() + csDatabase, true, csDatabase);
+    }
     const auto Tell = [&](eSEVERITY eSeverity, const char* pszCode, int nText, const CTString& csName,
                           const CTString& csOther = {}) {
         rclFindings.Add(eSeverity, pszCode,
@@ -70,9 +110,14 @@ void CheckPayload(CDataExtractor& rclExtractor, const CFSPath& rclDirectory, CFi
         } else if (ePath != ARCHIVE_OK && errno == ENAMETOOLONG) {
             Tell(eSEVERITY::Error, "entry-too-long", PATH_TOO_LONG, csName);
         } else if (ePath == ARCHIVE_OK) {
+            const bool bDirectory = rclEntree.u64GetTailleOriginale() == 0 && rclEntree.bRepertoire();
+            if (const CTString* const pcs = clKinds.pcsOther(clTarget.svGet(), bDirectory, csName)) {
+                Tell(eSEVERITY::Error, "same-target", FILE_AND_DIRECTORY, csName, *pcs);
+                continue;
+            }
             // By letter case too: an entry is found by its name without it.
-            const auto [it, bNew] = tabTarget.emplace(csFolded(clTarget.svGet()), csName);
-            if (!bNew) {
+            const auto [it, bFirst] = tabTarget.emplace(csFolded(clTarget.svGet()), csName);
+            if (!bFirst) {
                 Tell(eSEVERITY::Warning, "same-target", SAME_TARGET, csName, it->second);
             }
         }

@@ -13,8 +13,10 @@ class CDataExtractor;
 /// that it could not open is told as well.
 ///
 /// Adds no-payload, bad-payload (of the licence text, which no unattended run needs, a warning),
-/// incomplete-payload, entry-outside, entry-too-long, same-target.
-void CheckPayload(CDataExtractor& rclExtractor, const CFSPath& rclDirectory, CFindings& rclFindings);
+/// incomplete-payload, entry-outside, entry-too-long, same-target; bNew for a new instance, with its
+/// configuration and database directory.
+void CheckPayload(CDataExtractor& rclExtractor, const CFSPath& rclDirectory, bool bNew,
+                  CFindings& rclFindings);
 
 }  // namespace kalmo
 

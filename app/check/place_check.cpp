@@ -5,13 +5,18 @@
 #include <string>
 
 #include "app/check/finding_text.h"
+#include "app/check/room_judge.h"
 #include "app/config/server_config.h"
 #include "app/engine/process_list.h"
 #include "app/engine/refusal.h"
 #include "app/engine/server_services.h"
 #include "app/engine/trace.h"
 #include "app/unattended/orders.h"
+#include "framework/conversion.h"
+#include "framework/disk_file.h"
 #include "framework/text.h"
+#include "services/init_script.h"
+#include "services/service_manager.h"
 
 namespace kalmo {
 namespace {
@@ -75,6 +80,12 @@ void CheckPlace(const STOrders& rstOrders, const CTString& csService, CServiceLi
                         KEY_DIRECTORY.pszKey);
     }
     CheckPort(rstOrders.nPort, rtabServer, rclFindings);
+    // The server's own programs make their service known, in the only place that is meant for it.
+    CRoomJudge clRoom(rclFindings);
+    const CTString csDefinition = CServiceManager::ms_eDistri == eSystemd
+                                      ? L"/etc/systemd/system/" + csService + L".service"
+                                      : csScriptPath(csService);
+    clRoom.File(std::string(csToUTF8(csDefinition).svGet()), 1);
 }
 
 }  // namespace kalmo

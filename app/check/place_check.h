@@ -14,6 +14,7 @@ struct STOrders;
 ///
 /// Adds name-masked; directory-taken, and what clRefuseDirectory refuses (directory-cut, directory-masked,
 /// foreign-program); port-taken by an instance's configuration, port-listened by any process.
+/// Of the place for the unit file or script read-only, not-writable, in-the-way.
 void CheckPlace(const STOrders& rstOrders, const CTString& csService, CServiceList& rtabServer,
                 CFindings& rclFindings);
 

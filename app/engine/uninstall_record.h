@@ -30,6 +30,8 @@ class CUninstallRecord {
     /// The record of a service by the name that it is looked up with.
     explicit CUninstallRecord(std::wstring_view svService);
 
+    /// The file of the record, whether it is there or not.
+    [[nodiscard]] const CTString& csGetPath() const noexcept { return m_csPath; }
     /// Writes the note. On the disk when it returns true, else not there, with errno set.
     bool bWrite(const STNote& rst);
     /// What an earlier run noted and did not finish. False when there is nothing, or nothing that makes

@@ -198,7 +198,7 @@ TEST_F(CheckOf, EveryEntryIsReadAndNothingIsWritten) {
     };
     for (const auto& rst : TAB) {
         Pack(rst.csPack);
-        EXPECT_EQ(csOf([&](CFindings& rcl) { CheckPayload(m_clExtractor, m_clDirectory, rcl); }), rst.csFound)
+        EXPECT_EQ(csOf([&](CFindings& rcl) { CheckPayload(m_clExtractor, m_clDirectory, true, rcl); }), rst.csFound)
             << rst.csPack;
     }
     EXPECT_FALSE(std::filesystem::exists(m_csPlace));

@@ -21,7 +21,7 @@
 namespace kalmo {
 namespace {
 
-enum eMACHINE : int { LOCKED, NO_ANSWER, INIT_UNKNOWN, COMMAND_MISSING, BOOT_TOOL_MISSING };
+enum eMACHINE : int { LOCKED, NO_ANSWER, INIT_UNKNOWN, COMMAND_MISSING, BOOT_TOOL_MISSING, BOOT_TOOL_WANTED };
 
 bool bOnPath(std::string_view svTool) {
     const char* const pszPath = std::getenv("PATH");
@@ -59,12 +59,15 @@ void CheckMachine(int nOperation, CFindings& rclFindings) {
     if ((nOperation == OP_INSTALL || !bSystemd) && ::access("/bin/sh", X_OK) != 0) {
         Tell(eSEVERITY::Error, "missing-command", COMMAND_MISSING, L"/bin/sh");
     }
-    if (nOperation == OP_UNINSTALL && !bSystemd) {
-        // The unit or script goes without it, and the boot links stay: a failure that the result tells.
+    if (nOperation != OP_UPGRADE && !bSystemd) {
+        // An uninstallation goes on without it, and fails in the end; what the server's own programs make of
+        // it they know.
+        const bool bUninstall = nOperation == OP_UNINSTALL;
         const std::wstring csCommand(csBootCommand(L"x").svGet());
         const std::wstring csTool = csCommand.substr(0, csCommand.find(L' '));
         if (!csTool.empty() && !bOnPath(csToUTF8(csTool).svGet())) {
-            Tell(eSEVERITY::Error, "missing-command", BOOT_TOOL_MISSING, csTool);
+            Tell(bUninstall ? eSEVERITY::Error : eSEVERITY::Warning, "missing-command",
+                 bUninstall ? BOOT_TOOL_MISSING : BOOT_TOOL_WANTED, csTool);
         }
     }
 }

@@ -28,19 +28,15 @@ std::string csBytes(const CTString& cs) {
     return std::string(csToUTF8(cs).svGet());
 }
 
-// The links that start a service with the machine, in all the places where tools put them. A service's name
-// has no character that a pattern is made of.
-std::vector<std::string> tabBootLink(const std::string& csName, bool bScript) {
-    std::vector<std::string> tabPattern{"/etc/systemd/system/*.wants/" + csName + ".service",
-                                        "/etc/systemd/system/*.requires/" + csName + ".service"};
-    if (bScript) {
-        tabPattern = {"/etc/rc?.d/[SK][0-9][0-9]" + csName, "/etc/rc.d/rc?.d/[SK][0-9][0-9]" + csName,
-                      "/etc/init.d/rc?.d/[SK][0-9][0-9]" + csName, "/etc/runlevels/*/" + csName};
-    }
+// The links that start a unit with the machine, which systemctl deletes or fails. The tools that make those
+// of scripts leave what they cannot delete, and say nothing of it. No service's name is made like a pattern.
+std::vector<std::string> tabBootLink(const std::string& csName) {
     std::vector<std::string> tab;
-    for (const std::string& rcsPattern : tabPattern) {
+    for (const char* const pszFolder : {"wants", "requires"}) {
         glob_t st{};
-        if (::glob(rcsPattern.c_str(), 0, nullptr, &st) == 0) {
+        const std::string csPattern =
+            "/etc/systemd/system/*." + std::string(pszFolder) + "/" + csName + ".service";
+        if (::glob(csPattern.c_str(), 0, nullptr, &st) == 0) {
             tab.insert(tab.end(), st.gl_pathv, st.gl_pathv + st.gl_pathc);
         }
         ::globfree(&st);
@@ -50,23 +46,17 @@ std::vector<std::string> tabBootLink(const std::string& csName, bool bScript) {
 
 void CheckDefinition(CService& rclService, CRoomJudge& rclRoom) {
     const wchar_t* const pszName = rclService.pszGetName();
-    const bool bSystemd = CServiceManager::ms_eDistri == eSystemd;
-    std::vector<CTString> tabFile;
-    if (!bSystemd) {
-        tabFile.push_back(csScriptPath(pszName));
-    } else {
-        for (const char* const pszProperty : {"FragmentPath", "SourcePath"}) {
-            tabFile.push_back(CServiceManager::csGetSystemdProp(pszProperty, pszName));
+    if (CServiceManager::ms_eDistri != eSystemd) {
+        rclRoom.Deleted(csBytes(csScriptPath(pszName)));
+        return;
+    }
+    for (const char* const pszProperty : {"FragmentPath", "SourcePath"}) {
+        if (const CTString csFile = CServiceManager::csGetSystemdProp(pszProperty, pszName);
+            csFile.svGet().starts_with(L'/')) {
+            rclRoom.Deleted(csBytes(csFile));
         }
     }
-    // systemd hands a script on to the tools that make its links.
-    const bool bScript = !bSystemd || tabFile.back().svGet() == csScriptPath(pszName).svGet();
-    for (const CTString& rcsFile : tabFile) {
-        if (rcsFile.svGet().starts_with(L'/')) {
-            rclRoom.Deleted(csBytes(rcsFile));
-        }
-    }
-    for (const std::string& rcsLink : tabBootLink(csBytes(pszName), bScript)) {
+    for (const std::string& rcsLink : tabBootLink(csBytes(pszName))) {
         rclRoom.Deleted(rcsLink);
     }
 }

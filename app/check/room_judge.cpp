@@ -142,7 +142,7 @@ CRoomJudge::STVolume* CRoomJudge::__pstDirectory(const std::string& csPath) {
         pstVolume = __pstVolume(csPath, st.st_dev);
     } else if (nError == 0 || ::lstat(csName.c_str(), &stLink) == 0) {
         NoDirectory(csName);
-    } else if (nError != ENOENT && nError != ENOTDIR && nError != ENAMETOOLONG) {
+    } else if (nError != ENOENT && nError != ENOTDIR && nError != ELOOP && nError != ENAMETOOLONG) {
         __TellOnce("not-writable", NOT_WRITABLE, csName);
     } else if (!csAbove.empty()) {
         pstVolume = __pstDirectory(csAbove);

@@ -118,7 +118,7 @@ class CheckOf : public ::testing::Test {
             "cp tree/kalmo tree/license.txt; echo x >tree/lib/a; " +
             std::string(PACK));
     }
-    void TearDown() override { Shell("umount -R zd zd/lib; chattr -i zd; rm -rf zd; true"); }
+    void TearDown() override { Shell("umount -R zd zd/lib; chattr -R -ai zd; rm -rf zd; true"); }
     void Shell(const std::string& cs) { EXPECT_TRUE(m_clFolder.bShell("{ " + cs + "; } 2>/dev/null")) << cs; }
     void Pack(const std::string& csCommand) {
         Shell("rm -f p.zip; " + csCommand);
@@ -163,6 +163,16 @@ TEST_F(CheckOf, RoomIsThatOfTheFileSystemsThatAreWritten) {
         {"ln -s nowhere zd", "e:in-the-way"},
         {"mkdir zd; ln -s /tmp zd/lib; mkdir zd/kalmo; touch zd/BDD",
          "e:in-the-way e:in-the-way e:in-the-way"},
+        {"mkdir -p zd/Install.log", "e:in-the-way"},
+        {"mkdir zd; mount --bind zd zd; mount -o remount,bind,ro zd", "e:read-only"},
+        {"mkdir -p zd/lib; touch zd/lib/a; chattr +i zd/lib", ""},  // what is there is emptied
+        {"mkdir -p zd/lib; chattr +i zd/lib", "e:not-writable"},
+        {"mkdir zd; chattr +a zd", ""},
+        {"mkdir zd; touch zd/Install.log; chattr +a zd", "e:not-writable"},
+        {"mkdir zd; touch zd/kalmo zd/ZDConf.ini; chattr +i zd/kalmo; chattr +a zd/ZDConf.ini",
+         "e:not-writable e:not-writable"},
+        {"mkdir zd; mkfifo zd/kalmo zd/ZDConf.ini", "e:not-writable"},  // only the program is replaced
+        {"mkdir zd; ln -s nowhere zd/ZDConf.ini", ""},
     };
     for (const auto& rst : TAB) {
         Shell(rst.csPrepare);
@@ -170,6 +180,12 @@ TEST_F(CheckOf, RoomIsThatOfTheFileSystemsThatAreWritten) {
                   rst.csFound)
             << rst.csPrepare;
         TearDown();
+    }
+    for (const bool bFits : {true, false}) {
+        ASSERT_TRUE(
+            m_clDirectory.bSet(m_csPlace + L"new/" + std::wstring(bFits ? 127 : 128, L'\xE9') + L"/"));
+        EXPECT_EQ(csOf([&](CFindings& rcl) { CheckRoom(m_clExtractor, m_clDirectory, true, rcl); }),
+                  bFits ? "" : "e:too-long");
     }
 }
 
@@ -182,6 +198,10 @@ TEST_F(CheckOf, EveryEntryIsReadAndNothingIsWritten) {
     const std::string csNamed = std::string(PACK) +
                                 "; python3 -c \"import sys, zipfile; zipfile.ZipFile('p.zip', "
                                 "'a').writestr(sys.argv[1], 'x')\" ";
+    std::string csLong;
+    for (int n = 0; n < 128; ++n) {
+        csLong += "\xC3\xA9";
+    }
     const struct {
         std::string csPack, csFound;
     } TAB[] = {
@@ -192,13 +212,21 @@ TEST_F(CheckOf, EveryEntryIsReadAndNothingIsWritten) {
         {"(cd tree && zip -q ../p.zip kalmo)", "e:incomplete-payload"},
         {csNamed + "a/../../b", "e:entry-outside"},
         {csNamed + std::string(250, 'n'), "e:entry-too-long"},
+        {csNamed + "new/" + csLong + "/n", "e:entry-too-long"},
+        {csNamed + csLong, "e:entry-too-long"},
         {csNamed + "lib//A", "w:same-target"},
+        {csNamed + "lib", "e:same-target"},
+        {csNamed + "lib/a/b", "e:same-target"},
+        {csNamed + "BDD", "e:same-target"},
+        {csNamed + "Install.log/n", "e:same-target"},
+        {csNamed + "ZDConf.ini", ""},
         {"echo x >p.zip", "e:bad-payload"},
         {"true", "e:no-payload"},
     };
     for (const auto& rst : TAB) {
         Pack(rst.csPack);
-        EXPECT_EQ(csOf([&](CFindings& rcl) { CheckPayload(m_clExtractor, m_clDirectory, true, rcl); }), rst.csFound)
+        EXPECT_EQ(csOf([&](CFindings& rcl) { CheckPayload(m_clExtractor, m_clDirectory, true, rcl); }),
+                  rst.csFound)
             << rst.csPack;
     }
     EXPECT_FALSE(std::filesystem::exists(m_csPlace));
@@ -244,7 +272,7 @@ TEST_F(CheckOf, MachineAndInstanceAreAsked) {
     EXPECT_EQ(csMachine(OP_INSTALL), "w:locked");
     Shell("kill $(cat locker); flock /run/kalmoinstall.lock true");
     ASSERT_EQ(::setenv("PATH", "/", 1) + ::seteuid(1), 0);
-    EXPECT_EQ(csMachine(OP_UNINSTALL), "e:not-root w:missing-command");
+    EXPECT_EQ(csMachine(OP_UNINSTALL), "e:not-root e:missing-command");
     ASSERT_EQ(::setenv("PATH", "/usr/sbin:/usr/bin:/sbin:/bin", 1) + ::seteuid(0), 0);
 
     Shell(
@@ -272,10 +300,31 @@ TEST_F(CheckOf, MachineAndInstanceAreAsked) {
     EXPECT_EQ(csInstance(OP_UNINSTALL, L"first", pclFirst), "n:not-stopped e:missing-file e:missing-file");
     Shell("echo 3 >status; touch zd/tvzdsrv.so zd/tvsqlsrv.so");
     EXPECT_EQ(csInstance(OP_UNINSTALL, L"first", pclFirst), "");
+    const struct {
+        const char *pszMade, *pszUndone, *pszFound;
+    } TAB_KEPT[] = {
+        {"mkdir zd/Install.log", "rmdir zd/Install.log", "e:in-the-way"},
+        {"mkdir zd/zdlogger zd/tvx.so", "rmdir zd/zdlogger zd/tvx.so", "e:in-the-way"},
+        {"chattr +a zd", "chattr -a zd", "e:not-writable"},
+        {"chattr +i zd/tvzdsrv.so", "chattr -i zd/tvzdsrv.so", "e:not-writable"},
+        {"mount --bind zd/kalmo zd/kalmo", "umount zd/kalmo", "e:not-writable"},
+        {"chattr +i /etc/init.d/ZDCS-first", "chattr -i /etc/init.d/ZDCS-first", "e:not-writable"},
+        {"chattr +i /etc/init.d", "chattr -i /etc/init.d", "e:not-writable"},
+        {"mkdir -p /var/lib/kalmoinstall/ZDCS-first.uninstall", "rm -r /var/lib/kalmoinstall",
+         "e:in-the-way"},
+        {"mkdir /var/lib/kalmoinstall; chattr +i /var/lib/kalmoinstall",
+         "chattr -i /var/lib/kalmoinstall; rmdir /var/lib/kalmoinstall", ""},
+        {"mount --bind /var/lib /var/lib; mount -o remount,bind,ro /var/lib", "umount /var/lib", ""},
+    };
+    for (const auto& rst : TAB_KEPT) {
+        Shell(rst.pszMade);
+        EXPECT_EQ(csInstance(OP_UNINSTALL, L"first", pclFirst), rst.pszFound) << rst.pszMade;
+        Shell(rst.pszUndone);
+    }
     EXPECT_EQ(csInstance(OP_UPGRADE, L"first", pclFirst), "n:version-unknown e:busy e:busy");
     Shell("ln zd/kalmo zd/other; ln zd/lib/a zd/lib/b; chmod 644 /etc/init.d/ZDCS-first");  // it is replaced,
                                                                                             // not written
-    EXPECT_EQ(csInstance(OP_UPGRADE, L"first", pclFirst), "n:version-unknown w:missing-command");
+    EXPECT_EQ(csInstance(OP_UPGRADE, L"first", pclFirst), "n:version-unknown e:missing-command");
     Shell("pkill -P $(cat runner); rm /etc/init.d/ZDCS-first");
     CService clForeign(nullptr, L"ZDCS-first", L"first", L"/usr/bin/nice --adjustment=5 /tmp/kalmo");
     EXPECT_EQ(csInstance(OP_UPGRADE, L"first", &clForeign), "e:foreign-program/Serveur");

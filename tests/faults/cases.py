@@ -1,7 +1,9 @@
 #!/usr/bin/python3
 """Unattended runs in which something around them fails, in a throwaway machine, and the runs that come after them.
 
-    cases.py commands|disks|unfinished|plan CURRENT NEXT     folders with the installer and the payload of two versions
+    cases.py commands|disks|unfinished|ways|plan CURRENT NEXT    folders with the installer and the payload of two versions
+
+Before each run --check is asked whether it will work, and must be right.
 
 Prints a line a run; exits with 1 when one did not end in time or not as it must.
 """
@@ -17,6 +19,7 @@ from run import (CALLS, DIRECTORY, INSTANCE, LOG, MARKER, NOTES, SHORT_PAUSES, S
                  prepare, read, result, sh, wait_for)
 
 UNIT, PROGRAM = f"/etc/systemd/system/{INSTANCE}.service", DIRECTORY + "/kalmo"
+DEFINITION = UNIT if SYSTEMD else "/etc/init.d/" + INSTANCE
 SYSTEMCTL = "rm -f /bin/systemctl; printf '#!/bin/sh\\n%s\\n' '{}' >/bin/systemctl; chmod 755 /bin/systemctl"
 SCRIPT = f"sed -i '2i [ \"$1\" != {{}} ] || {{}}' /etc/init.d/{INSTANCE}"
 # Programs of the payload that do something else in installer mode.
@@ -40,6 +43,33 @@ class Case(typing.NamedTuple):
     state: str  # by the result
     then: str = "true"  # holds afterwards
     inject: tuple = ()
+    foretold: bool = True  # whether it fails or works is nothing that a check cannot know
+
+
+# What stands in the way, the runs that are tried with it, and those of them that fail: i(nstall), u(pgrade), r(emoval).
+WAYS = [
+    (f"rm -f {MARKER}; mkdir {MARKER}", "iur", "iur"),
+    (f"rm -f {MARKER}; ln -s /nowhere/x {MARKER}", "iur", ""),
+    (READ_ONLY, "iur", "iur"),
+    (f"rm -f {MARKER}; chattr +a {DIRECTORY}", "iur", "r"),
+    (f"touch {PROGRAM}; chattr +i {PROGRAM}", "iur", "iur"),
+    (f"touch {PROGRAM}; chattr +a {PROGRAM}", "iur", "iur"),
+    (f"touch {DIRECTORY}/tvsqlsrv.so; mount --bind {DIRECTORY}/tvsqlsrv.so {DIRECTORY}/tvsqlsrv.so", "iur", "r"),
+    (f"rm -f {DIRECTORY}/zdlogger; mkdir {DIRECTORY}/zdlogger {DIRECTORY}/tvx.so", "iur", "iur"),
+    (f"mkdir -p {DIRECTORY}/help; chattr +i {DIRECTORY}/help", "iur", "i"),
+    (f"chattr +i {DIRECTORY}/ZDConf.ini", "iur", "i"),
+    (f"rm {DIRECTORY}/ZDConf.ini; ln -s /nowhere/x {DIRECTORY}/ZDConf.ini", "iur", ""),
+    (f"touch {os.path.dirname(DEFINITION)}/x; chattr +i {os.path.dirname(DEFINITION)}", "iur", "ir"),
+    (f"chattr +i {DEFINITION}", "ur", "r"),
+    ("chattr +i /etc/systemd/system/multi-user.target.wants", "ur" * SYSTEMD, "r"),
+    ("touch /etc/rc2.d/x; chattr +i /etc/rc2.d", "ur" * (not SYSTEMD), ""),
+    ("mount --bind /etc /etc && mount -o remount,bind,ro /etc", "iur", "ir"),
+    ("mount --bind /var /var && mount -o remount,bind,ro /var", "iur", ""),
+    (f"mkdir -p {NOTES}; chattr +a {NOTES}", "iur", "r"),
+    (f"mkdir -p {NOTES}; chattr +i {NOTES}", "iur", ""),
+    ("rm /usr/sbin/update-rc.d", "ur" * (not SYSTEMD), "r"),
+]
+CLEAR = f"umount {DIRECTORY}/tvsqlsrv.so {DIRECTORY} /etc /var; chattr -R -ai {DIRECTORY} {NOTES} /etc/systemd /etc/init.d /etc/rc2.d"
 
 
 def on_disk(order, made, told, marked, running):
@@ -61,11 +91,14 @@ TABLES = {
         Case("installed", "uninstall", SYSTEMCTL.format("sleep 3 & exit 0"), 300, "", True, True, "failed"),
         # What the server's programs answer does not decide, nor whether they are there.
         Case("fresh", "odd", f"cd {WORK}/odd && zip -qd kalmoinstall.zip kalmo kalmomanager", 300, "exit code 127", True, False, "failed"),
-        Case("fresh", "odd", ODD.format("kill -9 $$"), 300, "exit code 137|killed by signal 9", True, False, "failed"),
-        Case("fresh", "odd", ODD.format("yes | head -c 100000000; exec >&- 2>&-"), 300, "exit code 0", True, False, "failed"),
+        Case("fresh", "odd", ODD.format("kill -9 $$"), 300, "exit code 137|killed by signal 9", True, False, "failed",
+             foretold=False),
+        Case("fresh", "odd", ODD.format("yes | head -c 100000000; exec >&- 2>&-"), 300, "exit code 0", True, False, "failed",
+             foretold=False),
         # A service that cannot be asked or stopped keeps its program busy: nothing is replaced by halves unseen.
         Case("installed", "upgrade", SCRIPT.format("status", "exec sleep 1000"), 300, "kalmo.*busy", False, True, "failed"),
-        Case("installed", "upgrade", SCRIPT.format("stop", "kill -9 $$"), 300, f"stop {INSTANCE}: failed", False, True, "failed"),
+        Case("installed", "upgrade", SCRIPT.format("stop", "kill -9 $$"), 300, f"stop {INSTANCE}: failed", False, True, "failed",
+             foretold=False),
         Case("installed", "upgrade", SCRIPT.format("start", "yes | head -c 100000000 >&2"), 300, f"start {INSTANCE}: ok", True, True, "ok"),
         # Under SysV init an uninstallation does not stop the service.
         Case("installed", "uninstall", "rm /usr/sbin/update-rc.d", 300, "unregister ZDCS-first: ok", True, True, "failed"),
@@ -104,9 +137,36 @@ TABLES = {
 }
 
 
-def check(case, status):
+def foretold(order):
+    """Whether --check says that a run will work."""
+    order.write()
+    return sh(f"{order.folder}/kalmoinstall --check {WORK}/pilot.ini").returncode == 0
+
+
+def other_than_foretold(works):
+    return [f"--check said that it {'works' if works else 'would not work'}"] * (works != (result()["state"] == "ok"))
+
+
+def ways(made, tried, fail, orders, machines):
+    good = True
+    for letter, order in [pair for pair in zip("iur", orders) if pair[0] in tried]:
+        machines["fresh" if order == "install" else "installed"].restore()
+        if (done := sh(made)).returncode:
+            raise SystemExit(done.stderr)
+        works = foretold(orders[order])
+        orders[order].run((SHORT_PAUSES,), True)
+        wrong = other_than_foretold(works)
+        wrong += [f"the result says {result()}"] * ((result()["state"] == "ok") == (letter in fail))
+        sh(f"{CLEAR}; cp -p {WORK}/update-rc.d /usr/sbin/")
+        print(f"{'FAILED' if wrong else 'ok':8}{order}: {made}", *wrong, sep="\n  ", flush=True)
+        good &= not wrong
+    return good
+
+
+def check(case, status, works):
     trace = read(TRACE).decode()
-    wrong = [f"it ended with {status}"] * (status != (-9 if "KILL" in "".join(case.inject) else 0))
+    wrong = other_than_foretold(works) if case.foretold and case.inject in ((), (SHORT_PAUSES,)) else []
+    wrong += [f"it ended with {status}"] * (status != (-9 if "KILL" in "".join(case.inject) else 0))
     wrong += [f"the trace does not tell \"{case.told}\""] * (not re.search(case.told, trace))
     wrong += [f"the marker says {read(MARKER)!r}"] * ((read(MARKER) == b"OK") != case.marked)
     wrong += [f"the server {'does not run' if case.running else 'runs'}"] * (
@@ -186,6 +246,8 @@ def main(table, current, next_version):
     orders["install"].run()
     machines["installed"] = Snapshot()
     good = True
+    if table == "ways":
+        raise SystemExit(not all([ways(*row, orders, machines) for row in WAYS]))
     for case in TABLES[table]:
         sh(f"pkill -f '^sleep 1000'; cp -p {WORK}/systemctl /bin/; cp -p {WORK}/update-rc.d /usr/sbin/")
         if table == "disks":
@@ -197,7 +259,8 @@ def main(table, current, next_version):
             shutil.copytree(current, WORK + "/odd")
         if (done := sh(case.made)).returncode:
             raise SystemExit(done.stderr)
-        good &= check(case, orders[case.order].run(case.inject, True, case.seconds))
+        works = foretold(orders[case.order])
+        good &= check(case, orders[case.order].run(case.inject, True, case.seconds), works)
     raise SystemExit(not good)
 
 

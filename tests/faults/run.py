@@ -153,11 +153,14 @@ class Order(typing.NamedTuple):
     folder: str
     text: str
 
+    def write(self):
+        with open(WORK + "/pilot.ini", "w") as file:
+            file.write(self.text)
+
     def run(self, inject=(), trace=False, seconds=120, options=(), asked=()):
         """Runs it under strace, which may get more options, and until all that it started has ended; or asks it only. Its
         status; -N when signal N ended it."""
-        with open(WORK + "/pilot.ini", "w") as file:
-            file.write(self.text)
+        self.write()
         sh(f"rm -f {TRACE} {LOG} {RESULT}")
         command = ["strace", "-qq", "-y", "-e", "signal=none", "-s", "200", "-o", LOG, "-e", "trace=" + ",".join(CALLS), *options]
         for what in inject:

@@ -62,7 +62,7 @@ done
 rm -rf "$work/in" "$work/300"
 
 # Files of 1 to 8 KiB, each a piece of a program.
-find /usr/bin /usr/lib -type f -size +100k -size -1000k 2>/dev/null | sort | head -n 300 | xargs cat >"$work/pieces"
+find /usr/bin /usr/lib -type f -size +100k -size -1000k 2>/dev/null | sort | sed -n 1,300p | xargs cat >"$work/pieces"
 for files in 10 100 1000 10000 100000; do
     mkdir -p "$work/in"
     python3 - "$work" "$files" <<'END'

@@ -26,8 +26,8 @@ struct STInstance {
 ///
 /// Adds no-instance, name-masked, foreign-program, no-program, directory-gone; of an installation is-upgrade,
 /// other-directory, other-port; of an upgrade version, same-version, downgrade, version-unknown, stops, busy;
-/// of an uninstallation unfinished, missing-file, stops, not-stopped; missing-command for a script that
-/// cannot be run.
+/// of an uninstallation unfinished, missing-file, stops, not-stopped and what CheckRemoval adds;
+/// missing-command for a script that cannot be run, which an upgrade needs.
 void CheckInstance(const STOrders& rstOrders, const STInstance& rstInstance,
                    const CDataExtractor* pclExtractor, CTrace& rclTrace, CFindings& rclFindings);
 

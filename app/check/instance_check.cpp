@@ -49,7 +49,8 @@ enum eINSTANCE : int {
     FILE_MISSING,
     UNFINISHED,
     SCRIPT_NOT_RUN,
-    BUSY
+    BUSY,
+    REFUSES
 };
 
 // The numbers of a version; nothing when it has something else in it.
@@ -97,6 +98,7 @@ class CInstanceCheck {
     }
     void __Versions();
     void __Script(const CService& rclService, eSEVERITY eSeverity);
+    void __Refuses(const CService& rclService, const char* pszProperty);
     void __Files(const CTString& csProgram, const CTString& csDirectory);
 
     const STOrders& m_rstOrders;
@@ -159,6 +161,15 @@ void CInstanceCheck::__Script(const CService& rclService, eSEVERITY eSeverity) {
     }
 }
 
+// A unit may be one that only others start or stop, see RefuseManualStart in systemd.unit(5).
+void CInstanceCheck::__Refuses(const CService& rclService, const char* pszProperty) {
+    const wchar_t* const pszName = rclService.pszGetName();
+    if (CServiceManager::ms_eDistri == eSystemd &&
+        CServiceManager::csGetSystemdProp(pszProperty, pszName) == L"no") {
+        __Tell(eSEVERITY::Error, "not-by-hand", REFUSES, nullptr, csQuoted(pszName), csFromUTF8(pszProperty));
+    }
+}
+
 void CInstanceCheck::Upgrade(const CDataExtractor* pclExtractor) {
     CService* pclManager = nullptr;
     for (const CXPtr_deleteRCV<CService>& rpclService : m_rst.rtabServer) {
@@ -169,6 +180,7 @@ void CInstanceCheck::Upgrade(const CDataExtractor* pclExtractor) {
     }
     __Versions();
     __Script(*m_rst.pclService, eSEVERITY::Error);
+    __Refuses(*m_rst.pclService, "CanStart");
     if (pclManager != nullptr && !bIsManager(*m_rst.pclService)) {
         __Script(*pclManager, eSEVERITY::Error);
     }
@@ -184,6 +196,7 @@ void CInstanceCheck::Upgrade(const CDataExtractor* pclExtractor) {
     }
     for (CService* const pcl : tabStopped) {
         __Tell(eSEVERITY::Note, "stops", STOPS, nullptr, csQuoted(csGetDisplayName(*pcl)));
+        __Refuses(*pcl, "CanStop");
     }
     CFSPath clDirectory;
     if (pclExtractor != nullptr && clDirectory.bSet(csDirectory)) {
@@ -218,6 +231,7 @@ void CInstanceCheck::Uninstallation() {
         __Tell(eSEVERITY::Note, bStops ? "stops" : "not-stopped", bStops ? STOPS : NOT_STOPPED, nullptr,
                csQuoted(csGetDisplayName(*m_rst.pclService)));
     }
+    __Refuses(*m_rst.pclService, "CanStop");
     CheckRemoval(m_rst.csService, m_rst.pclService, m_rclFindings);
     CUninstallRecord::STNote stNote;
     if (CUninstallRecord(m_rst.csService).bRead(&stNote) && stNote.csProgram == csProgram) {

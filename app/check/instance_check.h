@@ -21,13 +21,13 @@ struct STInstance {
 };
 
 /// Looks at the instance that is to be upgraded or uninstalled, or that an installation finds under its name.
-/// Asks at most the instance and the manager whether they run, each once; what cannot be asked is traced. The
-/// payload is open; an uninstallation needs none.
+/// Asks at most the instance and the manager whether they run, each once, and systemd what it refuses; what
+/// cannot be asked is traced. The payload is open; an uninstallation needs none.
 ///
 /// Adds no-instance, name-masked, foreign-program, no-program, directory-gone; of an installation is-upgrade,
 /// other-directory, other-port; of an upgrade version, same-version, downgrade, version-unknown, stops, busy;
-/// of an uninstallation unfinished, missing-file, stops, not-stopped; missing-command for a script that
-/// cannot be run.
+/// of an uninstallation unfinished, missing-file, stops, not-stopped and what CheckRemoval adds; not-by-hand;
+/// missing-command for a script that cannot be run, which an upgrade needs.
 void CheckInstance(const STOrders& rstOrders, const STInstance& rstInstance,
                    const CDataExtractor* pclExtractor, CTrace& rclTrace, CFindings& rclFindings);
 

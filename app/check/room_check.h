@@ -15,7 +15,7 @@ class CDataExtractor;
 /// Files are emptied in place and written one after the other, so that what counts on each file system is the
 /// greatest sum on the way. What the server itself writes, quotas and the like are left out.
 ///
-/// Adds disk-full, inodes-full, read-only, noexec, not-writable, in-the-way.
+/// Adds disk-full, inodes-full, read-only, noexec, not-writable, in-the-way, too-long.
 void CheckRoom(const CDataExtractor& rclExtractor, const CFSPath& rclDirectory, bool bNew,
                CFindings& rclFindings);
 

@@ -62,6 +62,8 @@ WAYS = [
     (f"touch {os.path.dirname(DEFINITION)}/x; chattr +i {os.path.dirname(DEFINITION)}", "iur", "ir"),
     (f"chattr +i {DEFINITION}", "ur", "r"),
     ("chattr +i /etc/systemd/system/multi-user.target.wants", "ur" * SYSTEMD, "r"),
+    (f"sed -i 's/.Unit./&\\nRefuseManualStart=yes/' {UNIT}; systemctl daemon-reload", "ur" * SYSTEMD, "u"),
+    (f"sed -i 's/.Unit./&\\nRefuseManualStop=yes/' {UNIT}; systemctl daemon-reload", "u" * SYSTEMD, "u"),
     ("touch /etc/rc2.d/x; chattr +i /etc/rc2.d", "ur" * (not SYSTEMD), ""),
     ("mount --bind /etc /etc && mount -o remount,bind,ro /etc", "iur", "ir"),
     ("mount --bind /var /var && mount -o remount,bind,ro /var", "iur", ""),

@@ -106,7 +106,7 @@ whole() {
     step build-dev build dev
     step build-portable build portable
     step build-release build release payload_current payload_next valgrind_tests
-    ! built portable || beside portable ctest --preset portable -j "$cores"
+    ! built portable || beside portable ctest --preset portable -j $((2 * cores))
     ! built release || beside valgrind ctest --preset release --no-tests=error -L valgrind
     # The test runner's own output is shown: its last lines say how many tests ran.
     ! built dev || ctest --preset dev -j $((cores + 1)) || failed+=(tests)

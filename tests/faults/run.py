@@ -157,16 +157,16 @@ class Order(typing.NamedTuple):
         with open(WORK + "/pilot.ini", "w") as file:
             file.write(self.text)
 
-    def run(self, inject=(), trace=False, seconds=120, options=(), asked=()):
+    def run(self, inject=(), trace=False, seconds=120, options=(), asked=(), told=True):
         """Runs it under strace, which may get more options, and until all that it started has ended; or asks it only. Its
-        status; -N when signal N ended it."""
+        status; -N when signal N ended it. A result that is told takes a moment: the services are asked whether they stay."""
         self.write()
         sh(f"rm -f {TRACE} {LOG} {RESULT}")
         command = ["strace", "-qq", "-y", "-e", "signal=none", "-s", "200", "-o", LOG, "-e", "trace=" + ",".join(CALLS), *options]
         for what in inject:
             command += ["-e", "inject=" + what]
         command += [self.folder + "/kalmoinstall"]
-        command += asked or [f"/PILOT={WORK}/pilot.ini", "/RESULT=" + RESULT] + ["/DEBUG=" + TRACE] * trace
+        command += asked or [f"/PILOT={WORK}/pilot.ini"] + ["/RESULT=" + RESULT] * told + ["/DEBUG=" + TRACE] * trace
         process = subprocess.Popen(command, start_new_session=True, stdin=subprocess.DEVNULL,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         try:

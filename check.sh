@@ -31,8 +31,12 @@ beside() {
     run "$@" &
     jobs_beside[$!]=$1
 }
-# idly COMMAND...: gets the processors when nobody else wants them.
-idly() { chrt --idle 0 "$@"; }
+# idly COMMAND...: gets the processors when nobody else wants them. Sessions share them as groups, so that a low priority
+# counts against others only when the whole session has it.
+idly() {
+    # shellcheck disable=SC2016 # the inner shell expands it
+    setsid --wait setpriv --pdeathsig TERM bash -c 'echo 19 2>/dev/null >/proc/self/autogroup; exec chrt --idle 0 "$@"' - "$@"
+}
 declare -A jobs_beside=()
 wait_for_beside() {
     local pid

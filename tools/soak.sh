@@ -122,7 +122,14 @@ for release in debian-11 debian-13 ubuntu-22.04; do
     step "$release" 3 release "$release"
 done
 step old_kernel 5 old_kernel sysv
+# obstacles: what --check says of them, where systemd has a say; check.sh does it with init scripts.
+obstacles() {
+    cmake --preset portable && cmake --build --preset portable --target payload_current payload_next &&
+        "$machine" systemd -- /usr/bin/python3 tests/faults/cases.py ways "$PWD"/build/portable/payload/{current,next}
+}
+
 step fleet 15 fleet
+step obstacles 5 obstacles
 step reproducible 5 reproducible
 step check_under_load 60 check_under_load
 step mutants 20 tools/mutants.sh

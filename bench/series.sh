@@ -27,7 +27,8 @@ measure() { # KIND NUMBER: the payload in $work/in
     local -A seconds=()
     local run tool clock
     rm -f "$work/payload.zip"
-    (cd "$work/in" && zip -q -X -r ../payload.zip .)
+    # -fz: more than 65535 entries need the Zip64 records.
+    (cd "$work/in" && zip -q -X -fz -r ../payload.zip .)
     for ((run = 0; run <= runs; run++)); do
         for tool in kalmo "${OTHERS[@]}"; do
             rm -rf "$work/out"
